@@ -1,0 +1,26 @@
+# What every target of this project shares: quilo_target(NAME) hangs the language level, the
+# floating-point rules and our warnings on it. Nothing here reaches a project that embeds us.
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+function(quilo_target name)
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+    if(MSVC)
+        target_compile_options(${name} PRIVATE /W4 /WX /utf-8 /fp:precise /permissive-)
+    else()
+        # Geometry compares and rounds the same on every compiler: no contraction, no fast-math.
+        target_compile_options(${name} PRIVATE
+            -ffp-contract=off
+            -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion
+            -Wold-style-cast -Woverloaded-virtual -Wnon-virtual-dtor -Werror)
+    endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 20)
+        target_compile_options(${name} PRIVATE -Wfunction-effects)
+    endif()
+endfunction()
