@@ -20,7 +20,7 @@ function(quilo_target name)
             -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion
             -Wold-style-cast -Woverloaded-virtual -Wnon-virtual-dtor -Werror)
     endif()
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 20)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 19)
         target_compile_options(${name} PRIVATE -Wfunction-effects)
     endif()
 endfunction()
