@@ -9,9 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// A C `long` of the API has 32 bits, as `long` has on Windows, where the modules live.
-// match. One alias gives other machines the same layouts. It is right for counts, flags and inlet
-// numbers, and for the storage of "long" attributes and of the counts of attribute arrays.
+// A C `long` of the API has 32 bits, as `long` has on Windows, where the modules live; one alias gives
+// other machines the same layouts. It is right for counts, flags and inlet numbers, and for the
+// storage of "long" attributes and of the counts of attribute arrays.
 #if defined(_WIN32)
 using max_long = long;
 #else
