@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// The words of an enumeration: what is printed for a code and what is accepted for it.
+//
+// Printing and parsing are deliberately not symmetric in places; a row shows both side by side.
+#pragma once
+
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tav {
+
+/// One row per code, in the order of the codes' documentation. The texts must outlive the table.
+template <class Code>
+class KeywordTable {
+public:
+    struct Row {
+        Code code;
+        std::string_view printed;
+        std::vector<std::string_view> accepted;
+    };
+
+    KeywordTable(std::initializer_list<Row> rows) : rows_(rows) {}
+
+    /// Exact match, first row wins; nothing for a word that no row accepts.
+    std::optional<Code> Parse(std::string_view word) const {
+        for (const Row& row : rows_) {
+            for (const std::string_view accepted : row.accepted) {
+                if (accepted == word) return row.code;
+            }
+        }
+        return std::nullopt;
+    }
+
+    /// The word printed for `code`, `otherwise` for a code without a row.
+    std::string_view Print(Code code, std::string_view otherwise = {}) const {
+        for (const Row& row : rows_) {
+            if (row.code == code) return row.printed;
+        }
+        return otherwise;
+    }
+
+    /// The printed words of all rows that accept at least one word, such as a menu offers them.
+    std::string PrintedKeywords(char separator = ' ') const {
+        std::string words;
+        for (const Row& row : rows_) {
+            if (row.accepted.empty()) continue;
+            if (!words.empty()) words += separator;
+            words += row.printed;
+        }
+        return words;
+    }
+
+    const std::vector<Row>& Rows() const noexcept { return rows_; }
+
+private:
+    std::vector<Row> rows_;
+};
+
+}  // namespace tav

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// The mark of a function that may run in the audio thread.
+//
+// Written after `noexcept`: such a function neither allocates, locks, throws, posts nor touches
+// files, and calls only functions that carry the mark themselves. Compilers that know the attribute
+// check it; for the others the mark is a promise to the reader.
+#pragma once
+
+#if defined(__clang__) && defined(__has_cpp_attribute)
+#if __has_cpp_attribute(clang::nonblocking)
+#define TAV_NONBLOCKING [[clang::nonblocking]]
+#endif
+#endif
+
+#ifndef TAV_NONBLOCKING
+#define TAV_NONBLOCKING
+#endif
