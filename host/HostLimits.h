@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// What the command line and the script's directives allow alike.
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+namespace Quilo::Host {
+
+inline constexpr std::int64_t kLargestVector = 4096;
+
+/// A power of two, 1 to 4096.
+constexpr bool IsVectorSize(std::int64_t frames) {
+    return frames >= 1 && frames <= kLargestVector &&
+           std::has_single_bit(static_cast<std::uint64_t>(frames));
+}
+
+/// A whole number of hertz, for a WAV file holds no other, up to 1 MHz.
+inline bool IsSamplingRate(double hz) { return hz >= 1 && hz <= 1e6 && std::floor(hz) == hz; }
+
+}  // namespace Quilo::Host

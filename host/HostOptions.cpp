@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include "HostOptions.h"
+
+#include "HostAtoms.h"
+#include "HostFault.h"
+#include "HostLimits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+namespace Quilo::Host {
+
+namespace {
+
+[[noreturn]] void Fail(const std::string& text) { throw Fault(ExitStatus::WrongInput, text); }
+
+/// The number that the whole text spells; nothing for anything else.
+std::optional<double> Number(const std::string& text) {
+    const Atom atom = text.empty() ? Atom(text) : ReadAtom(text);
+    if (std::holds_alternative<std::string>(atom)) return std::nullopt;
+    return AtomNumber(atom);
+}
+
+void SetRate(Options& options, const std::string& value) {
+    options.rate = Number(value);
+    if (!options.rate || !IsSamplingRate(*options.rate))
+        Fail("--rate expects a whole number of hertz from 1 to 1000000, not '" + value + "'");
+}
+
+void SetVector(Options& options, const std::string& value) {
+    const Atom atom = value.empty() ? Atom(value) : ReadAtom(value);
+    const auto* frames = std::get_if<std::int64_t>(&atom);
+    if (!frames || !IsVectorSize(*frames))
+        Fail("--vector expects a power of two from 1 to 4096, not '" + value + "'");
+    options.vector = static_cast<unsigned>(*frames);
+}
+
+void SetDuration(Options& options, const std::string& value) {
+    options.duration = Number(value);
+    if (!options.duration || !std::isfinite(*options.duration) || *options.duration < 0)
+        Fail("--duration expects seconds, 0 or more, not '" + value + "'");
+}
+
+template <std::string Options::*field>
+void SetFile(Options& options, const std::string& value) {
+    options.*field = value;
+}
+
+void AddInput(Options& options, const std::string& value) { options.inputs.push_back(value); }
+
+template <bool Options::*field>
+void SetFlag(Options& options, const std::string&) {
+    options.*field = true;
+}
+
+struct OptionRow {
+    std::string_view name;
+    std::string_view value;                     // what it takes, as the help names it
+    void (*set)(Options&, const std::string&);  // null: known, but not there yet
+    std::string_view help;
+};
+
+// clang-format off
+constexpr OptionRow kOptions[] = {
+    // name         value    set                          help
+    {"--module",   "FILE",  SetFile<&Options::module>,   "the module to load (the one beside the program)"},
+    {"--in",       "FILE",  AddInput,                    "WAV input; its channels feed the inlets in order; repeatable"},
+    {"--out",      "FILE",  SetFile<&Options::output>,   "writes the signal outlets as a 32-bit float WAV"},
+    {"--rate",     "HZ",    SetRate,                     "sampling rate (that of the first input, else 48000)"},
+    {"--vector",   "N",     SetVector,                   "signal vector size, a power of two, 1 to 4096 (64)"},
+    {"--duration", "SEC",   SetDuration,                 "length to render (that of the longest input, else 1 s)"},
+    {"--picture",  "FILE",  SetFile<&Options::picture>,  "draws the scene as SVG"},
+    {"--console",  "FILE",  SetFile<&Options::console>,  "where the console lines go (standard output)"},
+    {"--strict",   "",      SetFlag<&Options::strict>,   "exit 3 when the object posted an error or a bug"},
+    {"--quiet",    "",      SetFlag<&Options::quiet>,    "no progress and no notes on standard error"},
+    {"--loop",     "",      SetFlag<&Options::loop>,     "inputs shorter than the duration repeat"},
+    {"--realtime", "",      SetFlag<&Options::realtime>, "paces the vectors by the clock; an interrupt ends it well"},
+    {"--help",     "",      SetFlag<&Options::help>,     "this text"},
+    {"--version",  "",      SetFlag<&Options::version>,  "the version"},
+    {"--ambix",    "",      nullptr,                     ""},
+    {"--osc",      "PORT",  nullptr,                     ""},
+    {"--validate", "LEVEL", nullptr,                     ""},
+};
+// clang-format on
+
+const OptionRow& FindOption(std::string_view name) {
+    const auto* row = std::ranges::find(kOptions, name, &OptionRow::name);
+    if (row == std::end(kOptions)) Fail("unknown option '" + std::string(name) + "'");
+    if (!row->set) Fail(std::string(name) + " is not available in this version");
+    return *row;
+}
+
+}  // namespace
+
+Options ParseOptions(std::span<const char* const> arguments) {
+    Options options;
+    for (std::size_t k = 0; k < arguments.size(); ++k) {
+        const std::string argument = arguments[k];
+        if (argument == "-" || !argument.starts_with('-')) {
+            if (!options.script.empty()) Fail("more than one script: '" + argument + "'");
+            if (argument.empty()) Fail("the name of the script is empty");
+            options.script = argument;
+            continue;
+        }
+        const OptionRow& row = FindOption(argument);
+        std::string value;
+        if (!row.value.empty()) {
+            if (++k == arguments.size() || *arguments[k] == '\0')
+                Fail(argument + " expects " + std::string(row.value));
+            value = arguments[k];
+        }
+        row.set(options, value);
+        if (options.help || options.version) return options;
+    }
+    if (options.script.empty()) Fail("no script is given (quilo-host --help tells more)");
+    return options;
+}
+
+std::string HelpText() {
+    std::string text =
+        "quilo-host [options] SCRIPT\n\n"
+        "Runs the quilo.pan~ module without a patcher: makes the object of SCRIPT (a file, or - "
+        "for\n"
+        "standard input), sends it the script's messages and renders what it plays.\n\n";
+    for (const OptionRow& row : kOptions) {
+        if (!row.set) continue;
+        std::string usage = "  " + std::string(row.name) + " " + std::string(row.value);
+        usage.resize(20, ' ');
+        text += usage + std::string(row.help) + "\n";
+    }
+    return text +
+           "\nExit status: 0 done, 1 the module or the host failed, 2 wrong command line, script "
+           "or\n"
+           "file, 3 the object complained (--strict).\n";
+}
+
+}  // namespace Quilo::Host

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// The command line of quilo-host, read and checked.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Quilo::Host {
+
+struct Options {
+    std::string module;               // empty: the one beside the program
+    std::vector<std::string> inputs;  // their channels feed the signal inlets in order
+    std::string output;               // empty: nothing is written, as for the next two
+    std::string picture;
+    std::string console;
+    std::optional<double> rate;      // hertz; none: that of the first input, else 48000
+    unsigned vector = 64;            // frames, a power of two, 1 to 4096
+    std::optional<double> duration;  // seconds, not negative; none: the longest input, else 1 s
+    bool strict = false;
+    bool quiet = false;
+    bool loop = false;
+    bool realtime = false;
+    bool help = false;     // the rest has not been checked
+    bool version = false;  // likewise
+    std::string script;    // a file, "-" for standard input
+};
+
+/// @param arguments  without the program's name
+/// Throws: Fault (WrongInput).
+Options ParseOptions(std::span<const char* const> arguments);
+
+/// The text of --help.
+std::string HelpText();
+
+}  // namespace Quilo::Host

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include "HostScript.h"
+
+#include "HostAtoms.h"
+#include "HostFault.h"
+#include "HostLimits.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace Quilo::Host {
+
+namespace {
+
+using Arguments = std::span<const Atom>;
+
+bool None(Arguments arguments) { return arguments.empty(); }
+
+bool InletAndFlag(Arguments arguments) {
+    if (arguments.size() != 2) return false;
+    const auto* inlet = std::get_if<std::int64_t>(&arguments[0]);
+    const auto* flag = std::get_if<std::int64_t>(&arguments[1]);
+    return inlet && flag && *inlet >= 1 && (*flag == 0 || *flag == 1);
+}
+
+bool OneRate(Arguments arguments) {
+    return arguments.size() == 1 && !std::holds_alternative<std::string>(arguments[0]) &&
+           IsSamplingRate(AtomNumber(arguments[0]));
+}
+
+bool OneVectorSize(Arguments arguments) {
+    return arguments.size() == 1 && std::holds_alternative<std::int64_t>(arguments[0]) &&
+           IsVectorSize(std::get<std::int64_t>(arguments[0]));
+}
+
+struct DirectiveRow {
+    std::string_view keyword;
+    Directive directive;  // None: known, but not there yet
+    bool (*fits)(Arguments);
+    std::string_view expects;
+};
+
+// clang-format off
+constexpr DirectiveRow kDirectives[] = {
+    // keyword       directive            fits           expects
+    {"connect",    Directive::Connect, InletAndFlag,  "INLET 0|1"},
+    {"rate",       Directive::Rate,    OneRate,       "HZ (a whole number, 1 to 1000000)"},
+    {"vector",     Directive::Vector,  OneVectorSize, "N (a power of two, 1 to 4096)"},
+    {"inspect",    Directive::Inspect, None,          "nothing"},
+    {"assist",     Directive::Assist,  None,          "nothing"},
+    {"methods",    Directive::Methods, None,          "nothing"},
+    {"sync",       Directive::Sync,    None,          "nothing"},
+    {"free",       Directive::Free,    None,          "nothing"},
+    {"searchpath", Directive::None,    nullptr,       ""},
+    {"saveas",     Directive::None,    nullptr,       ""},
+    {"open",       Directive::None,    nullptr,       ""},
+    {"osc",        Directive::None,    nullptr,       ""},
+    {"layout",     Directive::None,    nullptr,       ""},
+};
+// clang-format on
+
+/// Reads the statements of one script; `line_` follows for the faults.
+class Parser {
+public:
+    explicit Parser(const std::string& name) { script_.name = name; }
+
+    Script Read(std::string_view text) {
+        if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
+        while (!text.empty()) {
+            ++line_;
+            const std::size_t end = std::min(text.find('\n'), text.size());
+            ReadLine(text.substr(0, end));
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+        if (script_.box.empty()) Fail("the script has no object statement");
+        std::ranges::stable_sort(script_.statements, {},
+                                 [](const Statement& s) { return std::pair(s.timed, s.seconds); });
+        RefuseMessagesToAFreedObject();
+        return std::move(script_);
+    }
+
+private:
+    [[noreturn]] void Fail(const std::string& text) const {
+        throw ScriptFault(script_.name, std::max(line_, 1), text);
+    }
+
+    void ReadLine(std::string_view line) {
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        const std::size_t first = line.find_first_not_of(" \t");
+        if (first == std::string_view::npos || line[first] == '#') return;
+        if (line.find('\0') != std::string_view::npos)
+            Fail("a zero byte stands in the line (scripts are UTF-8 text)");
+        const auto words = SplitWords(line);
+        if (!words) Fail("a quotation mark has no partner or stands inside a word");
+        ReadStatement(*words);
+    }
+
+    void ReadStatement(std::span<const Word> words) {
+        if (script_.box.empty()) return ReadObject(words);
+        Statement statement;
+        statement.line = line_;
+        if (words.front().IsKeyword("at")) {
+            statement.timed = true;
+            statement.seconds = ReadTime(words);
+            words = words.subspan(2);
+            if (words.empty()) Fail("nothing stands behind the time");
+            if (words.front().IsKeyword("at")) Fail("a statement has one time only");
+        }
+        if (words.front().IsKeyword("object")) Fail("the object has been made already");
+        if (words.front().IsKeyword("host")) {
+            if (words.size() < 2) Fail("host: a directive is missing");
+            statement.directive = ReadDirective(words[1]);
+            words = words.subspan(2);
+        }
+        for (const Word& word : words) statement.atoms.push_back(word.atom);
+        CheckArguments(statement);
+        script_.statements.push_back(std::move(statement));
+    }
+
+    void ReadObject(std::span<const Word> words) {
+        if (!words.front().IsKeyword("object"))
+            Fail("the first statement must be: object BOX TEXT");
+        if (words.size() < 2) Fail("object: the box text is missing");
+        if (!std::holds_alternative<std::string>(words[1].atom))
+            Fail("object: the box text must begin with the name of a class");
+        script_.objectLine = line_;
+        for (const Word& word : words.subspan(1)) script_.box.push_back(word.atom);
+    }
+
+    double ReadTime(std::span<const Word> words) const {
+        if (words.size() < 2) Fail("at: the time is missing");
+        const Atom& time = words[1].atom;
+        if (std::holds_alternative<std::string>(time) || !std::isfinite(AtomNumber(time)) ||
+            AtomNumber(time) < 0)
+            Fail("at: '" + AtomSpelling(time) + "' is no time (seconds, 0 or more)");
+        return AtomNumber(time);
+    }
+
+    Directive ReadDirective(const Word& word) const {
+        const std::string spelling = AtomSpelling(word.atom);
+        const auto* row = std::ranges::find(kDirectives, spelling, &DirectiveRow::keyword);
+        if (row == std::end(kDirectives)) Fail("unknown directive 'host " + spelling + "'");
+        if (row->directive == Directive::None)
+            Fail("'host " + spelling + "' is not available in this version");
+        return row->directive;
+    }
+
+    void CheckArguments(const Statement& statement) const {
+        if (statement.directive == Directive::None) return;
+        const auto* row =
+            std::ranges::find(kDirectives, statement.directive, &DirectiveRow::directive);
+        if (!row->fits(statement.atoms))
+            Fail("host " + std::string(row->keyword) + " expects " + std::string(row->expects));
+    }
+
+    void RefuseMessagesToAFreedObject() {
+        bool freed = false;
+        for (const Statement& statement : script_.statements) {
+            line_ = statement.line;
+            if (freed && statement.directive == Directive::None)
+                Fail("the object has been freed before this message");
+            freed |= statement.directive == Directive::Free;
+        }
+    }
+
+    Script script_;
+    int line_ = 0;
+};
+
+}  // namespace
+
+Script ParseScript(std::string_view text, const std::string& name) {
+    return Parser(name).Read(text);
+}
+
+double AtomNumber(const Atom& atom) {
+    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return static_cast<double>(*whole);
+    return std::get<double>(atom);
+}
+
+std::string AtomSpelling(const Atom& atom) {
+    if (const auto* symbol = std::get_if<std::string>(&atom)) return *symbol;
+    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return std::to_string(*whole);
+    char text[64];
+    const auto end = std::to_chars(std::begin(text), std::end(text), std::get<double>(atom)).ptr;
+    return {std::begin(text), end};
+}
+
+}  // namespace Quilo::Host
