@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+// The loops over samples of the gain matrices, one set per instruction set of the processor.
+//
+// The program runs on every x86-64; what its processor can do beyond that is found out once, before
+// audio starts. The scalar set is the reference twin of all others.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <span>
+#include <string_view>
+
+namespace tav {
+
+/// One input in the sum of one output: its gain is `gain + w[k] * step` at sample k.
+struct MixPair {
+    int input;
+    float gain;
+    float step;
+};
+
+/// A panel mixes some inputs into a tile of kTileOutputs outputs, `n` samples at a time. The inputs
+/// stand side by side in a strip: input i at `strip + i * stripFrames`, zeros behind its `n`
+/// samples up to stripFrames. Gains stand at `gains + i * kTileOutputs`, steps likewise.
+inline constexpr int kTileOutputs = 6;
+inline constexpr int kMostStripFrames = 64;
+struct Panel {
+    const float* gains;
+    const float* steps;  // read by the ramped panel only
+    const int* inputs;   // numInputs indices, each once
+    int numInputs;
+};
+
+/// y is always added to. Counts may be anything from 0, alignment is free, x and y do not overlap.
+/// A gain of exactly 1 on a single input adds that input bit for bit; samples have to be finite.
+/// Thread: any.  A vector set may fuse multiply and add, and reorder the sum of an output.
+struct Kernels {
+    /// y[k] += gain * x[k]; nothing when the gain is 0.
+    void (*addScaled)(float* y, const float* x, float gain, int n) noexcept TAV_NONBLOCKING;
+    /// The gain moves in a line from `first` at sample 0 to `last` at sample n - 1; one sample
+    /// alone takes `last`.
+    void (*addRamped)(float* y, const float* x, float first, float last, int n) noexcept
+        TAV_NONBLOCKING;
+    /// y[k] += sum over the pairs of gain * inputs[input][offset + k]
+    void (*mixConstantList)(float* y,
+                            const float* const* inputs,
+                            int offset,
+                            const MixPair* pairs,
+                            int numPairs,
+                            int n) noexcept TAV_NONBLOCKING;
+    /// y[k] += sum over the pairs of (gain + w[k] * step) * inputs[input][offset + k]
+    void (*mixRampedList)(float* y,
+                          const float* const* inputs,
+                          int offset,
+                          const MixPair* pairs,
+                          int numPairs,
+                          const float* w,
+                          int n) noexcept TAV_NONBLOCKING;
+    /// outputs[o][offset + k] += sum over the inputs i of the panel of gain(i, o) * strip(i)[k]
+    /// @param outputs  kTileOutputs buffers that differ  @param n  at most stripFrames
+    void (*mixConstantPanel)(float* const* outputs,
+                             int offset,
+                             const float* strip,
+                             const Panel& panel,
+                             int n) noexcept TAV_NONBLOCKING;
+    /// The same with the gains gain(i, o) + w[k] * step(i, o).
+    /// @param w  stripFrames values, finite behind the first n too
+    void (*mixRampedPanel)(float* const* outputs,
+                           int offset,
+                           const float* strip,
+                           const Panel& panel,
+                           const float* w,
+                           int n) noexcept TAV_NONBLOCKING;
+    int stripFrames;  // at most kMostStripFrames
+};
+
+struct NamedKernels {
+    std::string_view name;  // "scalar", "avx2", "avx512"
+    const Kernels* kernels;
+};
+
+/// The reference: plain loops, inputs outermost, no fused multiply-add.
+const Kernels& ScalarKernels() noexcept;
+/// Every set that this machine can run, from the scalar one to the fastest.
+std::span<const NamedKernels> RunnableKernels() noexcept;
+/// The fastest of them, or the one that the environment variable TAV_SIMD names. A name that is
+/// unknown, or that this machine cannot run, counts as not given. Decided at the first call.
+/// Thread: control.
+const NamedKernels& BestKernels() noexcept;
+
+}  // namespace tav
