@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "processors/VelkDspAudioProcessorWithAutoMute.h"
+
+#include <algorithm>
+
+namespace tav {
+
+AudioProcessorWithAutoMute::AudioProcessorWithAutoMute(unsigned numInputs, unsigned numOutputs)
+    : AudioProcessorBase(numInputs, numOutputs) {
+    own_.SetNumInlets(numInputs);
+    own_.SetNumOutlets(numOutputs);
+    own_.SetSampleRate(SampleRate());
+}
+
+void AudioProcessorWithAutoMute::Process(double* const* outputs,
+                                         const double* const* inputs,
+                                         unsigned frames) noexcept TAV_NONBLOCKING {
+    AnalyzeActivity(inputs, frames);
+    AudioProcessorBase::Process(outputs, inputs, frames);
+}
+
+void AudioProcessorWithAutoMute::SetSampleRate(float hz) {
+    AudioProcessorBase::SetSampleRate(hz);
+    own_.SetSampleRate(SampleRate());
+}
+
+void AudioProcessorWithAutoMute::Reset() {
+    AudioProcessorBase::Reset();
+    own_.Reset();
+}
+
+bool AudioProcessorWithAutoMute::InputConnectedAndActive(unsigned input) const noexcept
+    TAV_NONBLOCKING {
+    return inForce_->InletConnected(input) && inForce_->InletActive(input);
+}
+
+bool AudioProcessorWithAutoMute::OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING {
+    return inForce_->OutletConnected(output);
+}
+
+bool AudioProcessorWithAutoMute::InputActive(unsigned input) const noexcept TAV_NONBLOCKING {
+    return inForce_->InletActive(input);
+}
+
+bool AudioProcessorWithAutoMute::AnyOutputConnected() const noexcept TAV_NONBLOCKING {
+    return inForce_->AnyOutletConnected();
+}
+
+void AudioProcessorWithAutoMute::SetAnalyzerInputs(unsigned count) {
+    own_.SetNumInlets(std::min(count, NumInputs()));
+}
+
+void AudioProcessorWithAutoMute::SetAnalyzerOutputs(unsigned count) {
+    own_.SetNumOutlets(std::min(count, NumOutputs()));
+}
+
+void AudioProcessorWithAutoMute::AnalyzeActivity(const double* const* inputs,
+                                                 unsigned frames) noexcept TAV_NONBLOCKING {
+    if (inForce_ == &own_) own_.Analyze(inputs, frames);
+}
+
+void AudioProcessorWithAutoMute::SetConnections(std::span<const short> inletCounts,
+                                                std::span<const short> outletCounts) {
+    own_.SetConnections(inletCounts, outletCounts);
+}
+
+void AudioProcessorWithAutoMute::SetAutoMute(bool on) { own_.SetAutoMute(on); }
+
+void AudioProcessorWithAutoMute::SetAutoMuteTime(float seconds) { own_.SetAutoMuteTime(seconds); }
+
+void AudioProcessorWithAutoMute::ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept {
+    inForce_ = owner.inForce_;
+}
+
+}  // namespace tav

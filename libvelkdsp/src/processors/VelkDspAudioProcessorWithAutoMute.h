@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// A processor that knows which of its ports are connected and stops working for silent inputs.
+#pragma once
+
+#include "processors/VelkDspAudioProcessorBase.h"
+#include "processors/VelkDspInletsActivity.h"
+
+#include <span>
+
+namespace tav {
+
+/// Starts with all ports connected and auto-mute off. A block inside another one reads the flags of
+/// its owner: see ShareActivityOf.
+class AudioProcessorWithAutoMute : public AudioProcessorBase {
+public:
+    AudioProcessorWithAutoMute(unsigned numInputs, unsigned numOutputs);
+
+    // 1 to 3
+    using AudioProcessorBase::Process;
+    /// First analyses the inputs as the host sent them: a sample that is not a number is signal.
+    void Process(double* const* outputs,
+                 const double* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+
+    // 9, 11
+    void SetSampleRate(float hz) override;
+    /// Also forgets the silence counted so far. Audio stopped.
+    void Reset() override;
+
+    // 13 to 16: the flags in force, this block's own or its owner's
+    bool InputConnectedAndActive(unsigned input) const noexcept TAV_NONBLOCKING override;
+    bool OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING override;
+    bool InputActive(unsigned input) const noexcept TAV_NONBLOCKING override;
+    bool AnyOutputConnected() const noexcept TAV_NONBLOCKING override;
+
+    // 17, 18: size of the analyzer, at most the ports there are; all flags 1.
+    // Thread: control, audio stopped.
+    virtual void SetAnalyzerInputs(unsigned count);
+    virtual void SetAnalyzerOutputs(unsigned count);
+
+    // 20: the active flags of one block.  Thread: audio.
+    virtual void AnalyzeActivity(const double* const* inputs,
+                                 unsigned frames) noexcept TAV_NONBLOCKING;
+
+    // 21 to 23.  Thread: control, audio may run.
+    /// One connection count per inlet and outlet, as the host passes them; connected when above 0.
+    virtual void SetConnections(std::span<const short> inletCounts,
+                                std::span<const short> outletCounts);
+    /// Off, or on with the time set last (20 s before the first).
+    virtual void SetAutoMute(bool on);
+    /// @param seconds  0 or less: off. Otherwise on, clamped to [1, 500].
+    virtual void SetAutoMuteTime(float seconds);
+
+    // not virtual
+    bool AutoMute() const noexcept { return own_.AutoMute(); }
+    /// Seconds
+    float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
+
+    /// This block reads the activity flags of `owner` from now on and analyses nothing itself (the
+    /// gain matrix inside a panner). `owner` outlives this block.  Thread: control, audio stopped.
+    void ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
+
+private:
+    InletsActivityAnalyzer own_;
+    const InletsActivityAnalyzer* inForce_ = &own_;
+};
+
+}  // namespace tav

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// How values and memory pass from the control thread to the audio thread without a lock.
+//
+// The audio thread never waits and never frees: it looks once per block, takes what is complete,
+// and gives back what it no longer reads.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace tav {
+
+/// A few 32-bit values that belong together, written by one thread and read by another.
+/// The reader sees all values of one Store or none. Control threads serialise among themselves.
+/// @tparam Values  trivially copyable, a multiple of four bytes, no padding
+template <class Values>
+class SharedCell {
+    static_assert(std::is_trivially_copyable_v<Values> && sizeof(Values) % 4 == 0);
+    static constexpr std::size_t kWords = sizeof(Values) / 4;
+    using Words = std::array<std::uint32_t, kWords>;
+
+public:
+    /// Thread: control.
+    void Store(const Values& values) noexcept {
+        const auto words = std::bit_cast<Words>(values);
+        const std::uint32_t sequence = sequence_.load(std::memory_order_relaxed);
+        sequence_.store(sequence + 1, std::memory_order_relaxed);  // odd: being written
+        // Release, each: who reads one of these words also sees the odd number above.
+        for (std::size_t i = 0; i < kWords; ++i) {
+            words_[i].store(words[i], std::memory_order_release);
+        }
+        sequence_.store(sequence + 2, std::memory_order_release);
+    }
+
+    /// Reads what was stored since the last successful call.
+    /// @return false: nothing new, or a Store is under way; `values` unchanged, ask again next
+    /// block Thread: audio.
+    bool Take(Values& values) noexcept TAV_NONBLOCKING {
+        const std::uint32_t sequence = sequence_.load(std::memory_order_acquire);
+        if (sequence == taken_ || sequence % 2 == 1) return false;
+        Words words;
+        for (std::size_t i = 0; i < kWords; ++i) {
+            words[i] = words_[i].load(std::memory_order_acquire);
+        }
+        if (sequence_.load(std::memory_order_relaxed) != sequence) return false;
+        taken_ = sequence;
+        values = std::bit_cast<Values>(words);
+        return true;
+    }
+
+private:
+    // shared: control writes, audio reads
+    std::array<std::atomic<std::uint32_t>, kWords> words_{};
+    std::atomic<std::uint32_t> sequence_{0};
+    // audio only
+    std::uint32_t taken_ = 0;
+};
+
+/// An object that the audio thread uses and the control thread replaces, for memory that changes
+/// its size. The replaced object is freed by the control thread, at the latest with this one.
+/// Pattern: Publish (Publish | TakeNext Live*)*; control threads serialise among themselves.
+template <class Object>
+class HandOver {
+public:
+    HandOver() = default;
+    ~HandOver() {
+        delete live_;
+        delete next_.load(std::memory_order_acquire);
+        delete retired_.load(std::memory_order_acquire);
+    }
+    HandOver(const HandOver&) = delete;
+    HandOver& operator=(const HandOver&) = delete;
+
+    /// The newest object wins; one that audio has not taken yet is freed here.
+    /// Thread: control.
+    void Publish(std::unique_ptr<Object> object) noexcept {
+        delete next_.exchange(object.release(), std::memory_order_acq_rel);
+        // After the exchange, not before: once this returns, nothing keeps audio from taking.
+        delete retired_.exchange(nullptr, std::memory_order_acq_rel);
+    }
+
+    /// Takes a published object; `move(newest, replaced)` carries over what must survive, and
+    /// `replaced` is null the first time.  Thread: audio, once per block.
+    template <class Move>
+    void TakeNext(Move&& move) noexcept TAV_NONBLOCKING {
+        if (next_.load(std::memory_order_relaxed) == nullptr) return;
+        if (retired_.load(std::memory_order_acquire) != nullptr) return;
+        Object* const newest = next_.exchange(nullptr, std::memory_order_acq_rel);
+        if (newest == nullptr) return;
+        move(*newest, live_);
+        retired_.store(std::exchange(live_, newest), std::memory_order_release);
+    }
+    void TakeNext() noexcept TAV_NONBLOCKING {
+        TakeNext([](Object&, Object*) {});
+    }
+
+    /// Null before the first TakeNext that found something.  Thread: audio.
+    Object* Live() const noexcept TAV_NONBLOCKING { return live_; }
+
+private:
+    std::atomic<Object*> next_{nullptr};     // published, not taken
+    std::atomic<Object*> retired_{nullptr};  // given back by audio
+    Object* live_ = nullptr;                 // audio only
+};
+
+}  // namespace tav
