@@ -29,7 +29,7 @@ int ToDigits(double digits) { return static_cast<int>(std::lround(std::clamp(dig
 
 template <class T>
 void PrintElements(std::ostream& stream, std::span<const T> row, int digits) {
-    for (const T value : row) stream << NumberText(double{value}, digits) << ' ';
+    for (const T value : row) stream << NumberText(static_cast<double>(value), digits) << ' ';
 }
 
 }  // namespace
@@ -142,7 +142,7 @@ void Matrix<T>::PrintLatex(std::ostream& stream, int digits, const String& name)
         stream << (r == 0 ? std::string(21, ' ') : "\\noalign{\\smallskip} ");
         for (std::size_t c = 0; c < Columns(); ++c) {
             if (c > 0) stream << " & ";
-            stream << NumberText(double{(*this)(r, c)}, digits);
+            stream << NumberText(static_cast<double>((*this)(r, c)), digits);
         }
         stream << " \\\\ \n";
     }

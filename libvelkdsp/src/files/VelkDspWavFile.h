@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+// WAV files, read whole and written piece by piece.
+#pragma once
+
+#include "containers/VelkDspAudioBuffer.h"
+#include "files/VelkDspWavHeader.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace tav {
+
+/// Reads PCM of 16, 24 or 32 bits or 32-bit float, any number of channels, RIFF or RF64. PCM full
+/// scale becomes 1; float samples arrive as they are.
+/// Thread: control.  Throws: tav::Exception "FILE: FAULT".
+AudioBuffer ReadWavFile(const std::filesystem::path& path);
+
+/// Writes a WAV file under a temporary name beside its own. The file appears whole, by Close, or
+/// never: a writer destroyed before that leaves nothing behind.
+/// Pattern: Write* Close.  Thread: control.  Throws: tav::Exception "FILE: FAULT".
+class WavFileWriter {
+public:
+    /// @param path  replaced when it exists; then it must be a regular file
+    /// @param numChannels  1 to 65535 bytes per frame  @param sampleRateHz  rounded to whole Hz
+    WavFileWriter(std::filesystem::path path,
+                  unsigned numChannels,
+                  double sampleRateHz,
+                  WavFormat format = WavFormat::Float32);
+    WavFileWriter(const WavFileWriter&) = delete;
+    WavFileWriter& operator=(const WavFileWriter&) = delete;
+    ~WavFileWriter();
+
+    /// Appends `frames` samples of every channel. PCM clips at full scale, NaN becomes 0.
+    void Write(const float* const* channels, std::size_t frames);
+    void Close();
+
+private:
+    void PutBytes(const ByteBlock& bytes);
+    void Abandon() noexcept;
+
+    std::filesystem::path path_;
+    std::filesystem::path temporaryPath_;
+    WavHeader header_;
+    std::ofstream stream_;
+    ByteBlock block_;
+};
+
+/// Writes all of `audio`; its sample rate must be set.
+void WriteWavFile(const std::filesystem::path& path,
+                  const AudioBuffer& audio,
+                  WavFormat format = WavFormat::Float32);
+
+}  // namespace tav

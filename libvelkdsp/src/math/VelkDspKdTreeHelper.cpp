@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "math/VelkDspKdTreeHelper.h"
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+#include <utility>
+
+namespace tav {
+namespace {
+
+constexpr std::size_t kLeafPoints = 8;
+
+float SquaredDistance(const NPoint<3>& a, const NPoint<3>& b) noexcept {
+    const float dx = a[0] - b[0];
+    const float dy = a[1] - b[1];
+    const float dz = a[2] - b[2];
+    return dx * dx + dy * dy + dz * dz;
+}
+
+template <class Entries>
+std::size_t WidestAxis(const Entries& entries) {
+    std::size_t widest = 0;
+    float most = -1.f;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        const auto coordinate = [axis](const auto& entry) { return entry.point[axis]; };
+        const auto [low, high] = std::ranges::minmax_element(entries, {}, coordinate);
+        const float width = coordinate(*high) - coordinate(*low);
+        if (width > most) {
+            most = width;
+            widest = axis;
+        }
+    }
+    return widest;
+}
+
+}  // namespace
+
+/// One query: the best candidates so far, as a heap with the worst of them in front.
+class KdTreeHelper::Search {
+public:
+    struct Candidate {
+        float squaredDistance;
+        std::size_t index;
+
+        // A tie goes to the lower index, whatever the order in which the points were met.
+        friend bool operator<(const Candidate& a, const Candidate& b) noexcept {
+            return a.squaredDistance < b.squaredDistance ||
+                   (a.squaredDistance == b.squaredDistance && a.index < b.index);
+        }
+    };
+
+    Search(const KdTreeHelper& helper, const NPoint<3>& query, std::size_t k)
+        : helper_(helper),
+          query_(query),
+          wanted_(k) {
+        best_.reserve(k);
+    }
+
+    std::vector<Candidate> NearestFirst() {
+        if (helper_.nodes_.empty()) {
+            Scan(helper_.points_);
+        } else {
+            Visit(0);
+        }
+        std::sort_heap(best_.begin(), best_.end());
+        return std::move(best_);
+    }
+
+private:
+    void Scan(std::span<const Entry> entries) {
+        for (const Entry& entry : entries) {
+            Offer({SquaredDistance(entry.point, query_), entry.index});
+        }
+    }
+
+    void Offer(const Candidate& candidate) {
+        if (best_.size() == wanted_) {
+            if (!(candidate < best_.front())) return;
+            std::pop_heap(best_.begin(), best_.end());
+            best_.back() = candidate;
+        } else {
+            best_.push_back(candidate);
+        }
+        std::push_heap(best_.begin(), best_.end());
+    }
+
+    void Visit(std::uint32_t index) {
+        const Node& node = helper_.nodes_[index];
+        if (node.upper == 0) {
+            Scan(std::span(helper_.points_).subspan(node.first, node.last - node.first));
+            return;
+        }
+        const float beyond = query_[node.axis] - node.split;
+        Visit(beyond < 0.f ? index + 1 : node.upper);
+        // Rounding keeps order, so no point over there is nearer than the plane; one that is as
+        // near may win the tie.
+        if (best_.size() < wanted_ || beyond * beyond <= best_.front().squaredDistance) {
+            Visit(beyond < 0.f ? node.upper : index + 1);
+        }
+    }
+
+    const KdTreeHelper& helper_;
+    NPoint<3> query_;
+    std::size_t wanted_;
+    std::vector<Candidate> best_;
+};
+
+KdTreeHelper::KdTreeHelper(const CartesianArray& points, std::size_t treeFrom) {
+    points_.reserve(points.Size());
+    for (const CartesianVector& p : points) points_.push_back({{p.x, p.y, p.z}, points_.size()});
+    if (points_.size() >= treeFrom && !points_.empty()) Build(0, points_.size());
+}
+
+void KdTreeHelper::Build(std::size_t first, std::size_t last) {
+    const std::size_t index = nodes_.size();
+    nodes_.push_back(
+        {static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(last), 0, 0, 0.f});
+    if (last - first <= kLeafPoints) return;
+
+    const std::span<Entry> entries = std::span(points_).subspan(first, last - first);
+    const std::size_t axis = WidestAxis(entries);
+    const std::size_t half = entries.size() / 2;
+    std::ranges::nth_element(entries, entries.begin() + static_cast<std::ptrdiff_t>(half), {},
+                             [axis](const Entry& entry) { return entry.point[axis]; });
+    nodes_[index].axis = static_cast<std::uint32_t>(axis);
+    nodes_[index].split = entries[half].point[axis];
+    Build(first, first + half);
+    nodes_[index].upper = static_cast<std::uint32_t>(nodes_.size());
+    Build(first + half, last);
+}
+
+void KdTreeHelper::Nearest(const CartesianVector& query,
+                           std::size_t k,
+                           std::vector<std::size_t>& indices,
+                           std::vector<float>& distances) const {
+    const NPoint<3> from{query.x, query.y, query.z};
+    if (k > 1 && k >= Size()) {
+        indices.resize(Size());
+        distances.resize(Size());
+        for (const Entry& entry : points_) {
+            indices[entry.index] = entry.index;
+            distances[entry.index] = std::sqrt(SquaredDistance(entry.point, from));
+        }
+        return;
+    }
+    indices.clear();
+    distances.clear();
+    if (k == 0 || Size() == 0) return;
+    for (const Search::Candidate& found : Search(*this, from, k).NearestFirst()) {
+        indices.push_back(found.index);
+        distances.push_back(std::sqrt(found.squaredDistance));
+    }
+}
+
+}  // namespace tav
