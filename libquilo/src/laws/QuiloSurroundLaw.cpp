@@ -2,7 +2,7 @@
 #include "laws/QuiloSurroundLaw.h"
 
 #include "laws/QuiloSourceDirection.h"
-#include "math/VelkDspCoordinates.h"
+#include "math/VelkDspSpherical.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,9 +10,6 @@
 namespace Quilo {
 
 namespace {
-
-constexpr float kDegPerRad = 57.29578f;
-constexpr float kRadPerDeg = 0.017453292f;
 
 /// Where in [begin, end] a value lies, as degrees of a quarter turn.
 float QuarterTurnDeg(float value, float begin, float end) {
@@ -52,13 +49,14 @@ void SurroundLaw::Gains(const tav::CartesianVector& source, std::span<float> gai
     // 1. Elevation, raised towards the zenith when the source is nearer than one metre.
     const SourceDirection d = DirectionOf(source);
     float azimuthDeg = tav::NavigationalAzimuthDeg(source);
-    float elevationDeg = d.elevation * kDegPerRad +
-                         std::acos(std::min(std::max(d.distance, -1.f), 1.f)) * kDegPerRad;
+    float elevationDeg =
+        d.elevation * tav::kDegreesPerRadian +
+        std::acos(std::min(std::max(d.distance, -1.f), 1.f)) * tav::kDegreesPerRadian;
     if (elevationDeg > 180.f) elevationDeg -= 360.f;
     if (elevationDeg < -180.f) elevationDeg += 360.f;
 
     // 2. Past the zenith the source stands on the other side.
-    const float horizontal = std::cos(elevationDeg * kRadPerDeg);
+    const float horizontal = std::cos(elevationDeg * tav::kRadiansPerDegree);
     if (horizontal < 0.f) azimuthDeg += 180.f;
     const float focus = std::fabs(horizontal);
 

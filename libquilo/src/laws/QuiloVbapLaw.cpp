@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloVbapLaw.h"
 
-#include "math/VelkDspCoordinates.h"
+#include "math/VelkDspSpherical.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "laws/QuiloBformatLaw.h"
+
+#include "math/VelkDspSpherical.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace Quilo {
+namespace {
+
+constexpr double kTolerance = 1e-6;
+
+// Over a grid of directions: the energy of W, X, Y is 1; X, Y, Z are a vector of length sqrt(2)
+// that points at the source; the distance does not matter.
+TEST(BformatGains, PointAtTheSourceWithConstantEnergy) {
+    for (float azimuth = -180.f; azimuth < 180.f; azimuth += 7.5f) {
+        for (float elevation = -90.f; elevation <= 90.f; elevation += 7.5f) {
+            const tav::CartesianVector p = tav::FromNavigational(azimuth, elevation, 1.f);
+            std::array<float, 3> three{};
+            BformatGains({p.x * 3.f, p.y * 3.f, p.z * 3.f}, three);
+            double energy = 0.0;
+            for (const float g : three) energy += static_cast<double>(g) * static_cast<double>(g);
+            EXPECT_NEAR(energy, 1.0, kTolerance);
+            EXPECT_NEAR(static_cast<double>(three[1]) * 1.224744871391589, static_cast<double>(p.x),
+                        kTolerance);
+            std::array<float, 4> four{};
+            BformatGains({p.x * 1e19f, p.y * 1e19f, p.z * 1e19f}, four);
+            EXPECT_NEAR(static_cast<double>(four[0]), 0.5773502691896257, kTolerance);
+            const std::array<float, 3> direction{p.x, p.y, p.z};
+            for (std::size_t c = 0; c < 3; ++c) {
+                EXPECT_NEAR(static_cast<double>(four[c + 1]) / 1.4142135623730951,
+                            static_cast<double>(direction[c]), kTolerance);
+            }
+        }
+    }
+}
+
+TEST(BformatGains, MoveTheZenithIntoW) {
+    std::array<float, 3> gains{};
+    BformatGains({0.f, 0.f, 2.f}, gains);
+    EXPECT_NEAR(static_cast<double>(gains[0]), 1.0, kTolerance);
+    EXPECT_NEAR(static_cast<double>(gains[1]), 0.0, kTolerance);
+    EXPECT_NEAR(static_cast<double>(gains[2]), 0.0, kTolerance);
+}
+
+}  // namespace
+}  // namespace Quilo

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include "laws/QuiloStereoLaws.h"
+
+#include "math/VelkDspSpherical.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace Quilo {
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr double kTolerance = 1e-6;  // a few roundings of values up to 1
+
+struct Placement {
+    const char* name;
+    double azimuthDeg, elevationDeg, distance;
+
+    tav::CartesianVector Position() const {
+        return tav::FromNavigational(static_cast<float>(azimuthDeg),
+                                     static_cast<float>(elevationDeg),
+                                     static_cast<float>(distance));
+    }
+    double Azimuth() const { return azimuthDeg * kPi / 180.0; }
+    /// Distance in the horizontal plane, at most 1.
+    double Width() const { return std::min(distance * std::cos(elevationDeg * kPi / 180.0), 1.0); }
+};
+
+class StereoLaws : public testing::TestWithParam<Placement> {};
+
+// A cardioid that points to an angle hears (1 + cos(difference)) / 2, widened by the distance.
+TEST_P(StereoLaws, ArePairsOfCardioids) {
+    const Placement& p = GetParam();
+    const double toLeft = 1.0 + std::cos(p.Azimuth() + kPi / 4.0) * p.Width();
+    const double toRight = 1.0 + std::cos(p.Azimuth() - kPi / 4.0) * p.Width();
+    std::array<float, 2> gains{};
+    XyGains(p.Position(), gains);
+    EXPECT_NEAR(static_cast<double>(gains[0]), toLeft * 0.41421, kTolerance);
+    EXPECT_NEAR(static_cast<double>(gains[1]), toRight * 0.41421, kTolerance);
+    const SpacedPair ab = AbPair(p.Position());
+    EXPECT_NEAR(static_cast<double>(ab.leftGain), toLeft * 0.44936, kTolerance);
+    EXPECT_NEAR(static_cast<double>(ab.rightGain), toRight * 0.44936, kTolerance);
+}
+
+TEST_P(StereoLaws, DelayTheFarSideOfASpacedPair) {
+    const Placement& p = GetParam();
+    const double difference = std::sin(p.Azimuth()) * p.Width() * 0.5;
+    const SpacedPair ab = AbPair(p.Position());
+    EXPECT_NEAR(static_cast<double>(ab.leftDelayMs - ab.rightDelayMs), difference, kTolerance);
+    EXPECT_NEAR(static_cast<double>(ab.leftDelayMs + ab.rightDelayMs), 2.0, kTolerance);
+}
+
+TEST_P(StereoLaws, GiveMidAndSide) {
+    const Placement& p = GetParam();
+    std::array<float, 2> gains{};
+    MsGains(p.Position(), gains);
+    const double mid = (1.0 + std::cos(p.Azimuth()) * p.Width()) * 0.5;
+    EXPECT_NEAR(static_cast<double>(gains[0]), mid, kTolerance);
+    EXPECT_NEAR(static_cast<double>(gains[1]), std::sin(p.Azimuth()) * p.Width() * -0.5,
+                kTolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Placements,
+                         StereoLaws,
+                         testing::Values(Placement{"Front", 0, 0, 2},
+                                         Placement{"Left", -90, 0, 1},
+                                         Placement{"HalfRight", 45, 0, 5},
+                                         Placement{"Behind", 180, 0, 1},
+                                         Placement{"Near", 30, 0, 0.25},
+                                         Placement{"HighUp", 60, 70, 1.5},
+                                         Placement{"FarAndHigh", -120, 40, 1e20},
+                                         Placement{"Below", -20, -89, 1}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(StereoLaws, CentreASourceAtTheListener) {
+    std::array<float, 2> gains{};
+    XyGains({}, gains);
+    EXPECT_EQ(gains, (std::array{0.41421f, 0.41421f}));
+    MsGains({}, gains);
+    EXPECT_EQ(gains[0], 0.5f);
+    EXPECT_EQ(std::fabs(gains[1]), 0.f);
+    const SpacedPair ab = AbPair({});
+    EXPECT_EQ(ab.leftGain, 0.44936f);
+    EXPECT_EQ(ab.rightGain, 0.44936f);
+    EXPECT_EQ(ab.leftDelayMs, 1.f);
+    EXPECT_EQ(ab.rightDelayMs, 1.f);
+}
+
+// Deliberate: the factor is no square root.
+TEST(XyGains, KeepsItsOwnFactor) {
+    std::array<float, 2> gains{};
+    XyGains(tav::FromNavigational(-45.f, 0.f, 1.f), gains);
+    EXPECT_FLOAT_EQ(gains[0], 2.f * 0.41421f);
+    EXPECT_NE(gains[0], 2.f * (std::numbers::sqrt2_v<float> - 1.f));
+}
+
+}  // namespace
+}  // namespace Quilo

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "laws/QuiloSurroundLaw.h"
+
+#include "math/VelkDspSpherical.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace Quilo {
+namespace {
+
+constexpr double kTolerance = 2e-3;  // square roots of powers whose roundings are near 1e-7
+
+tav::CartesianArray At(std::initializer_list<float> azimuthsDeg) {
+    tav::CartesianArray layout(azimuthsDeg.size());
+    std::size_t i = 0;
+    for (const float azimuth : azimuthsDeg) layout[i++] = tav::FromNavigational(azimuth, 0.f, 2.f);
+    return layout;
+}
+
+std::vector<double> Gains(const SurroundLaw& law, std::size_t count, tav::CartesianVector source) {
+    std::vector<float> gains(count);
+    law.Gains(source, gains);
+    return {gains.begin(), gains.end()};
+}
+
+struct Placement {
+    const char* name;
+    float azimuthDeg, elevationDeg, distance;
+    std::vector<double> threePowers, fourPowers;
+};
+
+class SurroundDefaults : public testing::TestWithParam<Placement> {};
+
+// Powers that follow from the symmetry of the layout: on a loudspeaker, between two, overhead.
+TEST_P(SurroundDefaults, GiveThePowersOfTheSymmetry) {
+    const Placement& p = GetParam();
+    const auto source = tav::FromNavigational(p.azimuthDeg, p.elevationDeg, p.distance);
+    for (const auto& powers : {p.threePowers, p.fourPowers}) {
+        const std::vector<double> gains = Gains(SurroundLaw(), powers.size(), source);
+        for (std::size_t o = 0; o < powers.size(); ++o) {
+            EXPECT_NEAR(gains[o] * gains[o], powers[o], 1e-6) << powers.size() << ": " << o;
+        }
+    }
+}
+
+using Powers = std::vector<double>;
+INSTANTIATE_TEST_SUITE_P(
+    Placements,
+    SurroundDefaults,
+    testing::Values(Placement{"Left", -30, 0, 1, Powers{1, 0, 0}, Powers{1, 0, 0, 0}},
+                    Placement{"Right", 30, 0, 3, Powers{0, 1, 0}, Powers{0, 0, 1, 0}},
+                    Placement{"Front", 0, 0, 1, Powers{.5, .5, 0}, Powers{0, 1, 0, 0}},
+                    Placement{"Behind", 180, 0, 9, Powers{0, 0, 1}, Powers{0, 0, 0, 1}},
+                    Placement{"HalfWayToTheRear", 105, 0, 1, Powers{0, .5, .5},
+                              Powers{0, 0, .5, .5}},
+                    Placement{"Zenith", 20, 90, 1, Powers{.25, .25, .5}, Powers{0, .5, 0, .5}},
+                    Placement{"Centre", 0, 0, 0, Powers{.25, .25, .5}, Powers{0, .5, 0, .5}}),
+    [](const auto& test) { return test.param.name; });
+
+TEST(SurroundLaw, KeepsEnergyWhateverTheLayout) {
+    for (const auto& layout : {At({-30, 30, 180}), At({10, 10, 10}), At({170, -170, 0}),
+                               At({0, 180, 90}), At({-160, -170, 5}), At({180, 180, 180})}) {
+        for (const std::size_t count : {3u, 4u}) {
+            SurroundLaw law;
+            law.SetSpeakers(layout, count);
+            for (float azimuth = -180.f; azimuth <= 180.f; azimuth += 2.5f) {
+                for (const float distance : {0.f, 0.4f, 1.f, 1e30f}) {
+                    double energy = 0.0;
+                    for (const double g :
+                         Gains(law, count, tav::FromNavigational(azimuth, 15.f, distance))) {
+                        energy += g * g;
+                    }
+                    ASSERT_NEAR(energy, 1.0, 1e-6) << azimuth << " at " << distance;
+                }
+            }
+        }
+    }
+}
+
+TEST(SurroundLaw, SwapsLeftAndRightWhenMirrored) {
+    for (float azimuth = 2.f; azimuth < 180.f; azimuth += 3.f) {
+        const auto right = Gains(SurroundLaw(), 4, tav::FromNavigational(azimuth, 20.f, 0.7f));
+        const auto left = Gains(SurroundLaw(), 4, tav::FromNavigational(-azimuth, 20.f, 0.7f));
+        EXPECT_NEAR(right[0], left[2], kTolerance);
+        EXPECT_NEAR(right[1], left[1], kTolerance);
+        EXPECT_NEAR(right[3], left[3], kTolerance);
+    }
+}
+
+TEST(SurroundLaw, TakesTheThirdLoudspeakerAsTheRightOneOfFour) {
+    const auto layout = At({-60, 10, 45, 180});
+    SurroundLaw three, four;
+    three.SetSpeakers(layout, 3);
+    four.SetSpeakers(layout, 4);
+    EXPECT_NEAR(Gains(three, 3, layout[1])[1], 1.0, kTolerance);
+    EXPECT_NEAR(Gains(four, 4, layout[2])[2], 1.0, kTolerance);
+    EXPECT_NEAR(Gains(four, 4, layout[0])[0], 1.0, kTolerance);
+    // Loudspeakers that are not given leave the others where they are.
+    SurroundLaw leftOnly;
+    leftOnly.SetSpeakers(At({-80}), 4);
+    EXPECT_NEAR(Gains(leftOnly, 4, tav::FromNavigational(30.f, 0.f, 1.f))[2], 1.0, kTolerance);
+    EXPECT_NEAR(Gains(leftOnly, 4, tav::FromNavigational(-80.f, 0.f, 1.f))[0], 1.0, kTolerance);
+}
+
+}  // namespace
+}  // namespace Quilo
