@@ -19,10 +19,12 @@ struct MixPair {
     float step;
 };
 
-/// A panel mixes some inputs into a tile of kTileOutputs outputs, `n` samples at a time. The inputs
-/// stand side by side in a strip: input i at `strip + i * stripFrames`, zeros behind its `n`
-/// samples up to stripFrames. Gains stand at `gains + i * kTileOutputs`, steps likewise.
+/// A panel mixes some inputs into a tile of kTileOutputs outputs, at most stripFrames samples at a
+/// time. The inputs stand in a strip: the n samples of input i at `strip + i * stripFrames`, then
+/// zeros up to the next multiple of kStripPadding. Its gains are at `gains + i * kTileOutputs`, its
+/// steps likewise.
 inline constexpr int kTileOutputs = 6;
+inline constexpr int kStripPadding = 16;
 inline constexpr int kMostStripFrames = 64;
 struct Panel {
     const float* gains;
@@ -56,17 +58,15 @@ struct Kernels {
                           int numPairs,
                           const float* w,
                           int n) noexcept TAV_NONBLOCKING;
-    /// outputs[o][offset + k] += sum over the inputs i of the panel of gain(i, o) * strip(i)[k]
-    /// @param outputs  kTileOutputs buffers that differ  @param n  at most stripFrames
+    /// outputs[o][k] += sum over the inputs i of the panel of gain(i, o) * strip(i)[k]
+    /// @param outputs  kTileOutputs buffers  @param n  at most stripFrames
     void (*mixConstantPanel)(float* const* outputs,
-                             int offset,
                              const float* strip,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING;
     /// The same with the gains gain(i, o) + w[k] * step(i, o).
-    /// @param w  stripFrames values, finite behind the first n too
+    /// @param w  n values, then finite ones up to the next multiple of kStripPadding
     void (*mixRampedPanel)(float* const* outputs,
-                           int offset,
                            const float* strip,
                            const Panel& panel,
                            const float* w,

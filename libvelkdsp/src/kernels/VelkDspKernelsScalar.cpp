@@ -56,7 +56,6 @@ void MixRampedList(float* y,
 }
 
 void MixConstantPanel(float* const* outputs,
-                      int offset,
                       const float* strip,
                       const Panel& panel,
                       int n) noexcept TAV_NONBLOCKING {
@@ -64,13 +63,12 @@ void MixConstantPanel(float* const* outputs,
         const int input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         for (int o = 0; o < kTileOutputs; ++o) {
-            AddScaled(outputs[o] + offset, strip + input * kStripFrames, gains[o], n);
+            AddScaled(outputs[o], strip + input * kStripFrames, gains[o], n);
         }
     }
 }
 
 void MixRampedPanel(float* const* outputs,
-                    int offset,
                     const float* strip,
                     const Panel& panel,
                     const float* w,
@@ -80,8 +78,7 @@ void MixRampedPanel(float* const* outputs,
         const float* gains = panel.gains + input * kTileOutputs;
         const float* steps = panel.steps + input * kTileOutputs;
         for (int o = 0; o < kTileOutputs; ++o) {
-            AddWeighted(outputs[o] + offset, strip + input * kStripFrames, gains[o], steps[o], w,
-                        n);
+            AddWeighted(outputs[o], strip + input * kStripFrames, gains[o], steps[o], w, n);
         }
     }
 }

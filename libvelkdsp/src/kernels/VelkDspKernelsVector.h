@@ -105,17 +105,15 @@ public:
     }
 
     static void MixConstantPanel(float* const* outputs,
-                                 int offset,
                                  const float* strip,
                                  const Panel& panel,
                                  int n) noexcept TAV_NONBLOCKING {
         OverStrip(n, [&](auto vectors) {
-            ConstantTile<decltype(vectors)::kCount>(outputs, offset, strip, panel, n);
+            ConstantTile<decltype(vectors)::kCount>(outputs, strip, panel, n);
         });
     }
 
     static void MixRampedPanel(float* const* outputs,
-                               int offset,
                                const float* strip,
                                const Panel& panel,
                                const float* w,
@@ -123,7 +121,7 @@ public:
         OverStrip(n, [&](auto vectors) {
             constexpr int kCount = decltype(vectors)::kCount;
             for (int first = 0; first < kTileOutputs; first += kRampedOutputs) {
-                RampedTile<kCount>(outputs + first, offset, strip, panel, first, w, n);
+                RampedTile<kCount>(outputs + first, strip, panel, first, w, n);
             }
         });
     }
@@ -191,7 +189,6 @@ private:
 
     template <int kVectors>
     static void ConstantTile(float* const* outputs,
-                             int offset,
                              const float* strip,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING {
@@ -212,12 +209,11 @@ private:
                 }
             }
         }
-        for (int o = 0; o < kTileOutputs; ++o) AddSums<kVectors>(outputs[o] + offset, sums[o], n);
+        for (int o = 0; o < kTileOutputs; ++o) AddSums<kVectors>(outputs[o], sums[o], n);
     }
 
     template <int kVectors>
     static void RampedTile(float* const* outputs,
-                           int offset,
                            const float* strip,
                            const Panel& panel,
                            int firstOutput,
@@ -249,7 +245,7 @@ private:
                 const Vec weight = S::Load(w + v * S::kLanes);
                 bases[o][v] = S::MultiplyAdd(weight, slopes[o][v], bases[o][v]);
             }
-            AddSums<kVectors>(outputs[o] + offset, bases[o], n);
+            AddSums<kVectors>(outputs[o], bases[o], n);
         }
     }
 };

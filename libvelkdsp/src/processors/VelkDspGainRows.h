@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// Rows of gains that a control thread writes and the audio thread reads, without a lock.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace tav {
+
+/// rows x columns gains, all 0 at first. A reader gets the values of one Write or none.
+/// Control threads serialise among themselves.
+class GainRows {
+public:
+    enum class Look : std::int32_t { Unchanged, Taken, Torn };
+    static constexpr std::uint32_t kNeverSeen = 1;  // odd: no complete row has this number
+
+    GainRows(std::size_t rows, std::size_t columns)
+        : columns_(columns),
+          values_(rows * columns),
+          sequences_(rows) {}
+
+    /// @param gains  one per column  Thread: control.
+    void Write(std::size_t row, std::span<const float> gains) noexcept {
+        std::atomic<std::uint32_t>& sequence = sequences_[row];
+        const std::uint32_t before = sequence.load(std::memory_order_relaxed);
+        sequence.store(before + 1, std::memory_order_relaxed);  // odd: being written
+        // Release, each: who reads one of these values also sees the odd number above.
+        std::atomic<float>* const values = values_.data() + row * columns_;
+        for (std::size_t c = 0; c < columns_; ++c) {
+            values[c].store(gains[c], std::memory_order_release);
+        }
+        sequence.store(before + 2, std::memory_order_release);
+        const std::uint32_t writes = writes_.load(std::memory_order_relaxed);
+        writes_.store(writes + 1, std::memory_order_release);
+    }
+
+    /// Moves with every Write, so that a reader may skip all rows at once.  Thread: any.
+    std::uint32_t Writes() const noexcept TAV_NONBLOCKING {
+        return writes_.load(std::memory_order_acquire);
+    }
+
+    /// @param seen  number of the row as it was last taken, updated when it is Taken
+    /// @param gains  one per column; of no meaning when the row is Torn
+    /// Thread: audio.
+    Look Read(std::size_t row,
+              std::uint32_t& seen,
+              std::span<float> gains) const noexcept TAV_NONBLOCKING {
+        const std::atomic<std::uint32_t>& sequence = sequences_[row];
+        const std::uint32_t before = sequence.load(std::memory_order_acquire);
+        if (before == seen) return Look::Unchanged;
+        if (before % 2 == 1) return Look::Torn;
+        CopyOut(row, gains);
+        if (sequence.load(std::memory_order_relaxed) != before) return Look::Torn;
+        seen = before;
+        return Look::Taken;
+    }
+
+    /// What was written last.  Thread: control.
+    void CopyOut(std::size_t row, std::span<float> gains) const noexcept TAV_NONBLOCKING {
+        const std::atomic<float>* const values = values_.data() + row * columns_;
+        for (std::size_t c = 0; c < columns_; ++c) {
+            gains[c] = values[c].load(std::memory_order_acquire);
+        }
+    }
+
+private:
+    // shared: control writes, audio reads
+    std::size_t columns_;
+    std::vector<std::atomic<float>> values_;
+    std::vector<std::atomic<std::uint32_t>> sequences_;
+    std::atomic<std::uint32_t> writes_{0};
+};
+
+}  // namespace tav
