@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "processors/VelkDspRamp.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace tav {
+
+namespace {
+
+constexpr double kLongestGlide = 1 << 30;  // samples
+
+std::uint32_t WholeSamples(double samples) noexcept TAV_NONBLOCKING {
+    return samples >= 1.0 ? static_cast<std::uint32_t>(std::min(samples, kLongestGlide)) : 0;
+}
+
+}  // namespace
+
+std::uint32_t Ramp::GlideLength(float ms, float sampleRateHz) noexcept TAV_NONBLOCKING {
+    return WholeSamples(static_cast<double>(ms) * 0.001 * static_cast<double>(sampleRateHz));
+}
+
+void Ramp::SetSampleRate(float hz) noexcept TAV_NONBLOCKING {
+    if (!std::isfinite(hz) || hz <= 0.f) return;
+    const double left = static_cast<double>(length_ - count_) * static_cast<double>(hz) /
+                        static_cast<double>(sampleRate_);
+    sampleRate_ = hz;
+    SetOverSamples(target_, WholeSamples(left));
+}
+
+void Ramp::Set(float target, float ms) noexcept TAV_NONBLOCKING {
+    SetOverSamples(target, GlideLength(ms, sampleRate_));
+}
+
+void Ramp::SetOverSamples(float target, std::uint32_t samples) noexcept TAV_NONBLOCKING {
+    if (!std::isfinite(target)) return;
+    start_ = Value();
+    target_ = target;
+    count_ = 0;
+    length_ = start_ == target ? 0 : samples;
+}
+
+float Ramp::Value() const noexcept TAV_NONBLOCKING { return After(count_); }
+
+float Ramp::After(std::uint32_t samples) const noexcept TAV_NONBLOCKING {
+    if (samples >= length_) return target_;
+    // From the index, never accumulated, and in double: two large ends have a finite distance.
+    const double distance = static_cast<double>(target_) - static_cast<double>(start_);
+    return static_cast<float>(static_cast<double>(start_) + static_cast<double>(samples) *
+                                                                distance /
+                                                                static_cast<double>(length_));
+}
+
+void Ramp::Fill(std::span<float> values) noexcept TAV_NONBLOCKING {
+    const std::size_t gliding = std::min<std::size_t>(values.size(), length_ - count_);
+    for (float& value : values.first(gliding)) value = After(++count_);
+    std::ranges::fill(values.subspan(gliding), target_);
+}
+
+void Ramp::Skip(std::uint32_t samples) noexcept TAV_NONBLOCKING {
+    count_ += std::min(samples, length_ - count_);
+}
+
+}  // namespace tav
