@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "laws/QuiloTriangulation.h"
+#include "math/VelkDspCartesian.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace Quilo {
+
+/// Vector-base panning in space, in single precision.
+/// The source's position is written as a sum of the vectors of the three loudspeakers round its
+/// direction; the factors are the gains.  Thread: control.
+/// @see "Virtual sound source positioning using vector base amplitude panning", JAES 45(6), 1997
+
+/// Three loudspeakers and what each contributes, before normalisation.
+struct TripletGains {
+    std::array<std::uint16_t, 3> speakers{};
+    std::array<float, 3> gains{};  ///< finite, not negative
+};
+
+/// The triplets of a layout, arranged so that a source is tried on eight of them at a time.
+class TripletBank {
+public:
+    TripletBank() = default;
+    /// Keeps the order of the triplets, which decides between equals.  Throws: std::bad_alloc.
+    explicit TripletBank(std::span<const Triplet> triplets);
+
+    /// The triplet to pan a source between. A triplet is taken when the smallest of its weights is
+    /// above that of the one taken before it and no more of them are below -0.01: a running
+    /// comparison in the order of the triplets, not a best of all.
+    /// @param source  in the unit of the layout, any finite point
+    /// Nothing where no triplet is taken.  Cost: O(triplets), no allocation.
+    std::optional<TripletGains> Choose(const tav::CartesianVector& source) const noexcept;
+
+private:
+    static constexpr std::size_t kLanes = 8;
+
+    /// Nine elements of eight inverse matrices; surplus lanes of the last block are 0.
+    struct Block {
+        std::array<std::array<float, kLanes>, 9> elements{};
+    };
+    struct Best {
+        float minimum = -100000.f;
+        int negatives = 3;
+        std::optional<TripletGains> gains;
+    };
+    using Weights = std::array<std::array<float, kLanes>, 3>;
+
+    static void Weigh(const Block& block,
+                      const tav::CartesianVector& source,
+                      Weights& weights) noexcept;
+    void Challenge(Best& best, const Weights& weights, std::size_t firstTriplet) const noexcept;
+
+    std::vector<Block> blocks_;
+    std::vector<std::array<std::uint16_t, 3>> speakers_;
+};
+
+/// Gains of one source, before normalisation: three outputs at most are above 0, none where no
+/// triplet fits.
+/// @param gains  one per output, overwritten; loudspeakers without an output are left out
+void Vbap3DGains(const TripletBank& bank,
+                 const tav::CartesianVector& source,
+                 std::span<float> gains) noexcept;
+
+/// Scales gains to a sum of squares of 1; very small ones less, and zeros stay.
+void NormaliseAmplitude3D(std::span<float> gains) noexcept;
+
+/// Whether no loudspeaker rises more than 1 degree above the horizontal plane.
+/// Deliberate: a layout that lies below the plane counts as flat, and so does an empty one.
+///                                                     (IsFlatLayout, CountsLayoutsBelow...)
+bool IsFlatLayout(std::span<const tav::CartesianVector> speakers) noexcept;
+
+}  // namespace Quilo
