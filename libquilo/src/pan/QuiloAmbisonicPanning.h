@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// First-order B-format encoding.
+#pragma once
+
+#include "laws/QuiloBformatLaw.h"
+#include "pan/QuiloAmplitudePanning.h"
+
+namespace Quilo {
+
+/// Three outputs (W, X, Y) or four (W, X, Y, Z); loudspeaker positions do not enter.
+class AmbisonicPanning : public AmplitudePanning {
+public:
+    AmbisonicPanning(unsigned numInputs, unsigned numOutputs)
+        : AmplitudePanning(numInputs, numOutputs) {}
+
+    bool IsPlanar() const override { return NumOutputs() != 4; }
+
+protected:
+    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+        BformatGains(source, gains);
+    }
+};
+
+}  // namespace Quilo

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloAmplitudePanning.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+AmplitudePanning::AmplitudePanning(unsigned numInputs, unsigned numOutputs)
+    : Pan(numInputs, numOutputs),
+      matrix_(numInputs, numOutputs),
+      spreads_(numInputs),
+      row_(numOutputs) {
+    matrix_.ShareActivityOf(*this);
+    matrix_.SetInterpolationTime(kDefaultInterpolationTimeMs);
+}
+
+void AmplitudePanning::Process(float* const* outputs,
+                               const float* const* inputs,
+                               unsigned frames) noexcept TAV_NONBLOCKING {
+    matrix_.Process(outputs, inputs, frames);
+}
+
+void AmplitudePanning::SetSampleRate(float hz) {
+    const ControlLock lock = LockControl();
+    Pan::SetSampleRate(hz);
+    matrix_.SetSampleRate(SampleRate());
+}
+
+void AmplitudePanning::SetBufferSize(unsigned frames) {
+    const ControlLock lock = LockControl();
+    Pan::SetBufferSize(frames);
+    matrix_.SetBufferSize(frames);
+}
+
+void AmplitudePanning::Reset() {
+    const ControlLock lock = LockControl();
+    Pan::Reset();
+    matrix_.Reset();
+}
+
+void AmplitudePanning::Perform(float* const* outputs,
+                               const float* const* inputs,
+                               unsigned frames) noexcept TAV_NONBLOCKING {
+    matrix_.Perform(outputs, inputs, frames);
+}
+
+void AmplitudePanning::SetSourcePosition(unsigned index,
+                                         const tav::CartesianVector& position,
+                                         bool immediate,
+                                         bool force) {
+    const ControlLock lock = LockControl();
+    if (!StoreSourcePosition(index, position, force)) return;
+    if (IsMuted(index)) {
+        row_.Fill(0.f);
+    } else {
+        ComputeGains(StoredPosition(index), row_);
+    }
+    matrix_.SetRow(index, row_, immediate);
+}
+
+void AmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray&) {}
+
+void AmplitudePanning::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(ms)) return;
+    matrix_.SetInterpolationTime(std::clamp(ms, 0.f, kMaxInterpolationTimeMs));
+}
+
+void AmplitudePanning::SetSourceSpread(unsigned index, float spread) {
+    const ControlLock lock = LockControl();
+    if (index >= NumInputs() || !std::isfinite(spread)) return;
+    const float clamped = std::clamp(spread, 0.f, 100.f);
+    if (clamped == spreads_[index]) return;
+    spreads_[index] = clamped;
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
+float AmplitudePanning::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return matrix_.InterpolationTime();
+}
+
+float AmplitudePanning::SourceSpread(unsigned index) const {
+    const ControlLock lock = LockControl();
+    return index < NumInputs() ? spreads_[index] : 0.f;
+}
+
+void AmplitudePanning::ApplySourceMute(unsigned index) {
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
+}  // namespace Quilo

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// Base of every panner whose outputs are weighted mixes of its inputs.
+//
+// It owns the gain matrix and turns a position into one row of gains through the law of the derived
+// class. Storing, comparing, gliding, muting and spreads live here, so that a panner is only its
+// law and, where it has one, its loudspeaker layout.
+#pragma once
+
+#include "pan/QuiloPan.h"
+#include "processors/VelkDspSignalMatrix.h"
+
+namespace Quilo {
+
+class AmplitudePanning : public Pan {
+public:
+    using Pan::Process;
+    /// Zeroes the connected outputs and adds the mix.
+    void Process(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    void SetSampleRate(float hz) override;
+    void SetBufferSize(unsigned frames) override;
+    void Reset() override;
+
+    void Perform(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    void SetSourcePosition(unsigned index,
+                           const tav::CartesianVector& position,
+                           bool immediate,
+                           bool force) override;
+    /// Nothing here: a law without loudspeakers ignores them.
+    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
+    void SetInterpolationTime(float ms) override;
+    void SetSourceSpread(unsigned index, float spread) override;
+    bool SupportsSpread() const override { return true; }
+    bool IsPlanar() const override { return false; }
+    float GetInterpolationTime() const override;
+    float SourceSpread(unsigned index) const override;
+
+protected:
+    AmplitudePanning(unsigned numInputs, unsigned numOutputs);
+
+    /// The law: gains of one source.
+    /// @param source  metres, finite      @param gains  one per output, overwritten, finite
+    /// Thread: control, under the control lock.
+    virtual void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) = 0;
+
+private:
+    void ApplySourceMute(unsigned index) override;
+
+    tav::SignalMatrix matrix_;
+    tav::Vector<float> spreads_;  // one per source, 0 .. 100
+    tav::Vector<float> row_;      // one source's gains while they are computed
+};
+
+}  // namespace Quilo

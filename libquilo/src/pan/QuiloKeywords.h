@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Every keyword table of the panning library: what is printed and what is accepted, side by side.
+//
+// Matching is exact and case-sensitive. What an unknown word means is said by the caller.
+#pragma once
+
+#include "pan/QuiloPan.h"
+#include "text/VelkDspKeywordTable.h"
+
+namespace Quilo {
+
+/// Thread: any; a table is built once, on first use.
+const tav::KeywordTable<Pan::Type>& PanTypeKeywords();
+const tav::KeywordTable<Pan::SubType>& PanSubTypeKeywords();
+const tav::KeywordTable<Pan::SpreadingMode>& PanSpreadingModeKeywords();
+
+}  // namespace Quilo

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
+#include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloAngularPanning.h"
+#include "pan/QuiloKeywords.h"
+#include "pan/QuiloNullPanning.h"
+#include "pan/QuiloPan.h"
+#include "pan/QuiloStereoABPanning.h"
+#include "pan/QuiloStereoPanning.h"
+#include "pan/QuiloSurroundPanning.h"
+#include "pan/QuiloVbap2DPanning.h"
+
+#include <cmath>
+#include <optional>
+
+namespace Quilo {
+
+namespace {
+
+// The panners that later versions bring. Until then each of them is the silent one; its row in the
+// tables below is already the final one.
+using BinauralPanningDirect = NullPanning;
+using BinauralPanningITD = NullPanning;
+using BinauralPanningIACC = NullPanning;
+using BinauralPanningNearfield = NullPanning;
+using BinauralPanningSphericalHeadModel = NullPanning;
+using BinauralPanningSnowmanModel = NullPanning;
+using BinauralPanningContinuous = NullPanning;
+using RecursivePanning = NullPanning;
+using VbapPanning = NullPanning;
+using VbipPanning = NullPanning;
+using DbapPanning2D = NullPanning;
+using DbapPanning3D = NullPanning;
+using VDbapPanning = NullPanning;
+using SPCAmplitudePanning = NullPanning;
+using KnnPanning = NullPanning;
+using SubwoofersPanning = NullPanning;
+using DiffusePanning = NullPanning;
+using HOA2DPanning = NullPanning;
+using HOA3DPanning = NullPanning;
+using HoaDiffusePanning2D = NullPanning;
+using HoaDiffusePanning3D = NullPanning;
+using NFCHOAPanning2D = NullPanning;
+using NFCHOAPanning3D = NullPanning;
+
+using Fits = bool (*)(unsigned inputs, unsigned outputs);
+using Maker = std::unique_ptr<Pan> (*)(unsigned inputs, unsigned outputs);
+
+template <class Panner>
+std::unique_ptr<Pan> Make(unsigned inputs, unsigned outputs) {
+    return std::make_unique<Panner>(inputs, outputs);
+}
+
+bool IsWholeFrom1(float order) { return order >= 1.f && order == std::floor(order); }
+
+bool Always(unsigned, unsigned) { return true; }
+bool Stereo(unsigned, unsigned outputs) { return outputs == 2; }
+bool From1(unsigned, unsigned outputs) { return outputs >= 1; }
+bool From2(unsigned, unsigned outputs) { return outputs >= 2; }
+bool From3(unsigned, unsigned outputs) { return outputs >= 3; }
+bool ThreeOrFour(unsigned, unsigned outputs) { return outputs == 3 || outputs == 4; }
+bool StereoOfPairs(unsigned inputs, unsigned outputs) { return outputs == 2 && inputs >= 2; }
+bool FixedLayouts(unsigned, unsigned outputs) {
+    return (outputs >= 4 && outputs <= 8) || outputs == 12;
+}
+/// Channels of a whole ambisonic order: 1, 3, 5, 7, ...
+bool Hoa2DCount(unsigned, unsigned outputs) {
+    return outputs == 1 || IsWholeFrom1((static_cast<float>(outputs) - 1.f) * 0.5f);
+}
+/// 1, 4, 9, 16, ...
+bool Hoa3DCount(unsigned, unsigned outputs) {
+    return outputs == 1 || IsWholeFrom1(std::sqrt(static_cast<float>(outputs)) - 1.f);
+}
+
+struct SubTypeRecipe {
+    Pan::SubType subtype;
+    std::optional<Pan::Type> type;  // none: any type
+    Fits fits;
+    Maker make;
+};
+
+struct TypeRecipe {
+    Pan::Type type;
+    Fits fits;
+    Maker make;
+};
+
+constexpr std::optional<Pan::Type> kAnyType = std::nullopt;
+
+// The first row that agrees in everything wins, these before those by type.
+// clang-format off
+constexpr SubTypeRecipe kBySubType[] = {
+    // subtype                          type                 fits           class
+    {Pan::SubType::Diffuse,             Pan::Type::Binaural, StereoOfPairs, Make<BinauralPanningIACC>},
+    {Pan::SubType::Diffuse,             Pan::Type::Binaural, Always,        Make<NullPanning>},
+    {Pan::SubType::Diffuse,             Pan::Type::Hoa2D,    Hoa2DCount,    Make<HoaDiffusePanning2D>},
+    {Pan::SubType::Diffuse,             Pan::Type::Nfchoa2D, Hoa2DCount,    Make<HoaDiffusePanning2D>},
+    {Pan::SubType::Diffuse,             Pan::Type::Hoa3D,    Hoa3DCount,    Make<HoaDiffusePanning3D>},
+    {Pan::SubType::Diffuse,             Pan::Type::Nfchoa3D, Hoa3DCount,    Make<HoaDiffusePanning3D>},
+    {Pan::SubType::Diffuse,             kAnyType,            Always,        Make<DiffusePanning>},
+    {Pan::SubType::Early,               Pan::Type::Binaural, Stereo,        Make<BinauralPanningITD>},
+    {Pan::SubType::Nearfield,           Pan::Type::Binaural, Stereo,        Make<BinauralPanningNearfield>},
+    {Pan::SubType::SphericalHeadModel,  Pan::Type::Binaural, Stereo,        Make<BinauralPanningSphericalHeadModel>},
+    {Pan::SubType::SnowmanModel,        Pan::Type::Binaural, Stereo,        Make<BinauralPanningSnowmanModel>},
+    {Pan::SubType::Continuous,          Pan::Type::Binaural, Stereo,        Make<BinauralPanningContinuous>},
+};
+
+constexpr TypeRecipe kByType[] = {
+    // type                  fits          class
+    {Pan::Type::Binaural,    Stereo,       Make<BinauralPanningDirect>},
+    {Pan::Type::Xy,          Stereo,       Make<StereoXYPanning>},
+    {Pan::Type::Ms,          Stereo,       Make<StereoMSPanning>},
+    {Pan::Type::Ab,          Stereo,       Make<StereoABPanning>},
+    {Pan::Type::Surround,    ThreeOrFour,  Make<SurroundPanning>},
+    {Pan::Type::Panr,        FixedLayouts, Make<RecursivePanning>},
+    {Pan::Type::Angular,     Always,       Make<AngularPanning>},
+    {Pan::Type::Vbap2D,      From2,        Make<Vbap2DPanning>},
+    {Pan::Type::Vbip2D,      From2,        Make<Vbip2DPanning>},
+    {Pan::Type::Vbap,        From3,        Make<VbapPanning>},
+    {Pan::Type::Vbip,        From3,        Make<VbipPanning>},
+    {Pan::Type::Dbap,        From1,        Make<DbapPanning2D>},
+    {Pan::Type::Dbap3D,      From1,        Make<DbapPanning3D>},
+    {Pan::Type::Bformat,     ThreeOrFour,  Make<AmbisonicPanning>},
+    {Pan::Type::Hoa2D,       Hoa2DCount,   Make<HOA2DPanning>},
+    {Pan::Type::Hoa3D,       Hoa3DCount,   Make<HOA3DPanning>},
+    {Pan::Type::Vdbap,       From3,        Make<VDbapPanning>},
+    {Pan::Type::Nfchoa2D,    Hoa2DCount,   Make<NFCHOAPanning2D>},
+    {Pan::Type::Nfchoa3D,    Hoa3DCount,   Make<NFCHOAPanning3D>},
+    {Pan::Type::Spcap,       [](auto in, auto) { return in >= 1; /* Deliberate: in */ }, Make<SPCAmplitudePanning>},
+    {Pan::Type::Knn,         From1,        Make<KnnPanning>},
+    {Pan::Type::Subwoofers,  From1,        Make<SubwoofersPanning>},
+};
+// clang-format on
+
+Maker FindMaker(unsigned inputs, unsigned outputs, Pan::Type type, Pan::SubType subtype) {
+    for (const SubTypeRecipe& row : kBySubType) {
+        const bool named = row.subtype == subtype && row.type.value_or(type) == type;
+        if (named && row.fits(inputs, outputs)) return row.make;
+    }
+    for (const TypeRecipe& row : kByType) {
+        if (row.type == type && row.fits(inputs, outputs)) return row.make;
+    }
+    return Make<NullPanning>;
+}
+
+/// Null instead of an exception.
+std::unique_ptr<Pan> TryMake(Maker make, unsigned inputs, unsigned outputs) noexcept {
+    try {
+        return make(inputs, outputs);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+std::unique_ptr<Pan> Pan::Create(unsigned numInputs,
+                                 unsigned numOutputs,
+                                 std::string_view type,
+                                 std::string_view subtype) noexcept {
+    try {
+        return Create(numInputs, numOutputs, PanTypeKeywords().Parse(type).value_or(Type::Null),
+                      PanSubTypeKeywords().Parse(subtype).value_or(SubType::Direct));
+    } catch (...) {  // no memory for the keyword tables
+        return Create(numInputs, numOutputs, Type::Null, SubType::Direct);
+    }
+}
+
+std::unique_ptr<Pan> Pan::Create(unsigned numInputs,
+                                 unsigned numOutputs,
+                                 Type type,
+                                 SubType subtype) noexcept {
+    const Maker maker = FindMaker(numInputs, numOutputs, type, subtype);
+    std::unique_ptr<Pan> pan = TryMake(maker, numInputs, numOutputs);
+    if (!pan) pan = TryMake(Make<NullPanning>, numInputs, numOutputs);
+    if (!pan || dynamic_cast<const NullPanning*>(pan.get())) return pan;
+    pan->type_ = type;
+    pan->subType_ = subtype;
+    pan->RecomputeSources(true);  // a source that nobody has placed yet sounds from the origin
+    return pan;
+}
+
+}  // namespace Quilo

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloStereoABPanning.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+StereoABPanning::StereoABPanning(unsigned numInputs, unsigned numOutputs)
+    : Pan(numInputs, numOutputs),
+      voices_(numInputs) {
+    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(interpolationTimeMs_);
+}
+
+void StereoABPanning::Process(float* const* outputs,
+                              const float* const* inputs,
+                              unsigned frames) noexcept TAV_NONBLOCKING {
+    ZeroOutputs(outputs, frames);
+    Perform(outputs, inputs, frames);
+}
+
+void StereoABPanning::SetSampleRate(float hz) {
+    const ControlLock lock = LockControl();
+    Pan::SetSampleRate(hz);
+    for (StereoABVoice& voice : voices_) voice.SetSampleRate(SampleRate());
+}
+
+void StereoABPanning::Reset() {
+    const ControlLock lock = LockControl();
+    Pan::Reset();
+    for (StereoABVoice& voice : voices_) voice.Reset();
+}
+
+void StereoABPanning::Perform(float* const* outputs,
+                              const float* const* inputs,
+                              unsigned frames) noexcept TAV_NONBLOCKING {
+    const bool wanted[] = {OutputConnected(0), OutputConnected(1)};
+    for (unsigned i = 0; i < NumInputs(); ++i) {
+        const bool active = InputActive(i);
+        for (unsigned offset = 0; offset < frames; offset += StereoABVoice::kMaxFrames) {
+            const unsigned piece = std::min(frames - offset, StereoABVoice::kMaxFrames);
+            if (active) {
+                voices_[i].Add(wanted[0] ? outputs[0] + offset : nullptr,
+                               wanted[1] ? outputs[1] + offset : nullptr, inputs[i] + offset,
+                               piece);
+            } else {
+                voices_[i].Rest(piece);
+            }
+        }
+    }
+}
+
+void StereoABPanning::SetSourcePosition(unsigned index,
+                                        const tav::CartesianVector& position,
+                                        bool,
+                                        bool force) {
+    const ControlLock lock = LockControl();
+    if (!StoreSourcePosition(index, position, force)) return;
+    const SpacedPair pair = AbPair(StoredPosition(index));
+    voices_[index].SetDelays(pair, force);
+    SetVoiceGains(index, pair, force);
+}
+
+void StereoABPanning::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(ms)) return;
+    interpolationTimeMs_ = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(interpolationTimeMs_);
+}
+
+float StereoABPanning::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return interpolationTimeMs_;
+}
+
+void StereoABPanning::ApplySourceMute(unsigned index) {
+    SetVoiceGains(index, AbPair(StoredPosition(index)), false);
+}
+
+void StereoABPanning::SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate) {
+    const bool muted = IsMuted(index);
+    voices_[index].SetGains(muted ? 0.f : pair.leftGain, muted ? 0.f : pair.rightGain, immediate);
+}
+
+}  // namespace Quilo

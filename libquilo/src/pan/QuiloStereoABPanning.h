@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// A spaced stereo pair: level and time differences together.
+#pragma once
+
+#include "pan/QuiloPan.h"
+#include "pan/QuiloStereoABVoice.h"
+
+#include <atomic>
+
+namespace Quilo {
+
+/// Two outputs: left, right; loudspeaker positions do not enter. Every source is late by about
+/// one millisecond.
+class StereoABPanning : public Pan {
+public:
+    StereoABPanning(unsigned numInputs, unsigned numOutputs);
+
+    using Pan::Process;
+    void Process(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    void SetSampleRate(float hz) override;
+    void Reset() override;
+
+    void Perform(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    // Deliberate: force jumps and immediate does not.   (StereoABPanning, JumpsWhenForced)
+    void SetSourcePosition(unsigned index,
+                           const tav::CartesianVector& position,
+                           bool immediate,
+                           bool force) override;
+    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
+    void SetInterpolationTime(float ms) override;
+    bool IsPlanar() const override { return false; }
+    float GetInterpolationTime() const override;
+
+private:
+    void ApplySourceMute(unsigned index) override;
+    void SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate);
+
+    std::vector<StereoABVoice> voices_;  // one per source
+    float interpolationTimeMs_ = kDefaultInterpolationTimeMs;
+};
+
+}  // namespace Quilo

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloStereoABVoice.h"
+
+#include <span>
+
+namespace Quilo {
+
+namespace {
+
+constexpr float kMaximumDelayMs = 2.f;
+
+}  // namespace
+
+StereoABVoice::StereoABVoice() {
+    for (Side& side : sides_) {
+        side.delay.SetMaximumDelay(kMaximumDelayMs);
+        side.delay.SetInterpolationKind(tav::DelayKind::Lagrange);
+    }
+    SetDelays({}, true);
+}
+
+void StereoABVoice::SetSampleRate(float hz) {
+    for (Side& side : sides_) side.delay.SetSampleRate(hz);
+}
+
+void StereoABVoice::SetInterpolationTime(float ms) {
+    for (Side& side : sides_) side.delay.SetInterpolationTime(ms);
+    newest_.glideMs = ms;
+}
+
+void StereoABVoice::SetDelays(const SpacedPair& pair, bool immediate) {
+    sides_[0].delay.SetDelay(pair.leftDelayMs, immediate);
+    sides_[1].delay.SetDelay(pair.rightDelayMs, immediate);
+}
+
+void StereoABVoice::SetGains(float left, float right, bool immediate) {
+    newest_.target = {left, right};
+    if (immediate) {
+        newest_.jump = newest_.target;
+        ++newest_.numJumps;
+    }
+    shared_.Store(newest_);
+}
+
+void StereoABVoice::Reset() {
+    for (Side& side : sides_) side.delay.Reset();
+}
+
+void StereoABVoice::Add(float* left,
+                        float* right,
+                        const float* input,
+                        unsigned frames) noexcept TAV_NONBLOCKING {
+    TakeTargets();
+    if (IsSilent()) return Rest(frames);
+    AddSide(sides_[0], left, input, frames);
+    AddSide(sides_[1], right, input, frames);
+}
+
+void StereoABVoice::Rest(unsigned frames) noexcept TAV_NONBLOCKING {
+    TakeTargets();
+    for (Side& side : sides_) {
+        side.delay.Rest(frames);
+        side.gain.Skip(frames);
+    }
+}
+
+void StereoABVoice::TakeTargets() noexcept TAV_NONBLOCKING {
+    for (Side& side : sides_) side.gain.SetSampleRate(side.delay.SampleRate());
+    const std::uint32_t numJumps = taken_.numJumps;
+    if (!shared_.Take(taken_)) return;
+    for (std::size_t s = 0; s < sides_.size(); ++s) {
+        if (taken_.numJumps != numJumps) sides_[s].gain.Set(taken_.jump[s], 0.f);
+        if (taken_.target[s] != sides_[s].gain.Target()) {
+            sides_[s].gain.Set(taken_.target[s], taken_.glideMs);
+        }
+    }
+}
+
+bool StereoABVoice::IsSilent() const noexcept TAV_NONBLOCKING {
+    for (const Side& side : sides_) {
+        if (!side.gain.IsConstant() || side.gain.Target() != 0.f) return false;
+    }
+    return true;
+}
+
+void StereoABVoice::AddSide(Side& side,
+                            float* output,
+                            const float* input,
+                            unsigned frames) noexcept TAV_NONBLOCKING {
+    std::array<float, kMaxFrames> delayed;
+    std::array<float, kMaxFrames> gains;
+    side.delay.Perform(delayed.data(), input, frames);
+    side.gain.Fill(std::span(gains).first(frames));
+    if (output == nullptr) return;
+    for (unsigned k = 0; k < frames; ++k) output[k] += gains[k] * delayed[k];
+}
+
+}  // namespace Quilo

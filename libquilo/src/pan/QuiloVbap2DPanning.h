@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// Vector-base panning over a horizontal ring of loudspeakers; heights are ignored.
+#pragma once
+
+#include "laws/QuiloVbapLaw.h"
+#include "pan/QuiloAmplitudePanning.h"
+
+namespace Quilo {
+
+/// Feeds each source to the two loudspeakers around its azimuth. Silent until a layout comes.
+class VectorBased2DPanning : public AmplitudePanning {
+public:
+    /// Throws: tav::Exception when three or more loudspeakers do not surround the listener; the new
+    /// layout is in force all the same.
+    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
+
+protected:
+    VectorBased2DPanning(unsigned numInputs, unsigned numOutputs)
+        : AmplitudePanning(numInputs, numOutputs) {}
+
+    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override;
+
+    /// Gives one source's gains their final size.
+    virtual void Normalise(std::span<float> gains) const = 0;
+
+private:
+    SpeakerRing ring_;
+};
+
+/// Amplitude panning: the gains keep their ratio.
+class Vbap2DPanning : public VectorBased2DPanning {
+public:
+    Vbap2DPanning(unsigned numInputs, unsigned numOutputs)
+        : VectorBased2DPanning(numInputs, numOutputs) {}
+
+protected:
+    void Normalise(std::span<float> gains) const override { NormaliseAmplitude2D(gains); }
+};
+
+/// Intensity panning: the energies have the ratio of the gains.
+class Vbip2DPanning : public VectorBased2DPanning {
+public:
+    Vbip2DPanning(unsigned numInputs, unsigned numOutputs)
+        : VectorBased2DPanning(numInputs, numOutputs) {}
+
+protected:
+    void Normalise(std::span<float> gains) const override { NormaliseIntensity(gains); }
+};
+
+}  // namespace Quilo
