@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// What one quilo.pan~ object is: its settings, its layout and its engine.
+//
+// Max allocates the record and knows nothing of C++; everything of ours lives behind the one
+// pointer in it. An object is configured first (numbers of channels, type, subtype; nothing
+// sounds), then it gets its engine, and from then on its structure is frozen.
+#pragma once
+
+#include "QuiloPanTexts.h"
+#include "max/VelkMaxAttributes.h"
+#include "pan/QuiloPan.h"
+
+#include "z_dsp.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Quilo {
+
+using VelkMax::Atoms;
+
+class PanObject;
+
+/// The memory that Max allocates, zeroed.
+struct PanRecord {
+    t_pxobject header;
+    PanObject* object;  // owned; made by quilo_pan_new, deleted by quilo_pan_free
+};
+
+/// Pattern: attribute setters*, BuildEngine, (PlaceSpeakers PlaceSources), then anything.
+/// Thread: main or scheduler, one at a time under Lock(); Render alone: audio.
+class PanObject {
+public:
+    explicit PanObject(t_pxobject& header) : header_(header) {}
+
+    static PanObject& Of(void* record) { return *static_cast<PanRecord*>(record)->object; }
+    friend t_object* MaxObjectOf(const PanObject& object) { return &object.header_.z_ob; }
+    [[nodiscard]] std::unique_lock<std::recursive_mutex> Lock() const {
+        return std::unique_lock(mutex_);
+    }
+
+    // ---- Life
+
+    /// Makes the engine from the settings, once; says what could not be made.
+    void BuildEngine();
+    /// Gives the engine the default layout with the positions that were set before it existed.
+    /// Throws: what the engine throws; the layout stays.
+    void PlaceSpeakers();
+    void PlaceSources();
+
+    /// Null until BuildEngine, and for good when there was no memory for an engine.
+    Pan* Engine() const { return engine_.get(); }
+
+    // ---- Positions; attributes and messages meet here.
+
+    unsigned NumSources() const { return static_cast<unsigned>(sources_.Size()); }
+    unsigned NumSpeakers() const { return static_cast<unsigned>(speakers_.Size()); }
+    const tav::CartesianVector& Source(unsigned index) const { return sources_[index]; }
+    const tav::CartesianVector& Speaker(unsigned index) const { return speakers_[index]; }
+    /// Stores the position and lets the source glide there.  @param index  below NumSources()
+    void MoveSource(unsigned index, const tav::CartesianVector& position);
+    /// Stores the layout, then hands it to the engine.  Throws: as PlaceSpeakers.
+    void SetSpeakers(const tav::CartesianArray& speakers);
+    const tav::CartesianArray& Speakers() const { return speakers_; }
+    /// False for a panner to which loudspeaker positions mean nothing.
+    bool TakesSpeakers() const;
+    /// @param spread  clamped by the engine to 0 .. 100
+    void SetSourceSpread(unsigned index, float spread);
+
+    // ---- Attributes
+
+    max_long NumInputs() const { return numInputs_; }
+    void SetNumInputs(max_long count);
+    max_long NumOutputs() const { return numOutputs_; }
+    void SetNumOutputs(max_long count);
+    t_symbol* Type() const { return gensym(type_.c_str()); }
+    void SetType(t_symbol* type);
+    t_symbol* SubType() const { return gensym(subType_.c_str()); }
+    void SetSubType(t_symbol* subType);
+    /// x, y, z of each position, metres.
+    std::vector<float> SourcesPositions() const;
+    /// Whole triplets from the first source on; sources beyond the list stay where they are. What
+    /// does not make a triplet or belongs to no source is left out with a warning, a list without
+    /// a triplet or with something that is no number changes nothing.
+    void SetSourcesPositions(Atoms xyz);
+    std::vector<float> SpeakersPositions() const;
+    void SetSpeakersPositions(Atoms xyz);
+    /// What the engine glides over, milliseconds.
+    float InterpolationTime() const;
+    void SetInterpolationTime(float ms);
+    max_long Mute() const { return mute_.load(std::memory_order_relaxed); }
+    void SetMute(max_long on) { mute_.store(on, std::memory_order_relaxed); }
+    max_long Bypass() const { return bypass_.load(std::memory_order_relaxed); }
+    void SetBypass(max_long on) { bypass_.store(on, std::memory_order_relaxed); }
+    /// Seconds; 0 switches it off.
+    float AutoMute() const { return autoMuteSeconds_; }
+    void SetAutoMute(float seconds);
+    /// One value a source, from the first on.
+    std::vector<float> Spread() const;
+    void SetSpread(const std::vector<float>& spreads);
+
+    /// Whether the patcher has muted the object.
+    bool IsDisabled() const { return header_.z_disabled != 0; }
+
+    // ---- Audio
+
+    /// One vector. Writes every output, zeros when there is no engine.
+    void Render(double* const* outputs,
+                max_long numOutputs,
+                double* const* inputs,
+                max_long numInputs,
+                max_long frames) noexcept TAV_NONBLOCKING;
+
+private:
+    t_pxobject& header_;
+    mutable std::recursive_mutex mutex_;
+
+    // Settings until the engine exists, then what it really has.
+    max_long numInputs_ = 1;
+    max_long numOutputs_ = 4;
+    std::string type_ = "angular";
+    std::string subType_ = "direct";
+    std::optional<float> interpolationTimeMs_;  // empty: the engine's own stands
+    float autoMuteSeconds_ = 20.f;
+    std::vector<t_atom> givenSources_;  // positions that came before there was a layout
+    std::vector<t_atom> givenSpeakers_;
+
+    tav::CartesianArray sources_;
+    tav::CartesianArray speakers_;
+    std::unique_ptr<Pan> engine_;  // never changes once audio runs
+
+    // shared: control writes, audio reads
+    std::atomic<max_long> mute_ = 0;
+    std::atomic<max_long> bypass_ = 0;
+};
+
+}  // namespace Quilo

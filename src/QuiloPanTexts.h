@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// Every console text of quilo.pan~ that is its own, by handler. Their spelling, blanks and slips
+// are promises; indices and counts in them are 1-based, as in messages.
+#pragma once
+
+#include "max/VelkMaxTexts.h"
+
+namespace Quilo {
+
+using VelkMax::Text;
+
+// clang-format off
+
+// Creation
+inline constexpr Text<> kNotCreated{"couldnt create object (quilo_pan_new)"};
+inline constexpr Text<> kNotInitialized{"couldnt create object (quilo_pan_initialize)"};
+inline constexpr Text<> kUnsupported{"Unsupported panning configuration"};
+
+// Structure attributes of an object that plays
+inline constexpr Text<int>         kInputsAreFixed{"could not dynamically change number of inputs : %d"};
+inline constexpr Text<int>         kOutputsAreFixed{"could not dynamically change number of outputs : %d"};
+inline constexpr Text<const char*> kTypeIsFixed{"could not dynamically change pan type : %s"};
+inline constexpr Text<const char*> kSubTypeIsFixed{"could not dynamically change pan subtype : %s"};
+
+// source
+inline constexpr Text<>    kInvalidSource{"invalid message : source"};
+inline constexpr Text<int> kInvalidSourceIndex{"invalid source index %d"};
+inline constexpr Text<>    kNoSpread{"this type of panning doesnt support spread messages"};
+inline constexpr Text<>    kInvalidSpreadXyz{"invalid spreadxyz message"};
+inline constexpr Text<>    kNoSpreadXyz{"this type of panning doesnt support spreadxyz messages"};
+inline constexpr Text<>    kOnlyKnn{"message only supported by knn panning"};
+inline constexpr Text<int> kTooFewSourceValues{"not enough source coordinates. expected %d coordinates"};
+inline constexpr Text<int> kTooManySourceValues{"too many source coordinates. only %d coordinates will be read"};
+inline constexpr Text<>    kUnreadableSource{"error reading source coordinates"};
+
+// speakers
+inline constexpr Text<>    kInvalidSpeakers{"invalid message : speakers"};
+inline constexpr Text<int> kTooFewSpeakers{"not enough loudspeakers positions. expected %d loudspeakers positions"};
+inline constexpr Text<int> kTooManySpeakers{"too many loudspeakers positions. only %d positions will be read"};
+inline constexpr Text<int> kUnreadableNthSpeaker{"error reading %d th speaker position"};
+
+// speaker
+inline constexpr Text<>    kInvalidSpeaker{"invalid speaker message"};
+inline constexpr Text<int> kInvalidSpeakerIndex{"invalid speaker index %d"};
+inline constexpr Text<int> kTooManySpeakerValues{"too many loudspeakers positions. only %d position will be read"};
+inline constexpr Text<>    kUnreadableSpeaker{"error reading speaker position"};
+
+// info: a line in the columns of the processor's own report
+inline constexpr Text<const char*> kAutoMuteLine{"automute             : %s"};
+
+// clang-format on
+
+}  // namespace Quilo

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "max/VelkMaxAtoms.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace VelkMax {
+
+namespace {
+
+std::string FloatText(double value) {
+    char digits[64];
+    const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<float>(value)).ptr;
+    return {digits, end};
+}
+
+std::string AtomText(const t_atom& atom) {
+    switch (atom_gettype(&atom)) {
+        case A_LONG: return std::to_string(atom_getlong(&atom));
+        case A_FLOAT: return FloatText(atom_getfloat(&atom));
+        default: return atom_getsym(&atom)->s_name;
+    }
+}
+
+}  // namespace
+
+Atoms::Atoms(max_long count, const t_atom* atoms) {
+    if (count > 0 && atoms != nullptr) atoms_ = {atoms, static_cast<std::size_t>(count)};
+}
+
+Atoms Atoms::From(std::size_t count) const noexcept {
+    return Atoms(atoms_.subspan(std::min(count, Size())));
+}
+
+Atoms Atoms::First(std::size_t count) const noexcept {
+    return Atoms(atoms_.first(std::min(count, Size())));
+}
+
+max_long Atoms::Type(std::size_t index) const noexcept {
+    return index < Size() ? atom_gettype(&atoms_[index]) : max_long{A_NOTHING};
+}
+
+t_atom_long Atoms::Long(std::size_t index) const noexcept {
+    return index < Size() ? atom_getlong(&atoms_[index]) : 0;
+}
+
+double Atoms::Float(std::size_t index) const noexcept {
+    return index < Size() ? atom_getfloat(&atoms_[index]) : 0.0;
+}
+
+t_symbol* Atoms::Symbol(std::size_t index) const {
+    if (IsSymbol(index)) return atom_getsym(&atoms_[index]);
+    return gensym(From(index).First(1).Text().c_str());
+}
+
+std::vector<float> Atoms::Numbers() const {
+    std::vector<float> numbers(Size(), std::numeric_limits<float>::quiet_NaN());
+    for (std::size_t index = 0; index < Size(); ++index) {
+        if (IsNumber(index)) numbers[index] = static_cast<float>(Float(index));
+    }
+    return numbers;
+}
+
+std::string Atoms::Text() const {
+    std::string text;
+    for (const t_atom& atom : atoms_) {
+        if (!text.empty()) text += ' ';
+        text += AtomText(atom);
+    }
+    return text;
+}
+
+int SaturatedInt(t_atom_long value) noexcept {
+    return static_cast<int>(std::clamp<t_atom_long>(value, std::numeric_limits<int>::min(),
+                                                    std::numeric_limits<int>::max()));
+}
+
+}  // namespace VelkMax

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+#include "max/VelkMaxAttributes.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+namespace VelkMax {
+
+namespace {
+
+t_object* MakeAttribute(const AttributeRow& row, max_long size) {
+    const auto get = AsMethod(row.access.get);
+    const auto set = AsMethod(row.access.set);
+    t_symbol* const type = gensym(row.type);
+    // Own accessors on both sides: the offset is not used.
+    t_object* const attribute =
+        size == 1 ? attr_offset_new(row.name, type, ATTR_FLAGS_NONE, get, set, 0)
+                  : attr_offset_array_new(row.name, type, size, ATTR_FLAGS_NONE, get, set, 0, 0);
+    const Range& range = row.access.range;
+    if (range.HasMin() || range.HasMax()) {
+        attr_addfilter_clip(attribute, range.HasMin() ? range.min : 0.0,
+                            range.HasMax() ? range.max : 0.0, range.HasMin(), range.HasMax());
+    }
+    return attribute;
+}
+
+/// The properties of a row, in one place for classes and objects.
+/// `parse` takes (property, type, text of any number of atoms), `symbol` takes (property, text).
+template <class Parse, class Symbol>
+void AddProperties(const AttributeRow& row,
+                   const std::string& defaultValue,
+                   const Parse& parse,
+                   const Symbol& symbol) {
+    symbol("label", row.label);
+    if (row.style != nullptr) symbol("style", row.style);
+    if (row.choices != nullptr) parse("enumvals", "atom", row.choices().c_str());
+    const Range& range = row.access.range;
+    if (range.HasMin()) {
+        const std::string text = PropertyText(row.type, range.min);
+        parse("minvalue", row.type, text.c_str());
+        parse("min", row.type, text.c_str());
+    }
+    if (range.HasMax()) {
+        const std::string text = PropertyText(row.type, range.max);
+        parse("maxvalue", row.type, text.c_str());
+        parse("max", row.type, text.c_str());
+    }
+    if (!defaultValue.empty()) parse("default", row.type, defaultValue.c_str());
+    if (row.units != nullptr) symbol("units", row.units);
+    if (row.category != nullptr) symbol("category", row.category);
+    if (row.order != nullptr) parse("order", "long", row.order);
+    if (row.description != nullptr) symbol("description", row.description);
+}
+
+}  // namespace
+
+std::string PropertyText(const char* type, double value) {
+    char text[64];
+    if (std::string_view(type) == "float32") {
+        std::snprintf(text, sizeof text, "%.2f", value);
+    } else {
+        std::snprintf(text, sizeof text, "%d", static_cast<int>(value));
+    }
+    return text;
+}
+
+void AddClassAttributes(t_class* type, std::span<const AttributeRow> rows) {
+    for (const AttributeRow& row : rows) {
+        class_addattr(type, MakeAttribute(row, row.size));
+        AddProperties(
+            row, row.defaultValue != nullptr ? row.defaultValue : "",
+            [&](const char* property, const char* kind, const char* text) {
+                class_attr_addattr_parse(type, row.name, property, gensym(kind), 0, text);
+            },
+            [&](const char* property, const char* text) {
+                class_attr_addattr_format(type, row.name, property, gensym("symbol"), 0, "s",
+                                          gensym(text));
+            });
+    }
+}
+
+void AddInstanceAttribute(t_object* object,
+                          const AttributeRow& row,
+                          max_long size,
+                          const std::string& defaultValue) {
+    object_addattr(object, MakeAttribute(row, size));
+    AddProperties(
+        row, defaultValue,
+        [&](const char* property, const char* kind, const char* text) {
+            object_attr_addattr_parse(object, row.name, property, gensym(kind), 0, text);
+        },
+        [&](const char* property, const char* text) {
+            object_attr_addattr_format(object, row.name, property, gensym("symbol"), 0, "s",
+                                       gensym(text));
+        });
+}
+
+t_symbol* AttributeName(void* attribute) {
+    return static_cast<t_symbol*>(object_method_imp(attribute, gensym("getname"), nullptr, nullptr,
+                                                    nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                    nullptr));
+}
+
+void AnnounceChange(t_object* object, void* attribute) {
+    // Clients ask the attribute for its name: never without one.
+    if (attribute != nullptr) object_notify(object, gensym("attr_modified"), attribute);
+}
+
+void AnnounceChange(t_object* object, const char* name) { object_attr_touch(object, gensym(name)); }
+
+AttributeArguments::AttributeArguments(std::span<t_atom> atoms) {
+    const auto isName = [](const t_atom& atom) {
+        return atom_gettype(&atom) == A_SYM && atom_getsym(&atom)->s_name[0] == '@';
+    };
+    for (auto name = std::ranges::find_if(atoms, isName); name != atoms.end();) {
+        const auto next = std::find_if(name + 1, atoms.end(), isName);
+        arguments_.push_back({gensym(atom_getsym(&*name)->s_name + 1), {name + 1, next}});
+        name = next;
+    }
+}
+
+void AttributeArguments::SetKnown(t_object* object) {
+    for (Argument& argument : arguments_) {
+        if (argument.isDone || object_attr_get(object, argument.name) == nullptr) continue;
+        argument.isDone = true;
+        if (argument.values.empty()) continue;
+        object_attr_setvalueof(object, argument.name, static_cast<max_long>(argument.values.size()),
+                               argument.values.data());
+    }
+}
+
+void AttributeArguments::ReportUnknown(t_object* object) const {
+    for (const Argument& argument : arguments_) {
+        if (!argument.isDone) Error(object, kUnknownAttribute, argument.name->s_name);
+    }
+}
+
+bool WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values) {
+    if (values.empty()) {
+        *argc = 0;
+        return true;
+    }
+    char isAllocated = 0;
+    const auto count = static_cast<max_long>(values.size());
+    if (atom_alloc_array(count, argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        atom_setfloat(*argv + index, static_cast<double>(values[index]));
+    }
+    return true;
+}
+
+bool WriteAnswer(max_long* argc, t_atom** argv, float value) {
+    return WriteAnswer(argc, argv, std::span(&value, 1));
+}
+
+bool WriteAnswer(max_long* argc, t_atom** argv, max_long value) {
+    char isAllocated = 0;
+    if (atom_alloc(argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
+    atom_setlong(*argv, value);
+    return true;
+}
+
+bool WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value) {
+    char isAllocated = 0;
+    if (atom_alloc(argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
+    atom_setsym(*argv, value);
+    return true;
+}
+
+}  // namespace VelkMax

@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+// Attributes as rows of a table: one row says what an attribute is called, how it is shown, in
+// which range it lies and which members of the object read and set it.
+//
+// Registration reads the rows; so a range is written once and holds for the editors, for Max's clip
+// filter and for the setter itself.
+#pragma once
+
+#include "max/VelkMaxHandlers.h"
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <utility>
+
+namespace VelkMax {
+
+/// Values of a numeric attribute; an infinite end is open.
+struct Range {
+    double min = -std::numeric_limits<double>::infinity();
+    double max = std::numeric_limits<double>::infinity();
+
+    constexpr double Clip(double value) const { return std::min(std::max(value, min), max); }
+    bool HasMin() const { return std::isfinite(min); }
+    bool HasMax() const { return std::isfinite(max); }
+};
+
+using AttributeGetter = t_max_err (*)(void*, void*, max_long*, t_atom**);
+using AttributeSetter = t_max_err (*)(void*, void*, max_long, t_atom*);
+
+/// What a row needs of the object: made by Bind.
+struct AttributeAccess {
+    AttributeGetter get;
+    AttributeSetter set;
+    Range range;
+};
+
+/// One attribute. A null text is a property that the attribute does not have.
+struct AttributeRow {
+    const char* name;
+    const char* type;  // "long", "float32" or "symbol"
+    max_long size;     // most values; 1 for a single one
+    const char* label;
+    const char* style;         // "onoff", "enum", ...
+    std::string (*choices)();  // keywords of an enum, separated by blanks
+    const char* defaultValue;  // integers as %d, floats as %.2f
+    const char* units;
+    const char* category;
+    const char* order;  // place in the inspector, from "1"
+    AttributeAccess access;
+    const char* description;
+};
+
+/// Adds the rows to a class, properties and clip filters included.
+void AddClassAttributes(t_class* type, std::span<const AttributeRow> rows);
+
+/// Adds one row to an object that exists.
+/// @param size, defaultValue  in place of the row's
+void AddInstanceAttribute(t_object* object,
+                          const AttributeRow& row,
+                          max_long size,
+                          const std::string& defaultValue);
+
+/// How the default, minimum and maximum of a numeric attribute are written.
+std::string PropertyText(const char* type, double value);
+
+/// Name of an attribute object.
+t_symbol* AttributeName(void* attribute);
+/// Tells attached clients, such as inspectors, that an attribute changed, or tried to.
+void AnnounceChange(t_object* object, void* attribute);
+void AnnounceChange(t_object* object, const char* name);
+
+/// The `@name values...` part of a box text. Attributes of the instance exist only once the object
+/// is almost finished, so the arguments are kept between two passes.
+/// Pattern: SetKnown, add instance attributes, SetKnown, ReportUnknown.
+class AttributeArguments {
+public:
+    /// @param atoms  from the first "@" on; what stands before it is ignored.  They must outlive
+    /// this object and may be changed by the attributes' filters.
+    explicit AttributeArguments(std::span<t_atom> atoms);
+
+    /// Sets what the object has and was not set yet, in the order of the text. A name without
+    /// values sets nothing.
+    void SetKnown(t_object* object);
+    /// One error for each name that the object never had.
+    void ReportUnknown(t_object* object) const;
+
+private:
+    struct Argument {
+        t_symbol* name;  // without the "@"
+        std::span<t_atom> values;
+        bool isDone = false;
+    };
+    std::vector<Argument> arguments_;
+};
+
+// ---- Accessors
+
+/// Answers a getter's caller by the API's memory protocol. False: no memory.
+bool WriteAnswer(max_long* argc, t_atom** argv, max_long value);
+bool WriteAnswer(max_long* argc, t_atom** argv, float value);
+bool WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value);
+bool WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values);
+
+template <auto Get>
+struct GetterOf;
+
+template <class Object, class Value, Value (Object::*Get)() const>
+struct GetterOf<Get> {
+    static t_max_err Call(void* record, void* attribute, max_long* argc, t_atom** argv) noexcept {
+        const Object& object = Object::Of(record);
+        bool isAnswered = false;
+        Guarded(
+            MaxObjectOf(object), &object_error,
+            [&] {
+                const auto lock = object.Lock();
+                isAnswered = WriteAnswer(argc, argv, (object.*Get)());
+            },
+            [](const char*) {});
+        if (isAnswered) return MAX_ERR_NONE;
+        Error(object, kNoMemoryForGetter, AttributeName(attribute)->s_name);
+        return MAX_ERR_OUT_OF_MEM;
+    }
+};
+
+/// The values of an attribute as a setter wants them, clipped to the range. Nothing when a value is
+/// not finite: such a value changes no attribute.
+template <class Value>
+struct ValueReader;
+
+template <auto Set, Range kRange>
+struct SetterOf;
+
+template <class Object, class Value, void (Object::*Set)(Value), Range kRange>
+struct SetterOf<Set, kRange> {
+    static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
+        if (argc < 1) return MAX_ERR_NONE;
+        Object& object = Object::Of(record);
+        Guarded(MaxObjectOf(object), &object_error, [&] {
+            const auto lock = object.Lock();
+            ValueReader<std::remove_cvref_t<Value>>::Read(
+                Atoms(argc, argv), kRange, [&](const auto& value) { (object.*Set)(value); });
+        });
+        AnnounceChange(MaxObjectOf(object), attribute);
+        return MAX_ERR_NONE;
+    }
+};
+
+template <>
+struct ValueReader<max_long> {
+    template <class Use>
+    static void Read(Atoms atoms, Range range, Use&& use) {
+        const auto value = static_cast<double>(SaturatedInt(atoms.Long(0)));
+        use(static_cast<max_long>(range.Clip(value)));
+    }
+};
+template <>
+struct ValueReader<float> {
+    template <class Use>
+    static void Read(Atoms atoms, Range range, Use&& use) {
+        if (std::isfinite(atoms.Float(0))) use(static_cast<float>(range.Clip(atoms.Float(0))));
+    }
+};
+template <>
+struct ValueReader<t_symbol*> {
+    template <class Use>
+    static void Read(Atoms atoms, Range, Use&& use) {
+        use(atoms.Symbol(0));
+    }
+};
+template <>
+struct ValueReader<std::vector<float>> {
+    template <class Use>
+    static void Read(Atoms atoms, Range range, Use&& use) {
+        std::vector<float> values(atoms.Size());
+        for (std::size_t index = 0; index < values.size(); ++index) {
+            if (!std::isfinite(atoms.Float(index))) return;
+            values[index] = static_cast<float>(range.Clip(atoms.Float(index)));
+        }
+        use(values);
+    }
+};
+/// Setters that check the atoms themselves.
+template <>
+struct ValueReader<Atoms> {
+    template <class Use>
+    static void Read(Atoms atoms, Range, Use&& use) {
+        use(atoms);
+    }
+};
+
+/// Accessors from two members: `Value Get() const` and `void Set(Value)`, where Value is max_long,
+/// float, t_symbol*, std::vector<float> or, for a setter, Atoms.
+template <auto Get, auto Set, Range kRange = Range{}>
+inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call, &SetterOf<Set, kRange>::Call, kRange};
+
+}  // namespace VelkMax

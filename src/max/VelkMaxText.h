@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// A console text as a typed value: what it says, and what has to be filled in.
+//
+// Texts are promises to users and to their patches. They stand in tables (VelkMaxTexts.h for those
+// every object shares, one file for each object), and a wrong argument does not compile.
+#pragma once
+
+#include "ext.h"
+
+#include <string_view>
+#include <type_traits>
+
+namespace VelkMax {
+
+/// How an argument stands in a text. Both mean the same to every C library that may format them,
+/// which is why there are no others.
+template <class Argument>
+inline constexpr std::string_view kConversion{};
+template <>
+inline constexpr std::string_view kConversion<int> = "%d";
+template <>
+inline constexpr std::string_view kConversion<const char*> = "%s";
+
+/// Called while compiling where a text and its arguments differ; deliberately not constexpr.
+inline void TheConversionsOfATextDifferFromItsArguments() {}
+
+/// One text with one conversion for each of `Arguments`, in their order.
+template <class... Arguments>
+class Text {
+public:
+    explicit consteval Text(const char* format) : format_(format) {
+        std::string_view rest = format;
+        const bool fits = (Skip(rest, kConversion<Arguments>) && ...);
+        if (!fits || rest.find('%') != rest.npos) TheConversionsOfATextDifferFromItsArguments();
+    }
+
+    constexpr const char* Format() const noexcept { return format_; }
+
+private:
+    /// Cuts `rest` behind its first conversion; false when that is another one or there is none.
+    static consteval bool Skip(std::string_view& rest, std::string_view conversion) {
+        const auto at = rest.find('%');
+        if (at == rest.npos || conversion.empty() || !rest.substr(at).starts_with(conversion)) {
+            return false;
+        }
+        rest.remove_prefix(at + conversion.size());
+        return true;
+    }
+
+    const char* format_;
+};
+
+/// The object whose name a console row bears; null for a row without.
+inline t_object* MaxObjectOf(t_object* object) noexcept { return object; }
+
+using ConsoleRow = void (*)(t_object* object, const char* format, ...);
+
+template <class... Arguments>
+void PostRow(ConsoleRow row,
+             t_object* object,
+             const Text<Arguments...>& text,
+             std::type_identity_t<Arguments>... arguments) noexcept {
+    if constexpr (sizeof...(Arguments) == 0) {
+        row(object, "%s", text.Format());
+    } else {
+        row(object, text.Format(), arguments...);
+    }
+}
+
+/// `object` is a t_object* or whatever has a MaxObjectOf beside it.
+/// Thread: main or scheduler.  Throws: nothing.  No allocation on this side.
+template <class Object, class... Arguments>
+void Post(const Object& object,
+          const Text<Arguments...>& text,
+          std::type_identity_t<Arguments>... arguments) noexcept {
+    PostRow(&object_post, MaxObjectOf(object), text, arguments...);
+}
+template <class Object, class... Arguments>
+void Warn(const Object& object,
+          const Text<Arguments...>& text,
+          std::type_identity_t<Arguments>... arguments) noexcept {
+    PostRow(&object_warn, MaxObjectOf(object), text, arguments...);
+}
+template <class Object, class... Arguments>
+void Error(const Object& object,
+           const Text<Arguments...>& text,
+           std::type_identity_t<Arguments>... arguments) noexcept {
+    PostRow(&object_error, MaxObjectOf(object), text, arguments...);
+}
+template <class Object, class... Arguments>
+void Bug(const Object& object,
+         const Text<Arguments...>& text,
+         std::type_identity_t<Arguments>... arguments) noexcept {
+    PostRow(&object_bug, MaxObjectOf(object), text, arguments...);
+}
+
+}  // namespace VelkMax

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// The class quilo.pan~ as Max sees it: entry, creation, freeing, audio. What its messages and
+// attributes do stands in their tables.
+
+#include "QuiloPanAttributes.h"
+#include "QuiloPanMessages.h"
+#include "QuiloPanObject.h"
+
+#include "ext.h"
+#include "z_dsp.h"
+
+#include <algorithm>
+#include <string_view>
+
+using Quilo::PanObject;
+using Quilo::PanRecord;
+using VelkMax::Guarded;
+
+namespace {
+
+constexpr char kClassName[] = "quilo.pan~";
+
+t_class* panClass = nullptr;
+
+PanRecord& RecordOf(void* x) { return *static_cast<PanRecord*>(x); }
+
+// ---- Creation
+
+/// The plain arguments of a box, in their order: all of them are attributes.
+constexpr const char* kCreationArguments[] = {"numinputs", "numoutputs", "type", "subtype"};
+
+void SetPlainArguments(t_object* x, std::span<t_atom> atoms) {
+    const std::size_t count = std::min(atoms.size(), std::size(kCreationArguments));
+    for (std::size_t index = 0; index < count; ++index) {
+        object_attr_setvalueof(x, gensym(kCreationArguments[index]), 1, &atoms[index]);
+    }
+}
+
+/// Settings, engine, attributes of the instance, positions. What fails is posted and leaves an
+/// object that is silent or stands at its defaults.
+void Configure(PanObject& object, std::span<t_atom> atoms) {
+    t_object* const x = MaxObjectOf(object);
+    const auto step = [x](auto&& operation) {
+        return Guarded(x, &object_error, operation,
+                       [x](const char*) { VelkMax::Error(x, VelkMax::kNoMemory); });
+    };
+    const auto plainCount =
+        static_cast<std::size_t>(attr_args_offset(static_cast<short>(atoms.size()), atoms.data()));
+    step([&] {
+        SetPlainArguments(x, atoms.first(plainCount));
+        VelkMax::AttributeArguments arguments(atoms.subspan(plainCount));
+        arguments.SetKnown(x);
+        step([&] { object.BuildEngine(); });
+        if (object.Engine() == nullptr) VelkMax::Error(x, Quilo::kNotCreated);
+        Quilo::AddPanInstanceAttributes(object);
+        arguments.SetKnown(x);
+        arguments.ReportUnknown(x);
+        step([&] { object.PlaceSpeakers(); });
+        object.PlaceSources();
+    });
+}
+
+/// Inlets and outlets, and the audio settings of the moment.
+void Connect(PanRecord& record) {
+    PanObject& object = *record.object;
+    t_object* const x = MaxObjectOf(object);
+    // Outlets are made from right to left: the dump outlet is the rightmost.
+    object_obex_store(x, gensym("dumpout"), static_cast<t_object*>(outlet_new(x, nullptr)));
+    Guarded(x, &object_error, [&] {
+        if (object.Engine() == nullptr) return;
+        object.Engine()->SetSampleRate(sys_getsr());
+        object.Engine()->SetBufferSize(static_cast<unsigned>(std::max(sys_getblksize(), 0)));
+    });
+    z_dsp_setup(&record.header, object.NumInputs());
+    for (max_long output = 0; output < object.NumOutputs(); ++output) outlet_new(x, "signal");
+    record.header.z_misc = static_cast<short>(record.header.z_misc | Z_NO_INPLACE);
+}
+
+void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
+    void* const x = object_alloc(panClass);
+    if (x == nullptr) return nullptr;
+    PanRecord& record = RecordOf(x);
+    record.object = new (std::nothrow) PanObject(record.header);
+    if (record.object == nullptr) {
+        VelkMax::Error(&record.header.z_ob, VelkMax::kNoMemory);
+        z_dsp_setup(&record.header, 0);
+        object_free(x);
+        return nullptr;
+    }
+    // A box text has fewer atoms than the API's counts of 16 bits.
+    Configure(*record.object, {argv, static_cast<std::size_t>(std::clamp(argc, 0, 32767))});
+    Connect(record);
+    return x;
+}
+
+void quilo_pan_free(void* x) noexcept {
+    PanRecord& record = RecordOf(x);
+    z_dsp_free(&record.header);  // first: it takes the object out of the running audio
+    delete record.object;
+    record.object = nullptr;
+}
+
+// ---- Audio
+
+void quilo_pan_perform64(t_object* x,
+                         t_object*,
+                         double** ins,
+                         max_long numins,
+                         double** outs,
+                         max_long numouts,
+                         max_long sampleframes,
+                         max_long,
+                         void*) noexcept {
+    PanObject::Of(x).Render(outs, numouts, ins, numins, sampleframes);
+}
+
+void quilo_pan_dsp64(void* x,
+                     t_object* dsp64,
+                     short* count,
+                     double samplerate,
+                     max_long maxvectorsize,
+                     max_long) noexcept {
+    PanObject& object = PanObject::Of(x);
+    Guarded(MaxObjectOf(object), &object_bug, [&] {
+        const auto lock = object.Lock();
+        Quilo::Pan* const engine = object.Engine();
+        if (engine == nullptr) return;
+        engine->SetSampleRate(static_cast<float>(samplerate));
+        engine->SetBufferSize(static_cast<unsigned>(std::max(maxvectorsize, 0)));
+        const std::span inlets(count, engine->NumInputs());
+        engine->SetConnections(inlets, {count + inlets.size(), engine->NumOutputs()});
+    });
+    dsp_add64(dsp64, MaxObjectOf(object), &quilo_pan_perform64, 0, nullptr);
+}
+
+// ---- Help
+
+void quilo_pan_assist(void* x, void*, max_long io, max_long index, char* text) noexcept {
+    PanObject& object = PanObject::Of(x);
+    text[0] = '\0';
+    Guarded(MaxObjectOf(object), &object_error, [&] {
+        if (object.Engine() == nullptr || index < 0) return;
+        const auto channel = static_cast<unsigned>(index);
+        const std::string label = io == ASSIST_INLET ? object.Engine()->InputLabel(channel)
+                                                     : object.Engine()->OutputLabel(channel);
+        text[label.copy(text, ASSIST_MAX_STRING_LEN - 1)] = '\0';
+    });
+}
+
+// ---- Registration
+
+void AddHostMethods(t_class* type) {
+    using VelkMax::AsMethod;
+    struct Row {
+        const char* name;
+        method function;
+    };
+    const Row rows[] = {
+        {"assist", AsMethod(&quilo_pan_assist)},
+        {"dsp64", AsMethod(&quilo_pan_dsp64)},
+    };
+    for (const Row& row : rows) {
+        if (class_addmethod(type, row.function, row.name, A_CANT, 0) == MAX_ERR_NONE) continue;
+        VelkMax::Error(static_cast<t_object*>(nullptr), VelkMax::kMethodNotAdded, row.name);
+    }
+}
+
+}  // namespace
+
+/// Called once by Max when it loads the module; also exported under the name of older entries.
+extern "C" MAX_EXPORTED void ext_main(void*) {
+    panClass =
+        class_new(kClassName, VelkMax::AsMethod(&quilo_pan_new), VelkMax::AsMethod(&quilo_pan_free),
+                  sizeof(PanRecord), nullptr, A_GIMME, 0);
+    Guarded(nullptr, &object_error, [] {
+        AddHostMethods(panClass);
+        VelkMax::AddMessages(panClass, Quilo::PanMessages());
+        VelkMax::AddClassAttributes(panClass, Quilo::PanClassAttributes());
+    });
+    class_dspinit(panClass);
+    class_dumpout_wrap(panClass);
+    class_register(gensym("box"), panClass);
+}
