@@ -24,7 +24,7 @@ public:
 
     // 9, 11
     void SetSampleRate(float hz) override;
-    /// Also forgets the silence counted so far. Audio stopped.
+    /// Also forgets the silence counted so far. Audio may run.
     void Reset() override;
 
     // 13 to 16: the flags in force, this block's own or its owner's

@@ -126,6 +126,10 @@ void InletsActivityAnalyzer::UpdateHoldLength() noexcept {
 
 void InletsActivityAnalyzer::Analyze(const double* const* inlets,
                                      unsigned frames) noexcept TAV_NONBLOCKING {
+    if (restart_.load(kRelaxed)) {
+        restart_.store(false, kRelaxed);
+        std::ranges::fill(silentSamples_, 0);
+    }
     const bool autoMute = AutoMute();
     const std::uint64_t holdSamples = holdSamples_.load(kRelaxed);
     for (unsigned inlet = 0; inlet < NumInlets(); ++inlet) {
@@ -143,6 +147,6 @@ bool InletsActivityAnalyzer::InletActive(unsigned inlet) const noexcept TAV_NONB
     return IsSet(inletActive_, inlet);
 }
 
-void InletsActivityAnalyzer::Reset() noexcept { std::ranges::fill(silentSamples_, 0); }
+void InletsActivityAnalyzer::Reset() noexcept { restart_.store(true, kRelaxed); }
 
 }  // namespace tav

@@ -68,7 +68,7 @@ public:
     /// Thread: audio.
     void Analyze(const double* const* inlets, unsigned frames) noexcept TAV_NONBLOCKING;
     bool InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING;
-    /// Forgets the silence counted so far.  Thread: control, audio stopped.
+    /// The next Analyze begins to count silence anew.  Thread: control, audio may run.
     void Reset() noexcept;
 
 private:
@@ -78,6 +78,7 @@ private:
     std::atomic<bool> autoMute_{false};
     std::atomic<float> autoMuteSeconds_{20.f};
     std::atomic<std::uint64_t> holdSamples_{0};
+    std::atomic<bool> restart_{false};
     // audio writes, any reads
     Flags inletActive_;
     // audio only
