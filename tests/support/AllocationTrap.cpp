@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "support/AllocationTrap.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TRAP_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define TRAP_SANITIZED 1
+#endif
+#endif
+
+#if defined(__GLIBC__) && !defined(TRAP_SANITIZED)
+#define TRAP_STANDS_BEFORE_LIBC 1
+#include <dlfcn.h>
+#include <pthread.h>
+#endif
+
+namespace Tests {
+
+namespace {
+
+// Plain integers: nothing here may allocate or initialise itself on first use.
+constinit thread_local unsigned trapsSet = 0;
+constinit thread_local unsigned violations = 0;
+
+void Note() noexcept {
+    if (trapsSet > 0) ++violations;
+}
+
+}  // namespace
+
+AllocationTrap::AllocationTrap() noexcept : before_(violations) { ++trapsSet; }
+
+AllocationTrap::~AllocationTrap() noexcept { --trapsSet; }
+
+unsigned AllocationTrap::Violations() const noexcept { return violations - before_; }
+
+bool AllocationTrap::WatchesTheCLibrary() noexcept {
+#ifdef TRAP_STANDS_BEFORE_LIBC
+    return true;
+#else
+    return false;
+#endif
+}
+
+}  // namespace Tests
+
+// One hook is enough per call: operator new below goes to the C library directly, where that is
+// watched too.
+#ifdef TRAP_STANDS_BEFORE_LIBC
+
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
+
+// Visible to the shared libraries as well, although this project hides its symbols.
+[[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept {
+    Tests::Note();
+    return __libc_malloc(size);
+}
+
+[[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) noexcept {
+    Tests::Note();
+    return __libc_calloc(count, size);
+}
+
+[[gnu::visibility("default")]] void* realloc(void* block, std::size_t size) noexcept {
+    Tests::Note();
+    return __libc_realloc(block, size);
+}
+
+[[gnu::visibility("default")]] void* aligned_alloc(std::size_t alignment,
+                                                   std::size_t size) noexcept {
+    Tests::Note();
+    return __libc_memalign(alignment, size);
+}
+
+[[gnu::visibility("default")]] void free(void* block) noexcept {
+    Tests::Note();
+    __libc_free(block);
+}
+
+[[gnu::visibility("default")]] int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+    using Lock = int (*)(pthread_mutex_t*);
+    static constinit std::atomic<Lock> next{nullptr};
+    Lock lock = next.load(std::memory_order_relaxed);
+    if (lock == nullptr) {
+        lock = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+        next.store(lock, std::memory_order_relaxed);
+    }
+    Tests::Note();
+    return lock(mutex);
+}
+
+}  // extern "C"
+
+#endif
+
+namespace {
+
+void* Allocate(std::size_t size) noexcept {
+#ifndef TRAP_STANDS_BEFORE_LIBC
+    Tests::Note();
+#endif
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* AllocateAligned(std::size_t size, std::size_t alignment) noexcept {
+#ifndef TRAP_STANDS_BEFORE_LIBC
+    Tests::Note();
+#endif
+    const std::size_t whole = (size + alignment - 1) / alignment * alignment;
+    return std::aligned_alloc(alignment, whole == 0 ? alignment : whole);
+}
+
+void Release(void* block) noexcept {
+#ifndef TRAP_STANDS_BEFORE_LIBC
+    Tests::Note();
+#endif
+    std::free(block);
+}
+
+void* OrThrow(void* block) {
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+}  // namespace
+
+// The forms for arrays and without exceptions arrive here by themselves.
+void* operator new(std::size_t size) { return OrThrow(Allocate(size)); }
+
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return OrThrow(AllocateAligned(size, static_cast<std::size_t>(alignment)));
+}
+
+void operator delete(void* block) noexcept { Release(block); }
+
+void operator delete(void* block, std::size_t) noexcept { Release(block); }
+
+void operator delete(void* block, std::align_val_t) noexcept { Release(block); }
+
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept { Release(block); }
