@@ -15,8 +15,8 @@ constexpr unsigned kTile = kTileOutputs;
 
 }  // namespace
 
-GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs)
-    : kernels_(*BestKernels().kernels),
+GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& kernels)
+    : kernels_(kernels),
       numInputs_(numInputs),
       numOutputs_(numOutputs),
       numTiles_((numOutputs + kTile - 1) / kTile),

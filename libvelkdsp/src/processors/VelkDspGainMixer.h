@@ -32,7 +32,7 @@ public:
     static constexpr float kAudibleGain = 1e-4f;  // up to here, a resting gain is silence
     static constexpr float kMovingGain = 1e-6f;   // up to here, a difference is no movement
 
-    GainMixer(unsigned numInputs, unsigned numOutputs);
+    GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& kernels);
 
     /// The input glides from `from` to `to`, by (to - from) * inverseLength each sample.
     /// Pairs with unconnected outputs are dropped: connect them first.

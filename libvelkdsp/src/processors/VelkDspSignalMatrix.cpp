@@ -17,10 +17,12 @@ std::int32_t RampLength(float milliseconds, float sampleRateHz) noexcept {
 
 }  // namespace
 
-GainMatrixProcessor::GainMatrixProcessor(unsigned numInputs, unsigned numOutputs)
+GainMatrixProcessor::GainMatrixProcessor(unsigned numInputs,
+                                         unsigned numOutputs,
+                                         const Kernels& kernels)
     : AudioProcessorWithAutoMute(numInputs, numOutputs),
       target_(numInputs, numOutputs),
-      mixer_(numInputs, numOutputs),
+      mixer_(numInputs, numOutputs, kernels),
       seenRows_(numInputs),
       to_(numInputs, numOutputs),
       newRow_(numOutputs) {}
@@ -52,8 +54,8 @@ bool GainMatrixProcessor::UpdateActivity() noexcept TAV_NONBLOCKING {
     return changed;
 }
 
-SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs)
-    : GainMatrixProcessor(numInputs, numOutputs),
+SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs, const Kernels& kernels)
+    : GainMatrixProcessor(numInputs, numOutputs, kernels),
       controlRow_(numOutputs),
       jumps_(numInputs, numOutputs),
       from_(numInputs, numOutputs),
@@ -203,8 +205,10 @@ void SignalMatrix::SetMixerRows() noexcept TAV_NONBLOCKING {
     }
 }
 
-StaticSignalMatrix::StaticSignalMatrix(unsigned numInputs, unsigned numOutputs)
-    : GainMatrixProcessor(numInputs, numOutputs) {}
+StaticSignalMatrix::StaticSignalMatrix(unsigned numInputs,
+                                       unsigned numOutputs,
+                                       const Kernels& kernels)
+    : GainMatrixProcessor(numInputs, numOutputs, kernels) {}
 
 std::string StaticSignalMatrix::Name() const { return "static signal matrix"; }
 

@@ -6,6 +6,7 @@
 // no lock: rows pass through GainRows, what must not wait for a segment to end through GainJump.
 #pragma once
 
+#include "kernels/VelkDspKernels.h"
 #include "math/VelkDspMatrix.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
 #include "processors/VelkDspGainJump.h"
@@ -24,7 +25,7 @@ namespace tav {
 /// Thread: the setters and getters belong to control, one at a time; audio may run.
 class GainMatrixProcessor : public AudioProcessorWithAutoMute {
 public:
-    GainMatrixProcessor(unsigned numInputs, unsigned numOutputs);
+    GainMatrixProcessor(unsigned numInputs, unsigned numOutputs, const Kernels& kernels);
 
     using AudioProcessorBase::Process;
     /// Perform into zeroed outputs.
@@ -63,7 +64,9 @@ protected:
 class SignalMatrix final : public GainMatrixProcessor {
 public:
     /// No interpolation.
-    SignalMatrix(unsigned numInputs, unsigned numOutputs);
+    SignalMatrix(unsigned numInputs,
+                 unsigned numOutputs,
+                 const Kernels& kernels = *BestKernels().kernels);
 
     void Perform(float* const* outputs,
                  const float* const* inputs,
@@ -115,7 +118,9 @@ private:
 /// after the one in which they were set.
 class StaticSignalMatrix final : public GainMatrixProcessor {
 public:
-    StaticSignalMatrix(unsigned numInputs, unsigned numOutputs);
+    StaticSignalMatrix(unsigned numInputs,
+                       unsigned numOutputs,
+                       const Kernels& kernels = *BestKernels().kernels);
 
     void Perform(float* const* outputs,
                  const float* const* inputs,

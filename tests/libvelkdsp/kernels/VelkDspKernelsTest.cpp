@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspKernels.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using tav::Kernels;
+using tav::MixPair;
+
+constexpr int kLongest = 67;       // a vector set's largest step and then some
+constexpr int kOffsets = 16;       // every alignment of a 64-byte vector
+constexpr float kGuard = 12345.f;  // stands around what a kernel may write
+constexpr double kEpsilon = std::numeric_limits<float>::epsilon();
+
+std::vector<float> Noise(std::size_t count, unsigned seed) {
+    std::mt19937 generator(seed);
+    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
+    std::vector<float> values(count);
+    std::ranges::generate(values, [&] { return uniform(generator); });
+    return values;
+}
+
+/// One sample in double precision, and what a float result may differ from it: each product and
+/// each sum rounds by at most half an epsilon of the magnitudes summed so far.
+struct Exact {
+    double value;
+    double magnitude;
+    int numTerms = 1;
+
+    void Add(double gain, double slope, double sample) {
+        value += (gain + slope) * sample;
+        magnitude += (std::abs(gain) + std::abs(slope)) * std::abs(sample);
+        ++numTerms;
+    }
+    double Bound() const { return (numTerms + 3) * kEpsilon * magnitude; }
+};
+
+/// An output with guards on both sides, at a given offset from an aligned address.
+class Output {
+public:
+    Output(int offset, int n, unsigned seed)
+        : samples_(kOffsets + kLongest + kOffsets, kGuard),
+          first_(static_cast<std::size_t>(offset)),
+          before_(Noise(static_cast<std::size_t>(n), seed)) {
+        std::ranges::copy(before_, Samples());
+    }
+    float* Samples() { return samples_.data() + first_; }
+
+    /// @param expect  adds the terms of sample k to what stood there before
+    template <class Expect>
+    void Check(Expect expect) const {
+        for (std::size_t at = 0; at < samples_.size(); ++at) {
+            const bool outside = at < first_ || at >= first_ + before_.size();
+            if (outside) {
+                ASSERT_EQ(samples_[at], kGuard) << "wrote outside the block";
+                continue;
+            }
+            const std::size_t k = at - first_;
+            Exact exact{before_[k], std::abs(double{before_[k]})};
+            expect(exact, k);
+            ASSERT_NEAR(samples_[at], exact.value, exact.Bound())
+                << "sample " << k << " of " << before_.size();
+        }
+    }
+
+private:
+    std::vector<float> samples_;
+    std::size_t first_;
+    std::vector<float> before_;
+};
+
+class KernelSets : public testing::TestWithParam<tav::NamedKernels> {
+protected:
+    const Kernels& kernels_ = *GetParam().kernels;
+};
+
+template <class Body>
+void ForEveryLengthAndOffset(int longest, Body body) {
+    for (int n = 0; n <= longest; ++n) {
+        for (int offset = 0; offset < kOffsets; ++offset) body(n, offset);
+    }
+}
+
+TEST_P(KernelSets, AddOneInputWithAConstantGain) {
+    const std::vector<float> x = Noise(kLongest + kOffsets, 1);
+    for (const float gain : {0.f, 1.f, -1.f, 0.3f, 1e-20f}) {
+        ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
+            Output y(offset, n, 2);
+            const float* const input = x.data() + (kOffsets - 1 - offset);
+            kernels_.addScaled(y.Samples(), input, gain, n);
+            y.Check([&](Exact& exact, std::size_t k) { exact.Add(gain, 0.0, input[k]); });
+        });
+    }
+}
+
+TEST_P(KernelSets, AddOneInputAlongALineOfGains) {
+    struct Line {
+        float first, last;
+    };
+    const std::vector<float> x = Noise(kLongest + kOffsets, 3);
+    for (const Line line : {Line{0.f, 1.f}, {1.f, 0.f}, {-0.7f, 0.2f}, {0.5f, 0.5f}}) {
+        ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
+            Output y(offset, n, 4);
+            const float* const input = x.data() + (kOffsets - 1 - offset);
+            kernels_.addRamped(y.Samples(), input, line.first, line.last, n);
+            y.Check([&](Exact& exact, std::size_t k) {
+                const double rise = double{line.last} - double{line.first};
+                const double part = n == 1 ? 1.0 : static_cast<double>(k) / (n - 1);
+                exact.Add(line.first, rise * part, input[k]);
+            });
+        });
+    }
+}
+
+TEST_P(KernelSets, AddAListOfInputs) {
+    constexpr int kInputs = 7;
+    std::vector<std::vector<float>> x;
+    std::array<const float*, kInputs> inputs{};
+    for (unsigned i = 0; i < kInputs; ++i) {
+        x.push_back(Noise(kLongest + kOffsets, 10 + i));
+        inputs[i] = x.back().data();
+    }
+    const std::vector<float> w = Noise(kLongest, 20);
+    const std::array<MixPair, 3> pairs{{{6, 0.5f, -2.f}, {0, 1.f, 0.f}, {3, -0.25f, 0.125f}}};
+    for (const bool ramped : {false, true}) {
+        for (int numPairs = 0; numPairs <= 3; ++numPairs) {
+            ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
+                Output y(kOffsets - 1 - offset, n, 5);
+                if (ramped) {
+                    kernels_.mixRampedList(y.Samples(), inputs.data(), offset, pairs.data(),
+                                           numPairs, w.data(), n);
+                } else {
+                    kernels_.mixConstantList(y.Samples(), inputs.data(), offset, pairs.data(),
+                                             numPairs, n);
+                }
+                y.Check([&](Exact& exact, std::size_t k) {
+                    for (int p = 0; p < numPairs; ++p) {
+                        const MixPair& pair = pairs[static_cast<std::size_t>(p)];
+                        const double slope = ramped ? double{pair.step} * double{w[k]} : 0.0;
+                        const float* const input = inputs[static_cast<std::size_t>(pair.input)];
+                        exact.Add(pair.gain, slope, input[static_cast<std::size_t>(offset) + k]);
+                    }
+                });
+            });
+        }
+    }
+}
+
+TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
+    constexpr std::size_t kInputs = 5;
+    constexpr std::size_t kTile = tav::kTileOutputs;
+    const std::vector<float> gains = Noise(kInputs * kTile, 30);
+    std::vector<float> steps = Noise(kInputs * kTile, 31);
+    steps[4 * kTile + 1] = 0.f;  // a resting gain among moving ones
+    const std::array<int, 3> rows{4, 0, 2};
+    const auto stride = static_cast<std::size_t>(kernels_.stripFrames);
+    const std::vector<float> w = Noise(stride, 32);
+    for (const bool ramped : {false, true}) {
+        ForEveryLengthAndOffset(kernels_.stripFrames, [&](int n, int offset) {
+            std::vector<float> strip = Noise(kInputs * stride, 33);
+            for (std::size_t at = 0; at < strip.size(); ++at) {
+                if (static_cast<int>(at % stride) >= n) strip[at] = 0.f;
+            }
+            std::vector<Output> outputs;
+            std::array<float*, kTile> pointers{};
+            for (unsigned o = 0; o < kTile; ++o) outputs.emplace_back(offset, n, 40 + o);
+            for (std::size_t o = 0; o < kTile; ++o) pointers[o] = outputs[o].Samples();
+            const tav::Panel panel{gains.data(), steps.data(), rows.data(), 3};
+            if (ramped) {
+                kernels_.mixRampedPanel(pointers.data(), strip.data(), panel, w.data(), n);
+            } else {
+                kernels_.mixConstantPanel(pointers.data(), strip.data(), panel, n);
+            }
+            for (std::size_t o = 0; o < kTile; ++o) {
+                outputs[o].Check([&](Exact& exact, std::size_t k) {
+                    for (const int row : rows) {
+                        const std::size_t at = static_cast<std::size_t>(row) * kTile + o;
+                        const double slope = ramped ? double{steps[at]} * double{w[k]} : 0.0;
+                        exact.Add(gains[at], slope,
+                                  strip[static_cast<std::size_t>(row) * stride + k]);
+                    }
+                });
+            }
+        });
+    }
+}
+
+TEST_P(KernelSets, CopyASingleInputOfGainOneBitForBit) {
+    const std::vector<float> x = Noise(kLongest, 50);
+    const float* const inputs[] = {x.data()};
+    const MixPair pair{0, 1.f, 0.f};
+    std::vector<float> scaled(kLongest);
+    std::vector<float> listed(kLongest);
+    kernels_.addScaled(scaled.data(), x.data(), 1.f, kLongest);
+    kernels_.mixConstantList(listed.data(), inputs, 0, &pair, 1, kLongest);
+    EXPECT_EQ(scaled, x);
+    EXPECT_EQ(listed, x);
+}
+
+INSTANTIATE_TEST_SUITE_P(All,
+                         KernelSets,
+                         testing::ValuesIn(tav::RunnableKernels().begin(),
+                                           tav::RunnableKernels().end()),
+                         [](const auto& tested) { return std::string(tested.param.name); });
+
+TEST(RunnableKernels, StartWithTheScalarSetAndHoldTheBestOne) {
+    const auto sets = tav::RunnableKernels();
+    ASSERT_FALSE(sets.empty());
+    EXPECT_EQ(sets.front().kernels, &tav::ScalarKernels());
+    const auto isBest = [](const auto& set) { return set.kernels == tav::BestKernels().kernels; };
+    EXPECT_TRUE(std::ranges::any_of(sets, isBest));
+    for (const auto& set : sets) EXPECT_LE(set.kernels->stripFrames, tav::kMostStripFrames);
+}
+
+}  // namespace

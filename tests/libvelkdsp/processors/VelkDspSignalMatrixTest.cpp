@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: MIT
+#include "processors/VelkDspSignalMatrix.h"
+
+#include "reference/PlainSignalMatrix.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Channels = std::vector<std::vector<float>>;
+
+std::vector<float*> Pointers(Channels& channels) {
+    std::vector<float*> pointers;
+    for (auto& channel : channels) pointers.push_back(channel.data());
+    return pointers;
+}
+
+Channels Constant(std::size_t count, int frames, float value = 1.f) {
+    return Channels(count, std::vector<float>(static_cast<std::size_t>(frames), value));
+}
+
+/// One block through slot 1.
+template <class Matrix>
+Channels Play(Matrix& matrix, Channels inputs, int frames) {
+    Channels outputs = Constant(matrix.NumOutputs(), frames, 7.f);
+    matrix.Process(Pointers(outputs).data(), Pointers(inputs).data(),
+                   static_cast<unsigned>(frames));
+    return outputs;
+}
+
+/// A mono matrix at 1000 Hz, so that a millisecond is a sample; its input is 1, its output the
+/// gain.
+class OneGain : public testing::Test {
+protected:
+    OneGain() { matrix_.SetSampleRate(1000.f); }
+    void Set(float gain, bool immediate = false) {
+        matrix_.SetRow(0, std::span(&gain, 1), immediate);
+    }
+    std::vector<float> Gains(int frames) { return Play(matrix_, Constant(1, frames), frames)[0]; }
+
+    tav::SignalMatrix matrix_{1, 1};
+};
+
+TEST_F(OneGain, TakesNewGainsAtOnceWithoutInterpolation) {
+    Set(0.5f);
+    EXPECT_EQ(Gains(3), std::vector<float>({0.5f, 0.5f, 0.5f}));
+    Set(-2.f);
+    EXPECT_EQ(Gains(1), std::vector<float>({-2.f}));
+}
+
+TEST_F(OneGain, FinishesTheSegmentThenGlidesToTheNewestTarget) {
+    matrix_.SetInterpolationTime(4.f);
+    EXPECT_EQ(Gains(1), std::vector<float>({0.f}));  // one sample into a silent segment
+    Set(0.25f);
+    Set(1.f);
+    EXPECT_EQ(Gains(3), std::vector<float>(3, 0.f));
+    const std::vector<float> line = Gains(4);
+    for (std::size_t k = 0; k < 4; ++k) {
+        EXPECT_NEAR(line[k], static_cast<float>(k) / 3.f, 1e-6f) << k;
+    }
+    EXPECT_EQ(Gains(2), std::vector<float>(2, 1.f));
+}
+
+// Deliberate: where a block ends within a segment, the gain there sounds twice.
+TEST_F(OneGain, RepeatsTheGainWhereABlockSplitsASegment) {
+    matrix_.SetInterpolationTime(8.f);
+    Set(0.8f);
+    Gains(8);
+    const std::vector<float> first = Gains(3);
+    const std::vector<float> one = Gains(1);
+    const std::vector<float> rest = Gains(4);
+    EXPECT_EQ(first[0], 0.f);
+    EXPECT_NEAR(first[2], 0.3f, 1e-6f);
+    EXPECT_NEAR(one[0], 0.4f, 1e-6f);
+    EXPECT_NEAR(rest[0], 0.4f, 1e-6f);
+    EXPECT_NEAR(rest[3], 0.8f, 1e-6f);
+}
+
+TEST_F(OneGain, ImmediateRowsDoNotGlide) {
+    matrix_.SetInterpolationTime(8.f);
+    Gains(3);
+    Set(1.f, true);
+    Set(0.f);  // a later target does not take the jump away
+    EXPECT_EQ(Gains(5), std::vector<float>(5, 1.f));
+    EXPECT_NEAR(Gains(8)[7], 0.f, 1e-6f);
+}
+
+TEST_F(OneGain, RefusesRowsWithGainsThatAreNotFinite) {
+    Set(0.5f);
+    Set(std::numeric_limits<float>::quiet_NaN());
+    Set(std::numeric_limits<float>::infinity(), true);
+    matrix_.SetRow(1, std::vector<float>{1.f}, true);
+    matrix_.SetRow(0, std::vector<float>{1.f, 1.f}, true);
+    matrix_.SetInterpolationTime(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(Gains(1), std::vector<float>({0.5f}));
+    EXPECT_EQ(matrix_.InterpolationTime(), 0.f);
+}
+
+TEST_F(OneGain, CountsSmallGainsAsSilenceAndSmallChangesAsRest) {
+    struct Case {
+        float from, to, duringTheGlide, afterwards;
+    };
+    constexpr Case kCases[] = {{0.5f, 0.5000005f, 0.5000005f, 0.5000005f},
+                               {1e-4f, 1e-4f, 0.f, 0.f},
+                               {1.1e-4f, 1.1e-4f, 1.1e-4f, 1.1e-4f},
+                               {5e-5f, 0.f, 5e-5f, 0.f}};
+    for (const Case& c : kCases) {
+        matrix_.SetInterpolationTime(4.f);
+        Set(c.from, true);
+        Set(c.to);
+        Gains(4);
+        EXPECT_EQ(Gains(4)[0], c.duringTheGlide);
+        EXPECT_EQ(Gains(1)[0], c.afterwards);
+    }
+}
+
+TEST_F(OneGain, CopiesAnInputOfGainOneBitForBit) {
+    tav::SignalMatrix matrix(9, 7);
+    std::vector<float> row(7, 0.f);
+    row[3] = 1.f;
+    matrix.SetRow(5, row, true);
+    Channels inputs = Constant(9, 129);
+    for (std::size_t k = 0; k < 129; ++k) inputs[5][k] = std::sin(static_cast<float>(k));
+    const Channels outputs = Play(matrix, inputs, 129);
+    EXPECT_EQ(outputs[3], inputs[5]);
+    EXPECT_EQ(outputs[0], std::vector<float>(129, 0.f));
+}
+
+TEST(StaticSignalMatrix, UsesItsGainsAsTheyStand) {
+    tav::StaticSignalMatrix matrix(2, 3);
+    matrix.SetRow(0, std::vector<float>{1.f, 5e-5f, 0.f});
+    matrix.SetRow(1, std::vector<float>{1.f, 0.f, -1.f});
+    const Channels outputs = Play(matrix, Constant(2, 5), 5);
+    EXPECT_EQ(outputs[0], std::vector<float>(5, 2.f));
+    EXPECT_EQ(outputs[1], std::vector<float>(5, 5e-5f));
+    EXPECT_EQ(outputs[2], std::vector<float>(5, -1.f));
+    matrix.SetConnections(std::vector<short>{1, 0}, std::vector<short>{1, 1, 1});
+    EXPECT_EQ(Play(matrix, Constant(2, 5), 5)[0], std::vector<float>(5, 1.f));
+}
+
+struct Shape {
+    const char* name;
+    unsigned inputs, outputs;
+};
+struct MatrixCase {
+    tav::NamedKernels kernels;
+    Shape shape;
+};
+
+/// Plays the same random life to the matrix and to its plain twin.
+class RandomLife : public testing::TestWithParam<MatrixCase> {
+protected:
+    RandomLife()
+        : generator_(GetParam().shape.inputs * 1000 + GetParam().shape.outputs),
+          matrix_(GetParam().shape.inputs, GetParam().shape.outputs, *GetParam().kernels.kernels),
+          plain_(GetParam().shape.inputs, GetParam().shape.outputs) {}
+
+    unsigned Below(unsigned count) { return static_cast<unsigned>(generator_() % count); }
+
+    template <class T>
+    T OneOf(std::initializer_list<T> values) {
+        return values.begin()[generator_() % values.size()];
+    }
+
+    std::vector<float> RandomRow() {
+        std::vector<float> row(matrix_.NumOutputs());
+        const unsigned kind = Below(4);
+        for (float& gain : row) {
+            const float uniform = static_cast<float>(Below(2001)) * 1e-3f - 1.f;
+            const float special = OneOf({0.f, 1.f, 5e-5f, 1e-4f, 2e-4f, -1.f, 0.5f, 0.5000004f});
+            gain = kind == 0 ? uniform : kind == 1 ? special : 0.f;
+        }
+        if (kind == 3 && !row.empty()) row[generator_() % row.size()] = 0.7f;
+        return row;
+    }
+
+    void SetSomeRow() {
+        if (matrix_.NumInputs() == 0) return;
+        const unsigned row = Below(matrix_.NumInputs());
+        const std::vector<float> gains = RandomRow();
+        const bool immediate = Below(8) == 0;
+        matrix_.SetRow(row, gains, immediate);
+        plain_.SetRow(row, gains, immediate);
+    }
+
+    void SetSomeTime() {
+        const float ms = OneOf({0.f, 0.02f, 0.1f, 1.f, 5.f, 30.f, 200.f, -3.f});
+        matrix_.SetInterpolationTime(ms);
+        plain_.SetInterpolationTime(ms);
+    }
+
+    void SetSomeRate() {
+        const float hz = OneOf({8000.f, 44100.f, 48000.f, 384000.f});
+        matrix_.SetSampleRate(hz);
+        plain_.SetSampleRate(hz);
+    }
+
+    void ConnectSome() {
+        std::vector<short> inlets(matrix_.NumInputs());
+        std::vector<short> outlets(matrix_.NumOutputs());
+        for (std::size_t i = 0; i < inlets.size(); ++i) {
+            inlets[i] = Below(4) != 0;
+            plain_.inputActive[i] = inlets[i] != 0;
+        }
+        for (std::size_t o = 0; o < outlets.size(); ++o) {
+            outlets[o] = Below(4) != 0;
+            plain_.outputActive[o] = outlets[o] != 0;
+        }
+        matrix_.SetConnections(inlets, outlets);
+    }
+
+    void Operate() {
+        switch (Below(16)) {
+            case 0: return SetSomeTime();
+            case 1: return SetSomeRate();
+            case 2: return ConnectSome();
+            default: return SetSomeRow();
+        }
+    }
+
+    /// An inactive input carries numbers that would show.
+    Channels Noise(int frames) {
+        std::uniform_real_distribution<float> uniform(-1.f, 1.f);
+        Channels inputs =
+            Constant(matrix_.NumInputs(), frames, std::numeric_limits<float>::quiet_NaN());
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            if (!plain_.inputActive[i]) continue;
+            std::ranges::generate(inputs[i], [&] { return uniform(generator_); });
+        }
+        return inputs;
+    }
+
+    void CompareBlock() {
+        const int frames = OneOf({1, 1, 2, 3, 7, 16, 63, 64, 65, 128, 509, 1000, 1323});
+        Channels inputs = Noise(frames);
+        Channels outputs = Constant(matrix_.NumOutputs(), frames, 0.125f);
+        Channels expected = outputs;
+        matrix_.Perform(Pointers(outputs).data(), Pointers(inputs).data(),
+                        static_cast<unsigned>(frames));
+        plain_.Perform(Pointers(expected).data(), Pointers(inputs).data(), frames);
+        // Gains stay within 1, a split one within |from| + |to - from| <= 3; each of the two sums
+        // rounds once per term, a gain four times.
+        const float terms = static_cast<float>(matrix_.NumInputs() + 1);
+        const float bound = std::numeric_limits<float>::epsilon() * (terms + 4.f) * 3.f * terms;
+        for (std::size_t o = 0; o < outputs.size(); ++o) {
+            for (std::size_t k = 0; k < outputs[o].size(); ++k) {
+                ASSERT_NEAR(outputs[o][k], expected[o][k], bound)
+                    << "output " << o << " sample " << k << " of " << frames;
+            }
+        }
+    }
+
+    std::mt19937 generator_;
+    tav::SignalMatrix matrix_;
+    reference::PlainSignalMatrix plain_;
+};
+
+TEST_P(RandomLife, SoundsLikeThePlainMatrixSampleForSample) {
+    for (int block = 0; block < 400; ++block) {
+        SCOPED_TRACE("block " + std::to_string(block));
+        for (unsigned left = Below(7); left > 0; --left) Operate();
+        CompareBlock();
+        if (HasFatalFailure()) return;
+    }
+}
+
+constexpr Shape kShapes[] = {{"Mono", 1, 1},     {"Quad", 3, 4},     {"Hexagon", 2, 6},
+                             {"Ring", 16, 8},    {"Wide", 5, 31},    {"Tall", 37, 2},
+                             {"NoInputs", 0, 3}, {"NoOutputs", 3, 0}};
+
+std::vector<MatrixCase> AllCases() {
+    std::vector<MatrixCase> cases;
+    for (const auto& kernels : tav::RunnableKernels()) {
+        for (const Shape& shape : kShapes) cases.push_back({kernels, shape});
+    }
+    return cases;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RandomLife, testing::ValuesIn(AllCases()), [](const auto& tested) {
+    return std::string(tested.param.kernels.name) + tested.param.shape.name;
+});
+
+}  // namespace
