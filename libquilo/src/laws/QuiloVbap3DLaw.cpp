@@ -12,6 +12,7 @@ namespace Quilo {
 namespace {
 
 constexpr float kNegative = -0.01f;
+constexpr float kLeastMinimum = -100000.f;
 constexpr float kFlatElevationDeg = 1.f;
 
 /// Negative weights are silent; what overflowed stays finite.
@@ -37,49 +38,74 @@ TripletBank::TripletBank(std::span<const Triplet> triplets)
     }
 }
 
-void TripletBank::Weigh(const Block& block,
-                        const tav::CartesianVector& source,
-                        Weights& weights) noexcept {
-    const auto& m = block.elements;
-    for (std::size_t row = 0; row < 3; ++row) {
+TripletBank::Peak TripletBank::FindPeak(const tav::CartesianVector& source) const noexcept {
+    const auto [x, y, z] = source;
+    std::array<float, kLanes> best;
+    std::array<std::int32_t, kLanes> bestBlock{};
+    best.fill(kLeastMinimum);
+    const auto numBlocks = static_cast<std::int32_t>(blocks_.size());
+    for (std::int32_t b = 0; b < numBlocks; ++b) {
+        const auto& m = blocks_[static_cast<std::size_t>(b)].elements;
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            weights[row][lane] = m[3 * row][lane] * source.x + m[3 * row + 1][lane] * source.y +
-                                 m[3 * row + 2][lane] * source.z;
+            const float minimum = Least(m[0][lane] * x + m[1][lane] * y + m[2][lane] * z,
+                                        m[3][lane] * x + m[4][lane] * y + m[5][lane] * z,
+                                        m[6][lane] * x + m[7][lane] * y + m[8][lane] * z);
+            const std::int32_t isHigher = -static_cast<std::int32_t>(minimum > best[lane]);
+            bestBlock[lane] = (b & isHigher) | (bestBlock[lane] & ~isHigher);
+            best[lane] = std::max(best[lane], minimum);
         }
     }
+    Peak peak{kLeastMinimum, 0};
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        const std::size_t triplet = static_cast<std::size_t>(bestBlock[lane]) * kLanes + lane;
+        const bool isEarlier = best[lane] == peak.minimum && triplet < peak.triplet;
+        if (best[lane] > peak.minimum || isEarlier) peak = {best[lane], triplet};
+    }
+    return peak;
 }
 
-/// Compares the triplets of one block with the best so far, one by one, in their order.
-void TripletBank::Challenge(Best& best,
-                            const Weights& weights,
-                            std::size_t firstTriplet) const noexcept {
-    const std::size_t count = std::min(kLanes, speakers_.size() - firstTriplet);
-    for (std::size_t lane = 0; lane < count; ++lane) {
-        const std::array<float, 3> g{weights[0][lane], weights[1][lane], weights[2][lane]};
-        const float minimum = Least(g[0], g[1], g[2]);
-        if (!(minimum > best.minimum)) continue;
-        const auto negatives =
-            static_cast<int>(std::ranges::count_if(g, [](float w) { return w < kNegative; }));
-        if (negatives > best.negatives) continue;
-        best = {minimum,
-                negatives,
-                {{speakers_[firstTriplet + lane], {GainOf(g[0]), GainOf(g[1]), GainOf(g[2])}}}};
+TripletBank::Weights TripletBank::WeightsOf(std::size_t triplet,
+                                            const tav::CartesianVector& source) const noexcept {
+    const auto& m = blocks_[triplet / kLanes].elements;
+    const std::size_t lane = triplet % kLanes;
+    Weights weights;
+    for (std::size_t row = 0; row < weights.size(); ++row) {
+        weights[row] = m[3 * row][lane] * source.x + m[3 * row + 1][lane] * source.y +
+                       m[3 * row + 2][lane] * source.z;
     }
+    return weights;
+}
+
+TripletGains TripletBank::GainsOf(std::size_t triplet, const Weights& weights) const noexcept {
+    return {speakers_[triplet], {GainOf(weights[0]), GainOf(weights[1]), GainOf(weights[2])}};
 }
 
 std::optional<TripletGains> TripletBank::Choose(const tav::CartesianVector& source) const noexcept {
-    Best best;
-    Weights weights;
-    for (std::size_t b = 0; b < blocks_.size(); ++b) {
-        Weigh(blocks_[b], source, weights);
-        int above = 0;
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const float least = Least(weights[0][lane], weights[1][lane], weights[2][lane]);
-            above |= static_cast<int>(least > best.minimum);
-        }
-        if (above != 0) Challenge(best, weights, b * kLanes);  // seldom, once the best is good
+    // A triplet without negative weights that has the largest minimum wins the running comparison
+    // whatever stands before or behind it. Surplus lanes come last, and lose against equals.
+    const Peak peak = FindPeak(source);
+    if (!(peak.minimum >= kNegative) || peak.triplet >= speakers_.size()) {
+        return ChooseOneByOne(source);
     }
-    return best.gains;
+    return GainsOf(peak.triplet, WeightsOf(peak.triplet, source));
+}
+
+std::optional<TripletGains> TripletBank::ChooseOneByOne(
+    const tav::CartesianVector& source) const noexcept {
+    std::optional<TripletGains> chosen;
+    float bestMinimum = kLeastMinimum;
+    auto bestNegatives = std::ptrdiff_t{3};
+    for (std::size_t t = 0; t < speakers_.size(); ++t) {
+        const Weights g = WeightsOf(t, source);
+        const float minimum = Least(g[0], g[1], g[2]);
+        const auto negatives = std::ranges::count_if(g, [](float w) { return w < kNegative; });
+        // Deliberate: both at once, against the one taken last.  (TripletBank, ComparesWithThe...)
+        if (!(minimum > bestMinimum) || negatives > bestNegatives) continue;
+        bestMinimum = minimum;
+        bestNegatives = negatives;
+        chosen = GainsOf(t, g);
+    }
+    return chosen;
 }
 
 void Vbap3DGains(const TripletBank& bank,

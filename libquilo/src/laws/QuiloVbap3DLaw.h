@@ -24,7 +24,7 @@ struct TripletGains {
     std::array<float, 3> gains{};  ///< finite, not negative
 };
 
-/// The triplets of a layout, arranged so that a source is tried on eight of them at a time.
+/// The triplets of a layout, arranged so that a source is tried on many of them at a time.
 class TripletBank {
 public:
     TripletBank() = default;
@@ -39,23 +39,23 @@ public:
     std::optional<TripletGains> Choose(const tav::CartesianVector& source) const noexcept;
 
 private:
-    static constexpr std::size_t kLanes = 8;
+    static constexpr std::size_t kLanes = 32;
 
-    /// Nine elements of eight inverse matrices; surplus lanes of the last block are 0.
+    /// Nine elements of the inverse matrices; surplus lanes of the last block are 0.
     struct Block {
         std::array<std::array<float, kLanes>, 9> elements{};
     };
-    struct Best {
-        float minimum = -100000.f;
-        int negatives = 3;
-        std::optional<TripletGains> gains;
+    /// The largest of the smallest weights, and the first triplet that has it.
+    struct Peak {
+        float minimum;
+        std::size_t triplet;
     };
-    using Weights = std::array<std::array<float, kLanes>, 3>;
+    using Weights = std::array<float, 3>;
 
-    static void Weigh(const Block& block,
-                      const tav::CartesianVector& source,
-                      Weights& weights) noexcept;
-    void Challenge(Best& best, const Weights& weights, std::size_t firstTriplet) const noexcept;
+    Peak FindPeak(const tav::CartesianVector& source) const noexcept;
+    std::optional<TripletGains> ChooseOneByOne(const tav::CartesianVector& source) const noexcept;
+    Weights WeightsOf(std::size_t triplet, const tav::CartesianVector& source) const noexcept;
+    TripletGains GainsOf(std::size_t triplet, const Weights& weights) const noexcept;
 
     std::vector<Block> blocks_;
     std::vector<std::array<std::uint16_t, 3>> speakers_;
