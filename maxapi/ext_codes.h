@@ -31,13 +31,11 @@ inline constexpr int MSG_MAXARG = 7;
 inline constexpr int ATOM_MAX_STRLEN = 32768;
 inline constexpr t_ptr_int OB_MAGIC = 1758379419;
 
-enum e_max_errorcodes : int {
-    MAX_ERR_NONE = 0,
-    MAX_ERR_GENERIC = -1,
-    MAX_ERR_INVALID_PTR = -2,
-    MAX_ERR_DUPLICATE = -3,
-    MAX_ERR_OUT_OF_MEM = -4,
-};
+inline constexpr t_max_err MAX_ERR_NONE = 0;
+inline constexpr t_max_err MAX_ERR_GENERIC = -1;
+inline constexpr t_max_err MAX_ERR_INVALID_PTR = -2;
+inline constexpr t_max_err MAX_ERR_DUPLICATE = -3;
+inline constexpr t_max_err MAX_ERR_OUT_OF_MEM = -4;
 
 enum e_max_attrflags : max_long {
     ATTR_FLAGS_NONE = 0,

@@ -74,6 +74,7 @@ MAXAPI_EXPORT t_max_err atomarray_getindex(t_atomarray* x, max_long index, t_ato
 MAXAPI_EXPORT void atomarray_appendatom(t_atomarray* x, t_atom* a);
 MAXAPI_EXPORT void atomarray_appendatoms(t_atomarray* x, max_long argc, t_atom* argv);
 MAXAPI_EXPORT void atomarray_clear(t_atomarray* x);
+MAXAPI_EXPORT t_string* string_new(const char* text);
 MAXAPI_EXPORT const char* string_getptr(t_string* x);
 
 }  // extern "C"

@@ -9,9 +9,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// A C `long` of the API has 32 bits, as `long` has on Windows, where the modules live; one alias gives
-// other machines the same layouts. It is right for counts, flags and inlet numbers, and for the
-// storage of "long" attributes and of the counts of attribute arrays.
+// A C `long` of the API has 32 bits, as `long` has on Windows, where the modules live; one alias
+// gives other machines the same layouts. It is right for counts, flags and inlet numbers, and for
+// the storage of "long" attributes and of the counts of attribute arrays.
 #if defined(_WIN32)
 using max_long = long;
 #else
@@ -44,6 +44,18 @@ using t_critical = struct t_critical_region*;
 
 /// Any function handed to Max; cast back to its true type before it is called.
 using method = void* (*)(void*);
+
+namespace MaxApi {
+/// A function as the API takes it, and back to its true type.
+template <class Function>
+method ToMethod(Function* function) {
+    return reinterpret_cast<method>(reinterpret_cast<void (*)()>(function));
+}
+template <class Function>
+Function* FromMethod(method function) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(function));
+}
+}  // namespace MaxApi
 
 // Records that only Max looks into.
 using t_outlet = void;

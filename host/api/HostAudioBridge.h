@@ -46,8 +46,9 @@ public:
                  std::size_t numOutputs,
                  std::size_t frames);
 
+    struct Record;  // what the module sees as dsp64
+
 private:
-    struct Record;  // the object that the module sees as dsp64
     Record* record_;
 };
 

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// Atom arrays and string objects.
+#include "ApiAtomText.h"
+#include "ApiDictionaries.h"
+#include "ApiObjects.h"
+
+namespace HostApi {
+namespace {
+
+Class& AtomArrayClass() {
+    static Class& type = OwnClass<AtomArray>("atomarray");
+    return type;
+}
+
+Class& StringClass() {
+    static Class& type = OwnClass<String>("string");
+    return type;
+}
+
+/// Lets the fields that a module may see follow the array.
+void ShowAtoms(AtomArray& array) {
+    array.ac = static_cast<max_long>(array.atoms.size());
+    array.av = array.atoms.data();
+}
+
+}  // namespace
+
+AtomArray* AsAtomArray(const void* pointer) {
+    const ObjectRecord* record = FindObject(pointer);
+    if (!record || record->type != &AtomArrayClass()) return nullptr;
+    return AtomArray::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
+}
+
+String* AsString(const void* pointer) {
+    const ObjectRecord* record = FindObject(pointer);
+    if (!record || record->type != &StringClass()) return nullptr;
+    return String::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
+}
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
+t_atomarray* atomarray_new(max_long argc, t_atom* argv) {
+    auto* const array = new AtomArray{};
+    AdoptObject(&array->ob, AtomArrayClass());
+    atomarray_setatoms(array, argc, argv);
+    return array;
+}
+
+t_max_err atomarray_setatoms(t_atomarray* x, max_long argc, t_atom* argv) {
+    AtomArray* const array = AsAtomArray(x);
+    if (!array) return MAX_ERR_INVALID_PTR;
+    const auto atoms = Atoms(argc, argv);
+    array->atoms = std::vector<t_atom>(atoms.begin(), atoms.end());  // argv may be the array's own
+    ShowAtoms(*array);
+    return MAX_ERR_NONE;
+}
+
+t_max_err atomarray_getatoms(t_atomarray* x, max_long* argc, t_atom** argv) {
+    if (!AsAtomArray(x)) return MAX_ERR_INVALID_PTR;
+    *argc = x->ac;
+    *argv = x->av;
+    return MAX_ERR_NONE;
+}
+
+t_max_err atomarray_copyatoms(t_atomarray* x, max_long* argc, t_atom** argv) {
+    const AtomArray* array = AsAtomArray(x);
+    return array ? HandOut(array->atoms, argc, argv) : MAX_ERR_INVALID_PTR;
+}
+
+t_atom_long atomarray_getsize(t_atomarray* x) { return AsAtomArray(x) ? x->ac : 0; }
+
+t_max_err atomarray_getindex(t_atomarray* x, max_long index, t_atom* out) {
+    if (!AsAtomArray(x) || index < 0 || index >= x->ac) return MAX_ERR_GENERIC;
+    *out = x->av[index];
+    return MAX_ERR_NONE;
+}
+
+void atomarray_appendatom(t_atomarray* x, t_atom* a) { atomarray_appendatoms(x, 1, a); }
+
+void atomarray_appendatoms(t_atomarray* x, max_long argc, t_atom* argv) {
+    AtomArray* const array = AsAtomArray(x);
+    if (!array) return;
+    const auto added = Atoms(argc, argv);
+    const std::vector<t_atom> copy(added.begin(), added.end());
+    array->atoms.insert(array->atoms.end(), copy.begin(), copy.end());
+    ShowAtoms(*array);
+}
+
+void atomarray_clear(t_atomarray* x) { atomarray_setatoms(x, 0, nullptr); }
+
+t_string* string_new(const char* text) {
+    auto* const string = new String{};
+    AdoptObject(&string->s_obj, StringClass());
+    string->text = text ? text : "";
+    string->s_text = string->text.data();
+    string->s_size = static_cast<max_long>(string->text.size());
+    return string;
+}
+
+const char* string_getptr(t_string* x) {
+    const String* string = AsString(x);
+    return string ? string->text.c_str() : "";
+}

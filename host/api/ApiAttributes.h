@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// Attribute objects; inside the library only. The properties of an attribute are its own instance
+// attributes, so one mechanism serves values and properties.
+#pragma once
+
+#include "ext.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace HostApi {
+
+/// How values of one attribute type lie in a record.
+struct ValueType {
+    std::string_view name;
+    std::size_t size;  // bytes
+    void (*store)(char* place, const t_atom& atom);
+    void (*load)(const char* place, t_atom& atom);
+};
+
+/// The row of a type name; that of "atom" for a name nobody knows.
+const ValueType& FindValueType(const t_symbol* name);
+
+/// Range of a clip filter.
+struct Clip {
+    double min, max;
+    bool useMin, useMax;
+};
+
+struct Attribute : t_attr {
+    enum class Place { Record, OwnValues };
+
+    Place place = Place::OwnValues;
+    std::size_t size = 1;  // most values of an array in the record
+    std::size_t offset = 0, offsetCount = 0;
+    std::vector<t_atom> values;  // Place::OwnValues
+    std::optional<Clip> clipOnGet, clipOnSet;
+
+    static Attribute* FromObject(t_object* object) {
+        return static_cast<Attribute*>(reinterpret_cast<t_attr*>(object));
+    }
+    t_object* Object() { return &ob; }
+};
+
+/// The attribute behind a pointer, null when it is no live attribute.
+Attribute* AsAttribute(void* pointer);
+
+Attribute* FindAttribute(const std::vector<Attribute*>& list, const t_symbol* name);
+
+/// Adds an attribute; one of the same name is freed and its place taken.
+void PutAttribute(std::vector<Attribute*>& list, Attribute* attribute);
+
+/// The attribute of an object: instance first, then class; null when unknown.
+Attribute* FindAttributeOf(void* object, const t_symbol* name);
+
+/// Getter and clip filter; memory as object_attr_getvalueof has it.
+t_max_err GetValue(void* object, Attribute& attribute, max_long* argc, t_atom** argv);
+std::vector<t_atom> GetValues(void* object, Attribute& attribute);
+
+/// Clip filter, setter, notification.
+t_max_err SetValue(void* object, Attribute& attribute, std::span<const t_atom> atoms);
+
+}  // namespace HostApi

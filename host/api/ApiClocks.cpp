@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+// Clocks: they run as the scheduler thread when the host moves the time on.
+#include "ApiObjects.h"
+#include "HostBridge.h"
+
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <vector>
+
+namespace HostApi {
+namespace {
+
+constexpr double kNotSet = std::numeric_limits<double>::infinity();
+
+struct Clock {
+    t_object ob;
+    void* object;
+    method function;
+    double dueMs;
+
+    static Clock* FromObject(t_object* object) { return reinterpret_cast<Clock*>(object); }
+};
+
+struct Time {
+    std::mutex mutex;
+    double nowMs = 0;
+    std::vector<Clock*> clocks;  // in the order in which they were made
+};
+
+Time& TheTime() {
+    static auto& time = *new Time;
+    return time;
+}
+
+void ForgetClock(void* clock) {
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    std::erase(time.clocks, static_cast<Clock*>(clock));
+}
+
+Class& ClockClass() {
+    static Class& type = []() -> Class& {
+        Class& made = OwnClass<Clock>("clock");
+        made.c_freefun = [](void* clock) -> void* {
+            ForgetClock(clock);
+            return nullptr;
+        };
+        return made;
+    }();
+    return type;
+}
+
+/// Takes the earliest clock that is due by `untilMs` and moves the time to it; null when none is.
+Clock* TakeDue(double untilMs) {
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    Clock* first = nullptr;
+    for (Clock* clock : time.clocks)
+        if (clock->dueMs <= untilMs && (!first || clock->dueMs < first->dueMs)) first = clock;
+    if (first) {
+        time.nowMs = std::max(time.nowMs, first->dueMs);
+        first->dueMs = kNotSet;
+    }
+    return first;
+}
+
+}  // namespace
+
+void AdvanceClocks(double ms) {
+    const double until = systimer_gettime() + std::max(ms, 0.0);
+    {
+        const ThreadScope scheduler(ThreadKind::Scheduler);
+        while (const Clock* clock = TakeDue(until)) clock->function(clock->object);
+    }
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    time.nowMs = std::max(time.nowMs, until);
+}
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
+t_clock* clock_new(void* x, method fn) {
+    auto* const clock = new Clock{{}, x, fn, kNotSet};
+    AdoptObject(&clock->ob, ClockClass());
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    time.clocks.push_back(clock);
+    return clock;
+}
+
+void clock_fdelay(t_clock* c, double ms) {
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    static_cast<Clock*>(c)->dueMs = time.nowMs + (ms > 0 ? ms : 0);
+}
+
+void clock_delay(t_clock* c, max_long ms) { clock_fdelay(c, ms); }
+
+void clock_unset(t_clock* c) {
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    static_cast<Clock*>(c)->dueMs = kNotSet;
+}
+
+double systimer_gettime() {
+    Time& time = TheTime();
+    const std::lock_guard lock(time.mutex);
+    return time.nowMs;
+}

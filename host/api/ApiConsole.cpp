@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Console rows: object_post and its kin format here and go to the host's sink.
+#include "HostBridge.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+
+namespace HostApi {
+namespace {
+
+struct Console {
+    std::recursive_mutex mutex;  // a sink may lead back to a post
+    ConsoleSink sink;
+};
+
+Console& TheConsole() {
+    static auto& console = *new Console;
+    return console;
+}
+
+void Post(PostKind kind, t_object* object, const char* format, std::va_list arguments) {
+    std::va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
+    va_end(again);
+
+    Console& console = TheConsole();
+    const std::lock_guard lock(console.mutex);
+    if (console.sink) console.sink(kind, text, object);
+}
+
+}  // namespace
+
+void SetConsoleSink(ConsoleSink sink) {
+    Console& console = TheConsole();
+    const std::lock_guard lock(console.mutex);
+    console.sink = std::move(sink);
+}
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
+void object_post(t_object* x, const char* fmt, ...) {
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    Post(PostKind::Post, x, fmt, arguments);
+    va_end(arguments);
+}
+
+void object_warn(t_object* x, const char* fmt, ...) {
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    Post(PostKind::Warning, x, fmt, arguments);
+    va_end(arguments);
+}
+
+void object_error(t_object* x, const char* fmt, ...) {
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    Post(PostKind::Error, x, fmt, arguments);
+    va_end(arguments);
+}
+
+void object_bug(t_object* x, const char* fmt, ...) {
+    std::va_list arguments;
+    va_start(arguments, fmt);
+    Post(PostKind::Bug, x, fmt, arguments);
+    va_end(arguments);
+}

@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+// Life of objects, what is stored with them, who listens to them: object_... of the API.
+#include "ApiObjects.h"
+
+#include "ApiAttributes.h"
+#include "ApiOutlets.h"
+#include "ApiThreads.h"
+
+#include <algorithm>
+
+namespace HostApi {
+namespace {
+
+struct LiveObjects {
+    std::mutex mutex;
+    std::unordered_map<const void*, std::unique_ptr<ObjectRecord>> records;
+};
+
+// Never destroyed: modules may free objects while the process ends.
+LiveObjects& Live() {
+    static auto& live = *new LiveObjects;
+    return live;
+}
+
+using Name = std::pair<const t_symbol*, const t_symbol*>;
+
+std::map<Name, void*>& Names() {
+    static auto& names = *new std::map<Name, void*>;
+    return names;
+}
+
+t_atom_long GetStoredLong(const StoredValue& stored) { return atom_getlong(&stored.value); }
+
+}  // namespace
+
+ObjectRecord* FindObject(const void* object) {
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    const auto found = live.records.find(object);
+    return found == live.records.end() ? nullptr : found->second.get();
+}
+
+ObjectRecord& AdoptObject(t_object* object, Class& type) {
+    object->o_messlist = &type.head[1];
+    object->o_magic = OB_MAGIC;
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    auto& record = live.records[object];
+    record = std::make_unique<ObjectRecord>();
+    record->type = &type;
+    return *record;
+}
+
+t_messlist* FindMessage(const void* object, const t_symbol* name) {
+    const ObjectRecord* record = FindObject(object);
+    if (!record) return nullptr;
+    const auto found = record->type->messageByName.find(name);
+    return found == record->type->messageByName.end() ? nullptr : found->second;
+}
+
+void NotifyClients(void* object, t_symbol* message, void* data) {
+    const ObjectRecord* record = FindObject(object);
+    if (!record) return;
+    using Notify = t_max_err(void*, t_symbol*, t_symbol*, void*, void*);
+    const std::vector<void*> clients = record->clients;  // a client may detach itself
+    for (void* client : clients)
+        if (const t_messlist* notify = FindMessage(client, gensym("notify")))
+            MaxApi::FromMethod<Notify>(notify->m_fun)(client, record->name, message, object, data);
+}
+
+void DetachEverywhere(void* object, ObjectRecord& record) {
+    record.clients.clear();
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    for (auto& [other, otherRecord] : live.records) std::erase(otherRecord->clients, object);
+}
+
+void DestroyObject(t_object* object) {
+    ObjectRecord* const record = FindObject(object);
+    if (!record) return;
+    Class& type = *record->type;
+    if (record->name) NotifyClients(object, gensym("free"), nullptr);
+    if (type.c_freefun) type.c_freefun(object);
+    object_unregister(object);
+    DetachEverywhere(object, *record);
+    ForgetQueued(object);
+    FreeStored(record->stored);
+    for (Attribute* attribute : record->attributes) DestroyObject(attribute->Object());
+    for (Outlet* outlet : record->outlets) DestroyObject(outlet->Object());
+    for (Proxy* proxy : record->proxies) DestroyObject(proxy->Object());
+    object->o_magic = 0;
+    {
+        LiveObjects& live = Live();
+        const std::lock_guard lock(live.mutex);
+        live.records.erase(object);
+    }
+    if (type.destroy) {
+        type.destroy(object);
+    } else {
+        sysmem_freeptr(object);
+    }
+}
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
+void* object_alloc(t_class* c) {
+    if (!c) return nullptr;
+    auto* const object = reinterpret_cast<t_object*>(
+        sysmem_newptrclear(std::max<t_getbytes_size>(c->c_size, sizeof(t_object))));
+    if (object) AdoptObject(object, *static_cast<Class*>(c));
+    return object;
+}
+
+t_max_err object_free(void* x) {
+    if (!x) return MAX_ERR_INVALID_PTR;
+    const ObjectRecord* record = FindObject(x);
+    if (!record) {
+        object_bug(nullptr, "%s", "object_free: the object is not alive");
+        return MAX_ERR_INVALID_PTR;
+    }
+    auto* const object = static_cast<t_object*>(x);
+    if (record->type->release && !record->type->release(object)) return MAX_ERR_NONE;
+    DestroyObject(object);
+    return MAX_ERR_NONE;
+}
+
+t_class* object_class(void* x) {
+    const ObjectRecord* record = FindObject(x);
+    return record ? record->type : nullptr;
+}
+
+t_symbol* object_classname(void* x) {
+    const ObjectRecord* record = FindObject(x);
+    return record ? record->type->c_sym : nullptr;
+}
+
+max_long object_classname_compare(void* x, t_symbol* name) {
+    return name && object_classname(x) == name ? 1 : 0;
+}
+
+t_symbol* object_namespace(t_object* x) {
+    const ObjectRecord* record = FindObject(x);
+    return record ? record->type->nameSpace : nullptr;
+}
+
+max_long object_isnogood(void* x) { return FindObject(x) ? 0 : 1; }
+
+// ---- Stored values
+
+t_max_err object_obex_store(void* x, t_symbol* key, t_object* value) {
+    ObjectRecord* record = FindObject(x);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    StoredValue stored{{}, OBJ_FLAG_OBJ};
+    atom_setobj(&stored.value, value);
+    PutStored(record->stored, key, stored);
+    return MAX_ERR_NONE;
+}
+
+t_max_err object_obex_storelong(void* x, t_symbol* key, t_atom_long value) {
+    ObjectRecord* record = FindObject(x);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    StoredValue stored;
+    atom_setlong(&stored.value, value);
+    PutStored(record->stored, key, stored);
+    return MAX_ERR_NONE;
+}
+
+t_max_err object_obex_storesym(void* x, t_symbol* key, t_symbol* value) {
+    ObjectRecord* record = FindObject(x);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    StoredValue stored;
+    atom_setsym(&stored.value, value);
+    PutStored(record->stored, key, stored);
+    return MAX_ERR_NONE;
+}
+
+namespace {
+
+const StoredValue* FindStored(void* x, const t_symbol* key) {
+    const ObjectRecord* record = FindObject(x);
+    if (!record) return nullptr;
+    const auto found = record->stored.find(key);
+    return found == record->stored.end() ? nullptr : &found->second;
+}
+
+}  // namespace
+
+t_max_err object_obex_lookup(void* x, t_symbol* key, t_object** value) {
+    const StoredValue* stored = FindStored(x, key);
+    if (value) *value = stored && stored->value.a_type == A_OBJ ? stored->value.a_w.w_obj : nullptr;
+    return stored && stored->value.a_type == A_OBJ ? MAX_ERR_NONE : MAX_ERR_GENERIC;
+}
+
+t_max_err object_obex_lookuplong(void* x, t_symbol* key, t_atom_long* value) {
+    const StoredValue* stored = FindStored(x, key);
+    if (!stored) return MAX_ERR_GENERIC;
+    *value = GetStoredLong(*stored);
+    return MAX_ERR_NONE;
+}
+
+t_max_err object_obex_lookupsym(void* x, t_symbol* key, t_symbol** value) {
+    const StoredValue* stored = FindStored(x, key);
+    if (!stored) return MAX_ERR_GENERIC;
+    *value = atom_getsym(&stored->value);
+    return MAX_ERR_NONE;
+}
+
+void object_obex_dumpout(void* x, t_symbol* s, max_long argc, t_atom* argv) {
+    t_object* outlet = nullptr;
+    if (object_obex_lookup(x, gensym("dumpout"), &outlet) != MAX_ERR_NONE || !outlet) return;
+    outlet_anything(outlet, s, static_cast<short>(std::clamp(argc, max_long{0}, max_long{32767})),
+                    argv);
+}
+
+// ---- Registration and notification
+
+void* object_register(t_symbol* name_space, t_symbol* name, void* x) {
+    ObjectRecord* record = FindObject(x);
+    if (!record) return nullptr;
+    object_unregister(x);
+    record->nameSpace = name_space;
+    record->name = name ? name : symbol_unique();
+    Names()[{record->nameSpace, record->name}] = x;
+    return x;
+}
+
+t_max_err object_unregister(void* x) {
+    ObjectRecord* record = FindObject(x);
+    if (!record || !record->name) return MAX_ERR_GENERIC;
+    const auto known = Names().find({record->nameSpace, record->name});
+    if (known != Names().end() && known->second == x) Names().erase(known);
+    record->nameSpace = record->name = nullptr;
+    return MAX_ERR_NONE;
+}
+
+void* object_findregistered(t_symbol* name_space, t_symbol* name) {
+    const auto found = Names().find({name_space, name});
+    return found == Names().end() ? nullptr : found->second;
+}
+
+t_max_err object_findregisteredbyptr(t_symbol** name_space, t_symbol** name, void* x) {
+    const ObjectRecord* record = FindObject(x);
+    if (!record || !record->name) return MAX_ERR_GENERIC;
+    *name_space = record->nameSpace;
+    *name = record->name;
+    return MAX_ERR_NONE;
+}
+
+t_max_err object_attach_byptr(void* client, void* registered) {
+    ObjectRecord* record = FindObject(registered);
+    if (!record || !record->name || !FindObject(client)) return MAX_ERR_GENERIC;
+    if (std::ranges::find(record->clients, client) == record->clients.end())
+        record->clients.push_back(client);
+    return MAX_ERR_NONE;
+}
+
+t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* name_space) {
+    const ObjectRecord* record = FindObject(target);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    if (!record->name) object_register(name_space, nullptr, target);
+    return object_attach_byptr(client, target);
+}
+
+t_max_err object_detach_byptr(void* client, void* registered) {
+    ObjectRecord* record = FindObject(registered);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    return std::erase(record->clients, client) > 0 ? MAX_ERR_NONE : MAX_ERR_GENERIC;
+}
+
+t_max_err object_notify(void* x, t_symbol* message, void* data) {
+    const ObjectRecord* record = FindObject(x);
+    if (!record) return MAX_ERR_INVALID_PTR;
+    if (message == gensym("attr_modified") && !AsAttribute(data)) {
+        // Clients ask the data for its name: in Max this call takes the whole program down.
+        object_bug(static_cast<t_object*>(x), "%s", "attr_modified without an attribute");
+        return MAX_ERR_INVALID_PTR;
+    }
+    if (record->name) NotifyClients(x, message, data);
+    return MAX_ERR_NONE;
+}

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+// Kinds of threads, deferral to the main thread, queue elements, critical regions.
+#include "ApiThreads.h"
+
+#include "ApiAtomText.h"
+
+#include <algorithm>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+struct t_critical_region {
+    std::recursive_mutex mutex;
+};
+
+namespace HostApi {
+namespace {
+
+struct Work {
+    WorkKey key;
+    std::function<void()> run;
+};
+
+struct Queue {
+    std::mutex mutex;
+    std::deque<Work> waiting;
+};
+
+Queue& MainQueue() {
+    static auto& queue = *new Queue;
+    return queue;
+}
+
+struct QueueElement {
+    void* object;
+    method function;
+};
+
+const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
+thread_local std::optional<ThreadKind> assumedKind;
+
+using DeferredFunction = void(void*, t_symbol*, short, t_atom*);
+
+/// Calls now from the main thread unless `always`, else queues a copy of the atoms.
+void Defer(void* x,
+           method function,
+           t_symbol* s,
+           std::span<const t_atom> atoms,
+           QueueEnd end,
+           bool always) {
+    auto work = [x, function, s, copy = std::vector(atoms.begin(), atoms.end())]() mutable {
+        const auto count = static_cast<short>(copy.size());
+        MaxApi::FromMethod<DeferredFunction>(function)(x, s, count, copy.data());
+    };
+    if (!always && CurrentThreadKind() == ThreadKind::Main) {
+        work();
+    } else {
+        Enqueue({x, function}, end, std::move(work));
+    }
+}
+
+}  // namespace
+
+void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse) {
+    Queue& queue = MainQueue();
+    const std::lock_guard lock(queue.mutex);
+    if (collapse) std::erase_if(queue.waiting, [&](const Work& w) { return w.key == key; });
+    if (end == QueueEnd::Front) {
+        queue.waiting.push_front({key, std::move(work)});
+    } else {
+        queue.waiting.push_back({key, std::move(work)});
+    }
+}
+
+void ForgetQueued(const void* object) {
+    Queue& queue = MainQueue();
+    const std::lock_guard lock(queue.mutex);
+    std::erase_if(queue.waiting, [object](const Work& w) { return w.key.object == object; });
+}
+
+std::size_t RunDeferred() {
+    Queue& queue = MainQueue();
+    std::size_t count = 0;
+    std::unique_lock lock(queue.mutex);
+    // One at a time, so that work which dies with its object is still found in the queue. What is
+    // queued meanwhile at the back stays for the next call.
+    for (std::size_t left = queue.waiting.size(); left > 0 && !queue.waiting.empty(); --left) {
+        const Work work = std::move(queue.waiting.front());
+        queue.waiting.pop_front();
+        lock.unlock();
+        work.run();
+        ++count;
+        lock.lock();
+    }
+    return count;
+}
+
+ThreadKind CurrentThreadKind() {
+    if (assumedKind) return *assumedKind;
+    return std::this_thread::get_id() == kMainThread ? ThreadKind::Main : ThreadKind::Scheduler;
+}
+
+ThreadScope::ThreadScope(ThreadKind kind)
+    : previous_(CurrentThreadKind()),
+      wasSet_(assumedKind.has_value()) {
+    assumedKind = kind;
+}
+
+ThreadScope::~ThreadScope() { assumedKind = wasSet_ ? std::optional(previous_) : std::nullopt; }
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
+void* defer(void* x, method fn, t_symbol* s, short argc, t_atom* argv) {
+    Defer(x, fn, s, Atoms(argc, argv), QueueEnd::Front, false);
+    return nullptr;
+}
+
+void* defer_medium(void* x, method fn, t_symbol* s, short argc, t_atom* argv) {
+    Defer(x, fn, s, Atoms(argc, argv), QueueEnd::Back, false);
+    return nullptr;
+}
+
+void* defer_low(void* x, method fn, t_symbol* s, short argc, t_atom* argv) {
+    Defer(x, fn, s, Atoms(argc, argv), QueueEnd::Back, true);
+    return nullptr;
+}
+
+void* defer_front(void* x, method fn, t_symbol* s, short argc, t_atom* argv) {
+    Defer(x, fn, s, Atoms(argc, argv), QueueEnd::Front, true);
+    return nullptr;
+}
+
+// ---- Queue elements: set many times before they are serviced, they run once
+
+void* qelem_new(void* x, method fn) { return new QueueElement{x, fn}; }
+
+namespace {
+
+void SetElement(t_qelem* q, QueueEnd end) {
+    auto* const element = static_cast<QueueElement*>(q);
+    Enqueue(
+        {element, element->function}, end, [element] { element->function(element->object); }, true);
+}
+
+}  // namespace
+
+void qelem_set(t_qelem* q) { SetElement(q, QueueEnd::Back); }
+
+void qelem_front(t_qelem* q) { SetElement(q, QueueEnd::Front); }
+
+void qelem_unset(t_qelem* q) { ForgetQueued(q); }
+
+void qelem_free(t_qelem* q) {
+    ForgetQueued(q);
+    delete static_cast<QueueElement*>(q);
+}
+
+// ---- Threads and critical regions
+
+max_long isr() { return CurrentThreadKind() == ThreadKind::Scheduler ? 1 : 0; }
+
+short systhread_ismainthread() { return CurrentThreadKind() == ThreadKind::Main ? 1 : 0; }
+
+short systhread_istimerthread() { return CurrentThreadKind() == ThreadKind::Scheduler ? 1 : 0; }
+
+short systhread_isaudiothread() { return CurrentThreadKind() == ThreadKind::Audio ? 1 : 0; }
+
+namespace {
+
+/// 0 stands for the region that guards the main thread against the scheduler.
+t_critical_region& Region(t_critical c) {
+    static auto& global = *new t_critical_region;
+    return c ? *c : global;
+}
+
+}  // namespace
+
+void critical_new(t_critical* c) { *c = new t_critical_region; }
+
+void critical_enter(t_critical c) { Region(c).mutex.lock(); }
+
+void critical_exit(t_critical c) { Region(c).mutex.unlock(); }
+
+short critical_tryenter(t_critical c) { return Region(c).mutex.try_lock() ? 0 : 1; }
+
+void critical_free(t_critical c) { delete c; }

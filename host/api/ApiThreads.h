@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+// The queue of the main thread; inside the library only.
+#pragma once
+
+#include "HostBridge.h"
+
+#include <functional>
+
+namespace HostApi {
+
+enum class QueueEnd { Front, Back };
+
+/// Where queued work belongs: an object and a function of it.
+struct WorkKey {
+    const void* object;
+    method function;
+    bool operator==(const WorkKey&) const = default;
+};
+
+/// Queues work for the main thread.  Work of an object that dies before is dropped with it.
+/// @param collapse  takes the place of work with the same key that still waits.  Thread: any.
+void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse = false);
+
+/// Drops what waits for an object.
+void ForgetQueued(const void* object);
+
+}  // namespace HostApi

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// What the inspector knows: messages and attributes of classes and objects.
+#include "HostBridge.h"
+
+#include "ApiAttributes.h"
+#include "ApiObjects.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace HostApi {
+namespace {
+
+/// Place in the inspector: 1, 2, ... first, those without order next, -2, -1 at the end.
+std::pair<int, t_atom_long> InspectorPlace(const AttributeInfo& attribute) {
+    t_atom_long order = 0;
+    for (const PropertyInfo& property : attribute.properties)
+        if (property.name == gensym("order") && !property.values.empty())
+            order = atom_getlong(&property.values[0]);
+    return {order > 0 ? 0 : order == 0 ? 1 : 2, order};
+}
+
+AttributeInfo Describe(Attribute& attribute, bool isInstance) {
+    AttributeInfo info{attribute.name, attribute.type, attribute.flags, isInstance, {}};
+    for (Attribute* property : FindObject(attribute.Object())->attributes)
+        info.properties.push_back({property->name, GetValues(attribute.Object(), *property)});
+    return info;
+}
+
+}  // namespace
+
+std::vector<MessageInfo> Messages(const t_class* type) {
+    std::vector<MessageInfo> messages;
+    if (!type) return messages;
+    for (const auto& entry : static_cast<const Class*>(type)->messages) {
+        MessageInfo info{entry->m_sym, {}};
+        for (const char* code = entry->m_type; *code != A_NOTHING; ++code)
+            info.types.push_back(*code);
+        messages.push_back(std::move(info));
+    }
+    return messages;
+}
+
+std::vector<AttributeInfo> Attributes(t_object* object) {
+    std::vector<AttributeInfo> attributes;
+    const ObjectRecord* record = FindObject(object);
+    if (!record) return attributes;
+    for (Attribute* attribute : record->type->attributes) {
+        // One that the object has as its own copy keeps its place in the class.
+        Attribute* const own = FindAttribute(record->attributes, attribute->name);
+        attributes.push_back(Describe(own ? *own : *attribute, own != nullptr));
+    }
+    for (Attribute* attribute : record->attributes)
+        if (!FindAttribute(record->type->attributes, attribute->name))
+            attributes.push_back(Describe(*attribute, true));
+    std::ranges::stable_sort(attributes, {}, InspectorPlace);
+    return attributes;
+}
+
+std::vector<t_atom> AttributeValue(t_object* object, std::string_view name) {
+    Attribute* const attribute = FindAttributeOf(object, gensym(std::string(name).c_str()));
+    return attribute ? GetValues(object, *attribute) : std::vector<t_atom>();
+}
+
+}  // namespace HostApi
