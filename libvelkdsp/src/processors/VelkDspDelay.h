@@ -97,7 +97,7 @@ private:
     std::uint32_t jumpsDone_ = 0;
     bool resting_ = false;
     Ramp delay_;  // samples
-    Vector<float> delays_{DelayRing::kLargestBlock};
+    Vector<float> delays_ = Vector<float>(DelayRing::kLargestBlock);  // braces would make a list of one
 };
 
 }  // namespace tav
