@@ -39,7 +39,9 @@ t_symbol* gensym(const char* name) {
 
 t_symbol* symbol_unique() {
     static std::atomic<unsigned long long> next{1};
-    return gensym(("u" + std::to_string(next++)).c_str());
+    std::string name = "u";
+    name += std::to_string(next++);
+    return gensym(name.c_str());
 }
 
 t_max_err symbolarray_sort(max_long count, t_symbol** list) {
