@@ -26,7 +26,7 @@ public:
     void SetInterpolationTime(float ms);
     void SetDelays(const SpacedPair& pair, bool immediate);
     void SetGains(float left, float right, bool immediate);
-    /// Silence in the lines.  Audio stopped.
+    /// Silence in the lines from the next block on.
     void Reset();
 
     /// Adds the source to the outputs.  @param left, right  null: not wanted

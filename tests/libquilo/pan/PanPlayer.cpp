@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "libquilo/pan/PanPlayer.h"
+
+#include "support/AllocationTrap.h"
+
+namespace Tests {
+
+PanPlayer::PanPlayer(Quilo::Pan& pan, float rateHz, unsigned blockSize)
+    : pan_(pan),
+      rateHz_(rateHz),
+      blockSize_(blockSize),
+      inputs_(pan.NumInputs(), std::vector<double>(blockSize)),
+      outputs_(pan.NumOutputs(), std::vector<double>(blockSize)) {
+    pan_.SetSampleRate(rateHz);
+    pan_.SetBufferSize(blockSize);
+    for (auto& input : inputs_) inputPointers_.push_back(input.data());
+    for (auto& output : outputs_) outputPointers_.push_back(output.data());
+}
+
+PanPlayer::Audio PanPlayer::Play(std::size_t frames, const Signal& signal) {
+    Audio audio(outputs_.size());
+    for (std::size_t done = 0; done < frames; done += blockSize_) {
+        for (unsigned i = 0; i < inputs_.size(); ++i) {
+            for (std::size_t k = 0; k < blockSize_; ++k) inputs_[i][k] = signal(i, done + k);
+        }
+        {
+            const AllocationTrap trap;
+            pan_.Process(outputPointers_.data(), inputPointers_.data(), blockSize_);
+            violations_ += trap.Violations();
+        }
+        for (std::size_t o = 0; o < audio.size(); ++o) {
+            audio[o].insert(audio[o].end(), outputs_[o].begin(), outputs_[o].end());
+        }
+    }
+    return audio;
+}
+
+std::vector<double> PanPlayer::SteadyGains(unsigned source) {
+    // Two segments of the longest interpolation time, and what a delay line may hold.
+    const auto frames = static_cast<std::size_t>(rateHz_ * 0.41f) + 64;
+    const Audio audio =
+        Play(frames, [source](unsigned input, std::size_t) { return input == source ? 1.0 : 0.0; });
+    std::vector<double> gains;
+    for (const auto& output : audio) gains.push_back(output.back());
+    return gains;
+}
+
+}  // namespace Tests

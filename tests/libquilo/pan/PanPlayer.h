@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+// Plays signals through a panner as a host does, and reads its gains from what comes out.
+#pragma once
+
+#include "pan/QuiloPan.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace Tests {
+
+/// Runs a panner in blocks of one size. Every block is processed under the allocation trap.
+class PanPlayer {
+public:
+    /// A sample of an input; frames count from the start of each Play.
+    using Signal = std::function<double(unsigned input, std::size_t frame)>;
+    using Audio = std::vector<std::vector<double>>;  // one vector per output
+
+    explicit PanPlayer(Quilo::Pan& pan, float rateHz = 48000.f, unsigned blockSize = 64);
+
+    /// What came out; whole blocks, at least `frames`.
+    Audio Play(std::size_t frames, const Signal& signal);
+
+    /// Output samples of the last frame while this source alone carries ones for long enough that
+    /// every glide has ended: its row of gains.
+    std::vector<double> SteadyGains(unsigned source);
+
+    /// Allocations and locks in the audio thread so far.
+    unsigned Violations() const { return violations_; }
+
+private:
+    Quilo::Pan& pan_;
+    float rateHz_;
+    unsigned blockSize_;
+    unsigned violations_ = 0;
+    std::vector<std::vector<double>> inputs_, outputs_;
+    std::vector<const double*> inputPointers_;
+    std::vector<double*> outputPointers_;
+};
+
+/// A panner that is on air already.
+struct PanCase {
+    const char* type;
+    unsigned numOutputs;
+};
+
+/// Every type that has a panner of its own, with the outputs it is tested with.
+inline constexpr PanCase kAllPanners[] = {
+    {"xy", 2},      {"ms", 2},     {"ab", 2},     {"surround", 3}, {"surround", 4}, {"angular", 1},
+    {"angular", 5}, {"vbap2d", 5}, {"vbip2d", 5}, {"bformat", 3},  {"bformat", 4},  {"no such", 3},
+};
+
+inline std::string NameOf(const PanCase& c) {
+    const std::string type = std::string(c.type) == "no such" ? "null" : c.type;
+    return type + std::to_string(c.numOutputs);
+}
+
+}  // namespace Tests

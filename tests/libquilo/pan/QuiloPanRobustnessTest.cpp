@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// Every panner against inputs, sizes, rates and geometry that nobody should send.
+#include "libquilo/pan/PanPlayer.h"
+#include "math/VelkDspSpherical.h"
+#include "pan/QuiloPanDefaults.h"
+#include "text/VelkDspException.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <tuple>
+
+namespace Quilo {
+namespace {
+
+using Tests::kAllPanners;
+using Tests::PanCase;
+using Tests::PanPlayer;
+
+constexpr unsigned kNumInputs = 4;
+constexpr float kRates[] = {8000.f, 44100.f, 48000.f, 96000.f, 384000.f};
+
+void SetLayout(Pan& pan, const tav::CartesianArray& layout) {
+    try {
+        pan.SetSpeakersPositions(layout);
+    } catch (const tav::Exception&) {  // reported, and in force
+    }
+}
+
+std::unique_ptr<Pan> Make(const PanCase& c, unsigned numInputs = kNumInputs) {
+    auto pan = Pan::Create(numInputs, c.numOutputs, c.type, "direct");
+    SetLayout(*pan, DefaultSpeakersFor(pan->GetType(), c.numOutputs));
+    return pan;
+}
+
+/// An input each: not a number, infinite, far too large, denormal.
+double Poison(unsigned input, std::size_t frame) {
+    const double sign = frame % 3 == 0 ? -1.0 : 1.0;
+    const double values[] = {std::numeric_limits<double>::quiet_NaN(),
+                             sign * std::numeric_limits<double>::infinity(), sign * 1e38, 1e-310};
+    return values[input % 4];
+}
+
+double Music(unsigned input, std::size_t frame) {
+    return std::sin(0.05 * (input + 1.0) * static_cast<double>(frame));
+}
+
+class PannerUnderFire : public testing::TestWithParam<std::tuple<PanCase, unsigned>> {};
+
+TEST_P(PannerUnderFire, RecoversFromEverythingThatIsNoSignal) {
+    const auto& [panCase, blockSize] = GetParam();
+    for (const float rate : kRates) {
+        const auto pan = Make(panCase);
+        PanPlayer player(*pan, rate, blockSize);
+        const auto tenth = static_cast<std::size_t>(rate * 0.1f);
+        // 1. Poison while the sources move, over everything finite.
+        double peak = 0.0;
+        for (unsigned move = 0; move < 5; ++move) {
+            for (unsigned i = 0; i < kNumInputs; ++i) {
+                pan->SetSourcePosition(
+                    i, tav::FromNavigational(static_cast<float>(move * 70 + i * 90), 20.f, 0.8f),
+                    false, false);
+            }
+            for (const auto& output : player.Play(tenth / 5, Poison)) {
+                for (const double sample : output) {
+                    ASSERT_TRUE(std::isfinite(sample));
+                    peak = std::max(peak, std::fabs(sample));
+                }
+            }
+        }
+        // 2. Half a second later nothing is left of it.
+        const auto silence = [](unsigned, std::size_t) { return 0.0; };
+        for (const auto& output : player.Play(5 * tenth, silence)) {
+            EXPECT_LE(std::fabs(output.back()), 1e-5 * peak);
+        }
+        // 3. A signal comes out as from a panner that saw none of this.
+        const auto fresh = Make(panCase);
+        PanPlayer undisturbed(*fresh, rate, blockSize);
+        for (unsigned i = 0; i < kNumInputs; ++i) {
+            fresh->SetSourcePosition(i, pan->SourcePosition(i), true, true);
+        }
+        const PanPlayer::Audio after = player.Play(tenth, Music);
+        const PanPlayer::Audio expected = undisturbed.Play(tenth, Music);
+        for (std::size_t o = 0; o < after.size(); ++o) {
+            for (std::size_t k = 0; k < after[o].size(); ++k) {
+                ASSERT_NEAR(after[o][k], expected[o][k], 1e-4) << rate << " Hz, frame " << k;
+            }
+        }
+        EXPECT_EQ(player.Violations(), 0u);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Panners,
+                         PannerUnderFire,
+                         testing::Combine(testing::ValuesIn(kAllPanners),
+                                          testing::Values(1u, 63u, 64u, 4096u)),
+                         [](const auto& test) {
+                             return Tests::NameOf(std::get<0>(test.param)) + "_" +
+                                    std::to_string(std::get<1>(test.param));
+                         });
+
+class PannerAnywhere : public testing::TestWithParam<PanCase> {};
+
+TEST_P(PannerAnywhere, StaysFiniteInDegenerateGeometry) {
+    const tav::CartesianVector odd[] = {{0, 0, 0},   {1, 0, 0},      {-1, 0, 0},
+                                        {0, 0, 1},   {1e-30f, 0, 0}, {3e38f, 3e38f, -3e38f},
+                                        {0, -0.f, 0}};
+    tav::CartesianArray layouts[] = {{},
+                                     {{0, 0, 0}},
+                                     tav::CartesianArray(8, {0, 0, 0}),
+                                     tav::CartesianArray(8, {1, 2, 3}),
+                                     {{-2, 1, 0}, {-1, 1, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}},
+                                     {{1, 0, 0}, {-1, 0, 0}, {0, 0, 0}}};
+    const auto pan = Make(GetParam(), 1);
+    PanPlayer player(*pan, 8000.f);
+    for (const auto& layout : layouts) {
+        SetLayout(*pan, layout);
+        for (const auto& position : odd) {
+            pan->SetSourcePosition(0, position, true, true);
+            for (const double gain : player.SteadyGains(0)) {
+                ASSERT_LE(std::fabs(gain), 1.5) << position.x;  // a gain that is not finite fails
+            }
+        }
+    }
+    EXPECT_EQ(player.Violations(), 0u);
+}
+
+TEST_P(PannerAnywhere, WorksWithoutSourcesAndInThousandsOfFrames) {
+    const auto none = Make(GetParam(), 0);
+    for (const auto& output : PanPlayer(*none, 48000.f).Play(64, Poison)) {
+        EXPECT_EQ(output, std::vector<double>(64, 0.0));
+    }
+    // Blocks longer than announced give what announced ones give.
+    const auto whole = Make(GetParam()), pieces = Make(GetParam());
+    PanPlayer longBlocks(*whole, 48000.f, 1000), shortBlocks(*pieces, 48000.f, 50);
+    whole->SetBufferSize(50);
+    EXPECT_EQ(longBlocks.Play(4000, Music), shortBlocks.Play(4000, Music));
+}
+
+INSTANTIATE_TEST_SUITE_P(Panners,
+                         PannerAnywhere,
+                         testing::ValuesIn(kAllPanners),
+                         [](const auto& test) { return Tests::NameOf(test.param); });
+
+// The sum of 250 sources on as many loudspeakers: each plays its own one.
+TEST(LargestPanner, FeedsEachSourceToItsLoudspeaker) {
+    constexpr unsigned kCount = 250;
+    for (const char* type : {"angular", "vbap2d", "vbip2d"}) {
+        const auto pan = Pan::Create(kCount, kCount, type, "direct");
+        const auto layout = DefaultSpeakersFor(pan->GetType(), kCount);
+        pan->SetSpeakersPositions(layout);
+        pan->SetSourcesPositions(layout, true);
+        PanPlayer player(*pan, 8000.f);
+        const auto numbered = [](unsigned input, std::size_t) { return input + 1.0; };
+        const PanPlayer::Audio audio = player.Play(6400, numbered);
+        for (unsigned o = 0; o < kCount; ++o)
+            ASSERT_NEAR(audio[o].back(), o + 1.0, 0.02 * (o + 1.0));
+        EXPECT_EQ(player.Violations(), 0u);
+    }
+}
+
+}  // namespace
+}  // namespace Quilo
