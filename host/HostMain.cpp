@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// quilo-host: plays the patcher's part for the module, without one.
+#include "HostConsole.h"
+#include "HostFault.h"
+#include "HostInputs.h"
+#include "HostObject.h"
+#include "HostOptions.h"
+#include "HostOutputFile.h"
+#include "HostPlatform.h"
+#include "HostRender.h"
+#include "HostScript.h"
+#include "QuiloProject.h"
+#include "text/VelkDspException.h"
+
+#include <algorithm>
+#include <csignal>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+namespace Quilo::Host {
+
+namespace {
+
+Script ReadScript(const std::string& name) {
+    if (name == "-")
+        return ParseScript(std::string(std::istreambuf_iterator<char>(std::cin), {}),
+                           "standard input");
+    std::ifstream stream(PathOf(name), std::ios::binary);
+    std::string text;
+    if (!stream || std::filesystem::is_directory(PathOf(name)))
+        throw Fault(ExitStatus::WrongInput, name + ": the script cannot be read");
+    text.assign(std::istreambuf_iterator<char>(stream), {});
+    return ParseScript(text, name);
+}
+
+ExitStatus RunScript(const Options& options) {
+    const Script script = ReadScript(options.script);
+    const Inputs inputs(options.inputs, options.loop);
+    Console console(options.console, options.realtime);
+    LoadModule(options.module, AtomSpelling(script.box.front()));
+    Object object(script);
+    Render(options, script, inputs, object, console);
+    console.Close();
+    return options.strict && console.HasComplaints() ? ExitStatus::ObjectComplained
+                                                     : ExitStatus::Done;
+}
+
+ExitStatus RunCommandLine(const std::vector<std::string>& words) {
+    std::vector<const char*> arguments;
+    for (const std::string& word : words) arguments.push_back(word.c_str());
+    const Options options = ParseOptions(arguments);
+    if (options.help) std::cout << HelpText();
+    if (options.version) std::cout << "quilo-host " << Project::kVersion << '\n';
+    return options.help || options.version ? ExitStatus::Done : RunScript(options);
+}
+
+int Complain(ExitStatus status, std::string line) {
+    std::ranges::replace(line, '\n', ' ');
+    std::cerr << "quilo-host: " << line << '\n';
+    return static_cast<int>(status);
+}
+
+}  // namespace
+
+}  // namespace Quilo::Host
+
+int main(int count, char** words) {
+    using namespace Quilo::Host;
+    std::signal(SIGINT, [](int) { InterruptRender(); });
+    std::signal(SIGTERM, [](int) { InterruptRender(); });
+    try {
+        UsePlainStandardStreams();
+        return static_cast<int>(RunCommandLine(CommandLine(count, words)));
+    } catch (const Fault& fault) {
+        return Complain(fault.Status(), fault.what());
+    } catch (const tav::Exception& fault) {  // an audio file
+        return Complain(ExitStatus::WrongInput, fault.Message());
+    } catch (const std::exception& fault) {
+        return Complain(ExitStatus::HostFailed, fault.what());
+    }
+}

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// The two views of a scene: from above and from the side.
+#pragma once
+
+#include "HostScene.h"
+#include "HostSvg.h"
+
+namespace Quilo::Host {
+
+inline constexpr double kSourceRadius = 9;
+inline constexpr double kListenerRadius = 11;
+
+/// What a view keeps of a position.
+struct View {
+    std::string_view title;
+    std::string_view acrossTitle;
+    std::string_view upTitle;
+    float tav::CartesianVector::*across;
+    float tav::CartesianVector::*up;
+    bool noseUp;  // the front of the listener's head points up, else to the right
+};
+
+inline constexpr View kFromAbove{"From above",
+                                 "x, to the right (m)",
+                                 "y, to the front (m)",
+                                 &tav::CartesianVector::x,
+                                 &tav::CartesianVector::y,
+                                 true};
+inline constexpr View kFromTheSide{"From the side",          "y, to the front (m)",    "z, up (m)",
+                                   &tav::CartesianVector::y, &tav::CartesianVector::z, false};
+
+/// Loudspeakers, listener and the ways of the sources in one view; a metre is as long across as up.
+/// @param timeStep  seconds between the dots on the ways
+void DrawPlan(Svg& svg,
+              const Scene& scene,
+              const View& view,
+              Spot corner,
+              double width,
+              double height,
+              double timeStep);
+
+void DrawSpeaker(Svg& svg, Spot spot, double turnDeg);
+void DrawListener(Svg& svg, Spot spot, bool noseUp);
+/// The numbered disc of a source, 0-based, where it is at the end.
+void DrawSource(Svg& svg, Spot spot, std::size_t source);
+
+}  // namespace Quilo::Host

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// The only file of the host that knows operating systems: Windows above, POSIX below.
+#include "HostPlatform.h"
+
+#include "HostFault.h"
+
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+// shellapi.h needs windows.h before it
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+#else
+#include <dlfcn.h>
+#include <unistd.h>
+#endif
+
+namespace Quilo::Host {
+
+#if defined(_WIN32)
+
+namespace {
+
+std::string Utf8(const std::wstring& wide) {
+    const std::u8string text = std::filesystem::path(wide).u8string();
+    return {text.begin(), text.end()};
+}
+
+}  // namespace
+
+std::vector<std::string> CommandLine(int, char**) {
+    int count = 0;
+    wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int k = 1; k < count; ++k) arguments.push_back(Utf8(words[k]));
+    LocalFree(words);
+    return arguments;
+}
+
+std::filesystem::path ProgramFolder() {
+    std::wstring file(32768, L'\0');
+    const DWORD length = GetModuleFileNameW(nullptr, file.data(), static_cast<DWORD>(file.size()));
+    if (length == 0 || length == file.size())
+        throw Fault(ExitStatus::HostFailed, "the folder of the program is unknown");
+    file.resize(length);
+    return std::filesystem::path(file).parent_path();
+}
+
+std::string ModuleFileName(const std::string& className) { return className + ".mxe64"; }
+
+bool StandardErrorIsTerminal() { return _isatty(_fileno(stderr)) != 0; }
+
+void UsePlainStandardStreams() {
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+SharedLibrary::SharedLibrary(const std::filesystem::path& file)
+    : handle_(LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
+    if (!handle_)
+        throw Fault(ExitStatus::HostFailed, "the module cannot be loaded: " + Utf8(file) +
+                                                ": error " + std::to_string(GetLastError()));
+}
+
+SharedLibrary::Function SharedLibrary::Find(const char* name) const {
+    return reinterpret_cast<Function>(GetProcAddress(static_cast<HMODULE>(handle_), name));
+}
+
+#else
+
+std::vector<std::string> CommandLine(int count, char** words) {
+    return count > 0 ? std::vector<std::string>(words + 1, words + count)
+                     : std::vector<std::string>();
+}
+
+std::filesystem::path ProgramFolder() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) throw Fault(ExitStatus::HostFailed, "the folder of the program is unknown");
+    return program.parent_path();
+}
+
+std::string ModuleFileName(const std::string& className) { return className + ".so"; }
+
+bool StandardErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
+
+void UsePlainStandardStreams() {}
+
+SharedLibrary::SharedLibrary(const std::filesystem::path& file)
+    : handle_(dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL)) {
+    if (!handle_)
+        throw Fault(ExitStatus::HostFailed,
+                    std::string("the module cannot be loaded: ") + dlerror());
+}
+
+SharedLibrary::Function SharedLibrary::Find(const char* name) const {
+    return reinterpret_cast<Function>(dlsym(handle_, name));
+}
+
+#endif
+
+}  // namespace Quilo::Host

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: MIT
+#include "HostRender.h"
+
+#include "HostChain.h"
+#include "HostConsole.h"
+#include "HostFault.h"
+#include "HostObject.h"
+#include "HostOutputFile.h"
+#include "HostPicture.h"
+#include "HostPlatform.h"
+#include "HostProgress.h"
+#include "HostScene.h"
+#include "files/VelkDspWavFile.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <iostream>
+#include <optional>
+#include <thread>
+
+namespace Quilo::Host {
+
+namespace {
+
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait");
+
+/// A run of `seconds` at `hz`: a part of a frame is a frame, unless rounding alone made it.
+std::uint64_t NumFrames(double seconds, double hz) {
+    const double frames = std::ceil(seconds * hz - 1e-6);
+    if (frames > 1e15) throw Fault(ExitStatus::WrongInput, "--duration: the run is too long");
+    return static_cast<std::uint64_t>(std::max(frames, 0.0));
+}
+
+double RunRate(const Options& options, const Inputs& inputs) {
+    if (options.rate) return *options.rate;
+    return inputs.NumChannels() > 0 ? inputs.SampleRate() : 48000;
+}
+
+std::uint64_t RunFrames(const Options& options, const Inputs& inputs, double rateHz) {
+    if (options.duration) return NumFrames(*options.duration, rateHz);
+    return inputs.NumChannels() > 0 ? inputs.NumFrames() : NumFrames(1, rateHz);
+}
+
+class Run {
+public:
+    Run(const Options& options,
+        const Script& script,
+        const Inputs& inputs,
+        Object& object,
+        Console& console)
+        : options_(options),
+          script_(script),
+          inputs_(inputs),
+          object_(object),
+          console_(console),
+          rateHz_(RunRate(options, inputs)),
+          numFrames_(RunFrames(options, inputs, rateHz_)),
+          numFed_(std::min(inputs.NumChannels(), object.NumSignalInlets())),
+          chain_(object, rateHz_, options.vector) {
+        for (std::size_t k = 0; k < numFed_; ++k) chain_.SetConnected(k, true);
+        RefuseUnknownInlets();
+        OpenOutputs();
+        Advise();
+    }
+
+    void Play() {
+        while (next_ < script_.statements.size() && !script_.statements[next_].timed)
+            Execute(script_.statements[next_++]);
+        HostApi::RunDeferred();
+        chain_.Start();
+        PlayVectors();
+        HostApi::RunDeferred();
+        NoteUnsentStatements();
+        chain_.Stop();
+        object_.Free();
+        if (output_) output_->Close();
+        if (recorder_) WritePicture(recorder_->Finish(), options_.picture);
+    }
+
+private:
+    void RefuseUnknownInlets() const {
+        for (const Statement& statement : script_.statements) {
+            if (statement.directive != Directive::Connect) continue;
+            if (AtomNumber(statement.atoms[0]) > static_cast<double>(object_.NumSignalInlets()))
+                throw ScriptFault(
+                    script_.name, statement.line,
+                    "host connect: the object has no inlet " + AtomSpelling(statement.atoms[0]));
+        }
+    }
+
+    void OpenOutputs() {
+        const std::size_t numOutlets = object_.NumSignalOutlets();
+        if (!options_.output.empty()) {
+            if (numOutlets == 0)
+                throw Fault(ExitStatus::WrongInput,
+                            options_.output + ": the object has no signal outlet");
+            output_.emplace(PathOf(options_.output), static_cast<unsigned>(numOutlets), rateHz_);
+        }
+        if (options_.picture.empty()) return;
+        Scene scene;
+        for (const Atom& atom : script_.box)
+            scene.title += (scene.title.empty() ? "" : " ") + AtomSpelling(atom);
+        scene.rateHz = rateHz_;
+        scene.vector = options_.vector;
+        scene.numInlets = object_.NumSignalInlets();
+        recorder_.emplace(std::move(scene), numOutlets, numFrames_);
+    }
+
+    void Note(const std::string& text) const {
+        if (!options_.quiet) std::cerr << "quilo-host: note: " << text << '\n';
+    }
+
+    void Advise() const {
+        if (inputs_.NumChannels() > numFed_)
+            Note("input channels beyond the " + std::to_string(numFed_) +
+                 " signal inlets are not heard");
+        if (inputs_.NumChannels() > 0 && inputs_.SampleRate() != rateHz_)
+            Note("inputs of " + AtomSpelling(inputs_.SampleRate()) + " Hz are played at " +
+                 AtomSpelling(rateHz_) + " Hz");
+    }
+
+    void NoteUnsentStatements() const {
+        if (next_ < script_.statements.size())
+            Note(std::to_string(script_.statements.size() - next_) +
+                 " statements of the script lie beyond the end of the run");
+    }
+
+    void PlayVectors() {
+        const auto start = std::chrono::steady_clock::now();
+        const bool watched = !options_.quiet && StandardErrorIsTerminal();
+        Progress progress(watched, static_cast<double>(numFrames_) / rateHz_);
+        for (std::uint64_t frame = 0; frame < numFrames_; frame += chain_.Vector()) {
+            const double seconds = static_cast<double>(frame) / rateHz_;
+            if (options_.realtime)
+                std::this_thread::sleep_until(start + std::chrono::duration<double>(seconds));
+            if (interrupted && options_.realtime) return;
+            if (interrupted) throw Fault(ExitStatus::HostFailed, "interrupted");
+            progress.Show(seconds);
+            SendDueStatements(frame);
+            HostApi::RunDeferred();
+            PlayVector(frame);
+            HostApi::AdvanceClocks(1000 * chain_.Vector() / rateHz_);
+        }
+    }
+
+    /// Statements act just before the vector that contains their time. One of them may change the
+    /// size of that vector, and with it what else is due.
+    void SendDueStatements(std::uint64_t frame) {
+        while (next_ < script_.statements.size()) {
+            const Statement& statement = script_.statements[next_];
+            const double end = static_cast<double>(frame + chain_.Vector());
+            if (std::floor(statement.seconds * rateHz_) >= end) return;
+            Execute(statement);
+            ++next_;
+        }
+    }
+
+    void PlayVector(std::uint64_t frame) {
+        if (recorder_ && recorder_->WantsPositions(frame))
+            recorder_->AddPositions(frame, object_.AttributeNumbers("sourcespositions"),
+                                    object_.AttributeNumbers("speakerspositions"));
+        for (std::size_t k = 0; k < numFed_; ++k) inputs_.Read(k, frame, chain_.Input(k));
+        chain_.Run();
+        const auto kept =
+            static_cast<std::size_t>(std::min<std::uint64_t>(chain_.Vector(), numFrames_ - frame));
+        if (recorder_)
+            for (std::size_t k = 0; k < object_.NumSignalOutlets(); ++k)
+                recorder_->AddSamples(k, frame, chain_.Output(k).first(kept));
+        if (output_) WriteVector(kept);
+    }
+
+    void WriteVector(std::size_t numFrames) {
+        const std::size_t numOutlets = object_.NumSignalOutlets();
+        samples_.resize(numOutlets * numFrames);
+        channels_.resize(numOutlets);
+        for (std::size_t k = 0; k < numOutlets; ++k) {
+            float* samples = samples_.data() + k * numFrames;
+            std::ranges::transform(chain_.Output(k).first(numFrames), samples,
+                                   [](double sample) { return static_cast<float>(sample); });
+            channels_[k] = samples;
+        }
+        output_->Write(channels_.data(), numFrames);
+    }
+
+    void Execute(const Statement& statement) {
+        const auto& atoms = statement.atoms;
+        switch (statement.directive) {
+            case Directive::None: return object_.Send(atoms);
+            case Directive::Connect:
+                return chain_.SetConnected(static_cast<std::size_t>(AtomNumber(atoms[0])) - 1,
+                                           AtomNumber(atoms[1]) != 0);
+            case Directive::Rate: return chain_.SetRate(AtomNumber(atoms[0]));
+            case Directive::Vector:
+                return chain_.SetVector(static_cast<unsigned>(AtomNumber(atoms[0])));
+            case Directive::Inspect: return object_.PrintAttributes(console_);
+            case Directive::Assist: return object_.PrintAssistance(console_);
+            case Directive::Methods: return object_.PrintMethods(console_);
+            case Directive::Sync: HostApi::RunDeferred(); return;
+            case Directive::Free: return object_.Free();
+        }
+    }
+
+    const Options& options_;
+    const Script& script_;
+    const Inputs& inputs_;
+    Object& object_;
+    Console& console_;
+    double rateHz_;            // of the run and its files
+    std::uint64_t numFrames_;  // likewise
+    std::size_t numFed_;       // inlets with an input file
+    Chain chain_;
+    std::size_t next_ = 0;  // of the script's statements
+    std::optional<tav::WavFileWriter> output_;
+    std::optional<SceneRecorder> recorder_;
+    std::vector<float> samples_;  // of one vector, for the file
+    std::vector<const float*> channels_;
+};
+
+}  // namespace
+
+void Render(const Options& options,
+            const Script& script,
+            const Inputs& inputs,
+            Object& object,
+            Console& console) {
+    Run(options, script, inputs, object, console).Play();
+}
+
+void InterruptRender() { interrupted = true; }
+
+}  // namespace Quilo::Host

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// What a picture of a run needs: where everything was and how loud every outlet was, over time.
+#pragma once
+
+#include "math/VelkDspCartesian.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Quilo::Host {
+
+struct Scene {
+    struct Moment {
+        double seconds;
+        std::vector<tav::CartesianVector> sources;
+    };
+
+    std::string title;  // the box text
+    double seconds = 0;
+    double rateHz = 48000;
+    unsigned vector = 64;  // frames
+    std::size_t numInlets = 0;
+    std::vector<tav::CartesianVector> speakers;  // as they stood at the end; may be empty
+    std::vector<Moment> path;                    // in order of time; the first is at 0
+    /// Mean square of each outlet (row) in equal slots of time (columns) from 0 to `seconds`.
+    std::vector<std::vector<double>> power;
+};
+
+/// Fills a scene while audio runs. Its slots are so few that a picture can show them, whatever the
+/// length of the run.
+class SceneRecorder {
+public:
+    /// @param numFrames  of the whole run
+    SceneRecorder(Scene scene, std::size_t numOutlets, std::uint64_t numFrames);
+
+    /// Whether positions of this frame are wanted.
+    bool WantsPositions(std::uint64_t frame) const;
+    /// @param sources, speakers  x y z of each; other lengths are cut to whole triplets
+    void AddPositions(std::uint64_t frame,
+                      std::span<const float> sources,
+                      std::span<const float> speakers);
+    /// Takes the samples that end up in the run, from `frame` on.
+    void AddSamples(std::size_t outlet, std::uint64_t frame, std::span<const double> samples);
+
+    Scene Finish();
+
+private:
+    std::uint64_t SlotStart(std::size_t slot) const;
+    std::size_t SlotOf(std::uint64_t frame) const;
+
+    Scene scene_;
+    std::uint64_t numFrames_;
+    std::size_t numSlots_;
+    std::uint64_t nextPositions_ = 0;
+};
+
+}  // namespace Quilo::Host

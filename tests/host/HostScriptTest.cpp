@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#include "HostScript.h"
+
+#include "HostAtoms.h"
+#include "HostFault.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+using namespace Quilo::Host;
+
+struct Reading {
+    const char* word;
+    Atom atom;
+};
+
+class AtomOf : public testing::TestWithParam<Reading> {};
+
+TEST_P(AtomOf, HasTheKindItReadsAs) {
+    EXPECT_EQ(ReadAtom(GetParam().word), GetParam().atom) << GetParam().word;
+}
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+std::int64_t Long(std::int64_t value) { return value; }
+
+INSTANTIATE_TEST_SUITE_P(Words,
+                         AtomOf,
+                         testing::Values(Reading{"0", Long(0)},
+                                         Reading{"+5", Long(5)},
+                                         Reading{"-007", Long(-7)},
+                                         Reading{"9223372036854775807", Long(9223372036854775807)},
+                                         Reading{"-9223372036854775808",
+                                                 Long(-9223372036854775807 - 1)},
+                                         Reading{"9223372036854775808", 9223372036854775808.0},
+                                         Reading{"1.", 1.0},
+                                         Reading{".5", 0.5},
+                                         Reading{"-.5", -0.5},
+                                         Reading{"1e3", 1000.0},
+                                         Reading{"+2.5E-1", 0.25},
+                                         Reading{"1e999", kInfinity},
+                                         Reading{"-1e999", -kInfinity},
+                                         Reading{"1e-999", 0.0},
+                                         Reading{"0x10", "0x10"},
+                                         Reading{"nan", "nan"},
+                                         Reading{"inf", "inf"},
+                                         Reading{"-", "-"},
+                                         Reading{".", "."},
+                                         Reading{"e5", "e5"},
+                                         Reading{"1e", "1e"},
+                                         Reading{"1e+", "1e+"},
+                                         Reading{"1.2.3", "1.2.3"},
+                                         Reading{"--1", "--1"},
+                                         Reading{"azim++", "azim++"},
+                                         Reading{"dist*=", "dist*="}));
+
+TEST(SplitWords, QuotedTextIsOneSymbolWhateverItHolds) {
+    const auto words = SplitWords("\tload \"two  words\"  \"1\" \"\" 1");
+    ASSERT_TRUE(words);
+    ASSERT_EQ(words->size(), 5u);
+    EXPECT_EQ((*words)[1].atom, Atom("two  words"));
+    EXPECT_EQ((*words)[2].atom, Atom("1"));
+    EXPECT_EQ((*words)[3].atom, Atom(""));
+    EXPECT_EQ((*words)[4].atom, Atom(Long(1)));
+}
+
+TEST(Script, RunsUntimedStatementsInFileOrderThenByTimeThenByFileOrder) {
+    const Script script = ParseScript(
+        "# made for this test\n\nobject quilo.pan~ 2\nat 0.5 a\nb\nat 0.25 c\nat .5 d\ne\nat 0 f\n",
+        "s.txt");
+    std::string order;
+    for (const Statement& statement : script.statements) order += AtomSpelling(statement.atoms[0]);
+    EXPECT_EQ(order, "befcad");
+    EXPECT_EQ(script.objectLine, 3);
+    EXPECT_EQ(script.box, (std::vector<Atom>{"quilo.pan~", Long(2)}));
+}
+
+TEST(Script, ReadsTheSameWithAnyLineEndsTabsAndMark) {
+    const Script plain = ParseScript("object a~ 1\nat 1 b 2.5\n\nhost rate 8000\n", "s");
+    const Script other =
+        ParseScript("\xEF\xBB\xBFobject\ta~ 1 \r\n at\t1 b  2.5\r\n \t\r\nhost rate 8000", "s");
+    ASSERT_EQ(other.statements.size(), plain.statements.size());
+    EXPECT_EQ(other.box, plain.box);
+    for (std::size_t k = 0; k < plain.statements.size(); ++k) {
+        EXPECT_EQ(other.statements[k].line, plain.statements[k].line);
+        EXPECT_EQ(other.statements[k].seconds, plain.statements[k].seconds);
+        EXPECT_EQ(other.statements[k].atoms, plain.statements[k].atoms);
+    }
+}
+
+TEST(Script, TakesAQuotedKeywordAsAMessage) {
+    const Script script = ParseScript("object a~\n\"host\" sync\n\"at\" 1\n", "s");
+    EXPECT_EQ(script.statements[0].directive, Directive::None);
+    EXPECT_EQ(script.statements[0].atoms.size(), 2u);
+    EXPECT_FALSE(script.statements[1].timed);
+}
+
+struct Slip {
+    const char* text;
+    int line;
+    const char* fault;
+};
+
+class SlipIn : public testing::TestWithParam<Slip> {};
+
+TEST_P(SlipIn, IsNamedWithFileAndLine) {
+    try {
+        ParseScript(GetParam().text, "s.txt");
+        FAIL() << "accepted: " << GetParam().text;
+    } catch (const Fault& fault) {
+        const std::string place = "s.txt:" + std::to_string(GetParam().line) + ": ";
+        EXPECT_EQ(std::string(fault.what()).rfind(place, 0), 0u) << fault.what();
+        EXPECT_NE(std::string(fault.what()).find(GetParam().fault), std::string::npos)
+            << fault.what();
+        EXPECT_EQ(fault.Status(), ExitStatus::WrongInput);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scripts,
+    SlipIn,
+    testing::Values(Slip{"", 1, "no object"},
+                    Slip{"# nothing\n\n", 2, "no object"},
+                    Slip{"source 1 az 1\n", 1, "first statement"},
+                    Slip{"host sync\nobject a~\n", 1, "first statement"},
+                    Slip{"\"object\" a~\n", 1, "first statement"},
+                    Slip{"object\n", 1, "box text"},
+                    Slip{"object 12\n", 1, "name of a class"},
+                    Slip{"object a~\nobject a~\n", 2, "made already"},
+                    Slip{"object a~\n\nat 1 object b~\n", 3, "made already"},
+                    Slip{"object a~\nat\n", 2, "time is missing"},
+                    Slip{"object a~\nat 1\n", 2, "nothing stands"},
+                    Slip{"object a~\nat soon a\n", 2, "'soon' is no time"},
+                    Slip{"object a~\nat -0.1 a\n", 2, "no time"},
+                    Slip{"object a~\nat 1e999 a\n", 2, "no time"},
+                    Slip{"object a~\nat \"1\" a\n", 2, "no time"},
+                    Slip{"object a~\nat 1 at 2 a\n", 2, "one time only"},
+                    Slip{"object a~\nsay \"no end\n", 2, "quotation mark"},
+                    Slip{"object a~\nsay a\"b\"\n", 2, "quotation mark"},
+                    Slip{"object a~\nsay \"a\"b\n", 2, "quotation mark"},
+                    Slip{"object a~\nhost\n", 2, "directive is missing"},
+                    Slip{"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
+                    Slip{"object a~\nhost layout 5.1\n", 2, "not available"},
+                    Slip{"object a~\nhost osc p\n", 2, "not available"},
+                    Slip{"object a~\nhost sync 1\n", 2, "expects nothing"},
+                    Slip{"object a~\nhost connect 1\n", 2, "INLET 0|1"},
+                    Slip{"object a~\nhost connect 0 1\n", 2, "INLET 0|1"},
+                    Slip{"object a~\nhost connect 1 2\n", 2, "INLET 0|1"},
+                    Slip{"object a~\nhost rate 0\n", 2, "expects HZ"},
+                    Slip{"object a~\nhost rate fast\n", 2, "expects HZ"},
+                    Slip{"object a~\nat 1 host vector 48\n", 2, "expects N"},
+                    Slip{"object a~\nhost vector 8192\n", 2, "expects N"},
+                    Slip{"object a~\nhost free\nclear\n", 3, "freed"},
+                    Slip{"object a~\nat 2 clear\nat 1 host free\n", 2, "freed"}));
+
+TEST(Script, AllowsHostStatementsOnceTheObjectIsFree) {
+    EXPECT_EQ(ParseScript("object a~\nclear\nhost free\nhost sync\n", "s").statements.size(), 3u);
+    EXPECT_EQ(ParseScript("object a~\nat 1 host free\nclear\n", "s").statements.size(), 2u);
+}
+
+TEST(Script, RefusesAZeroByte) {
+    using namespace std::string_literals;
+    EXPECT_THROW(ParseScript("object a~\nsay a\0b\n"s, "s"), Fault);
+}
+
+}  // namespace
