@@ -126,6 +126,14 @@ constexpr Family kFamilies[] = {
 };
 // clang-format on
 
+/// Equal to the last bit; what is no number, as extreme distances make it, equals itself.
+bool Same(const Triplet& a, const Triplet& b) {
+    return a.speakers == b.speakers &&
+           std::ranges::equal(a.inverse, b.inverse, [](float x, float y) {
+               return x == y || (std::isnan(x) && std::isnan(y));
+           });
+}
+
 class TriangulationOf : public testing::TestWithParam<Family> {};
 
 TEST_P(TriangulationOf, EqualsThePlainProcedure) {
@@ -135,7 +143,7 @@ TEST_P(TriangulationOf, EqualsThePlainProcedure) {
     for (const std::size_t count : kCounts) {
         Generator generator(++seed);
         const CartesianArray layout = GetParam().make(count, generator);
-        EXPECT_EQ(Triangulate(layout), Plain::Triangulate(layout))
+        EXPECT_TRUE(std::ranges::equal(Triangulate(layout), Plain::Triangulate(layout), Same))
             << count << " loudspeakers, seed " << seed;
     }
 }
@@ -158,7 +166,7 @@ TEST(Triangulation, CoversTheSphereOnce) {
     // Euler: a closed surface of triangles over n corners has 2 n - 4 of them, and each of its
     // edges belongs to two.
     Generator generator(1);
-    for (const std::size_t count : {4U, 6U, 8U, 16U, 40U, 64U, 120U}) {
+    for (const std::size_t count : {4U, 6U, 8U, 16U, 32U, 40U}) {
         const auto triplets = Triangulate(OnSphere(count, generator));
         EXPECT_EQ(triplets.Size(), 2 * count - 4);
         std::multiset<std::pair<int, int>> edges;
