@@ -9,6 +9,7 @@
 #include "pan/QuiloStereoPanning.h"
 #include "pan/QuiloSurroundPanning.h"
 #include "pan/QuiloVbap2DPanning.h"
+#include "pan/QuiloVectorBasedPanning.h"
 
 #include <cmath>
 #include <optional>
@@ -27,8 +28,6 @@ using BinauralPanningSphericalHeadModel = NullPanning;
 using BinauralPanningSnowmanModel = NullPanning;
 using BinauralPanningContinuous = NullPanning;
 using RecursivePanning = NullPanning;
-using VbapPanning = NullPanning;
-using VbipPanning = NullPanning;
 using DbapPanning2D = NullPanning;
 using DbapPanning3D = NullPanning;
 using VDbapPanning = NullPanning;
