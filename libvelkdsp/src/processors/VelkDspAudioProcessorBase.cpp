@@ -85,9 +85,10 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
             std::fill_n(mapped, frames, 0.f);
         }
     }
-    // Slot 1 leaves unconnected outputs alone; what the host gets there must not be an old block.
+    // Slot 1 leaves unconnected outputs alone, and connections may change while it runs: what it
+    // skips, or adds to, must not be an old block.
     for (unsigned output = 0; output < numOutputs_; ++output) {
-        if (!OutputConnected(output)) std::fill_n(scratch.outputs[output], frames, 0.f);
+        std::fill_n(scratch.outputs[output], frames, 0.f);
     }
     Process(scratch.outputs.data(), scratch.inputs.data(), frames);
     for (unsigned output = 0; output < numOutputs_; ++output) {

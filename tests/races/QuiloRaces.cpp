@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+// Lets control threads and an audio thread loose on the processors, for the thread sanitizer and
+// for faults that need two threads to show. Each scenario lasts about a second, times the
+// environment variable QUILO_EFFORT.
+#include "processors/VelkDspSignalMatrix.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <mutex>
+#include <random>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Fault = std::string;  // empty: none
+
+/// What the threads of a scenario share besides the processor.
+struct Stage {
+    std::mutex controlLock;  // as an owner holds it round its setters
+    std::atomic<bool> over{false};
+};
+
+std::chrono::milliseconds ScenarioTime() {
+    const char* const effort = std::getenv("QUILO_EFFORT");
+    const double factor = effort != nullptr ? std::atof(effort) : 1.0;
+    return std::chrono::milliseconds(static_cast<long long>(1000.0 * std::clamp(factor, 0.1, 1e4)));
+}
+
+/// Calls `audio` over and over in this thread and each of `controls` in one of its own, these under
+/// the control lock, until the time is over or audio finds a fault.
+Fault RunThreads(const std::function<Fault()>& audio,
+                 const std::vector<std::function<void(std::mt19937&)>>& controls) {
+    Stage stage;
+    std::vector<std::thread> threads;
+    for (const auto& control : controls) {
+        threads.emplace_back([&stage, &control, seed = threads.size()] {
+            std::mt19937 random(static_cast<unsigned>(seed));
+            while (!stage.over.load(std::memory_order_relaxed)) {
+                const std::scoped_lock lock(stage.controlLock);
+                control(random);
+            }
+        });
+    }
+    const auto end = std::chrono::steady_clock::now() + ScenarioTime();
+    Fault fault;
+    while (fault.empty() && std::chrono::steady_clock::now() < end) fault = audio();
+    stage.over = true;
+    for (std::thread& thread : threads) thread.join();
+    return fault;
+}
+
+/// Channels of doubles with ones at the input, as a host passes them.
+class HostBlock {
+public:
+    HostBlock(unsigned numInputs, unsigned numOutputs)
+        : input_(kMostFrames, 1.0),
+          outputs_(numOutputs, std::vector<double>(kMostFrames)),
+          inputPointers_(numInputs, input_.data()) {
+        for (auto& output : outputs_) outputPointers_.push_back(output.data());
+    }
+
+    void Play(tav::AudioProcessorBase& processor, unsigned frames) {
+        frames_ = frames;
+        processor.ProcessHost(outputPointers_.data(), inputPointers_.data(), frames, false, false);
+    }
+
+    /// Every sample passes, given the same sample of the first output.
+    bool AllOf(const std::function<bool(double sample, double sampleOfFirst)>& passes) const {
+        for (const auto& output : outputs_) {
+            for (unsigned k = 0; k < frames_; ++k) {
+                if (!passes(output[k], outputs_.front()[k])) return false;
+            }
+        }
+        return true;
+    }
+
+    static constexpr unsigned kMostFrames = 512;
+
+private:
+    unsigned frames_ = 0;
+    std::vector<double> input_;
+    std::vector<std::vector<double>> outputs_;
+    std::vector<const double*> inputPointers_;
+    std::vector<double*> outputPointers_;
+};
+
+constexpr unsigned kInputs = 6;
+constexpr unsigned kOutputs = 40;
+constexpr int kSteps = 64;  // gains are 1 / kSteps apart, so that a mixed row shows
+
+/// A row whose gains are all the same.
+std::vector<float> UniformRow(std::mt19937& random) {
+    const auto steps = static_cast<float>(random() % (kSteps + 1));
+    return std::vector<float>(kOutputs, steps / static_cast<float>(kSteps));
+}
+
+unsigned SomeFrames() {
+    static std::mt19937 random(99);
+    return static_cast<unsigned>(random() % HostBlock::kMostFrames) + 1;
+}
+
+/// All outputs hold the same sum as long as no row is mixed from two.
+bool Uniform(const HostBlock& block) {
+    return block.AllOf([](double sample, double first) { return std::abs(sample - first) < 1e-4; });
+}
+
+Fault RowsArriveWholeWhileTheyGlide() {
+    tav::SignalMatrix matrix(kInputs, kOutputs);
+    HostBlock block(kInputs, kOutputs);
+    std::vector<std::vector<float>> newest(kInputs, std::vector<float>(kOutputs));
+    const auto moveSources = [&](std::mt19937& random) {
+        const auto row = static_cast<unsigned>(random() % kInputs);
+        newest[row] = UniformRow(random);
+        matrix.SetRow(row, newest[row], random() % 16 == 0);
+    };
+    const auto changeRamps = [&](std::mt19937& random) {
+        constexpr float kTimes[] = {0.f, 0.1f, 1.f, 5.f, 30.f};
+        constexpr float kRates[] = {8000.f, 44100.f, 48000.f};
+        if (random() % 2 == 0) matrix.SetInterpolationTime(kTimes[random() % 5]);
+        if (random() % 8 == 0) matrix.SetSampleRate(kRates[random() % 3]);
+        if (random() % 8 == 0) matrix.SetBufferSize(static_cast<unsigned>(random() % 600));
+        std::this_thread::yield();
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(matrix, SomeFrames());
+        return Uniform(block) ? "" : "a row was mixed from two";
+    };
+    if (Fault fault = RunThreads(audio, {moveSources, changeRamps}); !fault.empty()) return fault;
+
+    // Whatever happened, the newest rows are where all this ends.
+    for (int blocks = 0; blocks < 10; ++blocks) block.Play(matrix, HostBlock::kMostFrames);
+    double sum = 0.0;
+    for (const auto& row : newest) sum += static_cast<double>(row.front());
+    const auto isSum = [&](double sample, double) { return std::abs(sample - sum) < 1e-4; };
+    return block.AllOf(isSum) ? "" : "a target was lost";
+}
+
+Fault ImmediateRowsAreRowsThatWereSet() {
+    tav::SignalMatrix matrix(1, kOutputs);
+    HostBlock block(1, kOutputs);
+    const auto set = [&](std::mt19937& random) {
+        matrix.SetRow(0, UniformRow(random), random() % 2 == 0);
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(matrix, SomeFrames());
+        const auto wasSet = [](double sample, double first) {
+            return sample == first && sample * kSteps == std::floor(sample * kSteps);
+        };
+        return block.AllOf(wasSet) ? "" : "a gain was heard that nobody set";
+    };
+    return RunThreads(audio, {set, set});
+}
+
+Fault StaticRowsArriveWhole() {
+    tav::StaticSignalMatrix matrix(kInputs, kOutputs);
+    HostBlock block(kInputs, kOutputs);
+    const auto set = [&](std::mt19937& random) {
+        matrix.SetRow(static_cast<unsigned>(random() % kInputs), UniformRow(random));
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(matrix, SomeFrames());
+        return Uniform(block) ? "" : "a row was mixed from two";
+    };
+    return RunThreads(audio, {set});
+}
+
+Fault ConnectionsChangeWhileAudioRuns() {
+    tav::SignalMatrix matrix(kInputs, kOutputs);
+    matrix.SetInterpolationTime(1.f);
+    HostBlock block(kInputs, kOutputs);
+    const auto connect = [&](std::mt19937& random) {
+        std::vector<short> inlets(kInputs);
+        std::vector<short> outlets(kOutputs);
+        for (short& count : inlets) count = static_cast<short>(random() % 2);
+        for (short& count : outlets) count = static_cast<short>(random() % 2);
+        matrix.SetConnections(inlets, outlets);
+        matrix.SetAutoMuteTime(random() % 2 == 0 ? 0.f : 1.f);
+    };
+    const auto move = [&](std::mt19937& random) {
+        matrix.SetRow(static_cast<unsigned>(random() % kInputs), UniformRow(random), false);
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(matrix, SomeFrames());
+        const auto possible = [](double sample, double) {
+            return sample >= -1e-4 && sample <= kInputs + 1e-4;
+        };
+        return block.AllOf(possible) ? "" : "an output was not cleared";
+    };
+    return RunThreads(audio, {connect, move});
+}
+
+struct Scenario {
+    const char* name;
+    Fault (*run)();
+};
+
+constexpr Scenario kScenarios[] = {
+    {"rows arrive whole while they glide", RowsArriveWholeWhileTheyGlide},
+    {"immediate rows are rows that were set", ImmediateRowsAreRowsThatWereSet},
+    {"static rows arrive whole", StaticRowsArriveWhole},
+    {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
+};
+
+}  // namespace
+
+int main() {
+    int failed = 0;
+    for (const Scenario& scenario : kScenarios) {
+        const Fault fault = scenario.run();
+        if (!fault.empty()) ++failed;
+        std::printf("%s: %s\n", scenario.name, fault.empty() ? "passed" : fault.c_str());
+        std::fflush(stdout);
+    }
+    std::printf("%d passed, %d failed\n", static_cast<int>(std::size(kScenarios)) - failed, failed);
+    return failed == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
