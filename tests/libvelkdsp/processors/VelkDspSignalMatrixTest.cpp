@@ -186,13 +186,13 @@ protected:
         if (matrix_.NumInputs() == 0) return;
         const unsigned row = Below(matrix_.NumInputs());
         const std::vector<float> gains = RandomRow();
-        const bool immediate = Below(8) == 0;
+        const bool immediate = Below(4) == 0;
         matrix_.SetRow(row, gains, immediate);
         plain_.SetRow(row, gains, immediate);
     }
 
     void SetSomeTime() {
-        const float ms = OneOf({0.f, 0.02f, 0.1f, 1.f, 5.f, 30.f, 200.f, -3.f});
+        const float ms = OneOf({0.f, 0.f, 0.02f, 0.1f, 1.f, 5.f, 30.f, 200.f, -3.f});
         matrix_.SetInterpolationTime(ms);
         plain_.SetInterpolationTime(ms);
     }
@@ -218,10 +218,10 @@ protected:
     }
 
     void Operate() {
-        switch (Below(16)) {
+        switch (Below(8)) {
             case 0: return SetSomeTime();
-            case 1: return SetSomeRate();
-            case 2: return ConnectSome();
+            case 1: return Below(3) == 0 ? SetSomeRate() : SetSomeTime();
+            case 2: return Below(3) == 0 ? ConnectSome() : SetSomeRow();
             default: return SetSomeRow();
         }
     }
