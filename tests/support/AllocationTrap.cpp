@@ -136,17 +136,25 @@ void* OrThrow(void* block) {
 
 }  // namespace
 
-// The forms for arrays and without exceptions arrive here by themselves.
+// Every form: the address sanitizer has its own for each one that is left out, and matches pairs.
 void* operator new(std::size_t size) { return OrThrow(Allocate(size)); }
-
+void* operator new[](std::size_t size) { return OrThrow(Allocate(size)); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
 void* operator new(std::size_t size, std::align_val_t alignment) {
+    return OrThrow(AllocateAligned(size, static_cast<std::size_t>(alignment)));
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
     return OrThrow(AllocateAligned(size, static_cast<std::size_t>(alignment)));
 }
 
 void operator delete(void* block) noexcept { Release(block); }
-
+void operator delete[](void* block) noexcept { Release(block); }
 void operator delete(void* block, std::size_t) noexcept { Release(block); }
-
+void operator delete[](void* block, std::size_t) noexcept { Release(block); }
+void operator delete(void* block, const std::nothrow_t&) noexcept { Release(block); }
+void operator delete[](void* block, const std::nothrow_t&) noexcept { Release(block); }
 void operator delete(void* block, std::align_val_t) noexcept { Release(block); }
-
+void operator delete[](void* block, std::align_val_t) noexcept { Release(block); }
 void operator delete(void* block, std::size_t, std::align_val_t) noexcept { Release(block); }
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept { Release(block); }
