@@ -97,11 +97,6 @@ TEST(PanFactory, RefusesCodesOutsideTheEnumerations) {
     EXPECT_EQ(odd->GetSubTypeName(), "null");
 }
 
-TEST(PanFactory, SurvivesCountsThatNoMemoryHolds) {
-    const auto pan = Pan::Create(4000000000u, 4000000000u, "angular", "direct");
-    EXPECT_TRUE(!pan || pan->GetType() == Pan::Type::Null);
-}
-
 struct Alias {
     const char* accepted;
     const char* printed;
