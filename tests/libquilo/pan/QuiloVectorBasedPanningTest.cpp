@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+// Panning over loudspeakers in space, heard in the outputs and read in the report.
+#include "libquilo/pan/PanPlayer.h"
+#include "math/VelkDspSpherical.h"
+#include "pan/QuiloPanDefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quilo {
+namespace {
+
+using Gains = std::vector<double>;
+using Lines = std::vector<std::string>;
+using tav::CartesianArray;
+using tav::FromNavigational;
+
+constexpr float kRateHz = 8000.f;
+
+/// Eight loudspeakers round the listener, and a ninth.
+CartesianArray RingAnd(const tav::CartesianVector& ninth) {
+    CartesianArray layout(9, ninth);
+    for (std::size_t i = 0; i < 8; ++i) {
+        layout[i] = FromNavigational(45.f * static_cast<float>(i), 0.f, 1.f);
+    }
+    return layout;
+}
+
+CartesianArray Octahedron() {
+    return {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
+}
+
+Lines Report(Pan& pan) {
+    Lines lines{"what stood here before"};
+    pan.Dump(lines);
+    return lines;
+}
+
+double Energy(const Gains& gains) {
+    double energy = 0.0;
+    for (const double g : gains) energy += g * g;
+    return energy;
+}
+
+class VectorBasedPanners : public testing::TestWithParam<const char*> {
+protected:
+    static std::unique_ptr<Pan> Make(unsigned inputs, unsigned outputs) {
+        return Pan::Create(inputs, outputs, GetParam(), "");
+    }
+    static Gains GainsAt(Pan& pan, const tav::CartesianVector& position) {
+        pan.SetSourcePosition(0, position, true, false);
+        return Tests::PanPlayer(pan, kRateHz).SteadyGains(0);
+    }
+};
+
+TEST_P(VectorBasedPanners, FeedTheLoudspeakersAround) {
+    const auto pan = Make(1, 6);
+    pan->SetSpeakersPositions(Octahedron());
+    const double third = std::sqrt(1.0 / 3.0);
+    const double half = std::sqrt(0.5);
+    struct Placement {
+        tav::CartesianVector source;
+        Gains gains;
+    };
+    const Placement placements[] = {
+        {{0, 7, 0}, {0, 0, 1, 0, 0, 0}},
+        {{0, -1, 1}, {0, 0, 0, half, half, 0}},
+        {{-2, 2, -2}, {0, third, third, 0, 0, third}},
+    };
+    for (const Placement& p : placements) {
+        const Gains gains = GainsAt(*pan, p.source);
+        for (std::size_t o = 0; o < 6; ++o) EXPECT_NEAR(gains[o], p.gains[o], 1e-6);
+    }
+}
+
+TEST_P(VectorBasedPanners, ListTheirTriplets) {
+    const auto pan = Make(2, 6);
+    CartesianArray layout = Octahedron();
+    const std::string type = GetParam();
+    EXPECT_EQ(Report(*pan), (Lines{"panning type : " + type, "panning subtype : direct"}));
+    pan->SetSpeakersPositions(layout);
+    const Lines all{"panning type : " + type, "panning subtype : direct", "Triplet #1 : 1 3 5 ",
+                    "Triplet #2 : 1 3 6 ",    "Triplet #3 : 1 4 5 ",      "Triplet #4 : 1 4 6 ",
+                    "Triplet #5 : 2 3 5 ",    "Triplet #6 : 2 3 6 ",      "Triplet #7 : 2 4 5 ",
+                    "Triplet #8 : 2 4 6 "};
+    EXPECT_EQ(Report(*pan), all);
+    // Without a source nobody computes gains: the report itself triangulates, flat layouts too.
+    const auto unheard = Make(0, 6);
+    unheard->SetSpeakersPositions(layout);
+    EXPECT_EQ(Report(*unheard), all);
+    layout.Resize(4);
+    unheard->SetSpeakersPositions(layout);
+    EXPECT_EQ(Report(*unheard).size(), 2U);
+}
+
+TEST_P(VectorBasedPanners, AreSilentOnFlatLayouts) {
+    const auto pan = Make(1, 9);
+    const tav::CartesianVector source{0.1f, 1.f, 0.01f};
+    EXPECT_EQ(Energy(GainsAt(*pan, source)), 0.0);  // no layout at all
+    for (const float elevationDeg : {0.f, 0.9f, -60.f}) {
+        pan->SetSpeakersPositions(RingAnd(FromNavigational(20.f, elevationDeg, 1.f)));
+        EXPECT_EQ(Energy(GainsAt(*pan, source)), 0.0) << elevationDeg;
+    }
+    pan->SetSpeakersPositions(RingAnd(FromNavigational(20.f, 2.f, 1.f)));
+    EXPECT_NEAR(Energy(GainsAt(*pan, source)), 1.0, 1e-6);
+}
+
+TEST_P(VectorBasedPanners, MoveEverySourceToANewLayout) {
+    const auto pan = Make(3, 6);
+    pan->SetSpeakersPositions(Octahedron());
+    pan->SetSourcesPositions({{0, 0, 1}, {0, 0, -1}, {1, 0, 0}}, true);
+    pan->SetSourceMute(0, true);  // the first to be recomputed asks for no gains
+    CartesianArray layout = Octahedron();
+    std::swap(layout[4], layout[5]);
+    pan->SetSpeakersPositions(layout);
+    Tests::PanPlayer player(*pan, kRateHz);
+    EXPECT_EQ(player.SteadyGains(0), (Gains{0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(player.SteadyGains(1), (Gains{0, 0, 0, 0, 1, 0}));
+    EXPECT_EQ(player.SteadyGains(2), (Gains{1, 0, 0, 0, 0, 0}));
+    pan->SetSourceMute(0, false);
+    EXPECT_EQ(player.SteadyGains(0), (Gains{0, 0, 0, 0, 0, 1}));
+}
+
+TEST_P(VectorBasedPanners, UseTheLoudspeakersThatHaveAnOutput) {
+    const auto pan = Make(1, 4);
+    CartesianArray layout{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    pan->SetSpeakersPositions(layout);
+    EXPECT_EQ(GainsAt(*pan, {0, 0, 2}), (Gains{0, 0, 1, 0}));
+    EXPECT_EQ(Energy(GainsAt(*pan, {-1, -1, -1})), 0.0);  // outside every triplet
+    layout = Octahedron();
+    std::swap(layout[3], layout[4]);
+    pan->SetSpeakersPositions(layout);  // two too many
+    EXPECT_EQ(GainsAt(*pan, {0, 0, 2}), (Gains{0, 0, 0, 1}));
+}
+
+TEST_P(VectorBasedPanners, AreNeverSilentByTheirDefaultLayout) {
+    for (unsigned outputs = 3; outputs <= 64; ++outputs) {
+        const auto pan = Make(1, outputs);
+        pan->SetSpeakersPositions(DefaultSpeakersFor(pan->GetType(), outputs));
+        EXPECT_NEAR(Energy(GainsAt(*pan, {0, 1, 0})), 1.0, 1e-5) << outputs;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Types,
+                         VectorBasedPanners,
+                         testing::Values("vbap", "vbip"),
+                         [](const auto& test) { return std::string(test.param); });
+
+TEST(VectorBasedPanning, DiffersByItsNormalisation) {
+    // Raw gains 1 and 3: amplitude keeps their ratio, intensity the ratio of their energies.
+    for (const auto& [type, ratio] : {std::pair("vbap", 3.0), {"vbip", std::sqrt(3.0)}}) {
+        const auto pan = Pan::Create(1, 6, type, "");
+        pan->SetSpeakersPositions(Octahedron());
+        pan->SetSourcePosition(0, {1, 3, 0}, true, false);
+        const Gains gains = Tests::PanPlayer(*pan, kRateHz).SteadyGains(0);
+        EXPECT_NEAR(gains[2] / gains[0], ratio, 1e-6);
+        EXPECT_FALSE(pan->IsPlanar());
+    }
+}
+
+}  // namespace
+}  // namespace Quilo
