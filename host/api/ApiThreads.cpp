@@ -56,7 +56,7 @@ void Defer(void* x,
     if (!always && CurrentThreadKind() == ThreadKind::Main) {
         work();
     } else {
-        Enqueue({x, function}, end, std::move(work));
+        Enqueue({x, nullptr}, end, std::move(work));
     }
 }
 
@@ -142,7 +142,7 @@ namespace {
 void SetElement(t_qelem* q, QueueEnd end) {
     auto* const element = static_cast<QueueElement*>(q);
     Enqueue(
-        {element, element->function}, end, [element] { element->function(element->object); }, true);
+        {element, nullptr}, end, [element] { element->function(element->object); }, true);
 }
 
 }  // namespace

@@ -10,10 +10,10 @@ namespace HostApi {
 
 enum class QueueEnd { Front, Back };
 
-/// Where queued work belongs: an object and a function of it.
+/// Where queued work belongs: an object, and the message that asked for it if there was one.
 struct WorkKey {
     const void* object;
-    method function;
+    const t_symbol* selector;
     bool operator==(const WorkKey&) const = default;
 };
 

@@ -45,15 +45,19 @@ std::vector<AttributeInfo> Attributes(t_object* object) {
     std::vector<AttributeInfo> attributes;
     const ObjectRecord* record = FindObject(object);
     if (!record) return attributes;
+    const auto add = [&attributes](Attribute& attribute, bool isInstance) {
+        AttributeInfo info = Describe(attribute, isInstance);
+        const auto place = InspectorPlace(info);  // behind those of the same place
+        const auto next = std::ranges::upper_bound(attributes, place, {}, InspectorPlace);
+        attributes.insert(next, std::move(info));
+    };
     for (Attribute* attribute : record->type->attributes) {
         // One that the object has as its own copy keeps its place in the class.
         Attribute* const own = FindAttribute(record->attributes, attribute->name);
-        attributes.push_back(Describe(own ? *own : *attribute, own != nullptr));
+        add(own ? *own : *attribute, own != nullptr);
     }
     for (Attribute* attribute : record->attributes)
-        if (!FindAttribute(record->type->attributes, attribute->name))
-            attributes.push_back(Describe(*attribute, true));
-    std::ranges::stable_sort(attributes, {}, InspectorPlace);
+        if (!FindAttribute(record->type->attributes, attribute->name)) add(*attribute, true);
     return attributes;
 }
 
