@@ -63,12 +63,16 @@ void Delay::SetDelay(float ms, bool immediate) {
 }
 
 void Delay::RequestDelay(bool immediate) noexcept {
-    newest_.target = static_cast<float>(static_cast<double>(delayMs_) * 0.001 *
-                                        static_cast<double>(SampleRate()));
-    newest_.glideSamples = Ramp::GlideLength(interpolationMs_, SampleRate());
-    if (immediate) {
-        newest_.jumpTo = newest_.target;
+    const double samples =
+        static_cast<double>(delayMs_) * 0.001 * static_cast<double>(SampleRate());
+    const std::uint32_t glideSamples = Ramp::GlideLength(interpolationMs_, SampleRate());
+    newest_.glideTo = static_cast<float>(samples);
+    if (immediate || glideSamples == 0) {
+        newest_.jumpTo = newest_.glideTo;
         ++newest_.jumpCount;
+    } else {
+        newest_.glideSamples = glideSamples;
+        ++newest_.glideCount;
     }
     requests_.Store(newest_);
 }
@@ -93,15 +97,17 @@ void Delay::TakeChanges() noexcept TAV_NONBLOCKING {
         clear_.store(false, kRelaxed);
         rings_.Live()->Clear();
     }
+    const Request done = request_;
     requests_.Take(request_);
     // A longer ring may come a block later than the delay that needs it.
     const float longest = rings_.Live()->LongestDelay();
-    if (request_.jumpCount != jumpsDone_) {
-        jumpsDone_ = request_.jumpCount;
+    if (request_.jumpCount != done.jumpCount) {
         delay_.SetOverSamples(std::min(request_.jumpTo, longest), 0);
     }
-    const float target = std::min(request_.target, longest);
-    if (target != delay_.Target()) delay_.SetOverSamples(target, request_.glideSamples);
+    const float target = std::min(request_.glideTo, longest);
+    if (request_.glideCount != done.glideCount || target != delay_.Target()) {
+        delay_.SetOverSamples(target, request_.glideSamples);
+    }
 }
 
 void Delay::Perform(float* output, const float* input, unsigned frames) noexcept TAV_NONBLOCKING {

@@ -67,12 +67,14 @@ public:
     void Rest(unsigned frames) noexcept TAV_NONBLOCKING;
 
 private:
-    /// What the control side wants of the delay, in samples.
+    /// What the control side wants of the delay, in samples: the newest jump, then a glide. The
+    /// counts tell the audio side which of the two it has not done yet.
     struct Request {
-        float jumpTo;             // where the newest immediate change went
-        std::uint32_t jumpCount;  // tells whether audio has been there already
-        float target;             // where to go from there
+        float jumpTo;
+        std::uint32_t jumpCount;
+        float glideTo;
         std::uint32_t glideSamples;
+        std::uint32_t glideCount;
     };
 
     void GrowRing(float maximumMs);
@@ -94,10 +96,10 @@ private:
 
     // audio only
     Request request_{};
-    std::uint32_t jumpsDone_ = 0;
     bool resting_ = false;
     Ramp delay_;  // samples
-    Vector<float> delays_ = Vector<float>(DelayRing::kLargestBlock);  // braces would make a list of one
+    Vector<float> delays_ =
+        Vector<float>(DelayRing::kLargestBlock);  // braces would make a list of one
 };
 
 }  // namespace tav

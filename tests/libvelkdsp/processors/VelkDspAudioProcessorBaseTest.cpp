@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: MIT
+#include "processors/VelkDspAudioProcessorBase.h"
+
+#include "processors/VelkDspAudioProcessorWithAutoMute.h"
+#include "processors/VelkDspInputMapping.h"
+#include "support/AllocationTrap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace tav {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// Buffers of doubles as a host holds them, full of a value that nobody may leave in an output.
+struct HostBuffers {
+    HostBuffers(unsigned ports, unsigned frames, double value)
+        : samples(ports, std::vector<double>(frames, value)) {
+        for (auto& port : samples) pointers.push_back(port.data());
+    }
+    std::vector<std::vector<double>> samples;
+    std::vector<double*> pointers;
+};
+
+/// Output i is input i times `gain`; outputs without an input are zeroed, where connected.
+class Copier : public AudioProcessorWithAutoMute {
+public:
+    using AudioProcessorBase::Process;
+    using AudioProcessorWithAutoMute::AudioProcessorWithAutoMute;
+    void Process(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override {
+        ++calls;
+        longest = std::max(longest, frames);
+        ZeroOutputs(outputs, frames);
+        for (unsigned port = 0; port < std::min(NumInputs(), NumOutputs()); ++port) {
+            if (!OutputConnected(port)) continue;
+            for (unsigned k = 0; k < frames; ++k) outputs[port][k] = gain * inputs[port][k];
+        }
+    }
+    unsigned Latency() const override { return latency; }
+
+    float gain = 1.f;
+    unsigned calls = 0;
+    unsigned longest = 0;
+    unsigned latency = 0;
+};
+
+/// One block with mute and bypass off, under the trap.
+void Play(AudioProcessorBase& processor, HostBuffers& out, HostBuffers& in, unsigned frames) {
+    unsigned violations = 0;
+    {
+        const Tests::AllocationTrap trap;
+        processor.ProcessHost(out.pointers.data(), in.pointers.data(), frames, false, false);
+        violations = trap.Violations();
+    }
+    EXPECT_EQ(violations, 0u);
+}
+
+struct Sample {
+    const char* name;
+    double host;
+    float seen;
+};
+
+class InputMapping : public testing::TestWithParam<Sample> {};
+
+TEST_P(InputMapping, BlocksSeeOnlyTameSamples) {
+    Copier copier(1, 1);
+    HostBuffers in(1, 7, GetParam().host);
+    HostBuffers out(1, 7, 99.0);
+    Play(copier, out, in, 7);
+    for (const double sample : out.samples[0]) {
+        EXPECT_EQ(sample, static_cast<double>(GetParam().seen));
+        EXPECT_EQ(std::signbit(sample), std::signbit(GetParam().seen));
+    }
+}
+
+// clang-format off
+constexpr Sample kSamples[] = {
+    // name                 host                                        seen
+    {"Ordinary",            -0.3,                                       -0.3f},
+    {"NotANumber",          kNan,                                       0.f},
+    {"Infinite",            -kInfinity,                                 0.f},
+    {"HugeAndNegative",     -1e38,                                      -1e6f},
+    {"BeyondFloats",        1e300,                                      1e6f},
+    {"TheLargest",          1e6,                                        1e6f},
+    {"Tiny",                0.9e-30,                                    0.f},
+    {"TinyAndNegative",     -0.9e-30,                                   0.f},
+    {"TheSmallest",         1e-30,                                      1e-30f},
+    {"Denormal",            std::numeric_limits<double>::denorm_min(),  0.f},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Samples, InputMapping, testing::ValuesIn(kSamples), [](const auto& row) {
+    return std::string(row.param.name);
+});
+
+TEST(AudioProcessorBase, GivesTheHostFiniteSamplesOnly) {
+    Copier copier(1, 1);
+    for (const float gain : {std::numeric_limits<float>::infinity(), 1e38f, std::nanf("")}) {
+        copier.gain = gain;
+        HostBuffers in(1, 5, 1e5);
+        HostBuffers out(1, 5, 99.0);
+        Play(copier, out, in, 5);
+        EXPECT_EQ(out.samples[0], std::vector<double>(5, 0.0)) << gain;
+    }
+}
+
+struct Blocks {
+    const char* name;
+    unsigned announced, frames, calls, longest;
+};
+
+class Pieces : public testing::TestWithParam<Blocks> {};
+
+TEST_P(Pieces, AreOfTheAnnouncedSizeAndLoseNoSample) {
+    const auto [name, announced, frames, calls, longest] = GetParam();
+    Copier copier(2, 3);
+    copier.SetBufferSize(announced);
+    HostBuffers in(2, frames, 0.0);
+    for (unsigned k = 0; k < frames; ++k) {
+        in.samples[0][k] = k + 1.0;
+        in.samples[1][k] = -2.0 * k;
+    }
+    HostBuffers out(3, frames + 1, 99.0);
+    Play(copier, out, in, frames);
+    EXPECT_EQ(copier.calls, calls);
+    EXPECT_EQ(copier.longest, longest);
+    for (unsigned port = 0; port < 3; ++port) {
+        EXPECT_EQ(out.samples[port].back(), 99.0) << "written beyond the block";
+        out.samples[port].pop_back();
+    }
+    EXPECT_EQ(out.samples[0], in.samples[0]);
+    EXPECT_EQ(out.samples[1], in.samples[1]);
+    EXPECT_EQ(out.samples[2], std::vector<double>(frames, 0.0));
+}
+
+// clang-format off
+constexpr Blocks kBlocks[] = {
+    // name               announced  frames  calls  longest
+    {"Whole",             512,       512,    1,     512},
+    {"NothingToDo",       512,       0,      0,     0},
+    {"Odd",               63,        1000,   16,    63},
+    {"OneByOne",          1,         7,      7,     1},
+    {"Vast",              4096,      9000,   3,     4096},
+    {"AnnouncedAsNone",   0,         200,    4,     64},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Sizes, Pieces, testing::ValuesIn(kBlocks), [](const auto& row) {
+    return std::string(row.param.name);
+});
+
+TEST(AudioProcessorBase, TakesNewBlockSizesBetweenBlocks) {
+    Copier copier(1, 1);
+    for (const unsigned size : {64u, 4096u, 16u, 512u, 512u, 8192u}) {
+        copier.SetBufferSize(size);
+        copier.longest = 0;
+        HostBuffers in(1, 3 * size, 0.5);
+        HostBuffers out(1, 3 * size, 99.0);
+        Play(copier, out, in, 3 * size);
+        EXPECT_EQ(copier.longest, size);
+        EXPECT_EQ(out.samples, in.samples);
+    }
+}
+
+struct Ports {
+    unsigned inputs, outputs;
+};
+
+class MuteAndBypass : public testing::TestWithParam<Ports> {};
+
+TEST_P(MuteAndBypass, SpendNoProcessing) {
+    const auto [inputs, outputs] = GetParam();
+    Copier copier(inputs, outputs);
+    copier.gain = 5.f;
+    const std::vector<short> none(std::max(inputs, outputs), 0);
+    copier.SetConnections(none, none);  // neither looks at connections
+    HostBuffers in(inputs, 9, 0.1);     // no float: bypass does not pass through floats
+    if (inputs > 0) in.samples[0][4] = kNan;
+
+    // clang-format off
+    struct Case { bool argMute, argBypass, ownMute, ownBypass, bypassed; };
+    constexpr Case kCases[] = {
+        {true,  false, false, false, false}, {false, true,  false, false, true},
+        {true,  true,  false, false, false}, {false, false, true,  false, false},
+        {false, false, false, true,  true},  {false, true,  true,  false, false},
+    };
+    // clang-format on
+    for (const Case& c : kCases) {
+        copier.SetMute(c.ownMute);
+        copier.SetBypass(c.ownBypass);
+        HostBuffers out(outputs, 9, 99.0);
+        copier.ProcessHost(out.pointers.data(), in.pointers.data(), 9, c.argMute, c.argBypass);
+        for (unsigned port = 0; port < outputs; ++port) {
+            std::vector<double> expected(9, c.bypassed && port < inputs ? 0.1 : 0.0);
+            if (port == 0) expected[4] = 0.0;
+            EXPECT_EQ(out.samples[port], expected) << port;
+        }
+    }
+    EXPECT_EQ(copier.calls, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes,
+                         MuteAndBypass,
+                         testing::Values(Ports{2, 4}, Ports{4, 2}, Ports{0, 2}, Ports{2, 0}));
+
+TEST(AudioProcessorWithAutoMute, WritesZerosToUnconnectedOutputsAndHearsNoUnconnectedInput) {
+    Copier copier(3, 3);
+    HostBuffers in(3, 64, 0.5);
+    HostBuffers out(3, 64, 99.0);
+    Play(copier, out, in, 64);  // leaves sound in whatever is kept between blocks
+    copier.SetConnections(std::vector<short>{0, 2, 1}, std::vector<short>{1, 0, 3});
+    Play(copier, out, in, 64);
+    EXPECT_EQ(out.samples[0], std::vector<double>(64, 0.0));
+    EXPECT_EQ(out.samples[1], std::vector<double>(64, 0.0));
+    EXPECT_EQ(out.samples[2], std::vector<double>(64, 0.5));
+}
+
+TEST(AudioProcessorWithAutoMute, ZeroesConnectedOutputsOnly) {
+    Copier copier(0, 2);
+    copier.SetConnections({}, std::vector<short>{0, 1});
+    HostBuffers out(2, 3, 99.0);
+    copier.ZeroOutputs(out.pointers.data(), 3);
+    EXPECT_EQ(out.samples[0], std::vector<double>(3, 99.0));
+    EXPECT_EQ(out.samples[1], std::vector<double>(3, 0.0));
+}
+
+TEST(AudioProcessorWithAutoMute, AnInnerBlockReadsTheFlagsOfItsOwner) {
+    Copier owner(2, 2);
+    Copier inner(2, 2);
+    Copier innermost(2, 2);
+    inner.ShareActivityOf(owner);
+    innermost.ShareActivityOf(inner);
+    owner.SetConnections(std::vector<short>{0, 1}, std::vector<short>{1, 0});
+    for (const Copier* block : {&owner, &inner, &innermost}) {
+        EXPECT_FALSE(block->InputConnectedAndActive(0));
+        EXPECT_TRUE(block->InputConnectedAndActive(1));
+        EXPECT_FALSE(block->InputActive(0));
+        EXPECT_TRUE(block->OutputConnected(0));
+        EXPECT_FALSE(block->OutputConnected(1));
+        EXPECT_TRUE(block->AnyOutputConnected());
+        EXPECT_FALSE(block->InputActive(2)) << "there is no such input";
+    }
+    owner.SetConnections({}, std::vector<short>{0});
+    EXPECT_FALSE(innermost.AnyOutputConnected());
+}
+
+TEST(AudioProcessorBase, LabelsItsPorts) {
+    const Copier copier(2, 10);
+    EXPECT_EQ(copier.InputLabel(0), "input #1");
+    EXPECT_EQ(copier.InputLabel(2), "");
+    EXPECT_EQ(copier.OutputLabel(9), "output #10");
+    EXPECT_EQ(copier.OutputLabel(10), "dumpout");
+}
+
+TEST(AudioProcessorBase, KeepsUsableRatesOnly) {
+    Copier copier(1, 1);
+    struct Row {
+        float asked, kept;
+    };
+    constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInf = std::numeric_limits<float>::infinity();
+    for (const Row& row : {Row{48000.f, 48000.f},
+                           {0.f, 48000.f},
+                           {-1.f, 48000.f},
+                           {kNaN, 48000.f},
+                           {kInf, 48000.f},
+                           {10.f, 1000.f},
+                           {1e9f, 768000.f}}) {
+        copier.SetSampleRate(row.asked);
+        EXPECT_EQ(copier.SampleRate(), row.kept) << row.asked;
+    }
+}
+
+TEST(AudioProcessorBase, ReportsItsState) {
+    Copier copier(1, 1);
+    copier.SetSampleRate(48000.f);
+    copier.SetBufferSize(256);
+    std::vector<std::string> lines{"kept"};
+    copier.ReportState(lines);
+    copier.SetSampleRate(11025.5f);
+    copier.latency = 48;
+    copier.ReportState(lines);
+    const std::vector<std::string> expected{
+        "kept",
+        "samplerate           : 48000",
+        "buffersize           : 256",
+        "latency              : 0",
+        "samplerate           : 11025.5",
+        "buffersize           : 256",
+        "latency              : 48 samples = 4.353544 ms",
+    };
+    EXPECT_EQ(lines, expected);
+}
+
+TEST(DenormalGuard, FlushesWhileItLivesAndGivesTheModeBack) {
+    volatile float smallest = std::numeric_limits<float>::min();
+    volatile float half = 0.5f;
+    {
+        const DenormalGuard outer;
+        { const DenormalGuard inner; }
+        EXPECT_EQ(smallest * half, 0.f);
+    }
+    EXPECT_GT(smallest * half, 0.f);
+}
+
+}  // namespace
+}  // namespace tav

@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: MIT
+#include "processors/VelkDspDelay.h"
+
+#include "reference/PlainDelay.h"
+#include "support/AllocationTrap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numbers>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace tav {
+namespace {
+
+constexpr float kRate = 48000.f;
+constexpr std::uint32_t kNearest = 0, kLagrange = 2, kAllpass = 3;
+
+float Ms(float samples) { return samples * 1000.f / kRate; }
+
+/// A delay at 48 kHz and what goes through it, block by block, under the trap.
+class Line {
+public:
+    Line() {
+        delay.SetSampleRate(kRate);
+        delay.SetInterpolationTime(0.f);
+    }
+    ~Line() { EXPECT_EQ(violations_, 0u); }
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+
+    std::vector<float> Play(const std::vector<float>& input, std::size_t block = 64) {
+        std::vector<float> output(input.size(), 99.f);
+        for (std::size_t begin = 0; begin < input.size(); begin += block) {
+            const auto count = static_cast<unsigned>(std::min(block, input.size() - begin));
+            const float* const in = input.data() + begin;
+            float* const out = output.data() + begin;
+            const Tests::AllocationTrap trap;
+            delay.Process(&out, &in, count);
+            violations_ += trap.Violations();
+        }
+        return output;
+    }
+
+    Delay delay;
+
+private:
+    unsigned violations_ = 0;
+};
+
+std::vector<float> Noise(std::size_t count, unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
+    std::vector<float> noise(count);
+    for (float& sample : noise) sample = uniform(random);
+    return noise;
+}
+
+std::vector<float> Impulse(std::size_t count) {
+    std::vector<float> impulse(count, 0.f);
+    impulse[0] = 1.f;
+    return impulse;
+}
+
+struct Response {
+    std::uint32_t code;
+    double at9, at10, at11, at12;
+};
+
+class DelayKinds : public testing::TestWithParam<Response> {};
+
+TEST_P(DelayKinds, SpreadAnImpulseByTheirWeightsAtHalfASample) {
+    const Response& row = GetParam();
+    Line line;
+    line.delay.SetInterpolationKind(row.code);
+    line.delay.SetDelay(Ms(10.5f), true);
+    const std::vector<float> response = line.Play(Impulse(40), 7);
+    const double expected[] = {0.0, row.at9, row.at10, row.at11, row.at12};
+    for (std::size_t n = 0; n < 5; ++n) EXPECT_NEAR(response[8 + n], expected[n], 1e-6) << 8 + n;
+}
+
+// clang-format off
+constexpr Response kHalfASample[] = {
+    // code  9           10          11          12
+    {0,      0,          1,          0,          0},
+    {1,      0,          0.5,        0.5,        0},
+    {2,      -1.0 / 16,  9.0 / 16,   9.0 / 16,   -1.0 / 16},
+    {3,      0,          1.0 / 3,    8.0 / 9,    -8.0 / 27},
+    {4,      0,          1,          0,          0},
+    {5,      -1.0 / 16,  9.0 / 16,   9.0 / 16,   -1.0 / 16},
+    {6,      -1.0 / 8,   5.0 / 8,    5.0 / 8,    -1.0 / 8},
+    {7,      1.0 / 48,   23.0 / 48,  23.0 / 48,  1.0 / 48},
+    {8,      -0.075,     0.575,      0.575,      -0.075},
+    {77,     0,          1,          0,          0},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Codes, DelayKinds, testing::ValuesIn(kHalfASample), [](const auto& row) {
+    return "Code" + std::to_string(row.param.code);
+});
+
+/// Everything a control thread may do between two blocks, at random, against the slow model.
+class DelayModel : public testing::TestWithParam<std::uint32_t> {};
+
+TEST_P(DelayModel, AgreesThroughGlidesJumpsAndGrowthOfTheRing) {
+    const std::uint32_t code = GetParam();
+    SCOPED_TRACE(testing::Message() << "seed " << code);
+    std::mt19937 random(code);
+    const auto oneOf = [&](auto... values) {
+        const float list[] = {static_cast<float>(values)...};
+        return list[random() % std::size(list)];
+    };
+    Line line;
+    Plain::Delay model(static_cast<double>(kRate));
+    line.delay.SetInterpolationKind(code);
+    model.SetKind(code);
+    const std::vector<float> noise = Noise(60000, code);
+    double worst = 0.0;
+    for (std::size_t begin = 0; begin < noise.size();) {
+        for (auto changes = random() % 3; changes > 0; --changes) {
+            const float glideMs = oneOf(0, 1, 5, 30);
+            line.delay.SetInterpolationTime(glideMs);
+            model.SetInterpolationTime(static_cast<double>(glideMs));
+            // In milliseconds on both sides, so that both round the same number of samples.
+            const float ms = Ms(oneOf(0, 0.3, 0.999, 1, 1.001, 1.7, 2, 31.25, 300, 700.5,
+                                      begin > 20000 ? 12000.6 : 9));
+            const bool immediate = random() % 4 == 0;
+            line.delay.SetDelay(ms, immediate);
+            model.SetDelay(
+                static_cast<float>(static_cast<double>(ms) * 0.001 * static_cast<double>(kRate)),
+                immediate);
+        }
+        const std::size_t block =
+            std::min<std::size_t>(static_cast<std::size_t>(oneOf(1, 2, 17, 63, 64, 512, 513, 1500)),
+                                  noise.size() - begin);
+        const std::vector<float> output =
+            line.Play({noise.begin() + static_cast<std::ptrdiff_t>(begin),
+                       noise.begin() + static_cast<std::ptrdiff_t>(begin + block)},
+                      block);
+        for (std::size_t k = 0; k < block; ++k) {
+            const double expected = model.Process(static_cast<double>(noise[begin + k]));
+            worst = std::max(worst, std::abs(static_cast<double>(output[k]) - expected));
+        }
+        begin += block;
+    }
+    // A delay near 12000 samples is rounded to the nearest 2^-10 twice, when a glide is cut short
+    // and when it is read; noise changes by at most 2 per sample. The allpass adds up earlier
+    // errors.
+    const double bound = 2.0 / 1024.0;
+    EXPECT_LT(worst, code == kAllpass ? 2.0 * bound : bound);
+}
+
+INSTANTIATE_TEST_SUITE_P(Codes, DelayModel, testing::Values(1u, 2u, 3u, 5u, 6u, 7u, 8u));
+
+TEST(Delay, OfNothingCopiesForEveryKindButTheAllpassBitForBit) {
+    const std::vector<float> noise = Noise(300, 5);
+    for (std::uint32_t code = 0; code <= 9; ++code) {
+        if (code == kAllpass) continue;
+        Line line;
+        line.delay.SetInterpolationKind(code);
+        EXPECT_EQ(line.Play(noise), noise) << code;
+    }
+}
+
+TEST(Delay, OfLessThanASampleDoesNotDependOnTheBlockSize) {
+    const std::vector<float> noise = Noise(2048, 6);
+    for (std::uint32_t code = 0; code <= 8; ++code) {
+        for (const float samples : {0.f, 0.3f, 0.5f, 1.f, 1.3f}) {
+            std::vector<float> whole;
+            for (const std::size_t block : {512u, 1u, 63u, 2048u}) {
+                Line line;
+                line.delay.SetInterpolationKind(code);
+                line.delay.SetDelay(Ms(samples), true);
+                // Noise all round the ring first: stale samples must not show.
+                line.Play(Noise(20000, 7), 512);
+                const std::vector<float> output = line.Play(noise, block);
+                if (whole.empty()) whole = output;
+                EXPECT_EQ(output, whole) << code << " " << samples << " " << block;
+            }
+        }
+    }
+}
+
+TEST(Delay, TheAllpassKeepsEveryLevel) {
+    for (const float samples : {1.5f, 7.2f, 20.9f}) {
+        Line line;
+        line.delay.SetInterpolationKind(kAllpass);
+        line.delay.SetDelay(Ms(samples), true);
+        double energy = 0.0;
+        double moment = 0.0;  // the centre of the response is its group delay at 0 Hz
+        double sum = 0.0;
+        const std::vector<float> response = line.Play(Impulse(400));
+        for (std::size_t n = 0; n < response.size(); ++n) {
+            const auto h = static_cast<double>(response[n]);
+            energy += h * h;
+            sum += h;
+            moment += static_cast<double>(n) * h;
+        }
+        EXPECT_NEAR(energy, 1.0, 1e-5);
+        EXPECT_NEAR(moment / sum, samples, 1e-3);
+    }
+}
+
+double SineAt(double sample) {
+    return std::sin(2.0 * std::numbers::pi * 1000.0 * sample / static_cast<double>(kRate));
+}
+
+std::vector<float> Sine(std::size_t count) {
+    std::vector<float> sine(count);
+    for (std::size_t n = 0; n < count; ++n) {
+        sine[n] = static_cast<float>(SineAt(static_cast<double>(n)));
+    }
+    return sine;
+}
+
+TEST(Delay, AGlidingSineIsTheSineAtTheGlidingTime) {
+    constexpr std::size_t kBefore = 4800, kGlide = 1440;
+    Line line;
+    line.delay.SetDelay(Ms(1.f), true);
+    line.delay.SetInterpolationTime(30.f);
+    const std::vector<float> sine = Sine(kBefore + kGlide);
+    line.Play({sine.begin(), sine.begin() + kBefore});
+    line.delay.SetDelay(Ms(30.f), false);
+    const std::vector<float> output = line.Play({sine.begin() + kBefore, sine.end()});
+    double errors = 0.0;
+    for (std::size_t k = 0; k < kGlide; ++k) {
+        const double delayed = 1.0 + 29.0 * (static_cast<double>(k) + 1.0) / kGlide;
+        const double expected = SineAt(static_cast<double>(kBefore + k) - delayed);
+        errors += std::pow(static_cast<double>(output[k]) - expected, 2.0);
+    }
+    EXPECT_LT(10.0 * std::log10(errors / kGlide / 0.5), -90.0);
+}
+
+TEST(Delay, RetargetsNeverClick) {
+    constexpr int kBlock = 240;  // 5 ms
+    Line line;
+    line.delay.SetInterpolationTime(30.f);
+    line.delay.SetDelay(Ms(5.f), true);
+    std::mt19937 random(11);
+    std::uniform_real_distribution<float> samples(1.f, 30.f);
+    const std::vector<float> sine = Sine(10 * 48000);
+    const double steepest = 2.0 * std::numbers::pi * 1000.0 / static_cast<double>(kRate);
+    double worst = 0.0;
+    float last = 0.f;
+    for (auto begin = sine.begin(); begin != sine.end(); begin += kBlock) {
+        for (const float sample : line.Play({begin, begin + kBlock})) {
+            worst = std::max(worst, static_cast<double>(std::abs(sample - last)));
+            last = sample;
+        }
+        line.delay.SetDelay(Ms(samples(random)), false);
+    }
+    EXPECT_LT(worst, 1.1 * steepest);
+}
+
+TEST(Delay, AJumpActsFromTheNextBlockAndOnlyOnce) {
+    Line line;
+    line.delay.SetInterpolationKind(kNearest);
+    line.delay.SetInterpolationTime(1.f);  // 48 samples
+    const std::vector<float> ones(64, 1.f);
+    line.delay.SetDelay(Ms(10.f), true);
+    EXPECT_EQ(std::ranges::count(line.Play(ones), 1.f), 54);
+    EXPECT_EQ(std::ranges::count(line.Play(ones), 1.f), 64);
+    // A later glide carries the old jump with it, which must not act again.
+    line.delay.SetDelay(Ms(20.f), false);
+    line.Play(ones);
+    line.Play(std::vector<float>(64, 0.f));
+    line.delay.SetDelay(Ms(21.f), false);
+    const std::vector<float> impulse = line.Play(Impulse(100));
+    EXPECT_EQ(impulse[20], 1.f);
+}
+
+TEST(Delay, AnInactiveInputGivesZerosAndIsForgotten) {
+    Line line;
+    line.delay.SetDelay(Ms(100.f), true);
+    const std::vector<float> noise = Noise(512, 8);
+    line.Play(noise);
+    line.delay.SetConnections(std::vector<short>{0}, std::vector<short>{1});
+    EXPECT_EQ(line.Play(noise), std::vector<float>(512, 0.f));
+    line.delay.SetConnections(std::vector<short>{1}, std::vector<short>{1});
+    const std::vector<float> after = line.Play(noise);
+    EXPECT_EQ(std::vector<float>(after.begin(), after.begin() + 100), std::vector<float>(100, 0.f));
+    EXPECT_EQ(after[100], noise[0]);
+}
+
+TEST(Delay, ClearAndAnotherRateForgetTheSoundButNotTheDelay) {
+    Line line;
+    line.delay.SetInterpolationKind(kAllpass);
+    line.delay.SetDelay(1.f, true);
+    const std::vector<float> noise = Noise(512, 9);
+    const std::vector<float> zeros(512, 0.f);
+    line.Play(noise);
+    line.delay.Clear();
+    EXPECT_LT(std::ranges::max(line.Play(zeros)), 1e-15f);
+    line.Play(noise);
+    line.delay.SetInterpolationKind(kLagrange);
+    line.delay.SetSampleRate(96000.f);
+    const std::vector<float> impulse = line.Play(Impulse(512));
+    EXPECT_EQ(std::ranges::find(impulse, 1.f) - impulse.begin(), 96);
+    EXPECT_EQ(std::ranges::count(impulse, 0.f), 511);
+}
+
+TEST(Delay, ClampsAndRefusesSenselessTimes) {
+    Delay delay;
+    delay.SetDelay(3.f, true);
+    for (const float ms : {std::nanf(""), std::numeric_limits<float>::infinity()}) {
+        delay.SetDelay(ms, true);
+        delay.SetMaximumDelay(ms);
+        delay.SetInterpolationTime(ms);
+    }
+    EXPECT_EQ(delay.DelayTime(), 3.f);
+    EXPECT_EQ(delay.MaximumDelay(), 3.f) << "raised by the delay";
+    EXPECT_EQ(delay.InterpolationTime(), 30.f);
+    delay.SetDelay(-1.f, false);
+    EXPECT_EQ(delay.DelayTime(), 0.f);
+    delay.SetDelay(1e30f, false);
+    EXPECT_EQ(delay.DelayTime(), 10000.f);
+    delay.SetMaximumDelay(5.f);
+    EXPECT_EQ(delay.MaximumDelay(), 5.f);
+}
+
+TEST(Delay, NothingUnheardOfStaysInTheAllpass) {
+    for (const float poison : {std::nanf(""), std::numeric_limits<float>::infinity(), 3e38f}) {
+        Line line;
+        line.delay.SetInterpolationKind(kAllpass);
+        line.delay.SetDelay(Ms(3.4f), true);
+        line.Play(std::vector<float>(1000, poison));
+        line.Play(std::vector<float>(1024, 0.f));
+        Line untouched;
+        untouched.delay.SetInterpolationKind(kAllpass);
+        untouched.delay.SetDelay(Ms(3.4f), true);
+        const std::vector<float> noise = Noise(512, 10);
+        const std::vector<float> expected = untouched.Play(noise);
+        const std::vector<float> output = line.Play(noise);
+        for (std::size_t n = 0; n < output.size(); ++n) {
+            EXPECT_NEAR(output[n], expected[n], 1e-6) << poison << " " << n;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tav
