@@ -24,21 +24,22 @@ Chain::Chain(Object& object, double rateHz, unsigned vector)
 
 void Chain::SetConnected(std::size_t inlet, bool connected) {
     counts_[inlet] = connected ? 1 : 0;
-    RestartIfRunning();
+    Announce();
 }
 
 void Chain::SetRate(double hz) {
     rateHz_ = hz;
-    RestartIfRunning();
+    Announce();
 }
 
 void Chain::SetVector(unsigned frames) {
     vector_ = frames;
-    RestartIfRunning();
+    Announce();
 }
 
-void Chain::RestartIfRunning() {
-    if (running_) Start();
+void Chain::Announce() {
+    if (running_) return Start();
+    HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), false});
 }
 
 void Chain::Start() {

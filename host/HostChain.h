@@ -40,7 +40,7 @@ public:
     std::span<const double> Output(std::size_t outlet) const { return {outputs_[outlet], vector_}; }
 
 private:
-    void RestartIfRunning();
+    void Announce();  // changed settings, by a new chain where audio runs
     void PlaceVectors();
 
     Object& object_;

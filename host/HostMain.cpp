@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // quilo-host: plays the patcher's part for the module, without one.
+#include "HostAudioBridge.h"
 #include "HostConsole.h"
 #include "HostFault.h"
 #include "HostInputs.h"
@@ -40,6 +41,7 @@ ExitStatus RunScript(const Options& options) {
     const Inputs inputs(options.inputs, options.loop);
     Console console(options.console, options.realtime);
     LoadModule(options.module, AtomSpelling(script.box.front()));
+    HostApi::SetAudioSettings({RunRate(options, inputs), static_cast<int>(options.vector), false});
     Object object(script);
     Render(options, script, inputs, object, console);
     console.Close();

@@ -218,10 +218,10 @@ void DrawPlan(Svg& svg,
     DrawTitles(svg, plot, view.title, view.acrossTitle, view.upTitle);
     svg.Line(plot.At(plot.left, 0), plot.At(plot.right, 0), {kFrame});
     svg.Line(plot.At(0, plot.bottom), plot.At(0, plot.top), {kFrame});
-    DrawListener(svg, plot.At(0, 0), view.noseUp);
-    DrawSpeakers(svg, scene, plot, view);
     const std::size_t numSources = scene.path.empty() ? 0 : scene.path.back().sources.size();
     DrawWays(svg, scene, plot, view, numSources, timeStep);
+    DrawListener(svg, plot.At(0, 0), view.noseUp);
+    DrawSpeakers(svg, scene, plot, view);
     DrawSpeakerLabels(svg, scene, plot, view);
     DrawSources(svg, scene, plot, view, numSources);
 }

@@ -6,7 +6,9 @@
 
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
+#if !defined(NOMINMAX)  // MinGW's library defines it itself
 #define NOMINMAX
+#endif
 #include <windows.h>
 // shellapi.h needs windows.h before it
 #include <fcntl.h>

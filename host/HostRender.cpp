@@ -34,11 +34,6 @@ std::uint64_t NumFrames(double seconds, double hz) {
     return static_cast<std::uint64_t>(std::max(frames, 0.0));
 }
 
-double RunRate(const Options& options, const Inputs& inputs) {
-    if (options.rate) return *options.rate;
-    return inputs.NumChannels() > 0 ? inputs.SampleRate() : 48000;
-}
-
 std::uint64_t RunFrames(const Options& options, const Inputs& inputs, double rateHz) {
     if (options.duration) return NumFrames(*options.duration, rateHz);
     return inputs.NumChannels() > 0 ? inputs.NumFrames() : NumFrames(1, rateHz);
@@ -115,8 +110,8 @@ private:
 
     void Advise() const {
         if (inputs_.NumChannels() > numFed_)
-            Note("input channels beyond the " + std::to_string(numFed_) +
-                 " signal inlets are not heard");
+            Note("the object has no inlet for " + std::to_string(inputs_.NumChannels() - numFed_) +
+                 " of the input channels");
         if (inputs_.NumChannels() > 0 && inputs_.SampleRate() != rateHz_)
             Note("inputs of " + AtomSpelling(inputs_.SampleRate()) + " Hz are played at " +
                  AtomSpelling(rateHz_) + " Hz");
@@ -124,8 +119,8 @@ private:
 
     void NoteUnsentStatements() const {
         if (next_ < script_.statements.size())
-            Note(std::to_string(script_.statements.size() - next_) +
-                 " statements of the script lie beyond the end of the run");
+            Note("the run ended before the script did, from line " +
+                 std::to_string(script_.statements[next_].line) + " on");
     }
 
     void PlayVectors() {
@@ -220,6 +215,11 @@ private:
 };
 
 }  // namespace
+
+double RunRate(const Options& options, const Inputs& inputs) {
+    if (options.rate) return *options.rate;
+    return inputs.NumChannels() > 0 ? inputs.SampleRate() : 48000;
+}
 
 void Render(const Options& options,
             const Script& script,

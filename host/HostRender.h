@@ -11,6 +11,9 @@ namespace Quilo::Host {
 class Console;
 class Object;
 
+/// Hertz of a run with these inputs.
+double RunRate(const Options& options, const Inputs& inputs);
+
 /// Runs the script to its end and writes what the options ask for: the outlets' audio and the
 /// picture. The clock of the run and of the written file is fixed here (--rate); `host rate` only
 /// changes what the object is told.

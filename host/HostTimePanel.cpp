@@ -62,6 +62,18 @@ std::pair<double, double> RangeOf(const Scene& scene, const Trace& trace) {
     return {least, most};
 }
 
+/// Whether any source comes nearer or goes away.
+bool DistancesChange(const Scene& scene) {
+    const auto& first = scene.path.front().sources;
+    return std::ranges::any_of(scene.path, [&](const Scene::Moment& moment) {
+        for (std::size_t k = 0; k < std::min(first.size(), moment.sources.size()); ++k) {
+            const float before = tav::Distance(first[k]), now = tav::Distance(moment.sources[k]);
+            if (std::abs(now - before) > 0.02f * before) return true;
+        }
+        return false;
+    });
+}
+
 std::vector<Trace> TracesOf(const Scene& scene) {
     std::vector<Trace> traces;
     if (scene.path.empty() || scene.path.front().sources.empty()) return traces;
@@ -80,10 +92,10 @@ std::vector<Trace> TracesOf(const Scene& scene) {
     traces.push_back(azimuth);
     const auto [lowest, highest] = RangeOf(scene, elevation);
     if (lowest < -0.5 || highest > 0.5) traces.push_back(elevation);
-    const auto [nearest, farthest] = RangeOf(scene, distance);
+    const double farthest = RangeOf(scene, distance).second;
     distance.step = RoundStep(farthest, 3);
     distance.top = distance.step * std::max(1.0, std::ceil(farthest / distance.step * 1.02));
-    if (farthest > 1.02 * nearest) traces.push_back(distance);
+    if (DistancesChange(scene)) traces.push_back(distance);
     return traces;
 }
 
