@@ -88,7 +88,7 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
         return nullptr;
     }
     // A box text has fewer atoms than the API's counts of 16 bits.
-    Configure(*record.object, {argv, static_cast<std::size_t>(std::clamp(argc, 0, 32767))});
+    Configure(*record.object, {argv, static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767))});
     Connect(record);
     return x;
 }
@@ -126,7 +126,7 @@ void quilo_pan_dsp64(void* x,
         Quilo::Pan* const engine = object.Engine();
         if (engine == nullptr) return;
         engine->SetSampleRate(static_cast<float>(samplerate));
-        engine->SetBufferSize(static_cast<unsigned>(std::max(maxvectorsize, 0)));
+        engine->SetBufferSize(static_cast<unsigned>(std::max<max_long>(maxvectorsize, 0)));
         const std::span inlets(count, engine->NumInputs());
         engine->SetConnections(inlets, {count + inlets.size(), engine->NumOutputs()});
     });
