@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+// A quilo.pan~ in this process, with what it says.
+#pragma once
+
+#include "HostAudioBridge.h"
+#include "HostBridge.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Tests {
+
+/// An object made from a box text as a patcher makes it. One at a time: the console is global.
+class PanBox {
+public:
+    /// @param arguments  what follows the class name in the box
+    explicit PanBox(const std::string& arguments);
+    ~PanBox();
+    PanBox(const PanBox&) = delete;
+    PanBox& operator=(const PanBox&) = delete;
+
+    t_object* Get() const { return object_; }
+    /// Frees the object ahead of time.
+    void Free();
+
+    /// To the left inlet, as text of a message box.
+    void Send(const std::string& message);
+    /// Values of an attribute, as text.
+    std::string Ask(const std::string& attribute) const;
+
+    /// "error: text" and so on, since the last call.
+    std::vector<std::string> TakeConsole();
+
+private:
+    t_object* object_ = nullptr;
+    std::vector<std::string> console_;
+};
+
+}  // namespace Tests

@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: MIT
+// What scripts cannot do to an object: values that only C programs send, other hosts' vectors, the
+// end of its life.
+#include "QuiloPanObject.h"
+
+#include "src/PanBox.h"
+#include "support/AllocationTrap.h"
+
+#include <gtest/gtest.h>
+
+#include "z_dsp.h"
+
+#include <array>
+#include <limits>
+#include <utility>
+
+using namespace Tests;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// Vectors of one DSP chain; the outputs begin with old data, as they do in a patcher.
+struct Vectors {
+    Vectors(std::size_t numInputs, std::size_t numOutputs, std::size_t frames)
+        : inputs(numInputs, std::vector<double>(frames)),
+          outputs(numOutputs, std::vector<double>(frames, 99.0)),
+          frames_(frames) {}
+
+    /// Of the inputs and of the outputs.
+    std::pair<std::vector<double*>, std::vector<double*>> Pointers() {
+        std::pair<std::vector<double*>, std::vector<double*>> pointers;
+        for (auto& channel : inputs) pointers.first.push_back(channel.data());
+        for (auto& channel : outputs) pointers.second.push_back(channel.data());
+        return pointers;
+    }
+    void Perform(HostApi::DspChain& chain) {
+        const auto [in, out] = Pointers();
+        chain.Perform(in.data(), in.size(), out.data(), out.size(), frames_);
+    }
+    /// First sample of each output.
+    std::vector<double> Row() const {
+        std::vector<double> row;
+        for (const auto& channel : outputs) row.push_back(channel.front());
+        return row;
+    }
+
+    std::vector<std::vector<double>> inputs, outputs;
+
+private:
+    std::size_t frames_;
+};
+
+class PanObjectAudio : public testing::Test {
+protected:
+    void SetUp() override { HostApi::SetAudioSettings({48000, 64, true}); }
+    void TearDown() override { HostApi::SetAudioSettings({44100, 64, false}); }
+};
+
+}  // namespace
+
+TEST(PanObject, RefusesValuesThatAreNotFinite) {
+    PanBox box("2 4 angular @interpolationtime 10 @spread 5 6 @automute 7");
+    const auto setAll = [&](double value) {
+        for (const char* name : {"interpolationtime", "spread", "automute"}) {
+            object_attr_setfloat(box.Get(), gensym(name), value);
+        }
+    };
+    setAll(kNaN);
+    EXPECT_EQ(box.Ask("spread"), "5 6");
+    EXPECT_EQ(box.Ask("interpolationtime"), "10");
+    EXPECT_EQ(box.Ask("automute"), "7");
+    // Deliberate: Max's clip filter comes first, and to it infinity is merely beyond the range.
+    setAll(kInfinity);
+    EXPECT_EQ(box.Ask("spread"), "100 6");
+    EXPECT_EQ(box.Ask("interpolationtime"), "200");
+    EXPECT_EQ(box.TakeConsole(), Lines{});
+
+    const std::string before = box.Ask("sourcespositions");
+    for (const double value : {kNaN, kInfinity, -kInfinity}) {
+        std::array<t_atom, 6> xyz{};
+        for (t_atom& atom : xyz) atom_setfloat(&atom, value);
+        object_attr_setvalueof(box.Get(), gensym("sourcespositions"), 6, xyz.data());
+        EXPECT_EQ(box.Ask("sourcespositions"), before);
+        EXPECT_EQ(box.TakeConsole(), Lines{"error: error reading source coordinates"});
+    }
+}
+
+TEST(PanObject, AnswersIntoMemoryThatIsHandedIn) {
+    PanBox box("2 4 angular @sourcespositions 1 2 3 4 5 6");
+    std::array<t_atom, 6> memory{};
+    t_atom* atoms = memory.data();
+    max_long count = 6;
+    ASSERT_EQ(object_attr_getvalueof(box.Get(), gensym("sourcespositions"), &count, &atoms),
+              MAX_ERR_NONE);
+    EXPECT_EQ(atoms, memory.data());
+    EXPECT_EQ(HostApi::AtomText(memory), "1 2 3 4 5 6");
+}
+
+namespace {
+/// Names of the attributes that a client of the object was told of.
+Lines announced;
+
+t_max_err Notify(void*, t_symbol*, t_symbol* message, void*, void* attribute) {
+    if (message == gensym("attr_modified")) {
+        announced.emplace_back(
+            static_cast<t_symbol*>(object_method_imp(attribute, gensym("getname"), nullptr, nullptr,
+                                                     nullptr, nullptr, nullptr, nullptr, nullptr,
+                                                     nullptr))
+                ->s_name);
+    }
+    return MAX_ERR_NONE;
+}
+t_class* clientClass = nullptr;
+void* MakeClient(t_symbol*, max_long, t_atom*) { return object_alloc(clientClass); }
+template <class Function>
+method AsMethod(Function* function) {
+    return reinterpret_cast<method>(reinterpret_cast<void (*)()>(function));
+}
+}  // namespace
+
+TEST(PanObject, TellsClientsOfEveryChange) {
+    clientClass = class_new("test.client", AsMethod(&MakeClient), nullptr, sizeof(t_object),
+                            nullptr, A_GIMME, 0);
+    class_addmethod(clientClass, AsMethod(&Notify), "notify", A_CANT, 0);
+    class_register(gensym("nobox"), clientClass);
+    void* const client = object_new_typed(gensym("nobox"), gensym("test.client"), 0, nullptr);
+    struct Case {
+        const char* message;
+        const char* attribute;
+    };
+    constexpr Case kCases[] = {{"source 1 az 30", "sourcespositions"},
+                               {"source 1 spread 3", "spread"},
+                               {"speaker 1 az 30", "speakerspositions"},
+                               {"speakers az 1 2 3 4", "speakerspositions"},
+                               {"interpolationtime 5", "interpolationtime"},
+                               // an inspector goes back to the value that stands
+                               {"numinputs 5", "numinputs"}};
+    PanBox box("1 4 angular");
+    object_attach_byptr_register(client, box.Get(), gensym("nobox"));
+    for (const Case& row : kCases) {
+        announced.clear();
+        box.Send(row.message);
+        ASSERT_FALSE(announced.empty()) << row.message;
+        EXPECT_EQ(announced.front(), row.attribute);
+    }
+    object_detach_byptr(client, box.Get());
+    object_free(client);
+}
+
+TEST_F(PanObjectAudio, SendsASourceToTheLoudspeakerWhereItStands) {
+    PanBox box("2 4 vbap2d @interpolationtime 0");
+    box.Send("speakers az -45 45 135 -135");
+    box.Send("source 1 az 45");
+    box.Send("source 2 az -135");
+    const short counts[] = {1, 1, 1, 1, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    Vectors vectors(2, 4, 64);
+    vectors.inputs[0].assign(64, 0.5);
+    vectors.inputs[1].assign(64, -0.25);
+    vectors.Perform(chain);
+    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.5, 0.0, -0.25}));
+    // The attributes act at once, with the same vectors.
+    box.Send("bypass 1");
+    vectors.Perform(chain);
+    EXPECT_EQ(vectors.Row(), (std::vector{0.5, -0.25, 0.0, 0.0}));
+    box.Send("mute 1");
+    vectors.Perform(chain);
+    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0, 0.0, 0.0}));
+    EXPECT_EQ(box.TakeConsole(), Lines{});
+}
+
+TEST_F(PanObjectAudio, HearsNoInletThatIsNotConnected) {
+    PanBox box("2 2 angular @interpolationtime 0");
+    box.Send("speakers az 0 180");
+    box.Send("source 1 az 0");
+    box.Send("source 2 az 180");
+    const short counts[] = {0, 3, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    Vectors vectors(2, 2, 64);
+    vectors.inputs[0].assign(64, 1.0);
+    vectors.inputs[1].assign(64, 1.0);
+    vectors.Perform(chain);
+    EXPECT_NEAR(vectors.Row()[0], 0.0, 1e-6);
+    EXPECT_NEAR(vectors.Row()[1], 1.0, 1e-6);
+}
+
+TEST_F(PanObjectAudio, IsSilentForNumbersOfChannelsThatAreNotItsOwn) {
+    PanBox box("1 2 angular");
+    const short counts[] = {1, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    for (const auto& [numInputs, numOutputs] : {std::pair{1, 3}, {2, 2}, {0, 2}}) {
+        Vectors vectors(static_cast<std::size_t>(numInputs), static_cast<std::size_t>(numOutputs),
+                        64);
+        for (auto& channel : vectors.inputs) channel.assign(64, 1.0);
+        vectors.Perform(chain);
+        for (const double sample : vectors.Row()) EXPECT_EQ(sample, 0.0);
+    }
+}
+
+TEST_F(PanObjectAudio, NeitherAllocatesNorLocksWhilePositionsMove) {
+    PanBox box("3 8 vbap2d");
+    const std::vector<short> counts(11, 1);
+    const HostApi::DspChain chain(box.Get(), counts);
+    Vectors vectors(3, 8, 64);
+    const auto [in, out] = vectors.Pointers();
+    for (int step = 0; step < 100; ++step) {
+        for (auto& channel : vectors.inputs) channel.assign(64, 0.1 * step);
+        box.Send("source 1 azim++ 7");
+        box.Send(step % 2 != 0 ? "source 2 mute 1" : "source 2 mute 0");
+        unsigned violations = 0;
+        {
+            // Not through the chain: the host's own lock is not ours.
+            const AllocationTrap trap;
+            Quilo::PanObject::Of(box.Get()).Render(out.data(), 8, in.data(), 3, 64);
+            violations = trap.Violations();
+        }
+        ASSERT_EQ(violations, 0u);
+    }
+}
+
+TEST_F(PanObjectAudio, MayBeFreedInTheRunningChain) {
+    PanBox box("1 2 angular");
+    const short counts[] = {1, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    Vectors vectors(1, 2, 64);
+    vectors.Perform(chain);
+    box.Free();
+    EXPECT_FALSE(chain.HasPerform());
+    vectors.Perform(chain);
+    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0}));
+}
+
+struct Arguments {
+    const char* name;
+    const char* text;
+    std::size_t inlets, outlets;
+};
+class PanBoxText : public testing::TestWithParam<Arguments> {};
+
+TEST_P(PanBoxText, GivesInletsAndOutletsAndLives) {
+    for (int round = 0; round < 3; ++round) {
+        PanBox box(GetParam().text);
+        ASSERT_NE(box.Get(), nullptr);
+        EXPECT_EQ(HostApi::InletTypes(box.Get()).size(), GetParam().inlets);
+        const auto outlets = HostApi::OutletTypes(box.Get());
+        ASSERT_EQ(outlets.size(), GetParam().outlets + 1);
+        EXPECT_EQ(outlets.front(), "signal");
+        EXPECT_EQ(outlets.back(), "") << "the dump outlet is the rightmost";
+        EXPECT_EQ(HostApi::SignalFlags(box.Get()) & Z_NO_INPLACE, Z_NO_INPLACE);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts,
+    PanBoxText,
+    testing::Values(Arguments{"Empty", "", 1, 4},
+                    Arguments{"Largest", "250 250 vbap2d", 250, 250},
+                    Arguments{"BeyondTheRange", "1e9 -7", 250, 1},
+                    Arguments{"OnlyAttributes", "@numoutputs 2 @numinputs 3", 3, 2},
+                    Arguments{"AttributesWithoutValues", "2 2 @type @spread @", 2, 2},
+                    Arguments{"Unsupported", "1 7 ms", 1, 7},
+                    Arguments{"WordsForNumbers", "foo bar 3 4 5", 1, 1}),
+    [](const auto& row) { return row.param.name; });

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// Every console text of the object's tables stands in a transcript, word for word.
+#include "support/HostProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+#include <set>
+
+using namespace Tests;
+
+namespace {
+
+struct TextRow {
+    std::string name;
+    std::string text;
+};
+
+/// Rows of a table: Text<...> kName{"..."};
+std::vector<TextRow> TextsOf(const char* file) {
+    static const std::regex row(R"re(Text<[^>]*>\s+(\w+)\{"([^"]*)"\})re");
+    const std::string source = ReadText(std::filesystem::path(QUILO_SOURCE_DIR "/src") / file);
+    std::vector<TextRow> texts;
+    for (std::sregex_iterator match(source.begin(), source.end(), row), end; match != end; ++match)
+        texts.push_back({(*match)[1], (*match)[2]});
+    return texts;
+}
+
+std::vector<std::string> ConsoleLinesOfTranscripts() {
+    static const std::regex line("#> (?:post|warn|error|bug): (.*)");
+    std::vector<std::string> lines;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(QUILO_SOURCE_DIR "/tests/transcripts")) {
+        for (const std::string& text : Lines(ReadText(entry.path()))) {
+            std::smatch match;
+            if (std::regex_match(text, match, line)) lines.push_back(match[1]);
+        }
+    }
+    return lines;
+}
+
+/// What a text can become: %d a number, %s anything, the rest itself. A refusal goes on with what
+/// was refused.
+std::regex PatternOf(const TextRow& row) {
+    const std::string plain =
+        std::regex_replace(row.text, std::regex(R"([.*+?^$()\[\]{}|\\])"), R"(\$&)");
+    const std::string numbers = std::regex_replace(plain, std::regex("%d"), "-?[0-9]+");
+    const std::string refused = row.name.starts_with("kInvalid") ? "(?: .*)?" : "";
+    return std::regex(std::regex_replace(numbers, std::regex("%s"), ".*") + refused);
+}
+
+// No script makes memory run short or has the host refuse a message.
+const std::set<std::string> kBeyondScripts{"kOutOfMemory",       "kUnknownException", "kNoMemory",
+                                           "kNoMemoryForGetter", "kMethodNotAdded",   "kNotCreated",
+                                           "kNotInitialized"};
+
+}  // namespace
+
+TEST(ConsoleTexts, StandInTranscripts) {
+    const std::vector<std::string> lines = ConsoleLinesOfTranscripts();
+    std::size_t numTexts = 0;
+    for (const char* file : {"QuiloPanTexts.h", "max/VelkMaxTexts.h"}) {
+        for (const TextRow& row : TextsOf(file)) {
+            ++numTexts;
+            if (kBeyondScripts.contains(row.name)) continue;
+            const std::regex pattern = PatternOf(row);
+            EXPECT_TRUE(std::ranges::any_of(
+                lines, [&](const std::string& line) { return std::regex_match(line, pattern); }))
+                << row.name << " \"" << row.text << "\" stands in no transcript";
+        }
+    }
+    EXPECT_GT(numTexts, 30u) << "the tables were not found";
+}
