@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "HostPicture.h"
 
-#include "HostOutputFile.h"
 #include "HostPlanPanel.h"
 #include "HostPlot.h"
 #include "HostTimePanel.h"
@@ -93,12 +92,6 @@ std::string DrawScene(const Scene& scene) {
         y += DrawLevels(svg, scene, {kLeft, y}, kRight - kLeft, timeStep);
     }
     return svg.Document(kWidth, y + 10, scene.title);
-}
-
-void WritePicture(const Scene& scene, const std::string& file) {
-    OutputFile output(file);
-    output.Stream() << DrawScene(scene);
-    output.Close();
 }
 
 }  // namespace Quilo::Host

@@ -11,7 +11,4 @@ namespace Quilo::Host {
 /// The scene as an SVG document.
 std::string DrawScene(const Scene& scene);
 
-/// Throws: Fault (WrongInput) when the file cannot be written.
-void WritePicture(const Scene& scene, const std::string& file);
-
 }  // namespace Quilo::Host

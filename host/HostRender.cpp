@@ -72,7 +72,9 @@ public:
         chain_.Stop();
         object_.Free();
         if (output_) output_->Close();
-        if (recorder_) WritePicture(recorder_->Finish(), options_.picture);
+        if (!recorder_) return;
+        picture_->Stream() << DrawScene(recorder_->Finish());
+        picture_->Close();
     }
 
 private:
@@ -95,6 +97,7 @@ private:
             output_.emplace(PathOf(options_.output), static_cast<unsigned>(numOutlets), rateHz_);
         }
         if (options_.picture.empty()) return;
+        picture_.emplace(options_.picture);
         Scene scene;
         for (const Atom& atom : script_.box)
             scene.title += (scene.title.empty() ? "" : " ") + AtomSpelling(atom);
@@ -209,8 +212,9 @@ private:
     Chain chain_;
     std::size_t next_ = 0;  // of the script's statements
     std::optional<tav::WavFileWriter> output_;
-    std::optional<SceneRecorder> recorder_;
-    std::vector<float> samples_;  // of one vector, for the file
+    std::optional<OutputFile> picture_;
+    std::optional<SceneRecorder> recorder_;  // where there is a picture
+    std::vector<float> samples_;             // of one vector, for the file
     std::vector<const float*> channels_;
 };
 

@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+// quilo-host from outside: files, timeline, exit statuses.
+#include "support/HostProgram.h"
+
+#include "files/VelkDspWavFile.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+using namespace Tests;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+const std::string kQuad =
+    "object quilo.pan~ 3 4 vbap2d @interpolationtime 0\n"
+    "speakers aed -45 0 1 45 0 1 135 0 1 -135 0 1\n";
+
+tav::AudioBuffer Constant(float level, std::size_t numFrames, double rateHz) {
+    tav::AudioBuffer buffer(1, numFrames, rateHz);
+    std::ranges::fill(buffer.Channel(0), level);
+    return buffer;
+}
+
+class HostProgram : public testing::Test {
+protected:
+    HostProgram() {
+        tav::WriteWavFile(folder_ / "one.wav", Constant(1, 4800, 48000));
+        tav::WriteWavFile(folder_ / "half.wav", Constant(0.5f, 1000, 48000));
+        tav::WriteWavFile(folder_ / "other.wav", Constant(1, 100, 44100));
+    }
+
+    HostRun Run(const std::string& script, Words arguments = {}) {
+        WriteText(folder_ / "s.txt", script);
+        arguments.push_back("s.txt");
+        return RunHost(folder_, arguments);
+    }
+
+    /// The output of a run that must end well.
+    tav::AudioBuffer Render(const std::string& script, Words arguments) {
+        arguments.insert(arguments.end(), {"--out", "o.wav", "--quiet"});
+        const HostRun run = Run(script, arguments);
+        EXPECT_EQ(run.status, 0) << (run.errors.empty() ? "" : run.errors[0]);
+        return run.status == 0 ? tav::ReadWavFile(folder_ / "o.wav") : tav::AudioBuffer(4, 1);
+    }
+
+    /// First frame in which the output differs from the frame before; 0 when it never does.
+    static std::size_t FirstChange(const tav::AudioBuffer& audio, unsigned channel) {
+        const auto samples = audio.Channel(channel);
+        std::size_t frame = 1;
+        while (frame < samples.size() && samples[frame] == samples[frame - 1]) ++frame;
+        return frame < samples.size() ? frame : 0;
+    }
+
+    TemporaryFolder folder_;
+};
+
+struct Moment {
+    const char* seconds;
+    unsigned vector;
+    std::size_t frame;
+};
+
+TEST_F(HostProgram, SendsATimedMessageBeforeTheVectorThatContainsItsTime) {
+    constexpr Moment kMoments[] = {
+        {"0", 64, 0},        {"0.05", 64, 2368},   {"0.05", 1, 2400},      {"0.0401", 16, 1920},
+        {"0.07", 512, 3072}, {"0.0013333", 64, 0}, {"0.00133334", 64, 64}, {"1e-1", 64, 0},
+    };
+    for (const Moment& moment : kMoments) {
+        const std::string script =
+            kQuad + "source 1 az -45\nat " + moment.seconds + " source 1 az 45\n";
+        const auto audio =
+            Render(script, {"--in", "one.wav", "--vector", std::to_string(moment.vector)});
+        ASSERT_EQ(audio.NumFrames(), 4800u);
+        EXPECT_EQ(FirstChange(audio, 1), moment.frame) << moment.seconds;
+    }
+}
+
+TEST_F(HostProgram, AppendsInputsAndFeedsTheRestWithSilence) {
+    const std::string script = kQuad + "source 1 az -45\nsource 2 az 45\nsource 3 az 135\n";
+    const Words inputs{"--in", "one.wav", "--in", "half.wav"};
+    struct Case {
+        Words more;
+        std::size_t numFrames, at;
+        float first, second;
+    };
+    const Case kCases[] = {
+        {{}, 4800, 999, 1, 0.5f},
+        {{}, 4800, 1000, 1, 0},
+        {{"--loop"}, 4800, 4799, 1, 0.5f},
+        {{"--duration", "0.2"}, 9600, 4800, 0, 0},
+        {{"--duration", "0.2", "--loop"}, 9600, 9599, 1, 0.5f},
+        {{"--duration", "0.0100001"}, 481, 480, 1, 0.5f},
+        {{"--duration", "0.01", "--vector", "4096"}, 480, 479, 1, 0.5f},
+        {{"--duration", "0"}, 0, 0, 0, 0},
+    };
+    for (const Case& c : kCases) {
+        Words arguments = inputs;
+        arguments.insert(arguments.end(), c.more.begin(), c.more.end());
+        const auto audio = Render(script, arguments);
+        ASSERT_EQ(audio.NumFrames(), c.numFrames);
+        ASSERT_EQ(audio.NumChannels(), 4u);
+        if (c.numFrames == 0) continue;
+        EXPECT_EQ(audio.Channel(0)[c.at], c.first) << c.at;
+        EXPECT_EQ(audio.Channel(1)[c.at], c.second) << c.at;
+        EXPECT_EQ(audio.Channel(2)[c.at], 0) << c.at;
+    }
+}
+
+TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
+    EXPECT_EQ(Render(kQuad, {}).NumFrames(), 48000u);
+    EXPECT_EQ(Render(kQuad, {"--rate", "8000"}).NumFrames(), 8000u);
+    EXPECT_EQ(Render(kQuad, {"--rate", "8000"}).SampleRate(), 8000);
+    EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).SampleRate(), 44100);
+    EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).NumFrames(), 100u);
+}
+
+TEST_F(HostProgram, RestartsTheChainDuringPlay) {
+    // A disconnected inlet is silent from the vector on in which it was cut, and comes back.
+    const auto cut = Render(kQuad +
+                                "source 1 az -45\nat 0.02 host connect 1 0\n"
+                                "at 0.04 host connect 1 1\nat 0.06 host vector 16\n"
+                                "at 0.0801 source 1 az 45\n",
+                            {"--in", "one.wav"});
+    const auto left = cut.Channel(0);
+    EXPECT_EQ(left[959], 1);
+    EXPECT_EQ(left[960], 0);
+    EXPECT_EQ(left[1919], 0);
+    EXPECT_EQ(left[1920], 1);
+    EXPECT_EQ(FirstChange(cut, 1), 3840u) << "with vectors of 16, not of 64";
+
+    const HostRun run =
+        Run("object quilo.pan~\nhost vector 256\nat 0.1 info\n"
+            "at 0.2 host rate 96000\nat 0.2 info\n");
+    EXPECT_EQ(std::ranges::count(run.console, "post: samplerate           : 48000"), 1);
+    EXPECT_EQ(std::ranges::count(run.console, "post: samplerate           : 96000"), 1);
+    EXPECT_EQ(std::ranges::count(run.console, "post: buffersize           : 256"), 2);
+}
+
+TEST_F(HostProgram, PlaysSilenceOnceTheObjectIsFree) {
+    const auto audio = Render(kQuad +
+                                  "source 1 az -45\nat 0.05 host free\nat 0.06 host sync\n"
+                                  "at 0.07 host rate 8000\nat 0.07 host inspect\n",
+                              {"--in", "one.wav"});
+    EXPECT_EQ(audio.Channel(0)[2367], 1);
+    EXPECT_TRUE(
+        std::ranges::all_of(audio.Channel(0).subspan(2368), [](float s) { return s == 0; }));
+}
+
+TEST_F(HostProgram, WritesTheConsoleWhereItIsAsked) {
+    const HostRun shown = Run(kQuad + "getnumoutputs\n");
+    EXPECT_EQ(shown.console, Words{"outlet: numoutputs 4"});
+    const HostRun kept = Run(kQuad + "getnumoutputs\n", {"--console", "c.txt"});
+    EXPECT_TRUE(kept.console.empty());
+    EXPECT_EQ(ReadText(folder_ / "c.txt"), "outlet: numoutputs 4\n");
+    const HostRun piped = RunHost(folder_, {"-"}, kQuad + "getnumoutputs\n");
+    EXPECT_EQ(piped.console, Words{"outlet: numoutputs 4"});
+}
+
+TEST_F(HostProgram, DrawsAPicture) {
+    EXPECT_EQ(Run(kQuad + "source 1 az 10\n", {"--picture", "p.svg"}).status, 0);
+    const std::string picture = ReadText(folder_ / "p.svg");
+    EXPECT_TRUE(picture.starts_with("<svg ") && picture.ends_with("</svg>\n"));
+    EXPECT_NE(picture.find("quilo.pan~ 3 4 vbap2d"), std::string::npos);
+}
+
+struct Ending {
+    const char* name;
+    std::string script;
+    Words arguments;
+    int status;
+    const char* says;  // part of the one line on standard error; "" none at all
+};
+
+class HostEnding : public HostProgram, public testing::WithParamInterface<Ending> {};
+
+TEST_P(HostEnding, TellsHowItWent) {
+    const Ending& ending = GetParam();
+    const Words before = folder_.Names();
+    Words arguments = ending.arguments;
+    const bool fails = ending.status == 1 || ending.status == 2;
+    const Words outputs{"--out", "n.wav", "--picture", "n.svg", "--console", "n.txt"};
+    if (fails) arguments.insert(arguments.begin(), outputs.begin(), outputs.end());
+    const HostRun run = Run(ending.script, arguments);
+    EXPECT_EQ(run.status, ending.status);
+    ASSERT_EQ(run.errors.size(), *ending.says ? 1u : 0u);
+    const std::string said = run.errors.empty() ? "" : run.errors[0];
+    EXPECT_NE(said.find(ending.says), std::string::npos) << said;
+    Words left = folder_.Names();
+    std::erase(left, "s.txt");
+    EXPECT_EQ(left, before) << "something half-written stays";
+}
+
+const std::string kBad = kQuad + "source 9 az 1\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    Runs,
+    HostEnding,
+    testing::Values(
+        Ending{"Well", kQuad, {}, 0, ""},
+        Ending{"PostedErrorsAreNoFailure", kBad, {}, 0, ""},
+        Ending{"UnlessStrict", kBad, {"--strict"}, 3, ""},
+        Ending{"StrictAndNothingPosted", kQuad, {"--strict"}, 0, ""},
+        Ending{"UnsentStatementsAreSaid", kQuad + "at 7 clear\n", {}, 0, "line 3"},
+        Ending{"UnlessQuiet", kQuad + "at 7 clear\n", {"--quiet"}, 0, ""},
+        Ending{"UnknownOption", kQuad, {"--nonsense"}, 2, "'--nonsense'"},
+        Ending{"MissingInput", kQuad, {"--in", "none.wav"}, 2, "none.wav"},
+        Ending{"InputIsNoWav", kQuad, {"--in", "s.txt"}, 2, "s.txt"},
+        Ending{"RatesDiffer", kQuad, {"--in", "one.wav", "--in", "other.wav"}, 2, "other.wav"},
+        Ending{"NoObject", "source 1 az 1\n", {}, 2, "s.txt:1: "},
+        Ending{"UnknownClass",
+               "object other~\n",
+               {"--module", QUILO_BIN_DIR "/quilo.pan~.so"},
+               2,
+               "s.txt:1: "},
+        Ending{"UnknownDirective", kQuad + "\nhost nonsense\n", {}, 2, "s.txt:4: "},
+        Ending{"UnknownInlet", kQuad + "at 1 host connect 4 1\n", {}, 2, "s.txt:3: "},
+        Ending{"BadTime", kQuad + "at soon mute 1\n", {}, 2, "s.txt:3: "},
+        Ending{"MissingModule", kQuad, {"--module", "none.so"}, 1, "none.so"},
+        Ending{"ModuleIsNone", kQuad, {"--module", "s.txt"}, 1, "s.txt"},
+        Ending{"NoFolderForTheOutput", kQuad, {"--out", "none/o.wav"}, 2, "none/o.wav"},
+        Ending{"NoFolderForThePicture", kQuad, {"--picture", "none/p.svg"}, 2, "none/p.svg"},
+        Ending{"NoFolderForTheConsole", kQuad, {"--console", "none/c.txt"}, 2, "none/c.txt"}),
+    [](const auto& ending) { return std::string(ending.param.name); });
+
+TEST_F(HostProgram, LeavesAnOlderOutputAloneWhenItFails) {
+    WriteText(folder_ / "o.wav", "older");
+    EXPECT_EQ(Run(kQuad + "at 0.5 host connect 4 1\n", {"--out", "o.wav"}).status, 2);
+    EXPECT_EQ(ReadText(folder_ / "o.wav"), "older");
+}
+
+TEST_F(HostProgram, HelpsAndTellsItsVersion) {
+    const HostRun help = RunHost(folder_, {"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char* option :
+         {"--module", "--in", "--out", "--rate", "--vector", "--duration", "--picture", "--console",
+          "--strict", "--quiet", "--loop", "--realtime", "--version"})
+        EXPECT_TRUE(std::ranges::any_of(help.console, [&](const std::string& line) {
+            return line.find(option) != std::string::npos;
+        })) << option;
+    EXPECT_EQ(RunHost(folder_, {"--version"}).console.size(), 1u);
+}
+
+}  // namespace
