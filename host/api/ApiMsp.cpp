@@ -209,6 +209,7 @@ void z_dsp_setup(t_pxobject* x, max_long nsignals) {
 }
 
 void z_dsp_free(t_pxobject* x) {
+    SetSignalInlets(&x->z_ob, 0);
     Msp& msp = TheMsp();
     const std::lock_guard lock(msp.mutex);
     msp.signalObjects.erase(x);

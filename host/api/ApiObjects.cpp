@@ -7,6 +7,7 @@
 #include "ApiThreads.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace HostApi {
 namespace {
@@ -28,8 +29,6 @@ std::map<Name, void*>& Names() {
     static auto& names = *new std::map<Name, void*>;
     return names;
 }
-
-t_atom_long GetStoredLong(const StoredValue& stored) { return atom_getlong(&stored.value); }
 
 }  // namespace
 
@@ -69,10 +68,10 @@ void NotifyClients(void* object, t_symbol* message, void* data) {
 }
 
 void DetachEverywhere(void* object, ObjectRecord& record) {
-    record.clients.clear();
-    LiveObjects& live = Live();
-    const std::lock_guard lock(live.mutex);
-    for (auto& [other, otherRecord] : live.records) std::erase(otherRecord->clients, object);
+    for (const void* target : std::exchange(record.targets, {}))
+        std::erase(FindObject(target)->clients, object);
+    for (const void* client : std::exchange(record.clients, {}))
+        std::erase(FindObject(client)->targets, object);
 }
 
 void DestroyObject(t_object* object) {
@@ -81,6 +80,7 @@ void DestroyObject(t_object* object) {
     Class& type = *record->type;
     if (record->name) NotifyClients(object, gensym("free"), nullptr);
     if (type.c_freefun) type.c_freefun(object);
+    if (record->signalInlets > 0) object_bug(object, "%s", "freed without z_dsp_free");
     object_unregister(object);
     DetachEverywhere(object, *record);
     ForgetQueued(object);
@@ -196,7 +196,7 @@ t_max_err object_obex_lookup(void* x, t_symbol* key, t_object** value) {
 t_max_err object_obex_lookuplong(void* x, t_symbol* key, t_atom_long* value) {
     const StoredValue* stored = FindStored(x, key);
     if (!stored) return MAX_ERR_GENERIC;
-    *value = GetStoredLong(*stored);
+    *value = atom_getlong(&stored->value);
     return MAX_ERR_NONE;
 }
 
@@ -251,8 +251,9 @@ t_max_err object_findregisteredbyptr(t_symbol** name_space, t_symbol** name, voi
 t_max_err object_attach_byptr(void* client, void* registered) {
     ObjectRecord* record = FindObject(registered);
     if (!record || !record->name || !FindObject(client)) return MAX_ERR_GENERIC;
-    if (std::ranges::find(record->clients, client) == record->clients.end())
-        record->clients.push_back(client);
+    if (std::ranges::find(record->clients, client) != record->clients.end()) return MAX_ERR_NONE;
+    record->clients.push_back(client);
+    FindObject(client)->targets.push_back(registered);
     return MAX_ERR_NONE;
 }
 
@@ -266,7 +267,9 @@ t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* nam
 t_max_err object_detach_byptr(void* client, void* registered) {
     ObjectRecord* record = FindObject(registered);
     if (!record) return MAX_ERR_INVALID_PTR;
-    return std::erase(record->clients, client) > 0 ? MAX_ERR_NONE : MAX_ERR_GENERIC;
+    if (std::erase(record->clients, client) == 0) return MAX_ERR_GENERIC;
+    std::erase(FindObject(client)->targets, registered);
+    return MAX_ERR_NONE;
 }
 
 t_max_err object_notify(void* x, t_symbol* message, void* data) {

@@ -63,6 +63,7 @@ struct ObjectRecord {
     t_symbol* nameSpace = nullptr;  // null while not registered
     t_symbol* name = nullptr;
     std::vector<void*> clients;  // attached to this object
+    std::vector<void*> targets;  // to which this object is attached
 };
 
 /// The record of a live object, or null.  Thread: any.

@@ -39,7 +39,8 @@ private:
     max_long previousInlet_;
 };
 
-/// How many of the inlets from the left take signals; told by the MSP side.
+/// How many of the inlets from the left take signals; told by the MSP side, 0 once it let go of the
+/// object.
 MAXAPI_EXPORT void SetSignalInlets(t_object* object, std::size_t count);
 
 }  // namespace HostApi
