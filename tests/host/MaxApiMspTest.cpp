@@ -115,6 +115,12 @@ TEST_F(SignalObject, LeavesTheChainBeforeItIsFreed) {
     MaxApiTest::TearDown();
 }
 
+TEST_F(SignalObject, FreedWithoutLeavingIsReported) {
+    object_free(doubler_);
+    EXPECT_EQ(Take(), Lines{"bug: freed without z_dsp_free"});
+    MaxApiTest::TearDown();
+}
+
 TEST_F(SignalObject, AnotherObjectCannotJoinTheChain) {
     HostApi::DspChain chain(object_, {});  // has no dsp64
     EXPECT_FALSE(chain.HasPerform());
