@@ -2,12 +2,14 @@
 // Lets control threads and an audio thread loose on the processors, for the thread sanitizer and
 // for faults that need two threads to show. Each scenario lasts about a second, times the
 // environment variable QUILO_EFFORT.
+#include "processors/VelkDspDelay.h"
 #include "processors/VelkDspSignalMatrix.h"
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -197,6 +199,30 @@ Fault ConnectionsChangeWhileAudioRuns() {
     return RunThreads(audio, {connect, move});
 }
 
+/// Through a line full of ones a one comes out, at any delay, by any kernel, from any ring.
+Fault DelaysKeepTheirHistoryWhileTheyGrow() {
+    tav::Delay delay;
+    HostBlock block(1, 1);
+    for (int blocks = 0; blocks < 200; ++blocks) block.Play(delay, HostBlock::kMostFrames);
+    const auto move = [&](std::mt19937& random) {
+        delay.SetInterpolationTime(static_cast<float>(random() % 4));
+        delay.SetDelay(static_cast<float>(random() % 1000) * 0.1f, random() % 8 == 0);
+    };
+    const auto rebuild = [&](std::mt19937& random) {
+        delay.SetMaximumDelay(static_cast<float>(random() % 10000));
+        // Not 3, the allpass: what it remembers comes from when it was last in use.
+        constexpr std::uint32_t kCodes[] = {0, 1, 2, 5, 6, 7, 8};
+        delay.SetInterpolationKind(kCodes[random() % std::size(kCodes)]);
+        delay.SetBufferSize(static_cast<unsigned>(random() % 600));
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(delay, SomeFrames());
+        const auto isOne = [](double sample, double) { return std::abs(sample - 1.0) < 1e-4; };
+        return block.AllOf(isOne) ? "" : "a gap in the line was heard";
+    };
+    return RunThreads(audio, {move, rebuild});
+}
+
 struct Scenario {
     const char* name;
     Fault (*run)();
@@ -207,6 +233,7 @@ constexpr Scenario kScenarios[] = {
     {"immediate rows are rows that were set", ImmediateRowsAreRowsThatWereSet},
     {"static rows arrive whole", StaticRowsArriveWhole},
     {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
+    {"delays keep their history while they grow", DelaysKeepTheirHistoryWhileTheyGrow},
 };
 
 }  // namespace
