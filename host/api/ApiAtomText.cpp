@@ -99,17 +99,18 @@ std::optional<t_atom> ParseNumber(std::string_view text) {
     const std::string_view digits = text.starts_with('+') ? text.substr(1) : text;
     if (digits.empty() || digits.find_first_not_of("0123456789.eE+-") != digits.npos) return {};
     if (text.starts_with('+') && digits.starts_with('-')) return {};
-    const char* const end = digits.data() + digits.size();
+    const char* const begin = digits.data();
+    const char* const end = begin + digits.size();
     t_atom atom{};
 
     long long whole = 0;
-    const auto asWhole = std::from_chars(digits.data(), end, whole);
+    const auto asWhole = std::from_chars(begin, end, whole);
     if (asWhole.ptr == end && asWhole.ec == std::errc()) {
         atom_setlong(&atom, static_cast<t_atom_long>(whole));
         return atom;
     }
     double value = 0;
-    const auto asFloat = std::from_chars(digits.data(), end, value);
+    const auto asFloat = std::from_chars(begin, end, value);
     if (asFloat.ptr != end || asFloat.ec != std::errc()) return {};
     atom_setfloat(&atom, value);
     return atom;

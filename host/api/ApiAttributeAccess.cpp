@@ -64,6 +64,7 @@ t_max_err object_attr_getnames(void* x, max_long* count, t_symbol*** names) {
     const ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
     std::vector<t_symbol*> found;
+    found.reserve(record->type->attributes.size() + record->attributes.size());
     for (const Attribute* attribute : record->type->attributes) found.push_back(attribute->name);
     for (const Attribute* attribute : record->attributes)
         if (std::ranges::find(found, attribute->name) == found.end())

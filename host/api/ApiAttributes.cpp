@@ -13,54 +13,54 @@ namespace HostApi {
 namespace {
 
 template <class T>
+void Store(char* place, T value) {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): a pointer is stored, not what it points to
+    std::memcpy(place, static_cast<const void*>(&value), sizeof(T));
+}
+
+template <class T>
+T Load(const char* place) {
+    T value{};
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): as above
+    std::memcpy(static_cast<void*>(&value), place, sizeof(T));
+    return value;
+}
+
+template <class T>
 void StoreNumber(char* place, const t_atom& atom) {
-    T value;
     if constexpr (std::is_floating_point_v<T>) {
-        value = static_cast<T>(atom_getfloat(&atom));
+        Store(place, static_cast<T>(atom_getfloat(&atom)));
     } else {
-        value = static_cast<T>(atom_getlong(&atom));
+        Store(place, static_cast<T>(atom_getlong(&atom)));
     }
-    std::memcpy(place, &value, sizeof value);
 }
 
 template <class T>
 void LoadNumber(const char* place, t_atom& atom) {
-    T value;
-    std::memcpy(&value, place, sizeof value);
     if constexpr (std::is_floating_point_v<T>) {
-        atom_setfloat(&atom, static_cast<double>(value));
+        atom_setfloat(&atom, static_cast<double>(Load<T>(place)));
     } else {
-        atom_setlong(&atom, static_cast<t_atom_long>(value));
+        atom_setlong(&atom, static_cast<t_atom_long>(Load<T>(place)));
     }
 }
 
 void StoreSymbol(char* place, const t_atom& atom) {
     // A number given to a symbol attribute is its own text.
-    t_symbol* const symbol =
-        atom.a_type == A_SYM ? atom_getsym(&atom) : gensym(AtomText(atom).c_str());
-    std::memcpy(place, &symbol, sizeof symbol);
+    Store(place, atom.a_type == A_SYM ? atom_getsym(&atom) : gensym(AtomText(atom).c_str()));
 }
 
 void LoadSymbol(const char* place, t_atom& atom) {
-    t_symbol* symbol = nullptr;
-    std::memcpy(&symbol, place, sizeof symbol);
+    auto* const symbol = Load<t_symbol*>(place);
     atom_setsym(&atom, symbol ? symbol : gensym(""));
 }
 
-void StorePointer(char* place, const t_atom& atom) {
-    void* const pointer = atom_getobj(&atom);
-    std::memcpy(place, &pointer, sizeof pointer);
-}
+void StorePointer(char* place, const t_atom& atom) { Store(place, atom_getobj(&atom)); }
 
-void LoadPointer(const char* place, t_atom& atom) {
-    void* pointer = nullptr;
-    std::memcpy(&pointer, place, sizeof pointer);
-    atom_setobj(&atom, pointer);
-}
+void LoadPointer(const char* place, t_atom& atom) { atom_setobj(&atom, Load<void*>(place)); }
 
-void StoreAtom(char* place, const t_atom& atom) { std::memcpy(place, &atom, sizeof atom); }
+void StoreAtom(char* place, const t_atom& atom) { Store(place, atom); }
 
-void LoadAtom(const char* place, t_atom& atom) { std::memcpy(&atom, place, sizeof atom); }
+void LoadAtom(const char* place, t_atom& atom) { atom = Load<t_atom>(place); }
 
 // clang-format off
 constexpr ValueType kValueTypes[] = {
@@ -90,9 +90,7 @@ t_atom Converted(const t_atom& atom, const ValueType& type) {
 
 void* ValueName(Attribute* attribute) { return attribute->name; }
 void* ValueTypeName(Attribute* attribute) { return attribute->type; }
-void* ValueFlags(Attribute* attribute) {
-    return reinterpret_cast<void*>(static_cast<std::intptr_t>(attribute->flags));
-}
+t_ptr_int ValueFlags(Attribute* attribute) { return attribute->flags; }
 void SetName(Attribute* attribute, t_symbol* name) { attribute->name = name; }
 void SetFlags(Attribute* attribute, t_ptr_int flags) {
     attribute->flags = static_cast<max_long>(flags);

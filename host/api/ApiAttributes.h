@@ -30,7 +30,7 @@ struct Clip {
 };
 
 struct Attribute : t_attr {
-    enum class Place { Record, OwnValues };
+    enum class Place : std::uint8_t { Record, OwnValues };
 
     Place place = Place::OwnValues;
     std::size_t size = 1;  // most values of an array in the record

@@ -94,14 +94,14 @@ t_class* class_new(const char* name,
     return made;
 }
 
-t_max_err class_register(t_symbol* name_space, t_class* c) {
+t_max_err class_register(t_symbol* nameSpace, t_class* c) {
     if (!c) return MAX_ERR_INVALID_PTR;
     Class& type = Inner(c);
     const std::lock_guard lock(RegisteredMutex());
-    type.nameSpace = name_space;
+    type.nameSpace = nameSpace;
     type.c_flags |= CLASS_FLAG_REGISTERED;
-    if (name_space == gensym("box")) type.c_flags |= CLASS_FLAG_BOX;
-    Registered()[{name_space, type.c_sym}] = &type;
+    if (nameSpace == gensym("box")) type.c_flags |= CLASS_FLAG_BOX;
+    Registered()[{nameSpace, type.c_sym}] = &type;
     return MAX_ERR_NONE;
 }
 
@@ -145,9 +145,9 @@ t_symbol* class_nameget(t_class* c) { return c ? c->c_sym : gensym(""); }
 
 t_symbol* class_namespace(t_class* c) { return c ? Inner(c).nameSpace : nullptr; }
 
-t_class* class_findbyname(t_symbol* name_space, t_symbol* classname) {
+t_class* class_findbyname(t_symbol* nameSpace, t_symbol* classname) {
     const std::lock_guard lock(RegisteredMutex());
-    const auto found = Registered().find({name_space, classname});
+    const auto found = Registered().find({nameSpace, classname});
     return found == Registered().end() ? nullptr : found->second;
 }
 

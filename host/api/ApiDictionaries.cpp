@@ -265,7 +265,9 @@ t_max_err dictionary_getkeys_ordered(const t_dictionary* d, max_long* count, t_s
     return MAX_ERR_NONE;
 }
 
-void dictionary_freekeys(t_dictionary*, max_long, t_symbol** keys) { sysmem_freeptr(keys); }
+void dictionary_freekeys(t_dictionary*, max_long, t_symbol** keys) {
+    sysmem_freeptr(static_cast<void*>(keys));
+}
 
 // ---- Changing
 

@@ -112,7 +112,7 @@ t_max_err CallTyped(const t_messlist& entry, const Message& message) {
 }
 
 t_max_err CallEntry(const t_messlist& entry, const Message& message, t_atom* result) {
-    const int code = entry.m_type[0];
+    const int code = static_cast<unsigned char>(entry.m_type[0]);
     switch (code) {
         case A_GIMME: CallGimme(entry.m_fun, message); return MAX_ERR_NONE;
         case A_GIMMEBACK: {
@@ -248,8 +248,8 @@ t_max_err object_setvalueof(void* x, max_long argc, t_atom* argv) {
 
 // ---- Creation
 
-void* object_new_typed(t_symbol* name_space, t_symbol* classname, max_long argc, t_atom* argv) {
-    const t_class* type = class_findbyname(name_space, classname);
+void* object_new_typed(t_symbol* nameSpace, t_symbol* classname, max_long argc, t_atom* argv) {
+    const t_class* type = class_findbyname(nameSpace, classname);
     const t_messlist* creation = type ? type->c_newmess : nullptr;
     if (!creation || !creation->m_fun) return nullptr;
     if (creation->m_type[0] == A_GIMME) {

@@ -84,5 +84,5 @@ t_ptr_size sysmem_handlesize(t_handle h) { return h ? sysmem_ptrsize(*h) : 0; }
 
 void sysmem_freehandle(t_handle h) {
     if (h) sysmem_freeptr(*h);
-    sysmem_freeptr(h);
+    sysmem_freeptr(static_cast<void*>(h));
 }

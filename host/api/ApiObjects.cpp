@@ -216,11 +216,11 @@ void object_obex_dumpout(void* x, t_symbol* s, max_long argc, t_atom* argv) {
 
 // ---- Registration and notification
 
-void* object_register(t_symbol* name_space, t_symbol* name, void* x) {
+void* object_register(t_symbol* nameSpace, t_symbol* name, void* x) {
     ObjectRecord* record = FindObject(x);
     if (!record) return nullptr;
     object_unregister(x);
-    record->nameSpace = name_space;
+    record->nameSpace = nameSpace;
     record->name = name ? name : symbol_unique();
     Names()[{record->nameSpace, record->name}] = x;
     return x;
@@ -235,15 +235,15 @@ t_max_err object_unregister(void* x) {
     return MAX_ERR_NONE;
 }
 
-void* object_findregistered(t_symbol* name_space, t_symbol* name) {
-    const auto found = Names().find({name_space, name});
+void* object_findregistered(t_symbol* nameSpace, t_symbol* name) {
+    const auto found = Names().find({nameSpace, name});
     return found == Names().end() ? nullptr : found->second;
 }
 
-t_max_err object_findregisteredbyptr(t_symbol** name_space, t_symbol** name, void* x) {
+t_max_err object_findregisteredbyptr(t_symbol** nameSpace, t_symbol** name, void* x) {
     const ObjectRecord* record = FindObject(x);
     if (!record || !record->name) return MAX_ERR_GENERIC;
-    *name_space = record->nameSpace;
+    *nameSpace = record->nameSpace;
     *name = record->name;
     return MAX_ERR_NONE;
 }
@@ -257,10 +257,10 @@ t_max_err object_attach_byptr(void* client, void* registered) {
     return MAX_ERR_NONE;
 }
 
-t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* name_space) {
+t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* nameSpace) {
     const ObjectRecord* record = FindObject(target);
     if (!record) return MAX_ERR_INVALID_PTR;
-    if (!record->name) object_register(name_space, nullptr, target);
+    if (!record->name) object_register(nameSpace, nullptr, target);
     return object_attach_byptr(client, target);
 }
 

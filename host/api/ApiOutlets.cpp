@@ -109,6 +109,7 @@ std::vector<std::string> OutletTypes(t_object* object) {
     const ObjectRecord* record = FindObject(object);
     if (!record) return {};
     std::vector<std::string> types;
+    types.reserve(record->outlets.size());
     for (const Outlet* outlet : record->outlets) types.emplace_back(outlet->type->s_name);
     std::ranges::reverse(types);  // made from right to left
     return types;

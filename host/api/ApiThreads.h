@@ -8,7 +8,7 @@
 
 namespace HostApi {
 
-enum class QueueEnd { Front, Back };
+enum class QueueEnd : std::uint8_t { Front, Back };
 
 /// Where queued work belongs: an object, and the message that asked for it if there was one.
 struct WorkKey {

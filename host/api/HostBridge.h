@@ -14,6 +14,7 @@
 #include "ext.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
@@ -24,7 +25,12 @@ namespace HostApi {
 
 // ---- Console
 
-enum class PostKind : int { Post = 0, Error = 1, Warning = 2, Bug = 3 };  // the POSTROW_ codes
+enum class PostKind : std::uint8_t {
+    Post = 0,
+    Error = 1,
+    Warning = 2,
+    Bug = 3
+};  // the POSTROW_ codes
 
 /// One row as object_post and its like made it, without line end.  object may be null.
 /// Thread: any; calls are serialised.
@@ -108,7 +114,7 @@ MAXAPI_EXPORT std::vector<t_atom> ParseAtoms(std::string_view text);
 // ---- Threads, deferred work, clocks
 
 /// What the calling thread counts as; the thread that loaded the library is Main, others Scheduler.
-enum class ThreadKind { Main, Scheduler, Audio };
+enum class ThreadKind : std::uint8_t { Main, Scheduler, Audio };
 MAXAPI_EXPORT ThreadKind CurrentThreadKind();
 
 /// The calling thread counts as another kind while this lives.
