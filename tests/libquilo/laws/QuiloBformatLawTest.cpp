@@ -25,8 +25,8 @@ TEST(BformatGains, PointAtTheSourceWithConstantEnergy) {
             EXPECT_NEAR(energy, 1.0, kTolerance);
             EXPECT_NEAR(static_cast<double>(three[1]) * 1.224744871391589, static_cast<double>(p.x),
                         kTolerance);
-            std::array<float, 4> four{};
-            BformatGains({p.x * 1e19f, p.y * 1e19f, p.z * 1e19f}, four);
+            std::array<float, 4> four{};  // so far away that the squares overflow
+            BformatGains({p.x * 3e19f, p.y * 3e19f, p.z * 3e19f}, four);
             EXPECT_NEAR(static_cast<double>(four[0]), 0.5773502691896257, kTolerance);
             const std::array<float, 3> direction{p.x, p.y, p.z};
             for (std::size_t c = 0; c < 3; ++c) {

@@ -116,6 +116,14 @@ TEST(Vbap2DGains, TurnIntensitiesIntoThePowersOfTheAmplitudes) {
     }
 }
 
+TEST(PlaneAzimuthDeg, IsNavigational) {
+    EXPECT_NEAR(PlaneAzimuthDeg({0.0, 2.0}), 0.0, 1e-5);
+    EXPECT_NEAR(PlaneAzimuthDeg({2.0, 0.0}), 90.0, 1e-5);
+    EXPECT_NEAR(PlaneAzimuthDeg({-2.0, 0.0}), -90.0, 1e-5);
+    EXPECT_NEAR(PlaneAzimuthDeg({0.0, 0.0}), 90.0, 1e-5);
+    EXPECT_NEAR(std::fabs(PlaneAzimuthDeg({0.0, -2.0})), 180.0, 1e-5);
+}
+
 // The slow search that the ring replaces: the first pair whose azimuths enclose the source's.
 TEST(SpeakerRing, FindsTheFirstEnclosingPair) {
     std::mt19937 random(7);

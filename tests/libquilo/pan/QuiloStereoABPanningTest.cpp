@@ -90,6 +90,19 @@ TEST(StereoABPanning, JumpsWhenForced) {
     EXPECT_NEAR(player.Play(64, ones)[1].back(), 2 * 0.44936, 1e-6);
 }
 
+TEST(StereoABPanning, ForgetsWhatCameBeforeAMute) {
+    StereoABPanning pan(1, 2);
+    PanPlayer player(pan, kRate);
+    pan.SetInterpolationTime(0.f);
+    pan.SetSourcePosition(0, {}, false, true);
+    player.Play(640, [](unsigned, std::size_t) { return 1.0; });
+    pan.SetSourceMute(0, true);
+    const auto silence = [](unsigned, std::size_t) { return 0.0; };
+    player.Play(64, [](unsigned, std::size_t) { return 1.0; });
+    pan.SetSourceMute(0, false);
+    for (const auto& side : player.Play(640, silence)) EXPECT_EQ(LargestStep(side), 0.0);
+}
+
 TEST(StereoABPanning, LeavesSourcesOutThatAreNotConnected) {
     StereoABPanning pan(2, 2);
     PanPlayer player(pan, kRate);
