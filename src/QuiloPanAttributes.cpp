@@ -72,8 +72,8 @@ constexpr AttributeRow kClassAttributes[] = {
 
 /// An attribute of the objects whose engine wants it. Its default is what that engine begins with.
 struct InstanceRow {
-    bool (*applies)(const Pan& engine);
-    std::vector<float> (P::*engineValues)() const;
+    bool (*applies)(const Pan& engine) = nullptr;
+    std::vector<float> (P::*engineValues)() const = nullptr;
     AttributeRow attribute;
 };
 constexpr InstanceRow kInstanceAttributes[] = {

@@ -18,8 +18,8 @@ namespace {
 
 /// What follows `source INDEX`: the whole message is kept for refusals.
 struct SourceRequest {
-    unsigned index;  // from 0, in range
-    Atoms values;    // behind the property
+    unsigned index = 0;  // from 0, in range
+    Atoms values;        // behind the property
     Atoms message;
 };
 

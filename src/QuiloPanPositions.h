@@ -29,7 +29,7 @@ inline constexpr PositionTexts kSpeakerTexts{nullptr, &kTooManySpeakerValues, tr
 
 /// A format keyword, or the default, and the values behind it.
 struct FormattedValues {
-    tav::Coordinates::Format format;
+    tav::Coordinates::Format format = tav::Coordinates::Format::Ade;
     VelkMax::Atoms values;
 };
 

@@ -88,7 +88,8 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
         return nullptr;
     }
     // A box text has fewer atoms than the API's counts of 16 bits.
-    Configure(*record.object, {argv, static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767))});
+    Configure(*record.object,
+              {argv, static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767))});
     Connect(record);
     return x;
 }

@@ -30,25 +30,25 @@ using AttributeSetter = t_max_err (*)(void*, void*, max_long, t_atom*);
 
 /// What a row needs of the object: made by Bind.
 struct AttributeAccess {
-    AttributeGetter get;
-    AttributeSetter set;
+    AttributeGetter get = nullptr;
+    AttributeSetter set = nullptr;
     Range range;
 };
 
 /// One attribute. A null text is a property that the attribute does not have.
 struct AttributeRow {
-    const char* name;
-    const char* type;  // "long", "float32" or "symbol"
-    max_long size;     // most values; 1 for a single one
-    const char* label;
-    const char* style;         // "onoff", "enum", ...
-    std::string (*choices)();  // keywords of an enum, separated by blanks
-    const char* defaultValue;  // integers as %d, floats as %.2f
-    const char* units;
-    const char* category;
-    const char* order;  // place in the inspector, from "1"
+    const char* name = nullptr;
+    const char* type = nullptr;  // "long", "float32" or "symbol"
+    max_long size = 1;           // most values; 1 for a single one
+    const char* label = nullptr;
+    const char* style = nullptr;         // "onoff", "enum", ...
+    std::string (*choices)() = nullptr;  // keywords of an enum, separated by blanks
+    const char* defaultValue = nullptr;  // integers as %d, floats as %.2f
+    const char* units = nullptr;
+    const char* category = nullptr;
+    const char* order = nullptr;  // place in the inspector, from "1"
     AttributeAccess access;
-    const char* description;
+    const char* description = nullptr;
 };
 
 /// Adds the rows to a class, properties and clip filters included.
@@ -192,6 +192,7 @@ struct ValueReader<Atoms> {
 /// Accessors from two members: `Value Get() const` and `void Set(Value)`, where Value is max_long,
 /// float, t_symbol*, std::vector<float> or, for a setter, Atoms.
 template <auto Get, auto Set, Range kRange = Range{}>
+// NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
 inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call, &SetterOf<Set, kRange>::Call, kRange};
 
 }  // namespace VelkMax

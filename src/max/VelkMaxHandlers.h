@@ -93,6 +93,7 @@ struct MessageHandler<Function> {
 
 /// The registration of `void Function(Object&)` or `void Function(Object&, Atoms)`.
 template <auto Function>
+// NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
 inline constexpr MessageRegistration Handler = &MessageHandler<Function>::Register;
 
 /// Adds the rows in their order; says which could not be added.

@@ -43,6 +43,7 @@ struct Vectors {
     /// First sample of each output.
     std::vector<double> Row() const {
         std::vector<double> row;
+        row.reserve(outputs.size());
         for (const auto& channel : outputs) row.push_back(channel.front());
         return row;
     }
