@@ -7,10 +7,37 @@
 
 #include "text/VelkDspNonblocking.h"
 
+#include <cstdint>
 #include <span>
 #include <string_view>
 
 namespace tav {
+
+/// Outputs are mixed in tiles; gains of a row are looked at a group of tiles at a time.
+inline constexpr int kTileOutputs = 6;
+inline constexpr int kLeastTileOutputs = 4;  // fewer are better mixed by lists
+inline constexpr int kGroupTiles = 8;
+inline constexpr int kGroupOutputs = kTileOutputs * kGroupTiles;  // whole vectors of every set
+
+/// A row of gains that move from `from` to `to`, by (to - from) * inverseLength each sample.
+/// A difference of kMovingGain or less is no movement, and a gain that rests at `silence` or less
+/// is silent, as are outputs whose entry in `heard` is 0; it is 1 for the others.
+inline constexpr float kMovingGain = 1e-6f;
+struct GainLine {
+    const float* from;
+    const float* to;
+    const float* heard;
+    float inverseLength;
+    float silence;
+};
+/// What there is to mix: at sample k of the line, gain + k * step. Bit o of a group's masks belongs
+/// to its output o: `audible` where gain or step is not 0, `moving` where the step is not.
+struct RowPlan {
+    float* gains;
+    float* steps;
+    std::uint64_t* audible;
+    std::uint64_t* moving;
+};
 
 /// One input in the sum of one output: its gain is `gain + w[k] * step` at sample k.
 struct MixPair {
@@ -19,11 +46,9 @@ struct MixPair {
     float step;
 };
 
-/// A panel mixes some inputs into a tile of kTileOutputs outputs, at most stripFrames samples at a
-/// time. The inputs stand in a strip: the n samples of input i at `strip + i * stripFrames`, then
-/// zeros up to the next multiple of kStripPadding. Its gains are at `gains + i * kTileOutputs`, its
-/// steps likewise.
-inline constexpr int kTileOutputs = 6;
+/// A panel mixes some inputs into a tile of outputs, at most stripFrames samples at a time. The
+/// inputs stand in a strip, made by fillStrip. Gains of input i are at `gains + i * kTileOutputs`,
+/// its steps likewise.
 inline constexpr int kStripPadding = 16;
 inline constexpr int kMostStripFrames = 64;
 struct Panel {
@@ -31,6 +56,7 @@ struct Panel {
     const float* steps;  // read by the ramped panel only
     const int* inputs;   // numInputs indices, each once
     int numInputs;
+    int numOutputs;  // kLeastTileOutputs to kTileOutputs, the rest of the gains is not read
 };
 
 /// y is always added to. Counts may be anything from 0, alignment is free, x and y do not overlap.
@@ -58,8 +84,16 @@ struct Kernels {
                           int numPairs,
                           const float* w,
                           int n) noexcept TAV_NONBLOCKING;
+    /// The n samples of each of these inputs to `strip + input * stripFrames`, then zeros up to the
+    /// next multiple of kStripPadding.
+    void (*fillStrip)(float* strip,
+                      const float* const* inputs,
+                      int offset,
+                      const int* indices,
+                      int numInputs,
+                      int n) noexcept TAV_NONBLOCKING;
     /// outputs[o][k] += sum over the inputs i of the panel of gain(i, o) * strip(i)[k]
-    /// @param outputs  kTileOutputs buffers  @param n  at most stripFrames
+    /// @param n  at most stripFrames
     void (*mixConstantPanel)(float* const* outputs,
                              const float* strip,
                              const Panel& panel,
@@ -71,6 +105,11 @@ struct Kernels {
                            const Panel& panel,
                            const float* w,
                            int n) noexcept TAV_NONBLOCKING;
+    /// Bit for bit the same in all sets. All arrays have numGroups * kGroupOutputs entries, the
+    /// masks numGroups.
+    void (*planRow)(const GainLine& line,
+                    const RowPlan& plan,
+                    int numGroups) noexcept TAV_NONBLOCKING;
     int stripFrames;  // at most kMostStripFrames
 };
 

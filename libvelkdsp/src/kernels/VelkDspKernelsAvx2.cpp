@@ -2,6 +2,7 @@
 #include "kernels/VelkDspKernelsSets.h"
 #include "kernels/VelkDspKernelsVector.h"
 
+#include <cstdint>
 #include <immintrin.h>
 
 namespace tav {
@@ -19,8 +20,17 @@ struct Avx2 {
     static void StoreFirst(float* p, Vec v, int count) { _mm256_maskstore_ps(p, Mask(count), v); }
     static Vec Broadcast(float value) { return _mm256_set1_ps(value); }
     static Vec Add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
+    static Vec Subtract(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
     static Vec Multiply(Vec a, Vec b) { return _mm256_mul_ps(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fmadd_ps(a, b, c); }
+    static Vec MagnitudeAbove(Vec v, Vec limit) {
+        const Vec magnitude = _mm256_andnot_ps(_mm256_set1_ps(-0.f), v);
+        return _mm256_cmp_ps(magnitude, limit, _CMP_GT_OQ);
+    }
+    static Vec Where(Vec mask, Vec yes, Vec no) { return _mm256_blendv_ps(no, yes, mask); }
+    static std::uint64_t Bits(Vec mask) {
+        return static_cast<std::uint64_t>(_mm256_movemask_ps(mask));
+    }
 
 private:
     static __m256i Mask(int count) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspKernels.h"
 
+#include <cmath>
+#include <cstdint>
+
 namespace tav {
 namespace {
 
@@ -55,6 +58,20 @@ void MixRampedList(float* y,
     }
 }
 
+void FillStrip(float* strip,
+               const float* const* inputs,
+               int offset,
+               const int* indices,
+               int numInputs,
+               int n) noexcept TAV_NONBLOCKING {
+    for (int index = 0; index < numInputs; ++index) {
+        const int input = indices[index];
+        float* const samples = strip + input * kStripFrames;
+        for (int k = 0; k < n; ++k) samples[k] = inputs[input][offset + k];
+        for (int k = n; k % kStripPadding != 0; ++k) samples[k] = 0.f;
+    }
+}
+
 void MixConstantPanel(float* const* outputs,
                       const float* strip,
                       const Panel& panel,
@@ -62,7 +79,7 @@ void MixConstantPanel(float* const* outputs,
     for (int index = 0; index < panel.numInputs; ++index) {
         const int input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
-        for (int o = 0; o < kTileOutputs; ++o) {
+        for (int o = 0; o < panel.numOutputs; ++o) {
             AddScaled(outputs[o], strip + input * kStripFrames, gains[o], n);
         }
     }
@@ -77,14 +94,32 @@ void MixRampedPanel(float* const* outputs,
         const int input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         const float* steps = panel.steps + input * kTileOutputs;
-        for (int o = 0; o < kTileOutputs; ++o) {
+        for (int o = 0; o < panel.numOutputs; ++o) {
             AddWeighted(outputs[o], strip + input * kStripFrames, gains[o], steps[o], w, n);
         }
     }
 }
 
-constexpr Kernels kKernels{AddScaled,        AddRamped,      MixConstantList, MixRampedList,
-                           MixConstantPanel, MixRampedPanel, kStripFrames};
+void PlanRow(const GainLine& line, const RowPlan& plan, int numGroups) noexcept TAV_NONBLOCKING {
+    for (int group = 0; group < numGroups; ++group) {
+        plan.audible[group] = plan.moving[group] = 0;
+        for (int bit = 0; bit < kGroupOutputs; ++bit) {
+            const int o = group * kGroupOutputs + bit;
+            const float difference = line.to[o] - line.from[o];
+            const bool moves = std::abs(difference) > kMovingGain;
+            const float resting = std::abs(line.to[o]) > line.silence ? line.to[o] : 0.f;
+            plan.gains[o] = (moves ? line.from[o] : resting) * line.heard[o];
+            plan.steps[o] = (moves ? difference * line.inverseLength : 0.f) * line.heard[o];
+            const std::uint64_t mask = std::uint64_t{1} << bit;
+            if (plan.steps[o] != 0.f) plan.moving[group] |= mask;
+            if (plan.steps[o] != 0.f || plan.gains[o] != 0.f) plan.audible[group] |= mask;
+        }
+    }
+}
+
+constexpr Kernels kKernels{AddScaled,      AddRamped, MixConstantList,
+                           MixRampedList,  FillStrip, MixConstantPanel,
+                           MixRampedPanel, PlanRow,   kStripFrames};
 
 }  // namespace
 

@@ -5,10 +5,14 @@
 // templates stays inside it: `S`, the set of operations, lives in an anonymous namespace there, so
 // that no code for a new processor can replace a like-named function of the rest of the program.
 // S offers Vec, kLanes, kStripVectors, Zero(), Load(p), Store(p, v), LoadFirst(p, count),
-// StoreFirst(p, v, count), Broadcast(value), Add(a, b), Multiply(a, b) and MultiplyAdd(a, b, c).
+// StoreFirst(p, v, count), Broadcast(value), Add(a, b), Subtract(a, b), Multiply(a, b),
+// MultiplyAdd(a, b, c), MagnitudeAbove(v, limit) that gives a mask, Where(mask, yes, no) and
+// Bits(mask), lane 0 in the lowest bit.
 #pragma once
 
 #include "kernels/VelkDspKernels.h"
+
+#include <cstdint>
 
 namespace tav {
 
@@ -104,12 +108,38 @@ public:
         });
     }
 
+    static void FillStrip(float* strip,
+                          const float* const* inputs,
+                          int offset,
+                          const int* indices,
+                          int numInputs,
+                          int n) noexcept TAV_NONBLOCKING {
+        const int whole = n / S::kLanes * S::kLanes;
+        const int padded = (n + kStripPadding - 1) / kStripPadding * kStripPadding;
+        for (const int* index = indices; index != indices + numInputs; ++index) {
+            float* const samples = strip + *index * kStripFrames;
+            const float* const input = inputs[*index] + offset;
+            int k = 0;
+            for (; k < whole; k += S::kLanes) S::Store(samples + k, S::Load(input + k));
+            if (k < n) {
+                S::Store(samples + k, S::LoadFirst(input + k, n - k));
+                k += S::kLanes;
+            }
+            for (; k < padded; k += S::kLanes) S::Store(samples + k, S::Zero());
+        }
+    }
+
     static void MixConstantPanel(float* const* outputs,
                                  const float* strip,
                                  const Panel& panel,
                                  int n) noexcept TAV_NONBLOCKING {
         OverStrip(n, [&](auto vectors) {
-            ConstantTile<decltype(vectors)::kCount>(outputs, strip, panel, n);
+            constexpr int kVectors = decltype(vectors)::kCount;
+            switch (panel.numOutputs) {
+                case 4: return ConstantTile<4, kVectors>(outputs, strip, panel, n);
+                case 5: return ConstantTile<5, kVectors>(outputs, strip, panel, n);
+                default: return ConstantTile<6, kVectors>(outputs, strip, panel, n);
+            }
         });
     }
 
@@ -118,24 +148,68 @@ public:
                                const Panel& panel,
                                const float* w,
                                int n) noexcept TAV_NONBLOCKING {
+        // Half a tile at a time: an output needs two sums, and they have to stay in registers.
         OverStrip(n, [&](auto vectors) {
-            constexpr int kCount = decltype(vectors)::kCount;
-            for (int first = 0; first < kTileOutputs; first += kRampedOutputs) {
-                RampedTile<kCount>(outputs + first, strip, panel, first, w, n);
+            constexpr int kVectors = decltype(vectors)::kCount;
+            if (panel.numOutputs == 4) {
+                RampedTile<0, 2, kVectors>(outputs, strip, panel, w, n);
+                RampedTile<2, 2, kVectors>(outputs, strip, panel, w, n);
+                return;
+            }
+            RampedTile<0, 3, kVectors>(outputs, strip, panel, w, n);
+            if (panel.numOutputs == 5) {
+                RampedTile<3, 2, kVectors>(outputs, strip, panel, w, n);
+            } else {
+                RampedTile<3, 3, kVectors>(outputs, strip, panel, w, n);
             }
         });
     }
 
-    static constexpr Kernels kKernels{AddScaled,     AddRamped,        MixConstantList,
-                                      MixRampedList, MixConstantPanel, MixRampedPanel,
-                                      kStripFrames};
+    static void PlanRow(const GainLine& line,
+                        const RowPlan& plan,
+                        int numGroups) noexcept TAV_NONBLOCKING {
+        const Vec inverse = S::Broadcast(line.inverseLength);
+        const Vec silence = S::Broadcast(line.silence);
+        const Vec stillness = S::Broadcast(kMovingGain);
+        for (int group = 0; group < numGroups; ++group) {
+            std::uint64_t audible = 0;
+            std::uint64_t moving = 0;
+            for (int bit = 0; bit < kGroupOutputs; bit += S::kLanes) {
+                const int o = group * kGroupOutputs + bit;
+                const Vec from = S::Load(line.from + o);
+                const Vec to = S::Load(line.to + o);
+                const Vec heard = S::Load(line.heard + o);
+                const Vec difference = S::Subtract(to, from);
+                const auto moves = S::MagnitudeAbove(difference, stillness);
+                const Vec resting = S::Where(S::MagnitudeAbove(to, silence), to, S::Zero());
+                const Vec gain = S::Multiply(S::Where(moves, from, resting), heard);
+                const Vec step = S::Multiply(
+                    S::Where(moves, S::Multiply(difference, inverse), S::Zero()), heard);
+                S::Store(plan.gains + o, gain);
+                S::Store(plan.steps + o, step);
+                const std::uint64_t gains = S::Bits(S::MagnitudeAbove(gain, S::Zero()));
+                const std::uint64_t steps = S::Bits(S::MagnitudeAbove(step, S::Zero()));
+                moving |= steps << bit;
+                audible |= (gains | steps) << bit;
+            }
+            plan.audible[group] = audible;
+            plan.moving[group] = moving;
+        }
+    }
+
+    static constexpr Kernels kKernels{AddScaled,      AddRamped, MixConstantList,
+                                      MixRampedList,  FillStrip, MixConstantPanel,
+                                      MixRampedPanel, PlanRow,   kStripFrames};
 
 private:
     using Vec = typename S::Vec;
     template <int count>
     using Vecs = Vec[static_cast<unsigned>(count)];
+    template <int rows, int columns>
+    using Table = Vec[static_cast<unsigned>(rows)][static_cast<unsigned>(columns)];
     static constexpr int kListVectors = 4;
-    static constexpr int kRampedOutputs = kTileOutputs / 2;  // two sums each fill the registers
+    static_assert(kGroupOutputs % S::kLanes == 0 && kStripPadding % S::kLanes == 0);
+    static_assert(kLeastTileOutputs == 4 && kTileOutputs == 6);  // the cases of the panels
     static constexpr float kLaneIndex[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
     /// All lanes of a vector lie inside the block.
@@ -187,12 +261,12 @@ private:
         First{n - at}.Add(y + at, sums[kVectors - 1]);
     }
 
-    template <int kVectors>
+    template <int kOutputs, int kVectors>
     static void ConstantTile(float* const* outputs,
                              const float* strip,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING {
-        Vecs<kVectors> sums[kTileOutputs];
+        Table<kOutputs, kVectors> sums;
         for (auto& output : sums) {
             for (Vec& sum : output) sum = S::Zero();
         }
@@ -202,36 +276,36 @@ private:
             const float* gains = panel.gains + *input * kTileOutputs;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
-            for (int o = 0; o < kTileOutputs; ++o) {
+            for (int o = 0; o < kOutputs; ++o) {
                 const Vec gain = S::Broadcast(gains[o]);
                 for (int v = 0; v < kVectors; ++v) {
                     sums[o][v] = S::MultiplyAdd(gain, samples[v], sums[o][v]);
                 }
             }
         }
-        for (int o = 0; o < kTileOutputs; ++o) AddSums<kVectors>(outputs[o], sums[o], n);
+        for (int o = 0; o < kOutputs; ++o) AddSums<kVectors>(outputs[o], sums[o], n);
     }
 
-    template <int kVectors>
+    /// Outputs kFirst to kFirst + kOutputs - 1 of the panel.
+    template <int kFirst, int kOutputs, int kVectors>
     static void RampedTile(float* const* outputs,
                            const float* strip,
                            const Panel& panel,
-                           int firstOutput,
                            const float* w,
                            int n) noexcept TAV_NONBLOCKING {
-        Vecs<kVectors> bases[kRampedOutputs];
-        Vecs<kVectors> slopes[kRampedOutputs];
-        for (int o = 0; o < kRampedOutputs; ++o) {
+        Table<kOutputs, kVectors> bases;
+        Table<kOutputs, kVectors> slopes;
+        for (int o = 0; o < kOutputs; ++o) {
             for (int v = 0; v < kVectors; ++v) bases[o][v] = slopes[o][v] = S::Zero();
         }
         const int* const end = panel.inputs + panel.numInputs;
         for (const int* input = panel.inputs; input != end; ++input) {
             const float* x = strip + *input * kStripFrames;
-            const float* gains = panel.gains + *input * kTileOutputs + firstOutput;
-            const float* steps = panel.steps + *input * kTileOutputs + firstOutput;
+            const float* gains = panel.gains + *input * kTileOutputs + kFirst;
+            const float* steps = panel.steps + *input * kTileOutputs + kFirst;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
-            for (int o = 0; o < kRampedOutputs; ++o) {
+            for (int o = 0; o < kOutputs; ++o) {
                 const Vec gain = S::Broadcast(gains[o]);
                 const Vec step = S::Broadcast(steps[o]);
                 for (int v = 0; v < kVectors; ++v) {
@@ -240,12 +314,12 @@ private:
                 }
             }
         }
-        for (int o = 0; o < kRampedOutputs; ++o) {
+        for (int o = 0; o < kOutputs; ++o) {
             for (int v = 0; v < kVectors; ++v) {
                 const Vec weight = S::Load(w + v * S::kLanes);
                 bases[o][v] = S::MultiplyAdd(weight, slopes[o][v], bases[o][v]);
             }
-            AddSums<kVectors>(outputs[o], bases[o], n);
+            AddSums<kVectors>(outputs[kFirst + o], bases[o], n);
         }
     }
 };

@@ -5,6 +5,7 @@
 #include "processors/VelkDspAudioProcessorBase.h"
 #include "processors/VelkDspInletsActivity.h"
 
+#include <cstdint>
 #include <span>
 
 namespace tav {
@@ -55,6 +56,9 @@ public:
     bool AutoMute() const noexcept { return own_.AutoMute(); }
     /// Seconds
     float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
+
+    /// Moves after any of the flags in force (13 to 16) has changed.  Thread: any.
+    std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING { return inForce_->Changes(); }
 
     /// This block reads the activity flags of `owner` from now on and analyses nothing itself (the
     /// gain matrix inside a panner). `owner` outlives this block.  Thread: control, audio stopped.

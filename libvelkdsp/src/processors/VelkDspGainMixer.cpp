@@ -2,16 +2,27 @@
 #include "processors/VelkDspGainMixer.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <bit>
 #include <cstddef>
 
 namespace tav {
 namespace {
 
-// An input with fewer pairs in a tile costs less in the lists of its outputs.
-constexpr int kLeastPanelPairs = 4;
-
 constexpr unsigned kTile = kTileOutputs;
+constexpr unsigned kGroup = kGroupOutputs;
+constexpr std::uint64_t kTileMask = (std::uint64_t{1} << kTile) - 1;
+
+constexpr unsigned RoundedUp(unsigned count, unsigned unit) { return (count + unit - 1) / unit; }
+
+/// How many of a tile's outputs a mask holds.
+constexpr auto kTileCounts = [] {
+    std::array<std::uint8_t, kTileMask + 1> counts{};
+    for (std::size_t mask = 1; mask < counts.size(); ++mask) {
+        counts[mask] = static_cast<std::uint8_t>(counts[mask / 2] + mask % 2);
+    }
+    return counts;
+}();
 
 }  // namespace
 
@@ -19,169 +30,169 @@ GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& ker
     : kernels_(kernels),
       numInputs_(numInputs),
       numOutputs_(numOutputs),
-      numTiles_((numOutputs + kTile - 1) / kTile),
+      numTiles_(RoundedUp(numOutputs, kTile)),
+      numGroups_(RoundedUp(numOutputs, kGroup)),
       active_(numInputs, 1),
-      connected_(numOutputs, 1),
+      heard_(RowLength(numOutputs)),
       gains_(std::size_t{numTiles_} * numInputs * kTile),
       steps_(gains_.size()),
-      routes_(std::size_t{numTiles_} * numInputs, Route::Silent),
-      tileStale_(numTiles_),
-      panelCounts_(numTiles_),
-      constantRows_(std::size_t{numTiles_} * numInputs),
-      rampedRows_(std::size_t{numTiles_} * numInputs),
+      audible_(std::size_t{numGroups_} * numInputs),
+      listed_(audible_.size()),
+      routes_(audible_.size() * kGroupTiles, Route::Silent),
       listCounts_(numOutputs),
       pairs_(std::size_t{numOutputs} * numInputs),
+      panelCounts_(numTiles_),
+      constantInputs_(std::size_t{numTiles_} * numInputs),
+      rampedInputs_(constantInputs_.size()),
       panelInputs_(numInputs),
-      rowGains_(std::size_t{numTiles_} * kTile),
-      rowSteps_(rowGains_.size()),
-      strip_(std::size_t{numInputs} * static_cast<unsigned>(kernels_.stripFrames)) {}
+      rowGains_(heard_.size()),
+      rowSteps_(heard_.size()),
+      rowAudible_(numGroups_),
+      rowMoving_(numGroups_),
+      strip_(std::size_t{numInputs} * static_cast<unsigned>(kernels.stripFrames)) {
+    std::fill_n(heard_.begin(), numOutputs, 1.f);
+}
+
+std::size_t GainMixer::RowLength(unsigned numOutputs) noexcept TAV_NONBLOCKING {
+    return std::size_t{RoundedUp(numOutputs, kGroup)} * kGroup;
+}
 
 std::size_t GainMixer::Slot(unsigned tile, unsigned input) const noexcept TAV_NONBLOCKING {
-    return std::size_t{tile} * numInputs_ + input;
+    return (std::size_t{tile} * numInputs_ + input) * kTile;
 }
 
 void GainMixer::SetRow(unsigned input,
-                       std::span<const float> from,
-                       std::span<const float> to,
-                       float inverseLength) noexcept TAV_NONBLOCKING {
-    for (unsigned o = 0; o < numOutputs_; ++o) {
-        const float difference = to[o] - from[o];
-        const bool moves = std::abs(difference) > kMovingGain;
-        const float resting = std::abs(to[o]) > kAudibleGain ? to[o] : 0.f;
-        rowGains_[o] = moves ? from[o] : resting;
-        rowSteps_[o] = moves ? difference * inverseLength : 0.f;
-    }
-    Repack(input);
-}
-
-void GainMixer::SetRow(unsigned input,
-                       std::span<const float> gains,
+                       const float* from,
+                       const float* to,
+                       float inverseLength,
                        float silence) noexcept TAV_NONBLOCKING {
-    for (unsigned o = 0; o < numOutputs_; ++o) {
-        rowGains_[o] = std::abs(gains[o]) > silence ? gains[o] : 0.f;
-        rowSteps_[o] = 0.f;
-    }
-    Repack(input);
+    kernels_.planRow({from, to, heard_.data(), inverseLength, silence},
+                     {rowGains_.data(), rowSteps_.data(), rowAudible_.data(), rowMoving_.data()},
+                     static_cast<int>(numGroups_));
+    for (unsigned group = 0; group < numGroups_; ++group) RouteGroup(input, group);
 }
 
-/// Moves the row from scratch to the input's slots.
-void GainMixer::Repack(unsigned input) noexcept TAV_NONBLOCKING {
-    for (unsigned o = 0; o < numOutputs_; ++o) {
-        if (connected_[o] == 0) rowGains_[o] = rowSteps_[o] = 0.f;
-    }
-    for (unsigned tile = 0; tile < numTiles_; ++tile) {
-        const std::size_t slot = Slot(tile, input) * kTile;
-        std::copy_n(&rowGains_[std::size_t{tile} * kTile], kTile, &gains_[slot]);
-        std::copy_n(&rowSteps_[std::size_t{tile} * kTile], kTile, &steps_[slot]);
-        RouteTile(tile, input);
-    }
+GainMixer::Route GainMixer::RouteOf(Mask audible, Mask moving) noexcept TAV_NONBLOCKING {
+    if (audible == 0) return Route::Silent;
+    // Fewer pairs cost less in the lists of their outputs.
+    if (kTileCounts[audible] < kLeastTileOutputs) return Route::Lists;
+    return moving == 0 ? Route::ConstantPanel : Route::RampedPanel;
 }
 
-void GainMixer::RouteTile(unsigned tile, unsigned input) noexcept TAV_NONBLOCKING {
-    const std::size_t slot = Slot(tile, input);
-    int audible = 0;
-    int moving = 0;
-    for (std::size_t at = slot * kTile; at < (slot + 1) * kTile; ++at) {
-        audible += (gains_[at] != 0.f || steps_[at] != 0.f) ? 1 : 0;
-        moving += steps_[at] != 0.f ? 1 : 0;
+/// Moves a group of the planned row to its slots.
+void GainMixer::RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING {
+    const std::size_t at = std::size_t{input} * numGroups_ + group;
+    if (rowAudible_[group] == 0 && audible_[at] == 0) return;
+    Mask listed = 0;
+    for (unsigned t = 0; t < kGroupTiles; ++t) {
+        const unsigned shift = t * kTile;
+        const Mask audible = (rowAudible_[group] >> shift) & kTileMask;
+        const Route route = RouteOf(audible, (rowMoving_[group] >> shift) & kTileMask);
+        if (route != Route::Silent) {
+            const std::size_t slot = Slot(group * kGroupTiles + t, input);
+            std::copy_n(&rowGains_[group * kGroup + shift], kTile, &gains_[slot]);
+            std::copy_n(&rowSteps_[group * kGroup + shift], kTile, &steps_[slot]);
+        }
+        if (route == Route::Lists) listed |= audible << shift;
+        Route& before = routes_[at * kGroupTiles + t];
+        // A panel reads the slots themselves, so that it is stale only when inputs come and go.
+        const bool panelConcerned = std::max(route, before) >= Route::ConstantPanel;
+        if (route != before && panelConcerned) panelsStale_ = true;
+        before = route;
     }
-    Route route = Route::Silent;
-    if (audible >= kLeastPanelPairs) {
-        route = moving > 0 ? Route::RampedPanel : Route::ConstantPanel;
-    } else if (audible > 0) {
-        route = Route::Lists;
-    }
-    const bool same = route == routes_[slot] && route != Route::Lists;
-    routes_[slot] = route;
-    if (same) return;  // the panels read the slot itself
-    tileStale_[tile] = 1;
-    stale_ = true;
+    if ((listed | listed_[at]) != 0) listsStale_ = true;
+    listed_[at] = listed;
+    audible_[at] = rowAudible_[group];
 }
 
 void GainMixer::SetActive(unsigned input, bool active) noexcept TAV_NONBLOCKING {
     if ((active_[input] != 0) == active) return;
     active_[input] = active ? 1 : 0;
-    for (unsigned tile = 0; tile < numTiles_; ++tile) {
-        if (routes_[Slot(tile, input)] == Route::Silent) continue;
-        tileStale_[tile] = 1;
-        stale_ = true;
-    }
+    listsStale_ = true;
+    panelsStale_ = true;
 }
 
 bool GainMixer::SetConnected(unsigned output, bool connected) noexcept TAV_NONBLOCKING {
-    if ((connected_[output] != 0) == connected) return false;
-    connected_[output] = connected ? 1 : 0;
+    const float heard = connected ? 1.f : 0.f;
+    if (heard_[output] == heard) return false;
+    heard_[output] = heard;
     return true;
 }
 
-void GainMixer::Rebuild() noexcept TAV_NONBLOCKING {
-    if (!stale_) return;
-    stale_ = false;
-    anyRamped_ = false;
-    for (unsigned tile = 0; tile < numTiles_; ++tile) {
-        if (tileStale_[tile] != 0) RebuildTile(tile);
-        tileStale_[tile] = 0;
-        anyRamped_ = anyRamped_ || panelCounts_[tile].ramped > 0;
-    }
-    for (const Counts& counts : listCounts_) anyRamped_ = anyRamped_ || counts.ramped > 0;
-    CollectPanelInputs();
-}
-
-void GainMixer::RebuildTile(unsigned tile) noexcept TAV_NONBLOCKING {
-    Counts& panel = panelCounts_[tile];
-    panel = {};
-    const unsigned lastOutput = std::min((tile + 1) * kTile, numOutputs_);
-    for (unsigned o = tile * kTile; o < lastOutput; ++o) listCounts_[o] = {};
-    int* const constantRows = constantRows_.data() + Slot(tile, 0);
-    int* const rampedRows = rampedRows_.data() + Slot(tile, 0);
+void GainMixer::RebuildLists() noexcept TAV_NONBLOCKING {
+    listsStale_ = false;
+    anyRampedList_ = false;
+    std::ranges::fill(listCounts_, Counts{});
     for (unsigned input = 0; input < numInputs_; ++input) {
         if (active_[input] == 0) continue;
-        switch (routes_[Slot(tile, input)]) {
-            case Route::Silent: break;
-            case Route::Lists: AddPairs(tile, input); break;
-            case Route::ConstantPanel:
-                constantRows[panel.constant++] = static_cast<int>(input);
-                break;
-            case Route::RampedPanel: rampedRows[panel.ramped++] = static_cast<int>(input); break;
+        for (unsigned group = 0; group < numGroups_; ++group) {
+            Mask listed = listed_[std::size_t{input} * numGroups_ + group];
+            for (; listed != 0; listed &= listed - 1) {
+                AddPair(input, group * kGroup + static_cast<unsigned>(std::countr_zero(listed)));
+            }
         }
     }
 }
 
-void GainMixer::AddPairs(unsigned tile, unsigned input) noexcept TAV_NONBLOCKING {
-    const std::size_t slot = Slot(tile, input) * kTile;
-    const unsigned lastOutput = std::min((tile + 1) * kTile, numOutputs_);
-    for (unsigned o = tile * kTile; o < lastOutput; ++o) {
-        const std::size_t at = slot + (o - tile * kTile);
-        const MixPair pair{static_cast<int>(input), gains_[at], steps_[at]};
-        MixPair* const first = pairs_.data() + std::size_t{o} * numInputs_;
-        if (pair.step != 0.f) {
-            first[numInputs_ - 1 - static_cast<unsigned>(listCounts_[o].ramped++)] = pair;
-        } else if (pair.gain != 0.f) {
-            first[listCounts_[o].constant++] = pair;
-        }
+void GainMixer::AddPair(unsigned input, unsigned output) noexcept TAV_NONBLOCKING {
+    const std::size_t at = Slot(output / kTile, input) + output % kTile;
+    const MixPair pair{static_cast<int>(input), gains_[at], steps_[at]};
+    MixPair* const first = &pairs_[std::size_t{output} * numInputs_];
+    Counts& counts = listCounts_[output];
+    if (pair.step != 0.f) {
+        first[numInputs_ - static_cast<unsigned>(++counts.ramped)] = pair;
+        anyRampedList_ = true;
+    } else {
+        first[counts.constant++] = pair;
     }
 }
 
-void GainMixer::CollectPanelInputs() noexcept TAV_NONBLOCKING {
+void GainMixer::RebuildPanels() noexcept TAV_NONBLOCKING {
+    panelsStale_ = false;
+    anyRampedPanel_ = false;
     numPanelInputs_ = 0;
+    std::ranges::fill(panelCounts_, Counts{});
     for (unsigned input = 0; input < numInputs_; ++input) {
-        if (active_[input] == 0) continue;
-        for (unsigned tile = 0; tile < numTiles_; ++tile) {
-            if (routes_[Slot(tile, input)] < Route::ConstantPanel) continue;
-            panelInputs_[static_cast<unsigned>(numPanelInputs_++)] = static_cast<int>(input);
-            break;
+        if (active_[input] == 0 || !AddToPanels(input)) continue;
+        panelInputs_[static_cast<unsigned>(numPanelInputs_++)] = static_cast<int>(input);
+    }
+}
+
+/// @return whether any panel has the input
+bool GainMixer::AddToPanels(unsigned input) noexcept TAV_NONBLOCKING {
+    bool any = false;
+    for (unsigned group = 0; group < numGroups_; ++group) {
+        const std::size_t at = std::size_t{input} * numGroups_ + group;
+        if (audible_[at] == listed_[at]) continue;
+        for (unsigned t = 0; t < kGroupTiles; ++t) {
+            const Route route = routes_[at * kGroupTiles + t];
+            if (route < Route::ConstantPanel) continue;
+            const unsigned tile = group * kGroupTiles + t;
+            const std::size_t first = std::size_t{tile} * numInputs_;
+            Counts& counts = panelCounts_[tile];
+            any = true;
+            if (route == Route::ConstantPanel) {
+                constantInputs_[first + static_cast<unsigned>(counts.constant++)] =
+                    static_cast<int>(input);
+            } else {
+                rampedInputs_[first + static_cast<unsigned>(counts.ramped++)] =
+                    static_cast<int>(input);
+                anyRampedPanel_ = true;
+            }
         }
     }
+    return any;
 }
 
 void GainMixer::Mix(float* const* outputs,
                     const float* const* inputs,
                     int offset,
                     const RampPiece& piece) noexcept TAV_NONBLOCKING {
-    Rebuild();
+    if (listsStale_) RebuildLists();
+    if (panelsStale_) RebuildPanels();
     for (int done = 0; done < piece.frames; done += kMostFrames) {
         const int frames = std::min(piece.frames - done, kMostFrames);
-        if (anyRamped_) FillWeights(piece, done, frames);
+        if (anyRampedList_ || anyRampedPanel_) FillWeights(piece, done, frames);
         MixLists(outputs, inputs, offset + done, frames);
         if (numPanelInputs_ > 0) MixPanels(outputs, inputs, offset + done, frames);
     }
@@ -208,8 +219,9 @@ void GainMixer::MixLists(float* const* outputs,
                          int offset,
                          int frames) noexcept TAV_NONBLOCKING {
     for (unsigned o = 0; o < numOutputs_; ++o) {
-        const Counts& counts = listCounts_[o];
-        const MixPair* const first = pairs_.data() + std::size_t{o} * numInputs_;
+        const Counts counts = listCounts_[o];
+        if (counts.constant + counts.ramped == 0) continue;
+        const MixPair* const first = &pairs_[std::size_t{o} * numInputs_];
         if (counts.constant > 0) {
             kernels_.mixConstantList(outputs[o] + offset, inputs, offset, first, counts.constant,
                                      frames);
@@ -228,48 +240,39 @@ void GainMixer::MixPanels(float* const* outputs,
                           int frames) noexcept TAV_NONBLOCKING {
     for (int done = 0; done < frames; done += kernels_.stripFrames) {
         const int count = std::min(frames - done, kernels_.stripFrames);
-        FillStrip(inputs, offset + done, count);
-        MixStrip(outputs, offset + done, weights_.data() + done, count);
+        kernels_.fillStrip(strip_.data(), inputs, offset + done, panelInputs_.data(),
+                           numPanelInputs_, count);
+        for (unsigned tile = 0; tile < numTiles_; ++tile) {
+            MixTile(tile, outputs, offset + done, weights_.data() + done, count);
+        }
     }
 }
 
-void GainMixer::FillStrip(const float* const* inputs,
-                          int offset,
-                          int frames) noexcept TAV_NONBLOCKING {
-    const int padded = (frames + kStripPadding - 1) / kStripPadding * kStripPadding;
-    for (int index = 0; index < numPanelInputs_; ++index) {
-        const int input = panelInputs_[static_cast<unsigned>(index)];
-        float* const samples = strip_.data() + input * kernels_.stripFrames;
-        std::copy_n(inputs[input] + offset, frames, samples);
-        std::fill(samples + frames, samples + padded, 0.f);
-    }
-}
-
-void GainMixer::MixStrip(float* const* outputs,
-                         int offset,
-                         const float* weights,
-                         int frames) noexcept TAV_NONBLOCKING {
+void GainMixer::MixTile(unsigned tile,
+                        float* const* outputs,
+                        int offset,
+                        const float* weights,
+                        int frames) noexcept TAV_NONBLOCKING {
+    const Counts counts = panelCounts_[tile];
+    if (counts.constant + counts.ramped == 0) return;
+    const unsigned numOutputs = std::min(numOutputs_ - tile * kTile, kTile);
     std::array<float*, kTile> tileOutputs;
-    for (unsigned tile = 0; tile < numTiles_; ++tile) {
-        const Counts& counts = panelCounts_[tile];
-        if (counts.constant + counts.ramped == 0) continue;
-        for (unsigned o = 0; o < kTile; ++o) {
-            const unsigned output = tile * kTile + o;
-            const bool heard = output < numOutputs_ && connected_[output] != 0;
-            tileOutputs[o] = heard ? outputs[output] + offset : unheard_.data();
-        }
-        const std::size_t slot = Slot(tile, 0);
-        Panel panel{&gains_[slot * kTile], &steps_[slot * kTile], nullptr, 0};
-        if (counts.constant > 0) {
-            panel.inputs = &constantRows_[slot];
-            panel.numInputs = counts.constant;
-            kernels_.mixConstantPanel(tileOutputs.data(), strip_.data(), panel, frames);
-        }
-        if (counts.ramped > 0) {
-            panel.inputs = &rampedRows_[slot];
-            panel.numInputs = counts.ramped;
-            kernels_.mixRampedPanel(tileOutputs.data(), strip_.data(), panel, weights, frames);
-        }
+    for (unsigned o = 0; o < numOutputs; ++o) {
+        const unsigned output = tile * kTile + o;
+        tileOutputs[o] = heard_[output] != 0.f ? outputs[output] + offset : unheard_.data();
+    }
+    const std::size_t slot = Slot(tile, 0);
+    const std::size_t first = std::size_t{tile} * numInputs_;
+    Panel panel{&gains_[slot], &steps_[slot], nullptr, 0, static_cast<int>(numOutputs)};
+    if (counts.constant > 0) {
+        panel.inputs = &constantInputs_[first];
+        panel.numInputs = counts.constant;
+        kernels_.mixConstantPanel(tileOutputs.data(), strip_.data(), panel, frames);
+    }
+    if (counts.ramped > 0) {
+        panel.inputs = &rampedInputs_[first];
+        panel.numInputs = counts.ramped;
+        kernels_.mixRampedPanel(tileOutputs.data(), strip_.data(), panel, weights, frames);
     }
 }
 

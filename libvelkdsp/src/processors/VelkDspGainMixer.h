@@ -12,37 +12,38 @@
 #include "text/VelkDspNonblocking.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 namespace tav {
 
-/// Which part of a ramp segment a piece of audio lies in: its gains are `start + w * step`, where w
-/// runs in a line from `position` at the first sample to `position + frames` at the last one. Hence
-/// the gain at a place where two pieces meet sounds twice; one sample alone takes the later one.
+/// Which part of a ramp segment a piece of audio is: its gains are `from + w * step`, where w runs
+/// in a line from `position` at the first sample to `position + frames` at the last one. Hence the
+/// gain at a place where two pieces meet sounds twice; one sample alone takes the later one.
 struct RampPiece {
     std::int32_t position = 0;  // samples of the segment that were played before
     int frames = 0;
 };
 
-/// inputs x outputs gains.  Thread: audio, but for the constructor; no allocation after it.
+/// inputs x outputs gains, all 0 at first.
+/// Thread: audio, but for the constructor; no allocation after it.
 class GainMixer {
 public:
-    static constexpr float kAudibleGain = 1e-4f;  // up to here, a resting gain is silence
-    static constexpr float kMovingGain = 1e-6f;   // up to here, a difference is no movement
+    static constexpr float kAudibleGain = 1e-4f;  // up to here, a gain that rests is silence
 
     GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& kernels);
 
-    /// The input glides from `from` to `to`, by (to - from) * inverseLength each sample.
-    /// Pairs with unconnected outputs are dropped: connect them first.
+    /// How many floats a row of gains has: one per output, and zeros up to whole groups.
+    static std::size_t RowLength(unsigned numOutputs) noexcept TAV_NONBLOCKING;
+
+    /// The input glides from `from` to `to`, or rests there when both are the same.
+    /// @param from, to  RowLength gains
+    /// @param inverseLength  1 / samples of the glide
     void SetRow(unsigned input,
-                std::span<const float> from,
-                std::span<const float> to,
-                float inverseLength) noexcept TAV_NONBLOCKING;
-    /// The input rests at `gains`, where their magnitude is above `silence`.
-    void SetRow(unsigned input,
-                std::span<const float> gains,
+                const float* from,
+                const float* to,
+                float inverseLength,
                 float silence = kAudibleGain) noexcept TAV_NONBLOCKING;
 
     /// Inactive inputs are not read. All are active at first.
@@ -63,14 +64,15 @@ private:
         int constant = 0;
         int ramped = 0;
     };
+    using Mask = std::uint64_t;              // a bit per output of a group
     static constexpr int kMostFrames = 512;  // mixed at once
 
-    void Repack(unsigned input) noexcept TAV_NONBLOCKING;
-    void RouteTile(unsigned tile, unsigned input) noexcept TAV_NONBLOCKING;
-    void Rebuild() noexcept TAV_NONBLOCKING;
-    void RebuildTile(unsigned tile) noexcept TAV_NONBLOCKING;
-    void AddPairs(unsigned tile, unsigned input) noexcept TAV_NONBLOCKING;
-    void CollectPanelInputs() noexcept TAV_NONBLOCKING;
+    static Route RouteOf(Mask audible, Mask moving) noexcept TAV_NONBLOCKING;
+    void RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING;
+    void RebuildLists() noexcept TAV_NONBLOCKING;
+    void AddPair(unsigned input, unsigned output) noexcept TAV_NONBLOCKING;
+    void RebuildPanels() noexcept TAV_NONBLOCKING;
+    bool AddToPanels(unsigned input) noexcept TAV_NONBLOCKING;
     void FillWeights(const RampPiece& piece, int first, int count) noexcept TAV_NONBLOCKING;
     void MixLists(float* const* outputs,
                   const float* const* inputs,
@@ -80,45 +82,51 @@ private:
                    const float* const* inputs,
                    int offset,
                    int frames) noexcept TAV_NONBLOCKING;
-    void FillStrip(const float* const* inputs, int offset, int frames) noexcept TAV_NONBLOCKING;
-    void MixStrip(float* const* outputs,
-                  int offset,
-                  const float* weights,
-                  int frames) noexcept TAV_NONBLOCKING;
+    void MixTile(unsigned tile,
+                 float* const* outputs,
+                 int offset,
+                 const float* weights,
+                 int frames) noexcept TAV_NONBLOCKING;
+    /// The first of the six gains, or steps, of an input in a tile.
     std::size_t Slot(unsigned tile, unsigned input) const noexcept TAV_NONBLOCKING;
 
     const Kernels& kernels_;
     const unsigned numInputs_;
     const unsigned numOutputs_;
     const unsigned numTiles_;
-    std::vector<std::uint8_t> active_;     // per input
-    std::vector<std::uint8_t> connected_;  // per output
+    const unsigned numGroups_;
+    std::vector<std::uint8_t> active_;  // per input
+    std::vector<float> heard_;          // per output: 1 when connected; then zeros
 
-    // One slot per tile and input, tile by tile: kTileOutputs gains and steps, 0 where silent.
+    // What there is to mix. Slots: tile by tile, input by input; those of silent tiles are stale.
     std::vector<float> gains_;
     std::vector<float> steps_;
-    std::vector<Route> routes_;
-    std::vector<std::uint8_t> tileStale_;
-    bool stale_ = false;
+    std::vector<Mask> audible_;  // input by input, group by group
+    std::vector<Mask> listed_;   // those of the audible pairs that lists mix
+    std::vector<Route> routes_;  // input by input, tile by tile, whole groups
 
-    // Made from the slots by Rebuild, active inputs only.
+    // The same, sorted for the kernels; active inputs only.
+    bool listsStale_ = false;
+    bool panelsStale_ = false;
+    bool anyRampedList_ = false;
+    bool anyRampedPanel_ = false;
+    std::vector<Counts> listCounts_;   // per output
+    std::vector<MixPair> pairs_;       // numInputs per output: resting ones from the front, moving
+                                       // ones from the back
     std::vector<Counts> panelCounts_;  // per tile
-    std::vector<int> constantRows_;    // numInputs per tile: inputs of the constant panel
-    std::vector<int> rampedRows_;
-    std::vector<Counts> listCounts_;  // per output
-    std::vector<MixPair> pairs_;      // numInputs per output: resting from the front, moving
-                                      // from the back
-    std::vector<int> panelInputs_;    // inputs of any panel
+    std::vector<int> constantInputs_;  // numInputs per tile
+    std::vector<int> rampedInputs_;
+    std::vector<int> panelInputs_;  // those of any panel
     int numPanelInputs_ = 0;
-    bool anyRamped_ = false;
 
     // Scratch
     std::vector<float> rowGains_;
     std::vector<float> rowSteps_;
+    std::vector<Mask> rowAudible_;
+    std::vector<Mask> rowMoving_;
     std::vector<float> strip_;
     std::array<float, kMostFrames + kMostStripFrames> weights_{};
-    std::array<float, kMostStripFrames>
-        unheard_{};  // outputs that do not exist or that nobody hears
+    std::array<float, kMostStripFrames> unheard_{};  // for unconnected outputs among others
 };
 
 }  // namespace tav

@@ -4,7 +4,9 @@
 
 #include "text/VelkDspNonblocking.h"
 
+#include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -21,7 +23,8 @@ public:
 
     GainRows(std::size_t rows, std::size_t columns)
         : columns_(columns),
-          values_(rows * columns),
+          wordsPerRow_((columns + 1) / 2),
+          words_(rows * wordsPerRow_),
           sequences_(rows) {}
 
     /// @param gains  one per column  Thread: control.
@@ -29,10 +32,11 @@ public:
         std::atomic<std::uint32_t>& sequence = sequences_[row];
         const std::uint32_t before = sequence.load(std::memory_order_relaxed);
         sequence.store(before + 1, std::memory_order_relaxed);  // odd: being written
-        // Release, each: who reads one of these values also sees the odd number above.
-        std::atomic<float>* const values = values_.data() + row * columns_;
-        for (std::size_t c = 0; c < columns_; ++c) {
-            values[c].store(gains[c], std::memory_order_release);
+        // Release, each: who reads one of these words also sees the odd number above.
+        std::atomic<Word>* word = words_.data() + row * wordsPerRow_;
+        for (std::size_t c = 0; c < columns_; c += 2, ++word) {
+            const Pair pair{gains[c], c + 1 < columns_ ? gains[c + 1] : 0.f};
+            word->store(std::bit_cast<Word>(pair), std::memory_order_release);
         }
         sequence.store(before + 2, std::memory_order_release);
         const std::uint32_t writes = writes_.load(std::memory_order_relaxed);
@@ -62,16 +66,27 @@ public:
 
     /// What was written last.  Thread: control.
     void CopyOut(std::size_t row, std::span<float> gains) const noexcept TAV_NONBLOCKING {
-        const std::atomic<float>* const values = values_.data() + row * columns_;
-        for (std::size_t c = 0; c < columns_; ++c) {
-            gains[c] = values[c].load(std::memory_order_acquire);
+        const std::atomic<Word>* word = words_.data() + row * wordsPerRow_;
+        const std::size_t pairs = columns_ / 2;
+        for (std::size_t p = 0; p < pairs; ++p, ++word) {
+            const auto pair = std::bit_cast<Pair>(word->load(std::memory_order_acquire));
+            gains[2 * p] = pair[0];
+            gains[2 * p + 1] = pair[1];
+        }
+        if (columns_ % 2 == 1) {
+            gains[columns_ - 1] = std::bit_cast<Pair>(word->load(std::memory_order_acquire))[0];
         }
     }
 
 private:
+    using Word = std::uint64_t;  // two gains, since reading all rows takes time at a boundary
+    using Pair = std::array<float, 2>;
+    static_assert(std::atomic<Word>::is_always_lock_free);
+
+    const std::size_t columns_;
+    const std::size_t wordsPerRow_;
     // shared: control writes, audio reads
-    std::size_t columns_;
-    std::vector<std::atomic<float>> values_;
+    std::vector<std::atomic<Word>> words_;
     std::vector<std::atomic<std::uint32_t>> sequences_;
     std::atomic<std::uint32_t> writes_{0};
 };

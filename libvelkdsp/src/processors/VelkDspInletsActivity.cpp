@@ -46,16 +46,19 @@ bool InletsOutletsConnectionsStatus::IsSet(const Flags& flags,
 
 void InletsOutletsConnectionsStatus::SetNumInlets(unsigned count) {
     inletConnected_ = AllSet(count);
+    NoteChange();
 }
 
 void InletsOutletsConnectionsStatus::SetNumOutlets(unsigned count) {
     outletConnected_ = AllSet(count);
+    NoteChange();
 }
 
 void InletsOutletsConnectionsStatus::SetConnections(std::span<const short> inletCounts,
                                                     std::span<const short> outletCounts) noexcept {
     StoreConnected(inletConnected_, inletCounts);
     StoreConnected(outletConnected_, outletCounts);
+    NoteChange();
 }
 
 unsigned InletsOutletsConnectionsStatus::NumInlets() const noexcept TAV_NONBLOCKING {
@@ -86,12 +89,14 @@ void InletsActivityAnalyzer::SetNumInlets(unsigned count) {
     InletsOutletsConnectionsStatus::SetNumInlets(count);
     inletActive_ = std::move(active);
     silentSamples_ = std::move(silentSamples);
+    NoteChange();
 }
 
 void InletsActivityAnalyzer::SetConnections(std::span<const short> inletCounts,
                                             std::span<const short> outletCounts) noexcept {
     InletsOutletsConnectionsStatus::SetConnections(inletCounts, outletCounts);
     StoreConnected(inletActive_, inletCounts);
+    NoteChange();
 }
 
 void InletsActivityAnalyzer::SetSampleRate(float hz) noexcept {
@@ -132,6 +137,7 @@ void InletsActivityAnalyzer::Analyze(const double* const* inlets,
     }
     const bool autoMute = AutoMute();
     const std::uint64_t holdSamples = holdSamples_.load(kRelaxed);
+    bool changed = false;
     for (unsigned inlet = 0; inlet < NumInlets(); ++inlet) {
         std::uint64_t& silent = silentSamples_[inlet];
         const bool connected = InletConnected(inlet);
@@ -139,8 +145,12 @@ void InletsActivityAnalyzer::Analyze(const double* const* inlets,
         silent = watched && AllZero({inlets[inlet], frames}) ? silent + frames : 0;
         const bool muted = watched && silent > 0 && silent >= holdSamples;
         if (muted) silent = holdSamples;
-        inletActive_[inlet].store(connected && !muted ? 1 : 0, kRelaxed);
+        const bool active = connected && !muted;
+        if (active == InletActive(inlet)) continue;
+        inletActive_[inlet].store(active ? 1 : 0, kRelaxed);
+        changed = true;
     }
+    if (changed) NoteChange();
 }
 
 bool InletsActivityAnalyzer::InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING {

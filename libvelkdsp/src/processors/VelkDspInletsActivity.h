@@ -30,15 +30,24 @@ public:
     bool OutletConnected(unsigned outlet) const noexcept TAV_NONBLOCKING;
     bool AnyOutletConnected() const noexcept TAV_NONBLOCKING;
 
+    /// Moves after any flag has changed, so that a reader can skip all of them at once.
+    std::uint32_t Changes() const noexcept TAV_NONBLOCKING {
+        return changes_.load(std::memory_order_acquire);
+    }
+
 protected:
     /// 16-bit, relaxed: each flag stands alone and is right from the next block on.
     using Flags = std::vector<std::atomic<std::int16_t>>;
     static Flags AllSet(unsigned count);
     static bool IsSet(const Flags& flags, unsigned index) noexcept TAV_NONBLOCKING;
+    void NoteChange() noexcept TAV_NONBLOCKING { changes_.fetch_add(1, std::memory_order_release); }
 
     // shared: control writes, audio reads
     Flags inletConnected_;
     Flags outletConnected_;
+
+private:
+    std::atomic<std::uint32_t> changes_{0};
 };
 
 /// Adds the active flag per inlet: connected, and not silent for the whole auto-mute time.

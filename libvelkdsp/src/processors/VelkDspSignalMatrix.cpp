@@ -23,9 +23,7 @@ GainMatrixProcessor::GainMatrixProcessor(unsigned numInputs,
     : AudioProcessorWithAutoMute(numInputs, numOutputs),
       target_(numInputs, numOutputs),
       mixer_(numInputs, numOutputs, kernels),
-      seenRows_(numInputs),
-      to_(numInputs, numOutputs),
-      newRow_(numOutputs) {}
+      seenRows_(numInputs) {}
 
 void GainMatrixProcessor::Process(float* const* outputs,
                                   const float* const* inputs,
@@ -44,23 +42,44 @@ bool GainMatrixProcessor::Accepts(unsigned row, std::span<const float> gains) co
 }
 
 bool GainMatrixProcessor::UpdateActivity() noexcept TAV_NONBLOCKING {
+    const std::uint32_t changes = ActivityChanges();
+    if (changes == seenActivity_) return false;
+    seenActivity_ = changes;
     for (unsigned input = 0; input < NumInputs(); ++input) {
         mixer_.SetActive(input, InputConnectedAndActive(input));
     }
-    bool changed = false;
+    bool reconnected = false;
     for (unsigned output = 0; output < NumOutputs(); ++output) {
-        changed = mixer_.SetConnected(output, OutputConnected(output)) || changed;
+        reconnected = mixer_.SetConnected(output, OutputConnected(output)) || reconnected;
     }
-    return changed;
+    return reconnected;
+}
+
+GainRows::Look GainMatrixProcessor::ReadTarget(std::size_t row,
+                                               float* gains) noexcept TAV_NONBLOCKING {
+    const GainRows::Look look = target_.Read(row, seenRows_[row], {gains, NumOutputs()});
+    if (look == GainRows::Look::Torn) rowWaits_ = true;
+    return look;
+}
+
+bool GainMatrixProcessor::TargetsWait() noexcept TAV_NONBLOCKING {
+    const std::uint32_t writes = target_.Writes();
+    const bool wait = rowWaits_ || writes != seenWrites_;
+    seenWrites_ = writes;
+    rowWaits_ = false;
+    return wait;
 }
 
 SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs, const Kernels& kernels)
     : GainMatrixProcessor(numInputs, numOutputs, kernels),
       controlRow_(numOutputs),
       jumps_(numInputs, numOutputs),
-      from_(numInputs, numOutputs),
-      moving_(numInputs),
-      stale_(numInputs) {}
+      gains_(3 * numInputs * GainMixer::RowLength(numOutputs)) {
+    const std::size_t length = GainMixer::RowLength(numOutputs);
+    for (float* first = gains_.data(); rows_.size() < numInputs; first += 3 * length) {
+        rows_.push_back({first, first + length, first + 2 * length, false, false});
+    }
+}
 
 std::string SignalMatrix::Name() const { return "signal matrix"; }
 
@@ -142,73 +161,71 @@ void SignalMatrix::TakeJump() noexcept TAV_NONBLOCKING {
     jumps_.Release();
 }
 
-void SignalMatrix::JumpRow(std::size_t row, const GainJump& jump) noexcept TAV_NONBLOCKING {
-    const bool fromTo = jump.KindOf(row) == GainJump::Row::FromTo;
-    std::ranges::copy(fromTo ? to_.Row(row) : jump.From(row), from_.Row(row).begin());
-    std::ranges::copy(jump.To(row), to_.Row(row).begin());
-    SetMoving(row, !std::ranges::equal(from_.Row(row), to_.Row(row)));
+void SignalMatrix::JumpRow(std::size_t index, const GainJump& jump) noexcept TAV_NONBLOCKING {
+    Row& row = rows_[index];
+    if (jump.KindOf(index) == GainJump::Row::Replace) {
+        std::ranges::copy(jump.From(index), row.to);
+    }
+    std::ranges::copy(jump.To(index), row.spare);
+    Advance(row);
     // The target may be newer than the jump, and may have been seen already.
-    seenRows_[row] = GainRows::kNeverSeen;
+    seenRows_[index] = GainRows::kNeverSeen;
     rowWaits_ = true;
 }
 
 /// from <- to, to <- target, for every row.
 void SignalMatrix::NextSegment() noexcept TAV_NONBLOCKING {
     rampPosition_ = 0;
-    const std::uint32_t writes = target_.Writes();
-    const bool look = rowWaits_ || writes != seenWrites_;
-    seenWrites_ = writes;
-    rowWaits_ = false;
-    for (std::size_t row = 0; row < moving_.size(); ++row) {
-        if (moving_[row] != 0) {
-            std::ranges::copy(to_.Row(row), from_.Row(row).begin());
-            SetMoving(row, false);
-        }
-        if (look) TakeTarget(row);
+    const bool look = TargetsWait();
+    for (std::size_t index = 0; index < rows_.size(); ++index) {
+        if (rows_[index].moves) SetMoves(rows_[index], false);
+        if (look) TakeTarget(index);
     }
 }
 
-void SignalMatrix::TakeTarget(std::size_t row) noexcept TAV_NONBLOCKING {
-    const GainRows::Look look = target_.Read(row, seenRows_[row], newRow_);
-    if (look == GainRows::Look::Torn) rowWaits_ = true;  // keeps its gains for one more segment
-    if (look != GainRows::Look::Taken) return;
-    if (std::ranges::equal(newRow_, to_.Row(row))) return;
-    std::ranges::copy(newRow_, to_.Row(row).begin());
-    SetMoving(row, true);
+/// A row that is being written keeps its gains for one more segment.
+void SignalMatrix::TakeTarget(std::size_t index) noexcept TAV_NONBLOCKING {
+    if (ReadTarget(index, rows_[index].spare) == GainRows::Look::Taken) Advance(rows_[index]);
 }
 
-/// The row has new gains in from or to.
-void SignalMatrix::SetMoving(std::size_t row, bool moving) noexcept TAV_NONBLOCKING {
-    if (moving_[row] != 0) --numMoving_;
-    if (moving) ++numMoving_;
-    moving_[row] = moving ? 1 : 0;
-    stale_[row] = 1;
+/// from <- to, to <- spare.
+void SignalMatrix::Advance(Row& row) noexcept TAV_NONBLOCKING {
+    row = {row.to, row.spare, row.from, row.moves, row.stale};
+    SetMoves(row, !std::equal(row.from, row.from + NumOutputs(), row.to));
+}
+
+/// After from or to of this row have changed.
+void SignalMatrix::SetMoves(Row& row, bool moves) noexcept TAV_NONBLOCKING {
+    if (row.moves) --numMoving_;
+    if (moves) ++numMoving_;
+    row.moves = moves;
+    row.stale = true;
     anyStale_ = true;
 }
 
 void SignalMatrix::SetAllStale() noexcept TAV_NONBLOCKING {
-    std::ranges::fill(stale_, std::uint8_t{1});
+    for (Row& row : rows_) row.stale = true;
     anyStale_ = true;
 }
 
 void SignalMatrix::SetMixerRows() noexcept TAV_NONBLOCKING {
     if (!anyStale_) return;
     anyStale_ = false;
-    for (unsigned row = 0; row < stale_.size(); ++row) {
-        if (stale_[row] == 0) continue;
-        stale_[row] = 0;
-        if (rampLength_ < 1 || moving_[row] == 0) {
-            mixer_.SetRow(row, to_.Row(row));
-        } else {
-            mixer_.SetRow(row, from_.Row(row), to_.Row(row), inverseRampLength_);
-        }
+    for (unsigned index = 0; index < rows_.size(); ++index) {
+        Row& row = rows_[index];
+        if (!row.stale) continue;
+        row.stale = false;
+        const bool glides = row.moves && rampLength_ > 0;
+        mixer_.SetRow(index, glides ? row.from : row.to, row.to, inverseRampLength_);
     }
 }
 
 StaticSignalMatrix::StaticSignalMatrix(unsigned numInputs,
                                        unsigned numOutputs,
                                        const Kernels& kernels)
-    : GainMatrixProcessor(numInputs, numOutputs, kernels) {}
+    : GainMatrixProcessor(numInputs, numOutputs, kernels),
+      gains_(numInputs * GainMixer::RowLength(numOutputs)),
+      newRow_(GainMixer::RowLength(numOutputs)) {}
 
 std::string StaticSignalMatrix::Name() const { return "static signal matrix"; }
 
@@ -220,20 +237,17 @@ void StaticSignalMatrix::Perform(float* const* outputs,
                                  const float* const* inputs,
                                  unsigned frames) noexcept TAV_NONBLOCKING {
     const bool setAll = UpdateActivity();
-    const std::uint32_t writes = target_.Writes();
-    if (setAll || rowWaits_ || writes != seenWrites_) {
-        seenWrites_ = writes;
-        rowWaits_ = false;
+    if (TargetsWait() || setAll) {
         for (unsigned row = 0; row < NumInputs(); ++row) TakeRow(row, setAll);
     }
     mixer_.Mix(outputs, inputs, 0, {0, static_cast<int>(frames)});
 }
 
 void StaticSignalMatrix::TakeRow(unsigned row, bool setAlways) noexcept TAV_NONBLOCKING {
-    const GainRows::Look look = target_.Read(row, seenRows_[row], newRow_);
-    if (look == GainRows::Look::Torn) rowWaits_ = true;
-    if (look == GainRows::Look::Taken) std::ranges::copy(newRow_, to_.Row(row).begin());
-    if (look == GainRows::Look::Taken || setAlways) mixer_.SetRow(row, to_.Row(row), 0.f);
+    float* const gains = gains_.data() + row * newRow_.size();
+    const bool taken = ReadTarget(row, newRow_.data()) == GainRows::Look::Taken;
+    if (taken) std::ranges::copy(newRow_, gains);
+    if (taken || setAlways) mixer_.SetRow(row, gains, gains, 1.f, 0.f);
 }
 
 }  // namespace tav

@@ -7,13 +7,14 @@
 #pragma once
 
 #include "kernels/VelkDspKernels.h"
-#include "math/VelkDspMatrix.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
 #include "processors/VelkDspGainJump.h"
 #include "processors/VelkDspGainMixer.h"
 #include "processors/VelkDspGainRows.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -47,15 +48,20 @@ protected:
     /// Hands the frame's flags to the mixer, once per block.
     /// @return true: other outputs are connected now, set all rows of the mixer again
     bool UpdateActivity() noexcept TAV_NONBLOCKING;
+    /// The newest row of the target into `gains`, which is a row of the mixer's length.
+    GainRows::Look ReadTarget(std::size_t row, float* gains) noexcept TAV_NONBLOCKING;
+    /// Whether a target may have changed since all were looked at; from now on they count as seen.
+    bool TargetsWait() noexcept TAV_NONBLOCKING;
 
     GainRows target_;
     // audio only
     GainMixer mixer_;
     std::vector<std::uint32_t> seenRows_;  // numbers of the rows taken from target_
     std::uint32_t seenWrites_ = 0;
-    bool rowWaits_ = false;      // some row has to be looked at again
-    Matrix<float> to_;           // gains at the end of the segment
-    std::vector<float> newRow_;  // scratch
+    bool rowWaits_ = false;  // some row has to be looked at again
+
+private:
+    std::optional<std::uint32_t> seenActivity_;
 };
 
 /// Glides. A segment lasts the interpolation time; segments run back to back, and a row that is set
@@ -85,33 +91,43 @@ public:
     void SetRow(unsigned row, std::span<const float> gains, bool immediate) noexcept;
 
 private:
+    /// Gains of an input at both ends of the segment; the third row is for the next target, so that
+    /// a boundary turns the three round and copies nothing. Where a row rests, only `to` counts.
+    struct Row {
+        float* from;
+        float* to;
+        float* spare;
+        bool moves;  // from and to differ
+        bool stale;  // the mixer has other gains
+    };
+
     void RestartRamp() noexcept;
     void TakeJump() noexcept TAV_NONBLOCKING;
-    void JumpRow(std::size_t row, const GainJump& jump) noexcept TAV_NONBLOCKING;
+    void JumpRow(std::size_t index, const GainJump& jump) noexcept TAV_NONBLOCKING;
     bool AtRest() const noexcept TAV_NONBLOCKING;
     void NextSegment() noexcept TAV_NONBLOCKING;
-    void TakeTarget(std::size_t row) noexcept TAV_NONBLOCKING;
-    void SetMoving(std::size_t row, bool moving) noexcept TAV_NONBLOCKING;
+    void TakeTarget(std::size_t index) noexcept TAV_NONBLOCKING;
+    void Advance(Row& row) noexcept TAV_NONBLOCKING;
+    void SetMoves(Row& row, bool moves) noexcept TAV_NONBLOCKING;
     void SetAllStale() noexcept TAV_NONBLOCKING;
     void SetMixerRows() noexcept TAV_NONBLOCKING;
 
     // control only
     float interpolationTimeMs_ = 0.f;
     std::int32_t controlRampLength_ = 0;
-    Vector<float> controlRow_;  // scratch
+    std::vector<float> controlRow_;  // scratch
 
     // shared: control writes, audio reads
     GainJumpMailbox jumps_;
 
     // audio only
-    Matrix<float> from_;  // gains at the start of the segment
+    std::vector<float> gains_;
+    std::vector<Row> rows_;
+    std::size_t numMoving_ = 0;
+    bool anyStale_ = false;
     std::int32_t rampLength_ = 0;
     std::int32_t rampPosition_ = 0;
     float inverseRampLength_ = 1.f;
-    std::vector<std::uint8_t> moving_;  // per row: from and to differ
-    std::size_t numMoving_ = 0;
-    std::vector<std::uint8_t> stale_;  // per row: the mixer has other gains
-    bool anyStale_ = false;
 };
 
 /// No glide, no threshold, no reaction to the rate: the gains are used as they stand from the block
@@ -132,6 +148,10 @@ public:
 
 private:
     void TakeRow(unsigned row, bool setAlways) noexcept TAV_NONBLOCKING;
+
+    // audio only
+    std::vector<float> gains_;   // row after row
+    std::vector<float> newRow_;  // scratch
 };
 
 }  // namespace tav

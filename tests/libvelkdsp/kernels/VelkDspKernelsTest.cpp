@@ -7,8 +7,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <limits>
-#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -166,33 +167,78 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
     const std::array<int, 3> rows{4, 0, 2};
     const auto stride = static_cast<std::size_t>(kernels_.stripFrames);
     const std::vector<float> w = Noise(stride, 32);
-    for (const bool ramped : {false, true}) {
-        ForEveryLengthAndOffset(kernels_.stripFrames, [&](int n, int offset) {
-            std::vector<float> strip = Noise(kInputs * stride, 33);
-            for (std::size_t at = 0; at < strip.size(); ++at) {
-                if (static_cast<int>(at % stride) >= n) strip[at] = 0.f;
-            }
-            std::vector<Output> outputs;
-            std::array<float*, kTile> pointers{};
-            for (unsigned o = 0; o < kTile; ++o) outputs.emplace_back(offset, n, 40 + o);
-            for (std::size_t o = 0; o < kTile; ++o) pointers[o] = outputs[o].Samples();
-            const tav::Panel panel{gains.data(), steps.data(), rows.data(), 3};
-            if (ramped) {
-                kernels_.mixRampedPanel(pointers.data(), strip.data(), panel, w.data(), n);
-            } else {
-                kernels_.mixConstantPanel(pointers.data(), strip.data(), panel, n);
-            }
-            for (std::size_t o = 0; o < kTile; ++o) {
-                outputs[o].Check([&](Exact& exact, std::size_t k) {
-                    for (const int row : rows) {
-                        const std::size_t at = static_cast<std::size_t>(row) * kTile + o;
-                        const double slope = ramped ? double{steps[at]} * double{w[k]} : 0.0;
-                        exact.Add(gains[at], slope,
-                                  strip[static_cast<std::size_t>(row) * stride + k]);
-                    }
-                });
-            }
-        });
+    std::vector<std::vector<float>> x;
+    std::array<const float*, kInputs> inputs{};
+    for (unsigned i = 0; i < kInputs; ++i) {
+        x.push_back(Noise(stride + kOffsets, 33 + i));
+        inputs[i] = x.back().data();
+    }
+    ForEveryLengthAndOffset(kernels_.stripFrames, [&](int n, int offset) {
+        const bool ramped = (n + offset) % 2 == 0;
+        const int numOutputs = tav::kLeastTileOutputs + (n + offset) / 2 % 3;
+        std::vector<float> strip(kInputs * stride, kGuard);
+        kernels_.fillStrip(strip.data(), inputs.data(), offset, rows.data(), 3, n);
+        std::vector<Output> outputs;
+        std::array<float*, kTile> pointers{};
+        for (int o = 0; o < numOutputs; ++o) {
+            outputs.emplace_back(offset, n, 40 + static_cast<unsigned>(o));
+        }
+        for (std::size_t o = 0; o < outputs.size(); ++o) pointers[o] = outputs[o].Samples();
+        const tav::Panel panel{gains.data(), steps.data(), rows.data(), 3, numOutputs};
+        if (ramped) {
+            kernels_.mixRampedPanel(pointers.data(), strip.data(), panel, w.data(), n);
+        } else {
+            kernels_.mixConstantPanel(pointers.data(), strip.data(), panel, n);
+        }
+        for (std::size_t o = 0; o < outputs.size(); ++o) {
+            outputs[o].Check([&](Exact& exact, std::size_t k) {
+                for (const int row : rows) {
+                    const std::size_t at = static_cast<std::size_t>(row) * kTile + o;
+                    const double slope = ramped ? double{steps[at]} * double{w[k]} : 0.0;
+                    exact.Add(gains[at], slope,
+                              inputs[static_cast<std::size_t>(row)]
+                                    [static_cast<std::size_t>(offset) + k]);
+                }
+            });
+        }
+    });
+}
+
+TEST_P(KernelSets, PlanARowByItsThresholds) {
+    struct Case {
+        float from, to, gain, step;
+    };
+    constexpr Case kCases[] = {{0.f, 0.5f, 0.f, 0.125f}, {0.5f, 0.f, 0.5f, -0.125f},
+                               {0.5f, 0.5f, 0.5f, 0.f},  {0.5f, 0.50000095f, 0.50000095f, 0.f},
+                               {1e-4f, 1e-4f, 0.f, 0.f}, {-1.1e-4f, -1.1e-4f, -1.1e-4f, 0.f},
+                               {0.f, 0.f, 0.f, 0.f},     {0.f, 2e-6f, 0.f, 5e-7f},
+                               {0.f, -9e-7f, 0.f, 0.f}};
+    constexpr std::size_t kLength = 2 * tav::kGroupOutputs;
+    std::vector<float> from(kLength);
+    std::vector<float> to(kLength);
+    std::vector<float> heard(kLength);
+    const auto caseOf = [&](std::size_t o) -> const Case& { return kCases[o % std::size(kCases)]; };
+    for (std::size_t o = 0; o < kLength; ++o) {
+        from[o] = caseOf(o).from;
+        to[o] = caseOf(o).to;
+        heard[o] = o % 7 != 0 ? 1.f : 0.f;
+    }
+    std::vector<float> gains(kLength, kGuard);
+    std::vector<float> steps(kLength, kGuard);
+    std::array<std::uint64_t, 2> audible{};
+    std::array<std::uint64_t, 2> moving{};
+    kernels_.planRow({from.data(), to.data(), heard.data(), 0.25f, 1e-4f},
+                     {gains.data(), steps.data(), audible.data(), moving.data()}, 2);
+    for (std::size_t o = 0; o < kLength; ++o) {
+        SCOPED_TRACE(o);
+        const float gain = heard[o] != 0.f ? caseOf(o).gain : 0.f;
+        const float step = heard[o] != 0.f ? caseOf(o).step : 0.f;
+        EXPECT_EQ(gains[o], gain);
+        EXPECT_EQ(steps[o], step);
+        const std::size_t group = o / tav::kGroupOutputs;
+        const std::uint64_t bit = std::uint64_t{1} << (o % tav::kGroupOutputs);
+        EXPECT_EQ((audible[group] & bit) != 0, gain != 0.f || step != 0.f);
+        EXPECT_EQ((moving[group] & bit) != 0, step != 0.f);
     }
 }
 

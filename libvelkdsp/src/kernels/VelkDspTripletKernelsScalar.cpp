@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspTripletKernels.h"
+
+#include <algorithm>
+
+namespace tav {
+namespace {
+
+void FindPeaks(const float* elements,
+               std::int32_t numBlocks,
+               const float* position,
+               float* best,
+               std::int32_t* bestBlock) noexcept {
+    const float x = position[0];
+    const float y = position[1];
+    const float z = position[2];
+    for (std::int32_t block = 0; block < numBlocks; ++block) {
+        const float* m[kTripletElements];
+        for (int e = 0; e < kTripletElements; ++e) m[e] = elements + e * kTripletLanes;
+        float least[kTripletLanes];
+        for (int lane = 0; lane < kTripletLanes; ++lane) {
+            const float a = m[0][lane] * x + m[1][lane] * y + m[2][lane] * z;
+            const float b = m[3][lane] * x + m[4][lane] * y + m[5][lane] * z;
+            const float c = m[6][lane] * x + m[7][lane] * y + m[8][lane] * z;
+            least[lane] = std::min(std::min(a, b), c);
+        }
+        for (int lane = 0; lane < kTripletLanes; ++lane) {
+            if (!(least[lane] > best[lane])) continue;
+            best[lane] = least[lane];
+            bestBlock[lane] = block;
+        }
+        elements += kTripletElements * kTripletLanes;
+    }
+}
+
+}  // namespace
+
+const TripletKernels& ScalarTripletKernels() noexcept {
+    static constexpr TripletKernels kKernels{FindPeaks};
+    return kKernels;
+}
+
+}  // namespace tav
