@@ -9,7 +9,7 @@ The inputs are 16-bit mono files of one rate; they repeat until SECONDS are fill
 import sys
 import wave
 
-PAUSE_SECONDS = 0.25
+PAUSE_SECONDS = 0.05
 
 
 def main():

@@ -51,7 +51,8 @@ def main():
         print("speakers ae " + " ".join(args.speakers.split()))
     for index, points in enumerate(paths, 1):
         print(f"source {index} aed {atoms(points[0][1])}")
-    for step in range(1, round(max(points[-1][0] for points in paths) / args.step) + 1):
+    # The last key point is where the scene ends: nothing would be heard of a statement there.
+    for step in range(1, round(max(points[-1][0] for points in paths) / args.step)):
         for index, points in enumerate(paths, 1):
             place = place_at(points, step * args.step)
             if place:

@@ -1,0 +1,137 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Checks that no room of the source tree includes from a room above it.
+
+    tools/check_includes.py [ROOT]
+
+Prints one line per fault and ends with status 1 when there is one. ROOT is the top of the tree.
+"""
+import re
+import sys
+from pathlib import Path
+
+# What the files below each folder may include besides their own room. The longest folder wins.
+FOUNDATION = ("text", "containers")
+SIGNAL = FOUNDATION + ("math", "kernels")
+FILING = SIGNAL + ("files", "osc", "filterdesign")
+PROCESSING = FILING + ("processors",)
+
+
+def velkdsp(*rooms):
+    return tuple("libvelkdsp/src/" + room for room in rooms)
+
+
+LIBVELKDSP = velkdsp(*PROCESSING, "audiofiles", "sdif")
+LIBQUILO = tuple("libquilo/src/" + room for room in ("laws", "hrtf", "pan"))
+ROOMS = {
+    "libvelkdsp/src/text": (),
+    "libvelkdsp/src/containers": (),
+    "libvelkdsp/src/math": velkdsp(*FOUNDATION),
+    "libvelkdsp/src/kernels": velkdsp(*FOUNDATION, "math"),
+    "libvelkdsp/src/files": velkdsp(*SIGNAL),
+    "libvelkdsp/src/osc": velkdsp(*SIGNAL),
+    "libvelkdsp/src/filterdesign": velkdsp(*SIGNAL),
+    "libvelkdsp/src/processors": velkdsp(*FILING),
+    "libvelkdsp/src/audiofiles": velkdsp(*PROCESSING),
+    "libvelkdsp/src/sdif": velkdsp(*PROCESSING),
+    "libsdif/src": (),
+    "libquilo/src/laws": velkdsp("math"),
+    "libquilo/src/hrtf": LIBVELKDSP + ("libsdif/src",),
+    "libquilo/src/pan": LIBVELKDSP + ("libsdif/src", "libquilo/src/laws", "libquilo/src/hrtf"),
+    "maxapi": (),
+    "src/max": LIBVELKDSP + ("maxapi",),
+    "src": LIBVELKDSP + LIBQUILO + ("maxapi", "src/max"),
+    "host/api": LIBVELKDSP + ("maxapi",),
+    "host": LIBVELKDSP + ("maxapi", "host/api"),
+    "tools": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
+    "benchmarks": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
+    "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
+    # The tests of the object and of its host are the only others that see Max.
+    "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests"),
+    "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "tests"),
+}
+
+# Where the compiler looks, and what it finds elsewhere.
+INCLUDE_FOLDERS = ("libvelkdsp/src", "libquilo/src", "libsdif/src", "src", "src/max", "maxapi", "host",
+                   "host/api", "tests", "benchmarks")
+GENERATED = {"QuiloProject.h"}
+
+# Product rooms know the standard library alone, whose headers have no extension. Exceptions are
+# the instruction sets and the host's one platform file.
+PRODUCT = ("libvelkdsp/", "libquilo/", "libsdif/", "src/", "maxapi/", "host/")
+MACHINE_HEADERS = {"libvelkdsp/src/kernels": ("immintrin.h",)}
+PLATFORM_FILE = re.compile(r"^host/(api/)?\w*Platform\w*\.cpp$")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
+
+
+def room_of(path):
+    """The longest folder of ROOMS that holds the file."""
+    inside = [room for room in ROOMS if path.startswith(room + "/")]
+    return max(inside, key=len, default=None)
+
+
+def resolve(root, path, name):
+    """The file that `#include "name"` in `path` finds, from the top of the tree; None for none."""
+    for folder in (str(Path(path).parent),) + INCLUDE_FOLDERS:
+        if (root / folder / name).is_file():
+            return folder + "/" + name
+    return None
+
+
+def quoted_fault(root, path, room, name):
+    if name in GENERATED:
+        return None
+    if ".." in Path(name).parts:
+        return f'"{name}" climbs out of its folder'
+    target = resolve(root, path, name)
+    if target is None:
+        return f'"{name}" is nowhere in the tree'
+    target_room = room_of(target)
+    if target_room == room or target_room in ROOMS[room]:
+        return None
+    return f'"{name}" is in {target_room}, which {room} must not know'
+
+
+def angle_fault(path, room, name):
+    if not path.startswith(PRODUCT) or PLATFORM_FILE.match(path):
+        return None
+    if "." not in name and "/" not in name or name in MACHINE_HEADERS.get(room, ()):
+        return None
+    return f"<{name}> is not in the standard library"
+
+
+def faults_of(root, path):
+    room = room_of(path)
+    if room is None:
+        yield 1, "is in no room"
+        return
+    for number, line in enumerate((root / path).read_text(encoding="utf-8").splitlines(), 1):
+        found = INCLUDE.match(line)
+        if not found:
+            continue
+        quoted, angle = found.groups()
+        fault = quoted_fault(root, path, room, quoted) if quoted else angle_fault(path, room, angle)
+        if fault:
+            yield number, fault
+
+
+def main(arguments):
+    root = Path(arguments[0]) if arguments else Path(__file__).resolve().parent.parent
+    tops = sorted({room.split("/")[0] for room in ROOMS})
+    sources = [file.relative_to(root).as_posix() for top in tops
+               for file in sorted((root / top).rglob("*")) if file.suffix in (".h", ".cpp")]
+    if not sources:
+        print(f"{root}: no sources found")
+        return 1
+    count = 0
+    for path in sources:
+        for number, fault in faults_of(root, path):
+            print(f"{path}:{number}: {fault}")
+            count += 1
+    print(f"{len(sources)} files, {count} forbidden includes")
+    return 1 if count else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
