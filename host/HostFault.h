@@ -2,13 +2,14 @@
 // Why the program ends early: one line for standard error and the exit status that goes with it.
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace Quilo::Host {
 
-enum class ExitStatus : int {
+enum class ExitStatus : std::uint8_t {
     Done = 0,
     HostFailed = 1,        // the module could not be loaded, or the host itself failed
     WrongInput = 2,        // the command line, the script or a file was wrong

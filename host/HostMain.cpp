@@ -50,8 +50,9 @@ ExitStatus RunScript(const Options& options) {
 }
 
 ExitStatus RunCommandLine(const std::vector<std::string>& words) {
-    std::vector<const char*> arguments;
-    for (const std::string& word : words) arguments.push_back(word.c_str());
+    std::vector<const char*> arguments(words.size());
+    std::ranges::transform(words, arguments.begin(),
+                           [](const std::string& word) { return word.c_str(); });
     const Options options = ParseOptions(arguments);
     if (options.help) std::cout << HelpText();
     if (options.version) std::cout << "quilo-host " << Project::kVersion << '\n';

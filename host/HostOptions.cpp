@@ -106,7 +106,8 @@ Options ParseOptions(std::span<const char* const> arguments) {
         const OptionRow& row = FindOption(argument);
         std::string value;
         if (!row.value.empty()) {
-            if (++k == arguments.size() || *arguments[k] == '\0')
+            ++k;
+            if (k == arguments.size() || *arguments[k] == '\0')
                 Fail(argument + " expects " + std::string(row.value));
             value = arguments[k];
         }

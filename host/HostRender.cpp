@@ -72,7 +72,7 @@ public:
         chain_.Stop();
         object_.Free();
         if (output_) output_->Close();
-        if (!recorder_) return;
+        if (!recorder_ || !picture_) return;
         picture_->Stream() << DrawScene(recorder_->Finish());
         picture_->Close();
     }
@@ -167,10 +167,10 @@ private:
         if (recorder_)
             for (std::size_t k = 0; k < object_.NumSignalOutlets(); ++k)
                 recorder_->AddSamples(k, frame, chain_.Output(k).first(kept));
-        if (output_) WriteVector(kept);
+        if (output_) WriteVector(*output_, kept);
     }
 
-    void WriteVector(std::size_t numFrames) {
+    void WriteVector(tav::WavFileWriter& output, std::size_t numFrames) {
         const std::size_t numOutlets = object_.NumSignalOutlets();
         samples_.resize(numOutlets * numFrames);
         channels_.resize(numOutlets);
@@ -180,7 +180,7 @@ private:
                                    [](double sample) { return static_cast<float>(sample); });
             channels_[k] = samples;
         }
-        output_->Write(channels_.data(), numFrames);
+        output.Write(channels_.data(), numFrames);
     }
 
     void Execute(const Statement& statement) {

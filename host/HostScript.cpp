@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <tuple>
 
 namespace Quilo::Host {
 
@@ -74,8 +75,10 @@ public:
             text.remove_prefix(std::min(end + 1, text.size()));
         }
         if (script_.box.empty()) Fail("the script has no object statement");
-        std::ranges::stable_sort(script_.statements, {},
-                                 [](const Statement& s) { return std::pair(s.timed, s.seconds); });
+        // A line holds one statement, so lines keep statements of the same time in their order.
+        std::ranges::sort(script_.statements, {}, [](const Statement& s) {
+            return std::tuple(s.timed, s.seconds, s.line);
+        });
         RefuseMessagesToAFreedObject();
         return std::move(script_);
     }

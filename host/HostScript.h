@@ -18,7 +18,17 @@ namespace Quilo::Host {
 using Atom = std::variant<std::int64_t, double, std::string>;
 
 /// What a script says to the host itself ("host ...").
-enum class Directive { None, Connect, Rate, Vector, Inspect, Assist, Methods, Sync, Free };
+enum class Directive : std::uint8_t {
+    None,
+    Connect,
+    Rate,
+    Vector,
+    Inspect,
+    Assist,
+    Methods,
+    Sync,
+    Free
+};
 
 struct Statement {
     int line = 0;                           // in the script, from 1

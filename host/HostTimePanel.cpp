@@ -25,6 +25,7 @@ struct Trace {
 
 std::vector<double> NumbersOf(const Scene& scene, const Trace& trace, std::size_t source) {
     std::vector<double> numbers;
+    numbers.reserve(scene.path.size());
     for (const Scene::Moment& moment : scene.path)
         numbers.push_back(source < moment.sources.size() ? trace.number(moment.sources[source])
                                                          : 0.0);
@@ -80,14 +81,14 @@ std::vector<Trace> TracesOf(const Scene& scene) {
     using Position = tav::CartesianVector;
     const Trace azimuth{
         "Azimuth of the sources", "degrees", -180, 180, 90, true, [](const Position& p) {
-            return double{tav::NavigationalAzimuthDeg(p)};
+            return static_cast<double>(tav::NavigationalAzimuthDeg(p));
         }};
     const Trace elevation{
         "Elevation of the sources", "degrees", -90, 90, 45, false, [](const Position& p) {
-            return double{tav::ElevationDeg(p)};
+            return static_cast<double>(tav::ElevationDeg(p));
         }};
     Trace distance{"Distance of the sources", "m", 0, 1, 1, false, [](const Position& p) {
-                       return double{tav::Distance(p)};
+                       return static_cast<double>(tav::Distance(p));
                    }};
     traces.push_back(azimuth);
     const auto [lowest, highest] = RangeOf(scene, elevation);
@@ -144,7 +145,7 @@ void DrawOutletLabel(Svg& svg, const Scene& scene, std::size_t outlet, Spot spot
     svg.Text({spot.x - direction, spot.y}, std::to_string(outlet + 1),
              {.size = size, .anchor = "end", .bold = true});
     if (!placed) return;
-    const double azimuth = double{tav::NavigationalAzimuthDeg(scene.speakers[outlet])};
+    const double azimuth = static_cast<double>(tav::NavigationalAzimuthDeg(scene.speakers[outlet]));
     svg.Text(spot, LabelNumber(azimuth, 0) + "\u00b0",
              {.size = size, .colour = kQuietInk, .anchor = "end"});
 }
