@@ -35,6 +35,21 @@ void Pan::Reset() {
     AudioProcessorWithAutoMute::Reset();
 }
 
+void Pan::SetConnections(std::span<const short> inletCounts, std::span<const short> outletCounts) {
+    const ControlLock lock = LockControl();
+    AudioProcessorWithAutoMute::SetConnections(inletCounts, outletCounts);
+}
+
+void Pan::SetAutoMute(bool on) {
+    const ControlLock lock = LockControl();
+    AudioProcessorWithAutoMute::SetAutoMute(on);
+}
+
+void Pan::SetAutoMuteTime(float seconds) {
+    const ControlLock lock = LockControl();
+    AudioProcessorWithAutoMute::SetAutoMuteTime(seconds);
+}
+
 void Pan::SetSourcesPositions(const tav::CartesianArray& positions, bool immediate) {
     const ControlLock lock = LockControl();
     const auto count = static_cast<unsigned>(std::min<std::size_t>(NumInputs(), positions.Size()));

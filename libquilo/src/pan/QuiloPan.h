@@ -64,6 +64,10 @@ public:
     void SetSampleRate(float hz) override;
     void SetBufferSize(unsigned frames) override;
     void Reset() override;
+    void SetConnections(std::span<const short> inletCounts,
+                        std::span<const short> outletCounts) override;
+    void SetAutoMute(bool on) override;
+    void SetAutoMuteTime(float seconds) override;
 
     /// The panner's signal work alone: adds to the outputs.
     virtual void Perform(float* const* outputs,
