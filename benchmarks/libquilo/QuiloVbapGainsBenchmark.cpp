@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Gains of one source over loudspeakers in space, beside the plain choice of the triplet.
+#include "kernels/VelkDspTripletKernels.h"
 #include "laws/QuiloDefaultLayouts.h"
 #include "laws/QuiloTriangulation.h"
 #include "laws/QuiloVbap3DLaw.h"
@@ -41,7 +42,7 @@ void Run(benchmark::State& state, ComputeGains computeGains) {
 }
 
 void VbapGains(benchmark::State& state) {
-    const Quilo::TripletBank bank(Triplets(state));
+    const Quilo::TripletBank bank(Triplets(state), tav::BestTripletKernels().findPeaks);
     Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         Quilo::Vbap3DGains(bank, source, gains);
     });

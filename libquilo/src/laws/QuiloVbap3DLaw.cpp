@@ -20,15 +20,11 @@ float GainOf(float weight) noexcept {
     return weight > 0.f ? std::min(weight, std::numeric_limits<float>::max()) : 0.f;
 }
 
-float Least(float a, float b, float c) noexcept {
-    const float ab = b < a ? b : a;
-    return c < ab ? c : ab;
-}
-
 }  // namespace
 
-TripletBank::TripletBank(std::span<const Triplet> triplets)
-    : blocks_((triplets.size() + kLanes - 1) / kLanes) {
+TripletBank::TripletBank(std::span<const Triplet> triplets, FindPeaks findPeaks)
+    : blocks_((triplets.size() + kLanes - 1) / kLanes),
+      findPeaks_(findPeaks) {
     speakers_.reserve(triplets.size());
     for (std::size_t t = 0; t < triplets.size(); ++t) {
         for (std::size_t e = 0; e < triplets[t].inverse.size(); ++e) {
@@ -38,28 +34,27 @@ TripletBank::TripletBank(std::span<const Triplet> triplets)
     }
 }
 
+TripletBank::Peaks TripletBank::FindPeaksIn(std::size_t firstBlock,
+                                            std::size_t numBlocks,
+                                            const tav::CartesianVector& source,
+                                            float toBeat) const noexcept {
+    const std::array<float, 3> position{source.x, source.y, source.z};
+    Peaks peaks;
+    peaks.minima.fill(toBeat);
+    findPeaks_(blocks_[firstBlock].elements.front().data(), static_cast<std::int32_t>(numBlocks),
+               position.data(), peaks.minima.data(), peaks.blocks.data());
+    return peaks;
+}
+
 TripletBank::Peak TripletBank::FindPeak(const tav::CartesianVector& source) const noexcept {
-    const auto [x, y, z] = source;
-    std::array<float, kLanes> best;
-    std::array<std::int32_t, kLanes> bestBlock{};
-    best.fill(kLeastMinimum);
-    const auto numBlocks = static_cast<std::int32_t>(blocks_.size());
-    for (std::int32_t b = 0; b < numBlocks; ++b) {
-        const auto& m = blocks_[static_cast<std::size_t>(b)].elements;
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const float minimum = Least(m[0][lane] * x + m[1][lane] * y + m[2][lane] * z,
-                                        m[3][lane] * x + m[4][lane] * y + m[5][lane] * z,
-                                        m[6][lane] * x + m[7][lane] * y + m[8][lane] * z);
-            const std::int32_t isHigher = -static_cast<std::int32_t>(minimum > best[lane]);
-            bestBlock[lane] = (b & isHigher) | (bestBlock[lane] & ~isHigher);
-            best[lane] = std::max(best[lane], minimum);
-        }
-    }
-    Peak peak{kLeastMinimum, 0};
+    const Peaks peaks = FindPeaksIn(0, blocks_.size(), source, kLeastMinimum);
+    // Without branches: which lane wins cannot be foretold.
+    Peak peak{kLeastMinimum, std::numeric_limits<std::uint32_t>::max()};
+    for (const float minimum : peaks.minima) peak.minimum = std::max(peak.minimum, minimum);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
-        const std::size_t triplet = static_cast<std::size_t>(bestBlock[lane]) * kLanes + lane;
-        const bool isEarlier = best[lane] == peak.minimum && triplet < peak.triplet;
-        if (best[lane] > peak.minimum || isEarlier) peak = {best[lane], triplet};
+        const auto triplet = static_cast<std::uint32_t>(peaks.blocks[lane]) * kLanes + lane;
+        peak.triplet =
+            peaks.minima[lane] == peak.minimum ? std::min(peak.triplet, triplet) : peak.triplet;
     }
     return peak;
 }
@@ -81,6 +76,7 @@ TripletGains TripletBank::GainsOf(std::size_t triplet, const Weights& weights) c
 }
 
 std::optional<TripletGains> TripletBank::Choose(const tav::CartesianVector& source) const noexcept {
+    if (speakers_.empty()) return std::nullopt;
     // A triplet without negative weights that has the largest minimum wins the running comparison
     // whatever stands before or behind it. Surplus lanes come last, and lose against equals.
     const Peak peak = FindPeak(source);
@@ -95,15 +91,20 @@ std::optional<TripletGains> TripletBank::ChooseOneByOne(
     std::optional<TripletGains> chosen;
     float bestMinimum = kLeastMinimum;
     auto bestNegatives = std::ptrdiff_t{3};
-    for (std::size_t t = 0; t < speakers_.size(); ++t) {
-        const Weights g = WeightsOf(t, source);
-        const float minimum = Least(g[0], g[1], g[2]);
-        const auto negatives = std::ranges::count_if(g, [](float w) { return w < kNegative; });
-        // Deliberate: both at once, against the one taken last.  (TripletBank, ComparesWithThe...)
-        if (!(minimum > bestMinimum) || negatives > bestNegatives) continue;
-        bestMinimum = minimum;
-        bestNegatives = negatives;
-        chosen = GainsOf(t, g);
+    for (std::size_t first = 0; first < speakers_.size(); first += kLanes) {
+        const auto minima = FindPeaksIn(first / kLanes, 1, source, bestMinimum).minima;
+        const std::size_t count = std::min(kLanes, speakers_.size() - first);
+        for (std::size_t lane = 0; lane < count; ++lane) {
+            if (!(minima[lane] > bestMinimum)) continue;
+            const Weights g = WeightsOf(first + lane, source);
+            const auto negatives = std::ranges::count_if(g, [](float w) { return w < kNegative; });
+            // Deliberate: both at once, against the one taken last.
+            //                                          (TripletBank, ComparesWithTheOneTakenLast)
+            if (negatives > bestNegatives) continue;
+            bestMinimum = minima[lane];
+            bestNegatives = negatives;
+            chosen = GainsOf(first + lane, g);
+        }
     }
     return chosen;
 }

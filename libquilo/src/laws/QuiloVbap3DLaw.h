@@ -27,9 +27,22 @@ struct TripletGains {
 /// The triplets of a layout, arranged so that a source is tried on many of them at a time.
 class TripletBank {
 public:
+    /// A block holds this many inverse matrices as nine rows, element by element.
+    static constexpr std::size_t kLanes = 16;
+
+    /// The search, in the form of this machine: per lane, the largest over the blocks of the
+    /// smallest component of matrix . position; `best` holds the values to beat, `bestBlock`
+    /// receives the first block of each that did. Products add up from left to right, nothing is
+    /// fused.
+    using FindPeaks = void (*)(const float* elements,
+                               std::int32_t numBlocks,
+                               const float* position,
+                               float* best,
+                               std::int32_t* bestBlock) noexcept;
+
     TripletBank() = default;
     /// Keeps the order of the triplets, which decides between equals.  Throws: std::bad_alloc.
-    explicit TripletBank(std::span<const Triplet> triplets);
+    TripletBank(std::span<const Triplet> triplets, FindPeaks findPeaks);
 
     /// The triplet to pan a source between. A triplet is taken when the smallest of its weights is
     /// above that of the one taken before it and no more of them are below -0.01: a running
@@ -39,10 +52,8 @@ public:
     std::optional<TripletGains> Choose(const tav::CartesianVector& source) const noexcept;
 
 private:
-    static constexpr std::size_t kLanes = 32;
-
-    /// Nine elements of the inverse matrices; surplus lanes of the last block are 0.
-    struct Block {
+    /// Surplus lanes of the last block are 0.
+    struct alignas(64) Block {  // a row is a cache line
         std::array<std::array<float, kLanes>, 9> elements{};
     };
     /// The largest of the smallest weights, and the first triplet that has it.
@@ -50,8 +61,17 @@ private:
         float minimum;
         std::size_t triplet;
     };
+    /// The same per lane.
+    struct Peaks {
+        std::array<float, kLanes> minima;
+        std::array<std::int32_t, kLanes> blocks{};
+    };
     using Weights = std::array<float, 3>;
 
+    Peaks FindPeaksIn(std::size_t firstBlock,
+                      std::size_t numBlocks,
+                      const tav::CartesianVector& source,
+                      float toBeat) const noexcept;
     Peak FindPeak(const tav::CartesianVector& source) const noexcept;
     std::optional<TripletGains> ChooseOneByOne(const tav::CartesianVector& source) const noexcept;
     Weights WeightsOf(std::size_t triplet, const tav::CartesianVector& source) const noexcept;
@@ -59,6 +79,7 @@ private:
 
     std::vector<Block> blocks_;
     std::vector<std::array<std::uint16_t, 3>> speakers_;
+    FindPeaks findPeaks_ = nullptr;
 };
 
 /// Gains of one source, before normalisation: three outputs at most are above 0, none where no

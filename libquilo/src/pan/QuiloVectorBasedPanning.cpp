@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloVectorBasedPanning.h"
 
+#include "kernels/VelkDspTripletKernels.h"
+
 #include <algorithm>
 
 namespace Quilo {
+
+static_assert(TripletBank::kLanes == tav::kTripletLanes);
 
 void VectorBasedPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();
@@ -24,7 +28,7 @@ void VectorBasedPanning::TriangulateIfNeeded() {
     tav::CartesianArray positions(speakers_.Size());
     for (const LoudSpeaker& s : speakers_) positions[s.index] = {s.x, s.y, s.z};
     tav::Vector<Triplet> triplets = Triangulate(positions);
-    bank_ = TripletBank(triplets);
+    bank_ = TripletBank(triplets, tav::BestTripletKernels().findPeaks);
     triplets_ = std::move(triplets);
     needsTriangulation_ = false;  // first: the sources ask again
     RecomputeSources();

@@ -25,9 +25,10 @@ void FindPeaks(const float* elements,
             least[lane] = std::min(std::min(a, b), c);
         }
         for (int lane = 0; lane < kTripletLanes; ++lane) {
-            if (!(least[lane] > best[lane])) continue;
-            best[lane] = least[lane];
-            bestBlock[lane] = block;
+            // A mask instead of a branch: compilers turn it into vectors.
+            const std::int32_t isHigher = -static_cast<std::int32_t>(least[lane] > best[lane]);
+            bestBlock[lane] = (block & isHigher) | (bestBlock[lane] & ~isHigher);
+            best[lane] = std::max(best[lane], least[lane]);
         }
         elements += kTripletElements * kTripletLanes;
     }

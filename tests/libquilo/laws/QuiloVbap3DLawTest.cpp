@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloVbap3DLaw.h"
 
+#include "kernels/VelkDspTripletKernels.h"
 #include "laws/QuiloDefaultLayouts.h"
 #include "laws/QuiloVbapLaw.h"
 #include "math/VelkDspSpherical.h"
@@ -32,6 +33,10 @@ CartesianVector RandomPoint(std::mt19937& generator) {
 
 CartesianArray Sphere(unsigned count) { return DefaultSpeakers(LayoutKind::Periphonic, count); }
 
+TripletBank Bank(std::span<const Triplet> triplets) {
+    return {triplets, tav::BestTripletKernels().findPeaks};
+}
+
 Gains RawGains(const TripletBank& bank, std::size_t count, const CartesianVector& source) {
     Gains gains(count, 9.f);
     Vbap3DGains(bank, source, gains);
@@ -52,7 +57,7 @@ TEST(Vbap3DGains, EqualsThePlainChoice) {
         for (auto& v : layout) v = RandomPoint(generator);
         for (auto& v : layout) v.z = std::fabs(v.z) + 0.1f;
         const auto triplets = Triangulate(layout);
-        const TripletBank bank(triplets);
+        const TripletBank bank = Bank(triplets);
         Gains plain(count);
         for (int n = 0; n < 2000; ++n) {
             const CartesianVector source = RandomPoint(generator);
@@ -66,7 +71,7 @@ TEST(Vbap3DGains, PointsAtTheSourceWithUnitEnergy) {
     // Inside a triplet p = sum of g L: scaled back to its length it is the source again. The
     // inverse of a well-shaped triplet is right to some 10 epsilons.
     const CartesianArray layout = Sphere(40);
-    const TripletBank bank(Triangulate(layout));
+    const TripletBank bank = Bank(Triangulate(layout));
     std::mt19937 generator(4);
     for (int n = 0; n < 1000; ++n) {
         const CartesianVector p = RandomPoint(generator);
@@ -91,7 +96,7 @@ TEST(Vbap3DGains, PointsAtTheSourceWithUnitEnergy) {
 TEST(Vbap3DGains, IsExactOnALoudspeakerAndHalfWay) {
     const CartesianArray layout{{2, 0, 0},  {-1, 0, 0}, {0, 1, 0},
                                 {0, -1, 0}, {0, 0, 1},  {0, 0, -1}};
-    const TripletBank bank(Triangulate(layout));
+    const TripletBank bank = Bank(Triangulate(layout));
     for (auto* normalise : {+[](std::span<float> g) { NormaliseAmplitude3D(g); },
                             +[](std::span<float> g) { NormaliseIntensity(g); }}) {
         for (std::size_t k = 0; k < 6; ++k) {
@@ -117,9 +122,9 @@ TEST(Vbap3DGains, TurnsAndMirrorsWithItsLayout) {
     CartesianArray mirrored(layout);
     std::ranges::transform(layout, turned.begin(), turn);
     std::ranges::transform(layout, mirrored.begin(), mirror);
-    const TripletBank bank(Triangulate(layout));
-    const TripletBank turnedBank(Triangulate(turned));
-    const TripletBank mirroredBank(Triangulate(mirrored));
+    const TripletBank bank = Bank(Triangulate(layout));
+    const TripletBank turnedBank = Bank(Triangulate(turned));
+    const TripletBank mirroredBank = Bank(Triangulate(mirrored));
     for (int n = 0; n < 500; ++n) {
         const CartesianVector p = RandomPoint(generator);
         const Gains gains = RawGains(bank, 20, p);
@@ -163,7 +168,7 @@ TEST(TripletBank, ComparesWithTheOneTakenLast) {
         {"NoTriplets", {}, -1},
     };
     for (const Case& c : cases) {
-        const auto chosen = TripletBank(c.triplets).Choose({1.f, 0.f, 0.f});
+        const auto chosen = Bank(c.triplets).Choose({1.f, 0.f, 0.f});
         ASSERT_EQ(chosen.has_value(), c.chosen >= 0) << c.name;
         if (chosen) {
             EXPECT_EQ(chosen->speakers[0], c.chosen) << c.name;
@@ -179,14 +184,14 @@ TEST(TripletBank, FindsTheFirstOfEqualsAnywhere) {
             const float weight = t == best || t == (best + 40) % 100 ? 0.3f : 0.1f;
             triplets.push_back(Weighing(weight, weight, weight, t));
         }
-        const auto chosen = TripletBank(triplets).Choose({1.f, 0.f, 0.f});
+        const auto chosen = Bank(triplets).Choose({1.f, 0.f, 0.f});
         ASSERT_TRUE(chosen);
         EXPECT_EQ(chosen->speakers[0], std::min<int>(best, (best + 40) % 100));
     }
 }
 
 TEST(Vbap3DGains, StaysFiniteFarAway) {
-    const TripletBank bank(Triangulate(Sphere(12)));
+    const TripletBank bank = Bank(Triangulate(Sphere(12)));
     for (const float distance : {1e-38f, 1e-20f, 1e15f, 1e30f, 3e38f}) {
         for (auto* normalise : {+[](std::span<float> g) { NormaliseAmplitude3D(g); },
                                 +[](std::span<float> g) { NormaliseIntensity(g); }}) {
