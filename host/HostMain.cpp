@@ -40,7 +40,7 @@ ExitStatus RunScript(const Options& options) {
     const Script script = ReadScript(options.script);
     const Inputs inputs(options.inputs, options.loop);
     Console console(options.console, options.realtime);
-    LoadModule(options.module, AtomSpelling(script.box.front()));
+    LoadModule(options.module);
     HostApi::SetAudioSettings({RunRate(options, inputs), static_cast<int>(options.vector), false});
     Object object(script);
     Render(options, script, inputs, object, console);

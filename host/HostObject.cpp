@@ -74,9 +74,9 @@ void PrintEnds(t_object* object, max_long side, std::size_t count, Console& cons
 
 }  // namespace
 
-void LoadModule(const std::string& file, const std::string& className) {
+void LoadModule(const std::string& file) {
     const std::filesystem::path path =
-        file.empty() ? ProgramFolder() / PathOf(ModuleFileName(className)) : PathOf(file);
+        file.empty() ? ProgramFolder() / ModuleFileName("quilo.pan~") : PathOf(file);
     const SharedLibrary library(path);
     if (const auto entry = library.Find("ext_main"))
         return reinterpret_cast<void (*)(void*)>(entry)(nullptr);

@@ -14,9 +14,9 @@ namespace Quilo::Host {
 class Console;
 
 /// Loads a module file and calls its entry, which registers the module's classes.
-/// @param file  "" for the one of that class beside the program
+/// @param file  "" for quilo.pan~ beside the program
 /// Throws: Fault (HostFailed).
-void LoadModule(const std::string& file, const std::string& className);
+void LoadModule(const std::string& file);
 
 /// Owns the object; everything here belongs to the main thread.
 class Object {
