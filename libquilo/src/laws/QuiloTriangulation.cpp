@@ -28,7 +28,7 @@ public:
 
     /// The arcs of all triples above the threshold, by increasing angle; of equal ones the later
     /// pair first.
-    std::vector<Arc> ConnectedArcs();
+    std::vector<Arc> ConnectedArcs() const;
 
     std::span<const Ray> Speakers() const { return rays_; }
     bool IsGood(std::size_t i, std::size_t j, std::size_t k) const;
@@ -126,27 +126,26 @@ bool Rating::IsGood(std::size_t i, std::size_t j, std::size_t k) const {
     return sum > kLeastAngleSum && rise / sum > threshold_;
 }
 
-std::vector<Arc> Rating::ConnectedArcs() {
-    struct Entry {
-        std::uint32_t angleBits;  // angles are never negative, so their bits sort like they do
-        std::uint16_t from;
-        std::uint16_t to;
-    };
-    std::vector<Entry> entries;
+std::vector<Arc> Rating::ConnectedArcs() const {
+    // One number orders a pair: above, the bits of its angle, which sort like the angle because it
+    // is never negative; below, its place counted backwards, so that later pairs stand first.
+    constexpr std::uint64_t kLastPair = 0xffffffff;
+    std::vector<std::uint64_t> keys;
     for (std::size_t i = 0; i < count_; ++i) {
         for (std::size_t j = i + 1; j < count_; ++j) {
             if (connected_[At(i, j)] == 0) continue;
-            entries.push_back({std::bit_cast<std::uint32_t>(angles_[At(i, j)]),
-                               static_cast<std::uint16_t>(i), static_cast<std::uint16_t>(j)});
+            const std::uint64_t angle = std::bit_cast<std::uint32_t>(angles_[At(i, j)]);
+            keys.push_back(angle << 32 | (kLastPair - (i << 16 | j)));
         }
     }
-    std::ranges::reverse(entries);  // of equal angles the later pair stands first
-    std::ranges::stable_sort(entries, {}, &Entry::angleBits);
+    std::ranges::sort(keys);
     std::vector<Arc> arcs;
-    arcs.reserve(entries.size());
-    for (const Entry& entry : entries) {
-        arcs.push_back({entry.from, entry.to, angles_[At(entry.from, entry.to)],
-                        normals_[PairIndex(entry.from, entry.to)]});
+    arcs.reserve(keys.size());
+    for (const std::uint64_t key : keys) {
+        const std::uint64_t pair = kLastPair - (key & kLastPair);
+        const auto i = static_cast<std::uint16_t>(pair >> 16);
+        const auto j = static_cast<std::uint16_t>(pair & 0xffff);
+        arcs.push_back({i, j, angles_[At(i, j)], normals_[PairIndex(i, j)]});
     }
     return arcs;
 }
@@ -212,7 +211,7 @@ std::array<float, 9> InverseOfColumns(const CartesianVector& a,
 
 tav::Vector<Triplet> Triangulate(const tav::CartesianArray& speakers) {
     if (speakers.Size() < 3 || speakers.Size() > kMostSpeakers) return {};
-    Rating rating(speakers);
+    const Rating rating(speakers);
     std::vector<Arc> arcs = rating.ConnectedArcs();
     RemoveCrossedArcs(rating.Speakers(), arcs);
     return CollectTriplets(rating, arcs);

@@ -64,8 +64,8 @@ bool ArcsCross(std::span<const Ray> speakers, const Arc& a, const Arc& b) noexce
     const Ray opposite{{-point.v.x, -point.v.y, -point.v.z}, point.length};
     const std::array<const Ray*, 4> ends{&speakers[a.from], &speakers[a.to], &speakers[b.from],
                                          &speakers[b.to]};
-    std::array<float, 4> toPoint;
-    std::array<float, 4> toOpposite;
+    std::array<float, 4> toPoint{};
+    std::array<float, 4> toOpposite{};
     for (std::size_t end = 0; end < ends.size(); ++end) {
         toPoint[end] = AngleBetween(*ends[end], point);
         toOpposite[end] = AngleBetween(*ends[end], opposite);

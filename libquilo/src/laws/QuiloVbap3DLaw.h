@@ -63,7 +63,7 @@ private:
     };
     /// The same per lane.
     struct Peaks {
-        std::array<float, kLanes> minima;
+        std::array<float, kLanes> minima{};
         std::array<std::int32_t, kLanes> blocks{};
     };
     using Weights = std::array<float, 3>;

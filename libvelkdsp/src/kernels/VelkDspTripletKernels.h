@@ -2,6 +2,7 @@
 // The search for the triplet of loudspeakers around a direction, once per instruction set.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -9,8 +10,8 @@ namespace tav {
 
 /// A block holds this many 3 x 3 matrices as nine rows, element by element:
 /// row e of a block is element e (row-major) of its matrices.
-inline constexpr int kTripletLanes = 16;
-inline constexpr int kTripletElements = 9;
+inline constexpr std::ptrdiff_t kTripletLanes = 16;
+inline constexpr std::ptrdiff_t kTripletElements = 9;
 
 struct TripletKernels {
     /// The smallest component of matrix . position is sought for each matrix, and per lane the

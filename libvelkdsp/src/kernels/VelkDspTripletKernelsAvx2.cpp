@@ -6,7 +6,7 @@
 namespace tav {
 namespace {
 
-constexpr int kLanes = 8;
+constexpr std::ptrdiff_t kLanes = 8;
 
 struct Position {
     __m256 x, y, z;
@@ -26,7 +26,7 @@ void FindPeaks(const float* elements,
                std::int32_t* bestBlock) noexcept {
     const Position p{_mm256_set1_ps(position[0]), _mm256_set1_ps(position[1]),
                      _mm256_set1_ps(position[2])};
-    for (int first = 0; first < kTripletLanes; first += kLanes) {
+    for (std::ptrdiff_t first = 0; first < kTripletLanes; first += kLanes) {
         __m256 highest = _mm256_loadu_ps(best + first);
         // Block numbers travel as the bits of floats.
         auto* const places = reinterpret_cast<__m256i*>(bestBlock + first);
