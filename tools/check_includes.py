@@ -45,10 +45,12 @@ ROOMS = {
     "host": LIBVELKDSP + ("maxapi", "host/api"),
     "tools": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
     "benchmarks": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
-    "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
+    "tests/reference": LIBVELKDSP + ("libquilo/src/laws",),
+    "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
     # The tests of the object and of its host are the only others that see Max.
-    "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests"),
-    "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "tests"),
+    "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests", "tests/reference"),
+    "tests/fuzz": LIBVELKDSP + LIBQUILO + ("host", "tests"),
+    "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "tests", "tests/reference"),
 }
 
 # Where the compiler looks, and what it finds elsewhere.
@@ -59,7 +61,7 @@ GENERATED = {"QuiloProject.h"}
 # Product rooms know the standard library alone, whose headers have no extension. Exceptions are
 # the instruction sets and the host's one platform file.
 PRODUCT = ("libvelkdsp/", "libquilo/", "libsdif/", "src/", "maxapi/", "host/")
-MACHINE_HEADERS = {"libvelkdsp/src/kernels": ("immintrin.h",)}
+MACHINE_HEADERS = {"libvelkdsp/src/kernels": ("immintrin.h", "xmmintrin.h", "intrin.h")}
 PLATFORM_FILE = re.compile(r"^host/(api/)?\w*Platform\w*\.cpp$")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
