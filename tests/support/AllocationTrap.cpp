@@ -56,11 +56,13 @@ bool AllocationTrap::WatchesTheCLibrary() noexcept {
 
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the library's own names for what stands behind malloc
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier)
 
 // Visible to the shared libraries as well, although this project hides its symbols.
 [[gnu::visibility("default")]] void* malloc(std::size_t size) noexcept {

@@ -63,9 +63,8 @@ void AudioProcessorBase::Process(double* const* outputs,
     const DenormalGuard guard;
     scratch_.TakeNext();
     const Scratch& scratch = *scratch_.Live();
-    const unsigned piece = std::min(BufferSize(), scratch.frames);
     for (unsigned offset = 0; offset < frames;) {
-        const unsigned count = std::min(piece, frames - offset);
+        const unsigned count = std::min(scratch.frames, frames - offset);
         ProcessPiece(scratch, outputs, inputs, offset, count);
         offset += count;
     }
@@ -80,7 +79,7 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
         float* const mapped = scratch.inputs[input];
         if (InputActive(input)) {
             std::transform(inputs[input] + offset, inputs[input] + offset + frames, mapped,
-                           MapInput);
+                           [](double sample) { return MapInput(sample); });
         } else {
             std::fill_n(mapped, frames, 0.f);
         }
@@ -93,7 +92,8 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
     Process(scratch.outputs.data(), scratch.inputs.data(), frames);
     for (unsigned output = 0; output < numOutputs_; ++output) {
         const float* const own = scratch.outputs[output];
-        std::transform(own, own + frames, outputs[output] + offset, MapOutput);
+        std::transform(own, own + frames, outputs[output] + offset,
+                       [](float sample) { return MapOutput(sample); });
     }
 }
 

@@ -86,11 +86,15 @@ inline constexpr auto kCardinalKernel = [](const float* x, float f) noexcept TAV
                  x);
 };
 
-/// First-order allpass; needs its own previous output.
-inline float AllpassKernel(const float* x, float f, float previous) noexcept TAV_NONBLOCKING {
-    const float d = 1.f - f;
-    const float eta = (1.f - d) / (1.f + d);
-    return (x[1] - previous + 1e-20f) * eta + x[0] - 1e-20f;
-}
+/// First-order allpass; remembers its previous output.
+struct AllpassKernel {
+    float previous;
+
+    float operator()(const float* x, float f) noexcept TAV_NONBLOCKING {
+        const float d = 1.f - f;
+        const float eta = (1.f - d) / (1.f + d);
+        return previous = (x[1] - previous + 1e-20f) * eta + x[0] - 1e-20f;
+    }
+};
 
 }  // namespace tav

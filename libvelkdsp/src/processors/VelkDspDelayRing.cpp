@@ -11,15 +11,17 @@ namespace {
 
 /// Where a delay falls: `whole` samples back from the present one, then `fraction` forward.
 struct Distance {
-    float whole;
+    std::size_t whole;
     float fraction;
 };
 
 Distance Split(float delay) noexcept TAV_NONBLOCKING {
-    const float whole = std::ceil(delay);
-    const float fraction = whole - delay;
-    // A delay too small for its fraction to stay below 1 is none.
-    return fraction < 1.f ? Distance{whole, fraction} : Distance{whole - 1.f, 0.f};
+    const auto below = static_cast<std::int32_t>(delay);  // not std::ceil: a call on old machines
+    const float past = delay - static_cast<float>(below);
+    const float fraction = 1.f - past;
+    // A delay too little past a whole one for its fraction to stay below 1 is that whole one.
+    return fraction < 1.f ? Distance{static_cast<std::size_t>(below) + 1, fraction}
+                          : Distance{static_cast<std::size_t>(below), 0.f};
 }
 
 /// Kernels look past the read point, where for short delays nothing is written yet.
@@ -81,10 +83,12 @@ void DelayRing::WithKernel(DelayKind kind, Action action) noexcept TAV_NONBLOCKI
         case DelayKind::Quadratic: return action(kQuadraticKernel);
         case DelayKind::BSpline: return action(kBSplineKernel);
         case DelayKind::Cardinal: return action(kCardinalKernel);
-        case DelayKind::Allpass:
-            return action([this](const float* x, float f) noexcept TAV_NONBLOCKING {
-                return lastAllpass_ = AllpassKernel(x, f, lastAllpass_);
-            });
+        case DelayKind::Allpass: {
+            AllpassKernel kernel{lastAllpass_};
+            action(kernel);
+            lastAllpass_ = kernel.previous;
+            return;
+        }
         default: return action(kNearestKernel);
     }
 }
@@ -93,8 +97,8 @@ void DelayRing::Read(DelayKind kind,
                      float delay,
                      std::span<float> output) noexcept TAV_NONBLOCKING {
     const Distance distance = Split(delay);
-    WithKernel(KindFor(kind, delay), [&](auto kernel) {
-        std::size_t index = IndexBefore(blockPosition_, distance.whole);
+    WithKernel(KindFor(kind, delay), [&](auto& kernel) {
+        std::size_t index = (blockPosition_ - distance.whole) & mask_;
         for (std::span<float> rest = output; !rest.empty(); index = 0) {
             const std::size_t run = std::min(rest.size(), mask_ + 1 - index);
             const float* const x = Samples() + index;
@@ -113,10 +117,10 @@ void DelayRing::Read(DelayKind kind,
         const DelayKind kindHere = KindFor(kind, delays[begin]);
         std::size_t end = begin + 1;
         while (end < output.size() && KindFor(kind, delays[end]) == kindHere) ++end;
-        WithKernel(kindHere, [&](auto kernel) {
+        WithKernel(kindHere, [&](auto& kernel) {
             for (std::size_t k = begin; k < end; ++k) {
                 const Distance distance = Split(delays[k]);
-                const std::size_t index = IndexBefore(blockPosition_ + k, distance.whole);
+                const std::size_t index = (blockPosition_ + k - distance.whole) & mask_;
                 output[k] = kernel(Samples() + index, distance.fraction);
             }
         });

@@ -48,9 +48,6 @@ public:
 private:
     static constexpr std::size_t kGuard = 4;
 
-    std::size_t IndexBefore(std::size_t position, float samples) const noexcept TAV_NONBLOCKING {
-        return (position - static_cast<std::size_t>(samples)) & mask_;
-    }
     float* Samples() noexcept TAV_NONBLOCKING { return storage_.Data() + kGuard; }
     const float* Samples() const noexcept TAV_NONBLOCKING { return storage_.Data() + kGuard; }
     void Append(std::span<const float> samples) noexcept TAV_NONBLOCKING;

@@ -9,7 +9,7 @@ namespace tav {
 
 namespace {
 
-constexpr float kLongestGlide = 1 << 30;  // samples
+constexpr float kLongestGlide = 1073741824.f;  // samples
 
 std::uint32_t WholeSamples(float samples) noexcept TAV_NONBLOCKING {
     return samples >= 1.f ? static_cast<std::uint32_t>(std::min(samples, kLongestGlide)) : 0;
@@ -46,16 +46,25 @@ float Ramp::Value() const noexcept TAV_NONBLOCKING { return After(count_); }
 
 float Ramp::After(std::uint32_t samples) const noexcept TAV_NONBLOCKING {
     if (samples >= length_) return target_;
-    // From the index, never accumulated, and in double: two large ends have a finite distance.
-    const double distance = static_cast<double>(target_) - static_cast<double>(start_);
-    return static_cast<float>(static_cast<double>(start_) + static_cast<double>(samples) *
-                                                                distance /
-                                                                static_cast<double>(length_));
+    return static_cast<float>(static_cast<double>(start_) + samples * Step());
+}
+
+double Ramp::Step() const noexcept TAV_NONBLOCKING {
+    return (static_cast<double>(target_) - static_cast<double>(start_)) /
+           static_cast<double>(length_);
 }
 
 void Ramp::Fill(std::span<float> values) noexcept TAV_NONBLOCKING {
-    const std::size_t gliding = std::min<std::size_t>(values.size(), length_ - count_);
-    for (float& value : values.first(gliding)) value = After(++count_);
+    const auto gliding = std::min<std::size_t>(values.size(), length_ - count_);
+    if (gliding > 0) {
+        const double start = static_cast<double>(start_);
+        const double step = Step();
+        for (std::size_t k = 0; k < gliding; ++k) {
+            values[k] = static_cast<float>(start + static_cast<double>(count_ + 1 + k) * step);
+        }
+        count_ += static_cast<std::uint32_t>(gliding);
+        if (IsConstant()) values[gliding - 1] = target_;
+    }
     std::ranges::fill(values.subspan(gliding), target_);
 }
 

@@ -40,6 +40,9 @@ public:
 
 private:
     float After(std::uint32_t samples) const noexcept TAV_NONBLOCKING;
+    /// From one value to the next, in double: two large ends have a finite distance, and a multiple
+    /// of it is as good as (k + 1)(target - start) / n.
+    double Step() const noexcept TAV_NONBLOCKING;
 
     float start_;
     float target_;

@@ -104,6 +104,9 @@ TEST(InletsActivityAnalyzer, TheHoldLengthFollowsALaterRate) {
     inlet.analyzer.SetAutoMuteTime(1.f);
     inlet.analyzer.SetSampleRate(2000.f);
     EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 19u);
+    for (int block = 0; block < 50; ++block) EXPECT_FALSE(inlet.ActiveAfter(100, 0.0));
+    inlet.analyzer.SetSampleRate(3000.f);  // silence beyond the hold length was not counted
+    EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 9u);
 }
 
 TEST(InletsActivityAnalyzer, SilenceBeforeItIsSwitchedOnDoesNotCount) {
