@@ -46,11 +46,16 @@ struct MixPair {
     float step;
 };
 
-/// A panel mixes some inputs into a tile of outputs, at most stripFrames samples at a time. The
-/// inputs stand in a strip, made by fillStrip. Gains of input i are at `gains + i * kTileOutputs`,
-/// its steps likewise.
-inline constexpr int kStripPadding = 16;
-inline constexpr int kMostStripFrames = 64;
+/// A strip holds up to kStripFrames samples of some inputs, in the order in which a set of kernels
+/// reads them. fillStrip makes it; `numSlots` is above the index of each of them.
+inline constexpr int kStripFrames = 64;
+struct Strip {
+    float* samples;  // numSlots * kStripFrames
+    int numSlots;
+};
+
+/// A panel mixes some inputs of a strip into a tile of outputs. Gains of input i are at
+/// `gains + i * kTileOutputs`, its steps likewise.
 struct Panel {
     const float* gains;
     const float* steps;  // read by the ramped panel only
@@ -63,12 +68,6 @@ struct Panel {
 /// A gain of exactly 1 on a single input adds that input bit for bit; samples have to be finite.
 /// Thread: any.  A vector set may fuse multiply and add, and reorder the sum of an output.
 struct Kernels {
-    /// y[k] += gain * x[k]; nothing when the gain is 0.
-    void (*addScaled)(float* y, const float* x, float gain, int n) noexcept TAV_NONBLOCKING;
-    /// The gain moves in a line from `first` at sample 0 to `last` at sample n - 1; one sample
-    /// alone takes `last`.
-    void (*addRamped)(float* y, const float* x, float first, float last, int n) noexcept
-        TAV_NONBLOCKING;
     /// y[k] += sum over the pairs of gain * inputs[input][offset + k]
     void (*mixConstantList)(float* y,
                             const float* const* inputs,
@@ -84,24 +83,22 @@ struct Kernels {
                           int numPairs,
                           const float* w,
                           int n) noexcept TAV_NONBLOCKING;
-    /// The n samples of each of these inputs to `strip + input * stripFrames`, then zeros up to the
-    /// next multiple of kStripPadding.
-    void (*fillStrip)(float* strip,
+    /// @param n  at most kStripFrames, here and for the panels
+    void (*fillStrip)(const Strip& strip,
                       const float* const* inputs,
                       int offset,
                       const int* indices,
                       int numInputs,
                       int n) noexcept TAV_NONBLOCKING;
-    /// outputs[o][k] += sum over the inputs i of the panel of gain(i, o) * strip(i)[k]
-    /// @param n  at most stripFrames
+    /// outputs[o][k] += sum over the inputs i of the panel of gain(i, o) * input i at sample k
     void (*mixConstantPanel)(float* const* outputs,
-                             const float* strip,
+                             const Strip& strip,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING;
     /// The same with the gains gain(i, o) + w[k] * step(i, o).
-    /// @param w  n values, then finite ones up to the next multiple of kStripPadding
+    /// @param w  kStripFrames values, finite behind the first n too
     void (*mixRampedPanel)(float* const* outputs,
-                           const float* strip,
+                           const Strip& strip,
                            const Panel& panel,
                            const float* w,
                            int n) noexcept TAV_NONBLOCKING;
@@ -110,7 +107,6 @@ struct Kernels {
     void (*planRow)(const GainLine& line,
                     const RowPlan& plan,
                     int numGroups) noexcept TAV_NONBLOCKING;
-    int stripFrames;  // at most kMostStripFrames
 };
 
 struct NamedKernels {

@@ -11,7 +11,7 @@ namespace {
 struct Avx2 {
     using Vec = __m256;
     static constexpr int kLanes = 8;
-    static constexpr int kStripVectors = 2;
+    static constexpr int kPieceVectors = 2;
 
     static Vec Zero() { return _mm256_setzero_ps(); }
     static Vec Load(const float* p) { return _mm256_loadu_ps(p); }

@@ -11,7 +11,7 @@ namespace {
 struct Avx512 {
     using Vec = __m512;
     static constexpr int kLanes = 16;
-    static constexpr int kStripVectors = 4;
+    static constexpr int kPieceVectors = 4;
 
     static Vec Zero() { return _mm512_setzero_ps(); }
     static Vec Load(const float* p) { return _mm512_loadu_ps(p); }

@@ -7,8 +7,6 @@
 namespace tav {
 namespace {
 
-constexpr int kStripFrames = 16;
-
 void AddScaled(float* y, const float* x, float gain, int n) noexcept TAV_NONBLOCKING {
     if (gain == 0.f) return;
     if (gain == 1.f) {
@@ -16,16 +14,6 @@ void AddScaled(float* y, const float* x, float gain, int n) noexcept TAV_NONBLOC
         return;
     }
     for (int k = 0; k < n; ++k) y[k] += gain * x[k];
-}
-
-void AddRamped(float* y, const float* x, float first, float last, int n) noexcept TAV_NONBLOCKING {
-    if (first == last) return AddScaled(y, x, first, n);
-    if (n == 1) {
-        y[0] += last * x[0];
-        return;
-    }
-    const float step = (last - first) / static_cast<float>(n - 1);  // the last sample has `last`
-    for (int k = 0; k < n; ++k) y[k] += (first + static_cast<float>(k) * step) * x[k];
 }
 
 void AddWeighted(float* y, const float* x, float gain, float step, const float* w, int n) noexcept
@@ -58,7 +46,7 @@ void MixRampedList(float* y,
     }
 }
 
-void FillStrip(float* strip,
+void FillStrip(const Strip& strip,
                const float* const* inputs,
                int offset,
                const int* indices,
@@ -66,27 +54,26 @@ void FillStrip(float* strip,
                int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < numInputs; ++index) {
         const int input = indices[index];
-        float* const samples = strip + input * kStripFrames;
+        float* const samples = strip.samples + input * kStripFrames;
         for (int k = 0; k < n; ++k) samples[k] = inputs[input][offset + k];
-        for (int k = n; k % kStripPadding != 0; ++k) samples[k] = 0.f;
     }
 }
 
 void MixConstantPanel(float* const* outputs,
-                      const float* strip,
+                      const Strip& strip,
                       const Panel& panel,
                       int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < panel.numInputs; ++index) {
         const int input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {
-            AddScaled(outputs[o], strip + input * kStripFrames, gains[o], n);
+            AddScaled(outputs[o], strip.samples + input * kStripFrames, gains[o], n);
         }
     }
 }
 
 void MixRampedPanel(float* const* outputs,
-                    const float* strip,
+                    const Strip& strip,
                     const Panel& panel,
                     const float* w,
                     int n) noexcept TAV_NONBLOCKING {
@@ -95,7 +82,7 @@ void MixRampedPanel(float* const* outputs,
         const float* gains = panel.gains + input * kTileOutputs;
         const float* steps = panel.steps + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {
-            AddWeighted(outputs[o], strip + input * kStripFrames, gains[o], steps[o], w, n);
+            AddWeighted(outputs[o], strip.samples + input * kStripFrames, gains[o], steps[o], w, n);
         }
     }
 }
@@ -117,9 +104,8 @@ void PlanRow(const GainLine& line, const RowPlan& plan, int numGroups) noexcept 
     }
 }
 
-constexpr Kernels kKernels{AddScaled,      AddRamped, MixConstantList,
-                           MixRampedList,  FillStrip, MixConstantPanel,
-                           MixRampedPanel, PlanRow,   kStripFrames};
+constexpr Kernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
+                           MixConstantPanel, MixRampedPanel, PlanRow};
 
 }  // namespace
 

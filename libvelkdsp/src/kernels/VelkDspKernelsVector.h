@@ -4,7 +4,7 @@
 // Only the translation unit of an instruction set includes this. Everything it makes of these
 // templates stays inside it: `S`, the set of operations, lives in an anonymous namespace there, so
 // that no code for a new processor can replace a like-named function of the rest of the program.
-// S offers Vec, kLanes, kStripVectors, Zero(), Load(p), Store(p, v), LoadFirst(p, count),
+// S offers Vec, kLanes, kPieceVectors, Zero(), Load(p), Store(p, v), LoadFirst(p, count),
 // StoreFirst(p, v, count), Broadcast(value), Add(a, b), Subtract(a, b), Multiply(a, b),
 // MultiplyAdd(a, b, c), MagnitudeAbove(v, limit) that gives a mask, Where(mask, yes, no) and
 // Bits(mask), lane 0 in the lowest bit.
@@ -19,27 +19,6 @@ namespace tav {
 template <class S>
 class VectorKernels {
 public:
-    static constexpr int kStripFrames = S::kStripVectors * S::kLanes;
-
-    static void AddScaled(float* y, const float* x, float gain, int n) noexcept TAV_NONBLOCKING {
-        if (gain == 0.f) return;
-        const Vec g = S::Broadcast(gain);
-        ForEachVector(n,
-                      [&](int k, auto part) { part.Add(y + k, S::Multiply(g, part.Load(x + k))); });
-    }
-
-    static void AddRamped(float* y, const float* x, float first, float last, int n) noexcept
-        TAV_NONBLOCKING {
-        if (first == last) return AddScaled(y, x, first, n);
-        if (n == 1) first = last;
-        const Vec start = S::Broadcast(first);
-        const Vec step = S::Broadcast(n > 1 ? (last - first) / static_cast<float>(n - 1) : 0.f);
-        ForEachVector(n, [&](int k, auto part) {
-            const Vec index = S::Add(S::Broadcast(static_cast<float>(k)), S::Load(kLaneIndex));
-            part.Add(y + k, S::Multiply(S::MultiplyAdd(index, step, start), part.Load(x + k)));
-        });
-    }
-
     static void MixConstantList(float* y,
                                 const float* const* inputs,
                                 int offset,
@@ -85,10 +64,11 @@ public:
                 const float* x = inputs[p->input] + offset + k;
                 const Vec gain = S::Broadcast(p->gain);
                 const Vec step = S::Broadcast(p->step);
+                Vecs<kListVectors> samples;
+                for (int v = 0; v < kListVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
                 for (int v = 0; v < kListVectors; ++v) {
-                    const Vec sample = S::Load(x + v * S::kLanes);
-                    base[v] = S::MultiplyAdd(gain, sample, base[v]);
-                    slope[v] = S::MultiplyAdd(step, sample, slope[v]);
+                    base[v] = S::MultiplyAdd(gain, samples[v], base[v]);
+                    slope[v] = S::MultiplyAdd(step, samples[v], slope[v]);
                 }
             }
             for (int v = 0; v < kListVectors; ++v) {
@@ -108,59 +88,63 @@ public:
         });
     }
 
-    static void FillStrip(float* strip,
+    /// Piece by piece: all inputs' samples of the first kPieceFrames side by side, then all inputs'
+    /// next ones. The last piece ends with zeros.
+    static void FillStrip(const Strip& strip,
                           const float* const* inputs,
                           int offset,
                           const int* indices,
                           int numInputs,
                           int n) noexcept TAV_NONBLOCKING {
-        const int whole = n / S::kLanes * S::kLanes;
-        const int padded = (n + kStripPadding - 1) / kStripPadding * kStripPadding;
         for (const int* index = indices; index != indices + numInputs; ++index) {
-            float* const samples = strip + *index * kStripFrames;
             const float* const input = inputs[*index] + offset;
-            int k = 0;
-            for (; k < whole; k += S::kLanes) S::Store(samples + k, S::Load(input + k));
-            if (k < n) {
-                S::Store(samples + k, S::LoadFirst(input + k, n - k));
-                k += S::kLanes;
+            float* piece = strip.samples + *index * kPieceFrames;
+            for (int first = 0; first < n; first += kPieceFrames) {
+                for (int k = first; k < first + kPieceFrames; k += S::kLanes) {
+                    float* const samples = piece + (k - first);
+                    if (k + S::kLanes <= n) {
+                        S::Store(samples, S::Load(input + k));
+                    } else {
+                        S::Store(samples, k < n ? S::LoadFirst(input + k, n - k) : S::Zero());
+                    }
+                }
+                piece += strip.numSlots * kPieceFrames;
             }
-            for (; k < padded; k += S::kLanes) S::Store(samples + k, S::Zero());
         }
     }
 
     static void MixConstantPanel(float* const* outputs,
-                                 const float* strip,
+                                 const Strip& strip,
                                  const Panel& panel,
                                  int n) noexcept TAV_NONBLOCKING {
-        OverStrip(n, [&](auto vectors) {
+        ForEachPiece(strip, n, [&](auto vectors, const float* piece, int at, int count) {
             constexpr int kVectors = decltype(vectors)::kCount;
             switch (panel.numOutputs) {
-                case 4: return ConstantTile<4, kVectors>(outputs, strip, panel, n);
-                case 5: return ConstantTile<5, kVectors>(outputs, strip, panel, n);
-                default: return ConstantTile<6, kVectors>(outputs, strip, panel, n);
+                case 4: return ConstantTile<4, kVectors>(outputs, at, piece, panel, count);
+                case 5: return ConstantTile<5, kVectors>(outputs, at, piece, panel, count);
+                default: return ConstantTile<6, kVectors>(outputs, at, piece, panel, count);
             }
         });
     }
 
     static void MixRampedPanel(float* const* outputs,
-                               const float* strip,
+                               const Strip& strip,
                                const Panel& panel,
                                const float* w,
                                int n) noexcept TAV_NONBLOCKING {
         // Half a tile at a time: an output needs two sums, and they have to stay in registers.
-        OverStrip(n, [&](auto vectors) {
+        ForEachPiece(strip, n, [&](auto vectors, const float* piece, int at, int count) {
             constexpr int kVectors = decltype(vectors)::kCount;
             if (panel.numOutputs == 4) {
-                RampedTile<0, 2, kVectors>(outputs, strip, panel, w, n);
-                RampedTile<2, 2, kVectors>(outputs, strip, panel, w, n);
+                RampedTile<0, 2, kVectors>(outputs, at, piece, panel, w, count);
+                RampedTile<2, 2, kVectors>(outputs, at, piece, panel, w, count);
                 return;
             }
-            RampedTile<0, 3, kVectors>(outputs, strip, panel, w, n);
+            RampedTile<0, 3, kVectors>(outputs, at, piece, panel, w, count);
             if (panel.numOutputs == 5) {
-                RampedTile<3, 2, kVectors>(outputs, strip, panel, w, n);
+                RampedTile<3, 2, kVectors>(outputs, at, piece, panel, w, count);
             } else {
-                RampedTile<3, 3, kVectors>(outputs, strip, panel, w, n);
+                RampedTile<3, 3, kVectors>(outputs, at, piece, panel, w, count);
             }
         });
     }
@@ -197,9 +181,8 @@ public:
         }
     }
 
-    static constexpr Kernels kKernels{AddScaled,      AddRamped, MixConstantList,
-                                      MixRampedList,  FillStrip, MixConstantPanel,
-                                      MixRampedPanel, PlanRow,   kStripFrames};
+    static constexpr Kernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
+                                      MixConstantPanel, MixRampedPanel, PlanRow};
 
 private:
     using Vec = typename S::Vec;
@@ -208,9 +191,9 @@ private:
     template <int rows, int columns>
     using Table = Vec[static_cast<unsigned>(rows)][static_cast<unsigned>(columns)];
     static constexpr int kListVectors = 4;
-    static_assert(kGroupOutputs % S::kLanes == 0 && kStripPadding % S::kLanes == 0);
+    static constexpr int kPieceFrames = S::kPieceVectors * S::kLanes;
+    static_assert(kGroupOutputs % S::kLanes == 0 && kStripFrames % kPieceFrames == 0);
     static_assert(kLeastTileOutputs == 4 && kTileOutputs == 6);  // the cases of the panels
-    static constexpr float kLaneIndex[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
     /// All lanes of a vector lie inside the block.
     struct Whole {
@@ -237,15 +220,26 @@ private:
         if (k < n) body(k, First{n - k});
     }
 
-    /// Calls body(Vectors<count>) with the least count of vectors that holds n samples.
+    /// Calls body(Vectors<the least count that holds them>, samples, first sample, count of
+    /// samples) for each piece of a strip of n samples.
+    template <class Body>
+    static void ForEachPiece(const Strip& strip, int n, Body body) noexcept TAV_NONBLOCKING {
+        const float* piece = strip.samples;
+        int at = 0;
+        for (; at + kPieceFrames <= n; at += kPieceFrames) {
+            body(Vectors<S::kPieceVectors>{}, piece, at, kPieceFrames);
+            piece += strip.numSlots * kPieceFrames;
+        }
+        if (at < n) LastPiece(piece, at, n - at, body);
+    }
     template <int count = 1, class Body>
-    static void OverStrip(int n, Body body) noexcept TAV_NONBLOCKING {
-        if constexpr (count == S::kStripVectors) {
-            body(Vectors<count>{});
+    static void LastPiece(const float* piece, int at, int n, Body body) noexcept TAV_NONBLOCKING {
+        if constexpr (count == S::kPieceVectors) {
+            body(Vectors<count>{}, piece, at, n);
         } else if (n <= count * S::kLanes) {
-            body(Vectors<count>{});
+            body(Vectors<count>{}, piece, at, n);
         } else {
-            OverStrip<count + 1>(n, body);
+            LastPiece<count + 1>(piece, at, n, body);
         }
     }
 
@@ -263,7 +257,8 @@ private:
 
     template <int kOutputs, int kVectors>
     static void ConstantTile(float* const* outputs,
-                             const float* strip,
+                             int at,
+                             const float* piece,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING {
         Table<kOutputs, kVectors> sums;
@@ -272,7 +267,7 @@ private:
         }
         const int* const end = panel.inputs + panel.numInputs;
         for (const int* input = panel.inputs; input != end; ++input) {
-            const float* x = strip + *input * kStripFrames;
+            const float* x = piece + *input * kPieceFrames;
             const float* gains = panel.gains + *input * kTileOutputs;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
@@ -283,13 +278,14 @@ private:
                 }
             }
         }
-        for (int o = 0; o < kOutputs; ++o) AddSums<kVectors>(outputs[o], sums[o], n);
+        for (int o = 0; o < kOutputs; ++o) AddSums<kVectors>(outputs[o] + at, sums[o], n);
     }
 
     /// Outputs kFirst to kFirst + kOutputs - 1 of the panel.
     template <int kFirst, int kOutputs, int kVectors>
     static void RampedTile(float* const* outputs,
-                           const float* strip,
+                           int at,
+                           const float* piece,
                            const Panel& panel,
                            const float* w,
                            int n) noexcept TAV_NONBLOCKING {
@@ -300,7 +296,7 @@ private:
         }
         const int* const end = panel.inputs + panel.numInputs;
         for (const int* input = panel.inputs; input != end; ++input) {
-            const float* x = strip + *input * kStripFrames;
+            const float* x = piece + *input * kPieceFrames;
             const float* gains = panel.gains + *input * kTileOutputs + kFirst;
             const float* steps = panel.steps + *input * kTileOutputs + kFirst;
             Vecs<kVectors> samples;
@@ -316,10 +312,10 @@ private:
         }
         for (int o = 0; o < kOutputs; ++o) {
             for (int v = 0; v < kVectors; ++v) {
-                const Vec weight = S::Load(w + v * S::kLanes);
+                const Vec weight = S::Load(w + at + v * S::kLanes);
                 bases[o][v] = S::MultiplyAdd(weight, slopes[o][v], bases[o][v]);
             }
-            AddSums<kVectors>(outputs[kFirst + o], bases[o], n);
+            AddSums<kVectors>(outputs[kFirst + o] + at, bases[o], n);
         }
     }
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <cstring>
 
 namespace tav {
 namespace {
@@ -49,7 +50,7 @@ GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& ker
       rowSteps_(heard_.size()),
       rowAudible_(numGroups_),
       rowMoving_(numGroups_),
-      strip_(std::size_t{numInputs} * static_cast<unsigned>(kernels.stripFrames)) {
+      strip_(std::size_t{numInputs} * kStripFrames) {
     std::fill_n(heard_.begin(), numOutputs, 1.f);
 }
 
@@ -82,16 +83,19 @@ GainMixer::Route GainMixer::RouteOf(Mask audible, Mask moving) noexcept TAV_NONB
 /// Moves a group of the planned row to its slots.
 void GainMixer::RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING {
     const std::size_t at = std::size_t{input} * numGroups_ + group;
-    if (rowAudible_[group] == 0 && audible_[at] == 0) return;
+    Mask concerned = rowAudible_[group] | audible_[at];
+    if (concerned == 0) return;
     Mask listed = 0;
-    for (unsigned t = 0; t < kGroupTiles; ++t) {
+    while (concerned != 0) {
+        const unsigned t = static_cast<unsigned>(std::countr_zero(concerned)) / kTile;
         const unsigned shift = t * kTile;
+        concerned &= ~(kTileMask << shift);
         const Mask audible = (rowAudible_[group] >> shift) & kTileMask;
         const Route route = RouteOf(audible, (rowMoving_[group] >> shift) & kTileMask);
         if (route != Route::Silent) {
             const std::size_t slot = Slot(group * kGroupTiles + t, input);
-            std::copy_n(&rowGains_[group * kGroup + shift], kTile, &gains_[slot]);
-            std::copy_n(&rowSteps_[group * kGroup + shift], kTile, &steps_[slot]);
+            std::memcpy(&gains_[slot], &rowGains_[group * kGroup + shift], kTile * sizeof(float));
+            std::memcpy(&steps_[slot], &rowSteps_[group * kGroup + shift], kTile * sizeof(float));
         }
         if (route == Route::Lists) listed |= audible << shift;
         Route& before = routes_[at * kGroupTiles + t];
@@ -200,18 +204,14 @@ void GainMixer::Mix(float* const* outputs,
 
 /// Each weight by its index, never accumulated; zeros up to the end of the last strip.
 void GainMixer::FillWeights(const RampPiece& piece, int first, int count) noexcept TAV_NONBLOCKING {
-    const double position = piece.position;
-    const double frames = piece.frames;
-    if (piece.frames == 1) {
-        weights_[0] = static_cast<float>(position + 1.0);
-    } else {
-        const double slope = frames / (frames - 1.0);
-        for (int k = 0; k < count; ++k) {
-            const double weight = position + static_cast<double>(first + k) * slope;
-            weights_[static_cast<unsigned>(k)] = static_cast<float>(weight);
-        }
+    const auto position = static_cast<float>(piece.position);
+    const auto frames = static_cast<float>(piece.frames);
+    const float slope = piece.frames == 1 ? 0.f : frames / (frames - 1.f);
+    const float start = piece.frames == 1 ? position + 1.f : position;
+    for (int k = 0; k < count; ++k) {
+        weights_[static_cast<unsigned>(k)] = start + static_cast<float>(first + k) * slope;
     }
-    std::fill_n(weights_.begin() + count, kMostStripFrames, 0.f);
+    std::fill_n(weights_.begin() + count, kStripFrames, 0.f);
 }
 
 void GainMixer::MixLists(float* const* outputs,
@@ -238,17 +238,19 @@ void GainMixer::MixPanels(float* const* outputs,
                           const float* const* inputs,
                           int offset,
                           int frames) noexcept TAV_NONBLOCKING {
-    for (int done = 0; done < frames; done += kernels_.stripFrames) {
-        const int count = std::min(frames - done, kernels_.stripFrames);
-        kernels_.fillStrip(strip_.data(), inputs, offset + done, panelInputs_.data(),
-                           numPanelInputs_, count);
+    const Strip strip{strip_.data(), static_cast<int>(numInputs_)};
+    for (int done = 0; done < frames; done += kStripFrames) {
+        const int count = std::min(frames - done, kStripFrames);
+        kernels_.fillStrip(strip, inputs, offset + done, panelInputs_.data(), numPanelInputs_,
+                           count);
         for (unsigned tile = 0; tile < numTiles_; ++tile) {
-            MixTile(tile, outputs, offset + done, weights_.data() + done, count);
+            MixTile(tile, strip, outputs, offset + done, weights_.data() + done, count);
         }
     }
 }
 
 void GainMixer::MixTile(unsigned tile,
+                        const Strip& strip,
                         float* const* outputs,
                         int offset,
                         const float* weights,
@@ -267,12 +269,12 @@ void GainMixer::MixTile(unsigned tile,
     if (counts.constant > 0) {
         panel.inputs = &constantInputs_[first];
         panel.numInputs = counts.constant;
-        kernels_.mixConstantPanel(tileOutputs.data(), strip_.data(), panel, frames);
+        kernels_.mixConstantPanel(tileOutputs.data(), strip, panel, frames);
     }
     if (counts.ramped > 0) {
         panel.inputs = &rampedInputs_[first];
         panel.numInputs = counts.ramped;
-        kernels_.mixRampedPanel(tileOutputs.data(), strip_.data(), panel, weights, frames);
+        kernels_.mixRampedPanel(tileOutputs.data(), strip, panel, weights, frames);
     }
 }
 

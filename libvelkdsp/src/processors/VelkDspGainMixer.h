@@ -83,6 +83,7 @@ private:
                    int offset,
                    int frames) noexcept TAV_NONBLOCKING;
     void MixTile(unsigned tile,
+                 const Strip& strip,
                  float* const* outputs,
                  int offset,
                  const float* weights,
@@ -125,8 +126,8 @@ private:
     std::vector<Mask> rowAudible_;
     std::vector<Mask> rowMoving_;
     std::vector<float> strip_;
-    std::array<float, kMostFrames + kMostStripFrames> weights_{};
-    std::array<float, kMostStripFrames> unheard_{};  // for unconnected outputs among others
+    std::array<float, kMostFrames + kStripFrames> weights_{};
+    std::array<float, kStripFrames> unheard_{};  // for unconnected outputs among others
 };
 
 }  // namespace tav

@@ -123,7 +123,7 @@ void SignalMatrix::Perform(float* const* outputs,
     int offset = 0;
     int left = static_cast<int>(frames);
     while (left > 0) {
-        SetMixerRows();
+        SetStaleMixerRows();
         if (AtRest()) {
             // Segments that change nothing need no boundaries between them.
             mixer_.Mix(outputs, inputs, offset, {0, left});
@@ -180,7 +180,9 @@ void SignalMatrix::NextSegment() noexcept TAV_NONBLOCKING {
     for (std::size_t index = 0; index < rows_.size(); ++index) {
         if (rows_[index].moves) SetMoves(rows_[index], false);
         if (look) TakeTarget(index);
+        if (rows_[index].stale) SetMixerRow(index);  // while its gains are at hand
     }
+    anyStale_ = false;
 }
 
 /// A row that is being written keeps its gains for one more segment.
@@ -191,7 +193,7 @@ void SignalMatrix::TakeTarget(std::size_t index) noexcept TAV_NONBLOCKING {
 /// from <- to, to <- spare.
 void SignalMatrix::Advance(Row& row) noexcept TAV_NONBLOCKING {
     row = {row.to, row.spare, row.from, row.moves, row.stale};
-    SetMoves(row, !std::equal(row.from, row.from + NumOutputs(), row.to));
+    SetMoves(row, true);
 }
 
 /// After from or to of this row have changed.
@@ -208,16 +210,20 @@ void SignalMatrix::SetAllStale() noexcept TAV_NONBLOCKING {
     anyStale_ = true;
 }
 
-void SignalMatrix::SetMixerRows() noexcept TAV_NONBLOCKING {
+void SignalMatrix::SetStaleMixerRows() noexcept TAV_NONBLOCKING {
     if (!anyStale_) return;
     anyStale_ = false;
-    for (unsigned index = 0; index < rows_.size(); ++index) {
-        Row& row = rows_[index];
-        if (!row.stale) continue;
-        row.stale = false;
-        const bool glides = row.moves && rampLength_ > 0;
-        mixer_.SetRow(index, glides ? row.from : row.to, row.to, inverseRampLength_);
+    for (std::size_t index = 0; index < rows_.size(); ++index) {
+        if (rows_[index].stale) SetMixerRow(index);
     }
+}
+
+void SignalMatrix::SetMixerRow(std::size_t index) noexcept TAV_NONBLOCKING {
+    Row& row = rows_[index];
+    row.stale = false;
+    const bool glides = row.moves && rampLength_ > 0;
+    mixer_.SetRow(static_cast<unsigned>(index), glides ? row.from : row.to, row.to,
+                  inverseRampLength_);
 }
 
 StaticSignalMatrix::StaticSignalMatrix(unsigned numInputs,

@@ -97,7 +97,7 @@ private:
         float* from;
         float* to;
         float* spare;
-        bool moves;  // from and to differ
+        bool moves;  // from and to may differ
         bool stale;  // the mixer has other gains
     };
 
@@ -110,7 +110,8 @@ private:
     void Advance(Row& row) noexcept TAV_NONBLOCKING;
     void SetMoves(Row& row, bool moves) noexcept TAV_NONBLOCKING;
     void SetAllStale() noexcept TAV_NONBLOCKING;
-    void SetMixerRows() noexcept TAV_NONBLOCKING;
+    void SetStaleMixerRows() noexcept TAV_NONBLOCKING;
+    void SetMixerRow(std::size_t index) noexcept TAV_NONBLOCKING;
 
     // control only
     float interpolationTimeMs_ = 0.f;

@@ -93,37 +93,6 @@ void ForEveryLengthAndOffset(int longest, Body body) {
     }
 }
 
-TEST_P(KernelSets, AddOneInputWithAConstantGain) {
-    const std::vector<float> x = Noise(kLongest + kOffsets, 1);
-    for (const float gain : {0.f, 1.f, -1.f, 0.3f, 1e-20f}) {
-        ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
-            Output y(offset, n, 2);
-            const float* const input = x.data() + (kOffsets - 1 - offset);
-            kernels_.addScaled(y.Samples(), input, gain, n);
-            y.Check([&](Exact& exact, std::size_t k) { exact.Add(gain, 0.0, input[k]); });
-        });
-    }
-}
-
-TEST_P(KernelSets, AddOneInputAlongALineOfGains) {
-    struct Line {
-        float first, last;
-    };
-    const std::vector<float> x = Noise(kLongest + kOffsets, 3);
-    for (const Line line : {Line{0.f, 1.f}, {1.f, 0.f}, {-0.7f, 0.2f}, {0.5f, 0.5f}}) {
-        ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
-            Output y(offset, n, 4);
-            const float* const input = x.data() + (kOffsets - 1 - offset);
-            kernels_.addRamped(y.Samples(), input, line.first, line.last, n);
-            y.Check([&](Exact& exact, std::size_t k) {
-                const double rise = double{line.last} - double{line.first};
-                const double part = n == 1 ? 1.0 : static_cast<double>(k) / (n - 1);
-                exact.Add(line.first, rise * part, input[k]);
-            });
-        });
-    }
-}
-
 TEST_P(KernelSets, AddAListOfInputs) {
     constexpr int kInputs = 7;
     std::vector<std::vector<float>> x;
@@ -165,19 +134,20 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
     std::vector<float> steps = Noise(kInputs * kTile, 31);
     steps[4 * kTile + 1] = 0.f;  // a resting gain among moving ones
     const std::array<int, 3> rows{4, 0, 2};
-    const auto stride = static_cast<std::size_t>(kernels_.stripFrames);
-    const std::vector<float> w = Noise(stride, 32);
+    constexpr std::size_t kStride = tav::kStripFrames;
+    const std::vector<float> w = Noise(kStride, 32);
     std::vector<std::vector<float>> x;
     std::array<const float*, kInputs> inputs{};
     for (unsigned i = 0; i < kInputs; ++i) {
-        x.push_back(Noise(stride + kOffsets, 33 + i));
+        x.push_back(Noise(kStride + kOffsets, 33 + i));
         inputs[i] = x.back().data();
     }
-    ForEveryLengthAndOffset(kernels_.stripFrames, [&](int n, int offset) {
+    ForEveryLengthAndOffset(tav::kStripFrames, [&](int n, int offset) {
         const bool ramped = (n + offset) % 2 == 0;
         const int numOutputs = tav::kLeastTileOutputs + (n + offset) / 2 % 3;
-        std::vector<float> strip(kInputs * stride, kGuard);
-        kernels_.fillStrip(strip.data(), inputs.data(), offset, rows.data(), 3, n);
+        std::vector<float> samples(kInputs * kStride, kGuard);
+        const tav::Strip strip{samples.data(), kInputs};
+        kernels_.fillStrip(strip, inputs.data(), offset, rows.data(), 3, n);
         std::vector<Output> outputs;
         std::array<float*, kTile> pointers{};
         for (int o = 0; o < numOutputs; ++o) {
@@ -186,9 +156,9 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
         for (std::size_t o = 0; o < outputs.size(); ++o) pointers[o] = outputs[o].Samples();
         const tav::Panel panel{gains.data(), steps.data(), rows.data(), 3, numOutputs};
         if (ramped) {
-            kernels_.mixRampedPanel(pointers.data(), strip.data(), panel, w.data(), n);
+            kernels_.mixRampedPanel(pointers.data(), strip, panel, w.data(), n);
         } else {
-            kernels_.mixConstantPanel(pointers.data(), strip.data(), panel, n);
+            kernels_.mixConstantPanel(pointers.data(), strip, panel, n);
         }
         for (std::size_t o = 0; o < outputs.size(); ++o) {
             outputs[o].Check([&](Exact& exact, std::size_t k) {
@@ -246,11 +216,8 @@ TEST_P(KernelSets, CopyASingleInputOfGainOneBitForBit) {
     const std::vector<float> x = Noise(kLongest, 50);
     const float* const inputs[] = {x.data()};
     const MixPair pair{0, 1.f, 0.f};
-    std::vector<float> scaled(kLongest);
     std::vector<float> listed(kLongest);
-    kernels_.addScaled(scaled.data(), x.data(), 1.f, kLongest);
     kernels_.mixConstantList(listed.data(), inputs, 0, &pair, 1, kLongest);
-    EXPECT_EQ(scaled, x);
     EXPECT_EQ(listed, x);
 }
 
@@ -266,7 +233,6 @@ TEST(RunnableKernels, StartWithTheScalarSetAndHoldTheBestOne) {
     EXPECT_EQ(sets.front().kernels, &tav::ScalarKernels());
     const auto isBest = [](const auto& set) { return set.kernels == tav::BestKernels().kernels; };
     EXPECT_TRUE(std::ranges::any_of(sets, isBest));
-    for (const auto& set : sets) EXPECT_LE(set.kernels->stripFrames, tav::kMostStripFrames);
 }
 
 }  // namespace
