@@ -34,10 +34,15 @@ void ZeroConnected(const AudioProcessorBase& processor,
 struct AudioProcessorBase::Scratch {
     Scratch(unsigned numInputs, unsigned numOutputs, unsigned numFrames)
         : frames(numFrames),
-          samples((std::size_t{numInputs} + numOutputs) * numFrames, 0.f) {
+          samples((std::size_t{numInputs} + numOutputs) * numFrames, 0.f),
+          inputs(numInputs),
+          outputs(numOutputs) {
         float* next = samples.data();
-        for (auto [pointers, count] : {std::pair{&inputs, numInputs}, {&outputs, numOutputs}}) {
-            for (unsigned port = 0; port < count; ++port, next += frames) pointers->push_back(next);
+        for (auto* ports : {&inputs, &outputs}) {
+            for (float*& port : *ports) {
+                port = next;
+                next += frames;
+            }
         }
     }
 
