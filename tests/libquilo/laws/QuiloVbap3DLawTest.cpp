@@ -137,15 +137,9 @@ TEST(Vbap3DGains, TurnsAndMirrorsWithItsLayout) {
     }
 }
 
-Triplet WithInverse(std::array<float, 9> inverse, std::uint16_t first) {
-    const auto second = static_cast<std::uint16_t>(first + 1);
-    const auto third = static_cast<std::uint16_t>(first + 2);
-    return {inverse, {first, second, third}};
-}
-
 /// Its weights of the source (1, 0, 0) are a, b, c.
 Triplet Weighing(float a, float b, float c, std::uint16_t first) {
-    return WithInverse({a, 0, 0, b, 0, 0, c, 0, 0}, first);
+    return {{a, 0, 0, b, 0, 0, c, 0, 0}, {first, first, first}};
 }
 
 TEST(TripletBank, ComparesWithTheOneTakenLast) {

@@ -57,26 +57,6 @@ protected:
     }
 };
 
-TEST_P(VectorBasedPanners, FeedTheLoudspeakersAround) {
-    const auto pan = Make(1, 6);
-    pan->SetSpeakersPositions(Octahedron());
-    const double third = std::sqrt(1.0 / 3.0);
-    const double half = std::sqrt(0.5);
-    struct Placement {
-        tav::CartesianVector source;
-        Gains gains;
-    };
-    const Placement placements[] = {
-        {{0, 7, 0}, {0, 0, 1, 0, 0, 0}},
-        {{0, -1, 1}, {0, 0, 0, half, half, 0}},
-        {{-2, 2, -2}, {0, third, third, 0, 0, third}},
-    };
-    for (const Placement& p : placements) {
-        const Gains gains = GainsAt(*pan, p.source);
-        for (std::size_t o = 0; o < 6; ++o) EXPECT_NEAR(gains[o], p.gains[o], 1e-6);
-    }
-}
-
 TEST_P(VectorBasedPanners, ListTheirTriplets) {
     const auto pan = Make(2, 6);
     CartesianArray layout = Octahedron();
