@@ -78,7 +78,7 @@ inline constexpr auto kBSplineKernel = [](const float* x, float f) noexcept TAV_
 /// Cardinal cubic with tension -0.6: flatter in level than Lagrange, with up to 0.02 samples of
 /// delay error at low frequencies, so better for delays that rest.
 inline constexpr auto kCardinalKernel = [](const float* x, float f) noexcept TAV_NONBLOCKING {
-    constexpr float t = -0.6f;
+    const float t = -0.6f;
     const float f2 = f * f;
     const float f3 = f2 * f;
     return Apply({t * (f3 - 2.f * f2 + f), (t + 2.f) * f3 - (t + 3.f) * f2 + 1.f,

@@ -286,6 +286,13 @@ TEST(Delay, ClearAndAnotherRateForgetTheSoundButNotTheDelay) {
     EXPECT_EQ(std::ranges::count(impulse, 0.f), 511);
 }
 
+TEST(DelayRing, HasRoomForGlidesAndBlocksBesideTheLongestDelay) {
+    EXPECT_EQ(DelayRing::LengthFor(0.f, 44100.f), 16384u);
+    EXPECT_EQ(DelayRing::LengthFor(120.6f, 48000.f), 16384u);  // 8188 + 8193 samples
+    EXPECT_EQ(DelayRing::LengthFor(120.7f, 48000.f), 32768u);  // 8193 + 8193
+    EXPECT_EQ(DelayRing(16384).LongestDelay(), 16384.f - 8193.f);
+}
+
 TEST(Delay, ClampsAndRefusesSenselessTimes) {
     Delay delay;
     delay.SetDelay(3.f, true);
