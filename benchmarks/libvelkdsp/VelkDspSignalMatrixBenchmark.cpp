@@ -161,11 +161,11 @@ void SignalMatrixSparse(benchmark::State& state) {
 }
 
 /// The plain twin takes its frames as a signed number.
-class PlainMatrix : public reference::PlainSignalMatrix {
+class PlainMatrix : public Plain::SignalMatrix {
 public:
-    using PlainSignalMatrix::PlainSignalMatrix;
+    using SignalMatrix::SignalMatrix;
     void Perform(float* const* outputs, const float* const* inputs, unsigned frames) {
-        PlainSignalMatrix::Perform(outputs, inputs, static_cast<int>(frames));
+        SignalMatrix::Perform(outputs, inputs, static_cast<int>(frames));
     }
 };
 

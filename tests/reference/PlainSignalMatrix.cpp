@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace reference {
+namespace Plain {
 namespace {
 
 void AddConstant(float* y, const float* x, float gain, int n) {
@@ -31,7 +31,7 @@ void AddLine(float* y, const float* x, float a, float b, int n) {
 
 }  // namespace
 
-PlainSignalMatrix::PlainSignalMatrix(unsigned numInputs, unsigned numOutputs)
+SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs)
     : inputActive(numInputs, true),
       outputActive(numOutputs, true),
       numInputs_(numInputs),
@@ -40,12 +40,12 @@ PlainSignalMatrix::PlainSignalMatrix(unsigned numInputs, unsigned numOutputs)
       to_(from_),
       target_(from_) {}
 
-void PlainSignalMatrix::SetSampleRate(float hz) {
+void SignalMatrix::SetSampleRate(float hz) {
     sampleRate_ = hz;
     SetInterpolationTime(interpolationTime_);
 }
 
-void PlainSignalMatrix::SetInterpolationTime(float ms) {
+void SignalMatrix::SetInterpolationTime(float ms) {
     interpolationTime_ = std::max(ms, 0.f);
     rampLength_ = static_cast<std::int32_t>(interpolationTime_ * 0.001f * sampleRate_);
     if (rampLength_ < 1) {
@@ -58,7 +58,7 @@ void PlainSignalMatrix::SetInterpolationTime(float ms) {
     rampPosition_ = 0;
 }
 
-void PlainSignalMatrix::SetRow(unsigned row, std::span<const float> gains, bool immediate) {
+void SignalMatrix::SetRow(unsigned row, std::span<const float> gains, bool immediate) {
     const auto at = static_cast<std::ptrdiff_t>(row) * numOutputs_;
     std::ranges::copy(gains, target_.begin() + at);
     if (!immediate && rampLength_ != 0) return;
@@ -66,7 +66,7 @@ void PlainSignalMatrix::SetRow(unsigned row, std::span<const float> gains, bool 
     std::ranges::copy(gains, from_.begin() + at);
 }
 
-void PlainSignalMatrix::Perform(float* const* outputs, const float* const* inputs, int frames) {
+void SignalMatrix::Perform(float* const* outputs, const float* const* inputs, int frames) {
     if (rampLength_ == 0) {
         rampPosition_ = 0;
         AddRestingGains(outputs, inputs, frames);
@@ -87,9 +87,9 @@ void PlainSignalMatrix::Perform(float* const* outputs, const float* const* input
     }
 }
 
-void PlainSignalMatrix::AddRestingGains(float* const* outputs,
-                                        const float* const* inputs,
-                                        int frames) const {
+void SignalMatrix::AddRestingGains(float* const* outputs,
+                                   const float* const* inputs,
+                                   int frames) const {
     for (unsigned i = 0; i < numInputs_; ++i) {
         for (unsigned o = 0; o < numOutputs_; ++o) {
             const float gain = to_[std::size_t{i} * numOutputs_ + o];
@@ -99,10 +99,10 @@ void PlainSignalMatrix::AddRestingGains(float* const* outputs,
     }
 }
 
-void PlainSignalMatrix::AddSegment(float* const* outputs,
-                                   const float* const* inputs,
-                                   int offset,
-                                   int frames) const {
+void SignalMatrix::AddSegment(float* const* outputs,
+                              const float* const* inputs,
+                              int offset,
+                              int frames) const {
     for (unsigned i = 0; i < numInputs_; ++i) {
         for (unsigned o = 0; o < numOutputs_; ++o) {
             if (!inputActive[i] || !outputActive[o]) continue;
@@ -123,4 +123,4 @@ void PlainSignalMatrix::AddSegment(float* const* outputs,
     }
 }
 
-}  // namespace reference
+}  // namespace Plain

@@ -6,12 +6,12 @@
 #include <span>
 #include <vector>
 
-namespace reference {
+namespace Plain {
 
 /// Inputs outermost, so that each output sums its sources in input order, in floats, nothing fused.
-class PlainSignalMatrix {
+class SignalMatrix {
 public:
-    PlainSignalMatrix(unsigned numInputs, unsigned numOutputs);
+    SignalMatrix(unsigned numInputs, unsigned numOutputs);
 
     void SetSampleRate(float hz);
     void SetInterpolationTime(float ms);
@@ -42,4 +42,4 @@ private:
     float inverseRampLength_ = 1.f;
 };
 
-}  // namespace reference
+}  // namespace Plain

@@ -2,6 +2,7 @@
 #include "processors/VelkDspSignalMatrix.h"
 
 #include "reference/PlainSignalMatrix.h"
+#include "support/AllocationTrap.h"
 
 #include <gtest/gtest.h>
 
@@ -226,14 +227,11 @@ protected:
         }
     }
 
-    /// An inactive input carries numbers that would show.
     Channels Noise(int frames) {
         std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-        Channels inputs =
-            Constant(matrix_.NumInputs(), frames, std::numeric_limits<float>::quiet_NaN());
-        for (std::size_t i = 0; i < inputs.size(); ++i) {
-            if (!plain_.inputActive[i]) continue;
-            std::ranges::generate(inputs[i], [&] { return uniform(generator_); });
+        Channels inputs = Constant(matrix_.NumInputs(), frames);
+        for (auto& input : inputs) {
+            std::ranges::generate(input, [&] { return uniform(generator_); });
         }
         return inputs;
     }
@@ -243,9 +241,21 @@ protected:
         Channels inputs = Noise(frames);
         Channels outputs = Constant(matrix_.NumOutputs(), frames, 0.125f);
         Channels expected = outputs;
-        matrix_.Perform(Pointers(outputs).data(), Pointers(inputs).data(),
-                        static_cast<unsigned>(frames));
-        plain_.Perform(Pointers(expected).data(), Pointers(inputs).data(), frames);
+        std::vector<float*> in = Pointers(inputs);
+        std::vector<float*> out = Pointers(outputs);
+        plain_.Perform(Pointers(expected).data(), in.data(), frames);
+        // What does not count must not be touched at all.
+        for (std::size_t i = 0; i < in.size(); ++i) in[i] = plain_.inputActive[i] ? in[i] : nullptr;
+        for (std::size_t o = 0; o < out.size(); ++o) {
+            out[o] = plain_.outputActive[o] ? out[o] : nullptr;
+        }
+        unsigned violations = 0;
+        {
+            const Tests::AllocationTrap trap;
+            matrix_.Perform(out.data(), in.data(), static_cast<unsigned>(frames));
+            violations = trap.Violations();
+        }
+        ASSERT_EQ(violations, 0u) << "allocated, freed or locked";
         // Gains stay within 1, a split one within |from| + |to - from| <= 3; each of the two sums
         // rounds once per term, a gain four times.
         const float terms = static_cast<float>(matrix_.NumInputs() + 1);
@@ -260,7 +270,7 @@ protected:
 
     std::mt19937 generator_;
     tav::SignalMatrix matrix_;
-    reference::PlainSignalMatrix plain_;
+    Plain::SignalMatrix plain_;
 };
 
 TEST_P(RandomLife, SoundsLikeThePlainMatrixSampleForSample) {
