@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 
 namespace Quilo {
 
@@ -99,26 +101,60 @@ constexpr float kFar = 0.012f;
 constexpr float kLeastArc = 0.02f;
 constexpr float kLargestArc = 3.1215927f;  // pi - 0.02
 constexpr float kLeastLength = 1e-7f;
-constexpr float kLargestLength = 1e7f;
+constexpr float kLargestLength = 1e9f;
 
-/// The arcs that are still there, as arrays, so that one arc meets all of them quickly.
+struct Layout {
+    std::span<const Ray> speakers;
+    std::vector<CartesianVector> directions;  // of the loudspeakers, unit length
+};
+
+/// An arc and what its comparison with others needs.
+struct Head {
+    Arc arc;
+    CartesianVector normal;      // 0 when the arc is delicate
+    std::vector<float> heights;  // of all loudspeakers over its plane
+};
+
+bool IsDelicate(const Layout& layout, const Arc& arc) noexcept {
+    const auto isExtreme = [](const Ray& end) {
+        return !(end.length >= kLeastLength && end.length <= kLargestLength);
+    };
+    return !(arc.angle >= kLeastArc && arc.angle <= kLargestArc) ||
+           isExtreme(layout.speakers[arc.from]) || isExtreme(layout.speakers[arc.to]);
+}
+
+/// The arcs of one kind that are still there, in order, as arrays: one arc meets all of them
+/// quickly.
 class ArcField {
 public:
-    ArcField(std::span<const Ray> speakers, std::vector<Arc>& arcs);
+    explicit ArcField(const Layout& layout) : layout_(layout) {}
 
-    void RemoveCrossed();
+    /// @param rank  place among the arcs of all kinds
+    void Add(const Arc& arc, std::size_t rank);
+
+    /// Beyond all ranks when every arc has had its turn.
+    std::size_t NextRank() const noexcept {
+        return next_ < arcs_.size() ? ranks_[next_] : std::numeric_limits<std::size_t>::max();
+    }
+    /// The next arc's turn has come.
+    void TakeNext(Head& head);
+    /// Removes the arcs that the head crosses, of those whose turn has not come.
+    void RemoveCrossedBy(const Head& head);
+    /// Removes the arcs for which `isGone`, of those whose turn has not come.
+    template <class Predicate>
+    void RemoveIf(Predicate isGone);
+
+    std::span<const Arc> Arcs() const noexcept { return arcs_; }
 
 private:
-    bool IsDelicate(const Arc& arc) const noexcept;
-    void FindSuspects(std::size_t head) noexcept;
-    bool Crosses(std::size_t head, std::size_t other) const noexcept;
-    void RemoveCrossedBy(std::size_t head);
+    void FindSuspects(const Head& head) noexcept;
+    bool Crosses(const Head& head, std::size_t other) const noexcept;
     void Move(std::size_t to, std::size_t from) noexcept;
 
-    std::span<const Ray> speakers_;
-    std::vector<Arc>& arcs_;
-    std::vector<CartesianVector> directions_;  // of the loudspeakers, unit length
-    std::vector<float> heights_;               // of the loudspeakers, over the plane of the head
+    const Layout& layout_;
+    std::vector<Arc> arcs_;
+    std::vector<std::size_t> ranks_;
+    std::size_t next_ = 0;
     // Per arc: its normal, 0 where it is delicate, so that it stays suspect.
     std::vector<float> x_;
     std::vector<float> y_;
@@ -126,43 +162,36 @@ private:
     std::vector<std::int32_t> suspect_;
 };
 
-ArcField::ArcField(std::span<const Ray> speakers, std::vector<Arc>& arcs)
-    : speakers_(speakers),
-      arcs_(arcs),
-      heights_(speakers.size()),
-      suspect_(arcs.size()) {
-    for (const Ray& speaker : speakers) directions_.push_back(Unit(speaker.v));
-    for (auto* component : {&x_, &y_, &z_}) component->reserve(arcs.size());
-    for (const Arc& arc : arcs) {
-        const CartesianVector normal = IsDelicate(arc) ? CartesianVector{} : arc.normal;
-        x_.push_back(normal.x);
-        y_.push_back(normal.y);
-        z_.push_back(normal.z);
+void ArcField::Add(const Arc& arc, std::size_t rank) {
+    const CartesianVector normal = IsDelicate(layout_, arc) ? CartesianVector{} : arc.normal;
+    arcs_.push_back(arc);
+    ranks_.push_back(rank);
+    x_.push_back(normal.x);
+    y_.push_back(normal.y);
+    z_.push_back(normal.z);
+    suspect_.push_back(0);
+}
+
+void ArcField::TakeNext(Head& head) {
+    head.arc = arcs_[next_];
+    head.normal = {x_[next_], y_[next_], z_[next_]};
+    head.heights.resize(layout_.directions.size());
+    for (std::size_t s = 0; s < head.heights.size(); ++s) {
+        head.heights[s] = Dot(head.normal, layout_.directions[s]);
     }
+    ++next_;
 }
 
-bool ArcField::IsDelicate(const Arc& arc) const noexcept {
-    const auto isExtreme = [](const Ray& end) {
-        return !(end.length >= kLeastLength && end.length <= kLargestLength);
-    };
-    return !(arc.angle >= kLeastArc && arc.angle <= kLargestArc) ||
-           isExtreme(speakers_[arc.from]) || isExtreme(speakers_[arc.to]);
-}
-
-void ArcField::RemoveCrossed() {
-    for (std::size_t head = 0; head < arcs_.size(); ++head) RemoveCrossedBy(head);
-}
-
-/// Marks the arcs after the head for which its ends are not surely on one side of their planes.
-void ArcField::FindSuspects(std::size_t head) noexcept {
-    const CartesianVector p = directions_[arcs_[head].from];
-    const CartesianVector q = directions_[arcs_[head].to];
+/// Marks the arcs for which the ends of the head are not surely on one side of their planes.
+void ArcField::FindSuspects(const Head& head) noexcept {
+    const CartesianVector p = layout_.directions[head.arc.from];
+    const CartesianVector q = layout_.directions[head.arc.to];
     const float* const x = x_.data();
     const float* const y = y_.data();
     const float* const z = z_.data();
     std::int32_t* const suspect = suspect_.data();
     const std::size_t count = arcs_.size();
-    for (std::size_t other = head + 1; other < count; ++other) {
+    for (std::size_t other = next_; other < count; ++other) {
         const float a = x[other] * p.x + y[other] * p.y + z[other] * p.z;
         const float b = x[other] * q.x + y[other] * q.y + z[other] * q.z;
         const bool above = std::min(a, b) > kSure;
@@ -171,16 +200,17 @@ void ArcField::FindSuspects(std::size_t head) noexcept {
     }
 }
 
-bool ArcField::Crosses(std::size_t head, std::size_t other) const noexcept {
-    const Arc& a = arcs_[head];
+bool ArcField::Crosses(const Head& head, std::size_t other) const noexcept {
+    const Arc& a = head.arc;
     const Arc& b = arcs_[other];
     const CartesianVector m{x_[other], y_[other], z_[other]};
-    const std::array<float, 4> side{Dot(m, directions_[a.from]), -Dot(m, directions_[a.to]),
-                                    heights_[b.to], -heights_[b.from]};
+    const std::array<float, 4> side{Dot(m, layout_.directions[a.from]),
+                                    -Dot(m, layout_.directions[a.to]), head.heights[b.to],
+                                    -head.heights[b.from]};
     const auto [least, most] = std::ranges::minmax(side);
     if (least < -kSure && most > kSure) return false;
     if (ShareASpeaker(a, b)) return false;
-    const CartesianVector axis = Cross({x_[head], y_[head], z_[head]}, m);
+    const CartesianVector axis = Cross(head.normal, m);
     const float opening = std::sqrt(Dot(axis, axis));
     if (opening >= kOpen) {  // neither is delicate
         if (least > kFar * opening || most < -kFar * opening) return true;
@@ -188,27 +218,42 @@ bool ArcField::Crosses(std::size_t head, std::size_t other) const noexcept {
             if (std::fabs(s) < kNear * opening) return false;
         }
     }
-    return ArcsCross(speakers_, a, b);
+    return ArcsCross(layout_.speakers, a, b);
 }
 
 void ArcField::Move(std::size_t to, std::size_t from) noexcept {
     if (to == from) return;
     arcs_[to] = arcs_[from];
+    ranks_[to] = ranks_[from];
     x_[to] = x_[from];
     y_[to] = y_[from];
     z_[to] = z_[from];
 }
 
-void ArcField::RemoveCrossedBy(std::size_t head) {
-    const CartesianVector n{x_[head], y_[head], z_[head]};
-    for (std::size_t s = 0; s < heights_.size(); ++s) heights_[s] = Dot(n, directions_[s]);
-    FindSuspects(head);
-    std::size_t kept = head + 1;
-    for (std::size_t other = head + 1; other < arcs_.size(); ++other) {
-        if (suspect_[other] != 0 && Crosses(head, other)) continue;
-        Move(kept++, other);
+template <class Predicate>
+void ArcField::RemoveIf(Predicate isGone) {
+    std::size_t kept = next_;
+    for (std::size_t other = next_; other < arcs_.size(); ++other) {
+        if (!isGone(other)) Move(kept++, other);
     }
     arcs_.resize(kept);
+}
+
+void ArcField::RemoveCrossedBy(const Head& head) {
+    FindSuspects(head);
+    RemoveIf([&](std::size_t other) { return suspect_[other] != 0 && Crosses(head, other); });
+}
+
+/// Arcs between loudspeakers at exactly the listener's height: their normals are parallel.
+bool IsLevel(const Arc& arc) noexcept { return arc.normal.x == 0.f && arc.normal.y == 0.f; }
+
+/// What ArcsCross asks of each of two arcs whose normals are exactly parallel: they have no axis,
+/// and the angles to it are azimuths. A ring at the listener's height has as many arcs as pairs,
+/// none of which removes the others in any other way.
+bool PassesWithoutAxis(std::span<const Ray> speakers, const Arc& arc) noexcept {
+    const float from = AngleBetween(speakers[arc.from], Ray{});
+    const float to = AngleBetween(speakers[arc.to], Ray{});
+    return from > kTolerance && to > kTolerance && LiesOn(arc.angle, from, to);
 }
 
 }  // namespace
@@ -216,7 +261,30 @@ void ArcField::RemoveCrossedBy(std::size_t head) {
 void RemoveCrossedArcs(std::span<const Ray> speakers, std::vector<Arc>& arcs) {
     // Crossing is mutual, to the last bit: an arc that a shorter one left alone leaves it alone
     // too, so each arc needs to meet only those after it.
-    ArcField(speakers, arcs).RemoveCrossed();
+    Layout layout{speakers, {}};
+    for (const Ray& speaker : speakers) layout.directions.push_back(Unit(speaker.v));
+    ArcField level(layout);
+    ArcField others(layout);
+    for (std::size_t rank = 0; rank < arcs.size(); ++rank) {
+        (IsLevel(arcs[rank]) ? level : others).Add(arcs[rank], rank);
+    }
+    const auto passes = [&](const Arc& arc) { return PassesWithoutAxis(speakers, arc); };
+    Head head;
+    while (std::min(level.NextRank(), others.NextRank()) < arcs.size()) {
+        const bool isLevel = level.NextRank() < others.NextRank();
+        (isLevel ? level : others).TakeNext(head);
+        others.RemoveCrossedBy(head);
+        if (!isLevel) {
+            level.RemoveCrossedBy(head);
+        } else if (passes(head.arc)) {
+            level.RemoveIf([&](std::size_t other) {
+                const Arc& arc = level.Arcs()[other];
+                return !ShareASpeaker(head.arc, arc) && passes(arc);
+            });
+        }
+    }
+    arcs.assign(level.Arcs().begin(), level.Arcs().end());
+    arcs.insert(arcs.end(), others.Arcs().begin(), others.Arcs().end());
 }
 
 }  // namespace Quilo

@@ -43,7 +43,7 @@ bool ArcsCross(std::span<const Ray> speakers, const Arc& a, const Arc& b) noexce
 
 /// From the first arc to the last, each one still there removes all that cross it and share no
 /// loudspeaker with it; the answer is that of ArcsCross for every pair of arcs.
-/// @param arcs  by increasing angle; those removed are gone afterwards, the others keep their order
+/// @param arcs  by increasing angle; afterwards those that are left, in any order
 void RemoveCrossedArcs(std::span<const Ray> speakers, std::vector<Arc>& arcs);
 
 }  // namespace Quilo
