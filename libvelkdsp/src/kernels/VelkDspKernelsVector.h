@@ -13,6 +13,7 @@
 #include "kernels/VelkDspKernels.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace tav {
 
@@ -213,6 +214,13 @@ private:
         static constexpr int kCount = count;
     };
 
+    /// A loop that leaves sums in their registers, which one that is not unrolled cannot.
+    template <int count, class Body>
+    static void Unrolled(Body body) noexcept TAV_NONBLOCKING {
+        [&]<int... index>(std::integer_sequence<int, index...>) { (body(index), ...); }
+        (std::make_integer_sequence<int, count>());
+    }
+
     template <class Body>
     static void ForEachVector(int n, Body body) noexcept TAV_NONBLOCKING {
         int k = 0;
@@ -243,16 +251,26 @@ private:
         }
     }
 
-    /// Adds the sums of one output; the last vector may be a part.
-    template <int kVectors>
-    static void AddSums(float* y, const Vec* sums, int n) noexcept TAV_NONBLOCKING {
-        if (n == kVectors * S::kLanes) {
-            for (int v = 0; v < kVectors; ++v) Whole{}.Add(y + v * S::kLanes, sums[v]);
-            return;
-        }
-        for (int v = 0; v < kVectors - 1; ++v) Whole{}.Add(y + v * S::kLanes, sums[v]);
-        const int at = (kVectors - 1) * S::kLanes;
-        First{n - at}.Add(y + at, sums[kVectors - 1]);
+    /// Adds the sums of a tile; the last vector may be a part.
+    template <int kOutputs, int kVectors>
+    static void AddSums(float* const* outputs,
+                        int at,
+                        const Table<kOutputs, kVectors>& sums,
+                        int n) noexcept TAV_NONBLOCKING {
+        constexpr int kWhole = kVectors * S::kLanes;
+        if (n == kWhole) return AddVectors<kOutputs, kVectors>(outputs, at, sums, Whole{});
+        AddVectors<kOutputs, kVectors>(outputs, at, sums, First{n - (kWhole - S::kLanes)});
+    }
+    template <int kOutputs, int kVectors, class Last>
+    static void AddVectors(float* const* outputs,
+                           int at,
+                           const Table<kOutputs, kVectors>& sums,
+                           Last last) noexcept TAV_NONBLOCKING {
+        Unrolled<kOutputs>([&](int o) {
+            float* const y = outputs[o] + at;
+            Unrolled<kVectors - 1>([&](int v) { Whole{}.Add(y + v * S::kLanes, sums[o][v]); });
+            last.Add(y + (kVectors - 1) * S::kLanes, sums[o][kVectors - 1]);
+        });
     }
 
     template <int kOutputs, int kVectors>
@@ -278,7 +296,7 @@ private:
                 }
             }
         }
-        for (int o = 0; o < kOutputs; ++o) AddSums<kVectors>(outputs[o] + at, sums[o], n);
+        AddSums<kOutputs, kVectors>(outputs, at, sums, n);
     }
 
     /// Outputs kFirst to kFirst + kOutputs - 1 of the panel.
@@ -310,13 +328,12 @@ private:
                 }
             }
         }
-        for (int o = 0; o < kOutputs; ++o) {
-            for (int v = 0; v < kVectors; ++v) {
-                const Vec weight = S::Load(w + at + v * S::kLanes);
-                bases[o][v] = S::MultiplyAdd(weight, slopes[o][v], bases[o][v]);
-            }
-            AddSums<kVectors>(outputs[kFirst + o] + at, bases[o], n);
-        }
+        Unrolled<kVectors>([&](int v) {
+            const Vec weight = S::Load(w + at + v * S::kLanes);
+            Unrolled<kOutputs>(
+                [&](int o) { bases[o][v] = S::MultiplyAdd(weight, slopes[o][v], bases[o][v]); });
+        });
+        AddSums<kOutputs, kVectors>(outputs + kFirst, at, bases, n);
     }
 };
 

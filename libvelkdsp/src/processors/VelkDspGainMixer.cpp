@@ -38,6 +38,7 @@ GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& ker
       gains_(std::size_t{numTiles_} * numInputs * kTile),
       steps_(gains_.size()),
       audible_(std::size_t{numGroups_} * numInputs),
+      moving_(audible_.size()),
       listed_(audible_.size()),
       routes_(audible_.size() * kGroupTiles, Route::Silent),
       listCounts_(numOutputs),
@@ -70,7 +71,7 @@ void GainMixer::SetRow(unsigned input,
     kernels_.planRow({from, to, heard_.data(), inverseLength, silence},
                      {rowGains_.data(), rowSteps_.data(), rowAudible_.data(), rowMoving_.data()},
                      static_cast<int>(numGroups_));
-    for (unsigned group = 0; group < numGroups_; ++group) RouteGroup(input, group);
+    for (unsigned group = 0; group < numGroups_; ++group) TakeGroup(input, group);
 }
 
 GainMixer::Route GainMixer::RouteOf(Mask audible, Mask moving) noexcept TAV_NONBLOCKING {
@@ -81,32 +82,42 @@ GainMixer::Route GainMixer::RouteOf(Mask audible, Mask moving) noexcept TAV_NONB
 }
 
 /// Moves a group of the planned row to its slots.
+void GainMixer::TakeGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING {
+    const std::size_t at = std::size_t{input} * numGroups_ + group;
+    Mask left = rowAudible_[group];
+    while (left != 0) {
+        const unsigned t = static_cast<unsigned>(std::countr_zero(left)) / kTile;
+        left &= ~(kTileMask << (t * kTile));
+        const std::size_t slot = Slot(group * kGroupTiles + t, input);
+        const std::size_t planned = group * kGroup + t * kTile;
+        std::memcpy(&gains_[slot], &rowGains_[planned], kTile * sizeof(float));
+        std::memcpy(&steps_[slot], &rowSteps_[planned], kTile * sizeof(float));
+    }
+    // Panels read the slots themselves; lists hold copies, and both depend on who is in them.
+    if (rowAudible_[group] != audible_[at] || rowMoving_[group] != moving_[at]) {
+        RouteGroup(input, group);
+    }
+    if (listed_[at] != 0) listsStale_ = true;
+}
+
 void GainMixer::RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING {
     const std::size_t at = std::size_t{input} * numGroups_ + group;
     Mask concerned = rowAudible_[group] | audible_[at];
-    if (concerned == 0) return;
-    Mask listed = 0;
+    audible_[at] = rowAudible_[group];
+    moving_[at] = rowMoving_[group];
+    if (listed_[at] != 0) listsStale_ = true;
+    listed_[at] = 0;
     while (concerned != 0) {
         const unsigned t = static_cast<unsigned>(std::countr_zero(concerned)) / kTile;
         const unsigned shift = t * kTile;
         concerned &= ~(kTileMask << shift);
-        const Mask audible = (rowAudible_[group] >> shift) & kTileMask;
-        const Route route = RouteOf(audible, (rowMoving_[group] >> shift) & kTileMask);
-        if (route != Route::Silent) {
-            const std::size_t slot = Slot(group * kGroupTiles + t, input);
-            std::memcpy(&gains_[slot], &rowGains_[group * kGroup + shift], kTile * sizeof(float));
-            std::memcpy(&steps_[slot], &rowSteps_[group * kGroup + shift], kTile * sizeof(float));
-        }
-        if (route == Route::Lists) listed |= audible << shift;
+        const Mask audible = (audible_[at] >> shift) & kTileMask;
+        const Route route = RouteOf(audible, (moving_[at] >> shift) & kTileMask);
+        if (route == Route::Lists) listed_[at] |= audible << shift;
         Route& before = routes_[at * kGroupTiles + t];
-        // A panel reads the slots themselves, so that it is stale only when inputs come and go.
-        const bool panelConcerned = std::max(route, before) >= Route::ConstantPanel;
-        if (route != before && panelConcerned) panelsStale_ = true;
+        if (route != before && std::max(route, before) >= Route::ConstantPanel) panelsStale_ = true;
         before = route;
     }
-    if ((listed | listed_[at]) != 0) listsStale_ = true;
-    listed_[at] = listed;
-    audible_[at] = rowAudible_[group];
 }
 
 void GainMixer::SetActive(unsigned input, bool active) noexcept TAV_NONBLOCKING {

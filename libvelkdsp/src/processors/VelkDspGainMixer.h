@@ -68,6 +68,7 @@ private:
     static constexpr int kMostFrames = 512;  // mixed at once
 
     static Route RouteOf(Mask audible, Mask moving) noexcept TAV_NONBLOCKING;
+    void TakeGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING;
     void RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING;
     void RebuildLists() noexcept TAV_NONBLOCKING;
     void AddPair(unsigned input, unsigned output) noexcept TAV_NONBLOCKING;
@@ -103,6 +104,7 @@ private:
     std::vector<float> gains_;
     std::vector<float> steps_;
     std::vector<Mask> audible_;  // input by input, group by group
+    std::vector<Mask> moving_;
     std::vector<Mask> listed_;   // those of the audible pairs that lists mix
     std::vector<Route> routes_;  // input by input, tile by tile, whole groups
 

@@ -135,6 +135,18 @@ TEST_F(OneGain, CopiesAnInputOfGainOneBitForBit) {
     EXPECT_EQ(outputs[0], std::vector<float>(129, 0.f));
 }
 
+TEST(SignalMatrix, FollowsTheActivityOfItsOwner) {
+    tav::SignalMatrix owner(2, 2);
+    tav::SignalMatrix matrix(2, 2);
+    matrix.ShareActivityOf(owner);
+    for (unsigned row : {0u, 1u}) matrix.SetRow(row, std::vector<float>{1.f, 2.f}, true);
+    EXPECT_EQ(Play(matrix, Constant(2, 3), 3)[1], std::vector<float>(3, 4.f));
+    owner.SetConnections(std::vector<short>{0, 1}, std::vector<short>{0, 1});
+    const Channels outputs = Play(matrix, Constant(2, 3), 3);
+    EXPECT_EQ(outputs[0], std::vector<float>(3, 7.f)) << "an unconnected output was touched";
+    EXPECT_EQ(outputs[1], std::vector<float>(3, 2.f));
+}
+
 TEST(StaticSignalMatrix, UsesItsGainsAsTheyStand) {
     tav::StaticSignalMatrix matrix(2, 3);
     matrix.SetRow(0, std::vector<float>{1.f, 5e-5f, 0.f});
