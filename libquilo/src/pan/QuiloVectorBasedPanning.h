@@ -14,7 +14,7 @@ namespace Quilo {
 /// Feeds each source to the three loudspeakers around its direction.
 /// Silent until a layout comes, and for sources outside all triplets.
 /// Deliberate: a layout that rises nowhere by more than 1 degree above the horizontal plane is
-/// silent too.                                       (VectorBasedPanning, IsSilentOnFlatLayouts)
+/// silent too.                                       (VectorBasedPanners, AreSilentOnFlatLayouts)
 class VectorBasedPanning : public AmplitudePanning {
 public:
     struct LoudSpeaker {
