@@ -42,6 +42,7 @@ Fault RunThreads(const std::function<Fault()>& audio,
                  const std::vector<std::function<void(std::mt19937&)>>& controls) {
     Stage stage;
     std::vector<std::thread> threads;
+    threads.reserve(controls.size());
     for (const auto& control : controls) {
         threads.emplace_back([&stage, &control, seed = threads.size()] {
             std::mt19937 random(static_cast<unsigned>(seed));

@@ -111,7 +111,7 @@ struct Kernels {
 
 struct NamedKernels {
     std::string_view name;  // "scalar", "avx2", "avx512"
-    const Kernels* kernels;
+    const Kernels* kernels = nullptr;
 };
 
 /// The reference: plain loops, inputs outermost, no fused multiply-add.

@@ -2,6 +2,7 @@
 #include "kernels/VelkDspKernels.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 namespace tav {
@@ -53,7 +54,7 @@ void FillStrip(const Strip& strip,
                int numInputs,
                int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < numInputs; ++index) {
-        const int input = indices[index];
+        const std::ptrdiff_t input = indices[index];
         float* const samples = strip.samples + input * kStripFrames;
         for (int k = 0; k < n; ++k) samples[k] = inputs[input][offset + k];
     }
@@ -64,7 +65,7 @@ void MixConstantPanel(float* const* outputs,
                       const Panel& panel,
                       int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < panel.numInputs; ++index) {
-        const int input = panel.inputs[index];
+        const std::ptrdiff_t input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {
             AddScaled(outputs[o], strip.samples + input * kStripFrames, gains[o], n);
@@ -78,7 +79,7 @@ void MixRampedPanel(float* const* outputs,
                     const float* w,
                     int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < panel.numInputs; ++index) {
-        const int input = panel.inputs[index];
+        const std::ptrdiff_t input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         const float* steps = panel.steps + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {

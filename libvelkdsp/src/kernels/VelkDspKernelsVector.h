@@ -12,6 +12,7 @@
 
 #include "kernels/VelkDspKernels.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -99,7 +100,7 @@ public:
                           int n) noexcept TAV_NONBLOCKING {
         for (const int* index = indices; index != indices + numInputs; ++index) {
             const float* const input = inputs[*index] + offset;
-            float* piece = strip.samples + *index * kPieceFrames;
+            float* piece = strip.samples + std::ptrdiff_t{*index} * kPieceFrames;
             for (int first = 0; first < n; first += kPieceFrames) {
                 for (int k = first; k < first + kPieceFrames; k += S::kLanes) {
                     float* const samples = piece + (k - first);
@@ -109,7 +110,7 @@ public:
                         S::Store(samples, k < n ? S::LoadFirst(input + k, n - k) : S::Zero());
                     }
                 }
-                piece += strip.numSlots * kPieceFrames;
+                piece += std::ptrdiff_t{strip.numSlots} * kPieceFrames;
             }
         }
     }
@@ -236,7 +237,7 @@ private:
         int at = 0;
         for (; at + kPieceFrames <= n; at += kPieceFrames) {
             body(Vectors<S::kPieceVectors>{}, piece, at, kPieceFrames);
-            piece += strip.numSlots * kPieceFrames;
+            piece += std::ptrdiff_t{strip.numSlots} * kPieceFrames;
         }
         if (at < n) LastPiece(piece, at, n - at, body);
     }
@@ -284,9 +285,10 @@ private:
             for (Vec& sum : output) sum = S::Zero();
         }
         const int* const end = panel.inputs + panel.numInputs;
-        for (const int* input = panel.inputs; input != end; ++input) {
-            const float* x = piece + *input * kPieceFrames;
-            const float* gains = panel.gains + *input * kTileOutputs;
+        for (const int* index = panel.inputs; index != end; ++index) {
+            const std::ptrdiff_t input = *index;
+            const float* x = piece + input * kPieceFrames;
+            const float* gains = panel.gains + input * kTileOutputs;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
             for (int o = 0; o < kOutputs; ++o) {
@@ -313,10 +315,11 @@ private:
             for (int v = 0; v < kVectors; ++v) bases[o][v] = slopes[o][v] = S::Zero();
         }
         const int* const end = panel.inputs + panel.numInputs;
-        for (const int* input = panel.inputs; input != end; ++input) {
-            const float* x = piece + *input * kPieceFrames;
-            const float* gains = panel.gains + *input * kTileOutputs + kFirst;
-            const float* steps = panel.steps + *input * kTileOutputs + kFirst;
+        for (const int* index = panel.inputs; index != end; ++index) {
+            const std::ptrdiff_t input = *index;
+            const float* x = piece + input * kPieceFrames;
+            const float* gains = panel.gains + input * kTileOutputs + kFirst;
+            const float* steps = panel.steps + input * kTileOutputs + kFirst;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
             for (int o = 0; o < kOutputs; ++o) {

@@ -269,7 +269,7 @@ void GainMixer::MixTile(unsigned tile,
     const Counts counts = panelCounts_[tile];
     if (counts.constant + counts.ramped == 0) return;
     const unsigned numOutputs = std::min(numOutputs_ - tile * kTile, kTile);
-    std::array<float*, kTile> tileOutputs;
+    std::array<float*, kTile> tileOutputs{};
     for (unsigned o = 0; o < numOutputs; ++o) {
         const unsigned output = tile * kTile + o;
         tileOutputs[o] = heard_[output] != 0.f ? outputs[output] + offset : unheard_.data();

@@ -74,7 +74,7 @@ SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs, const Kernel
     : GainMatrixProcessor(numInputs, numOutputs, kernels),
       controlRow_(numOutputs),
       jumps_(numInputs, numOutputs),
-      gains_(3 * numInputs * GainMixer::RowLength(numOutputs)) {
+      gains_(std::size_t{3} * numInputs * GainMixer::RowLength(numOutputs)) {
     const std::size_t length = GainMixer::RowLength(numOutputs);
     for (float* first = gains_.data(); rows_.size() < numInputs; first += 3 * length) {
         rows_.push_back({first, first + length, first + 2 * length, false, false});

@@ -35,8 +35,8 @@ std::vector<float> Noise(std::size_t count, unsigned seed) {
 /// One sample in double precision, and what a float result may differ from it: each product and
 /// each sum rounds by at most half an epsilon of the magnitudes summed so far.
 struct Exact {
-    double value;
-    double magnitude;
+    double value = 0.0;
+    double magnitude = 0.0;
     int numTerms = 1;
 
     void Add(double gain, double slope, double sample) {
@@ -149,6 +149,7 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
         const tav::Strip strip{samples.data(), kInputs};
         kernels_.fillStrip(strip, inputs.data(), offset, rows.data(), 3, n);
         std::vector<Output> outputs;
+        outputs.reserve(kTile);
         std::array<float*, kTile> pointers{};
         for (int o = 0; o < numOutputs; ++o) {
             outputs.emplace_back(offset, n, 40 + static_cast<unsigned>(o));
@@ -183,7 +184,7 @@ TEST_P(KernelSets, PlanARowByItsThresholds) {
                                {1e-4f, 1e-4f, 0.f, 0.f}, {-1.1e-4f, -1.1e-4f, -1.1e-4f, 0.f},
                                {0.f, 0.f, 0.f, 0.f},     {0.f, 2e-6f, 0.f, 5e-7f},
                                {0.f, -9e-7f, 0.f, 0.f}};
-    constexpr std::size_t kLength = 2 * tav::kGroupOutputs;
+    constexpr std::size_t kLength = std::size_t{2} * tav::kGroupOutputs;
     std::vector<float> from(kLength);
     std::vector<float> to(kLength);
     std::vector<float> heard(kLength);
