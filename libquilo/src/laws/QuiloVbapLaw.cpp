@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <tuple>
 
 namespace Quilo {
 
@@ -55,7 +56,9 @@ SpeakerRing::SpeakerRing(const tav::CartesianArray& speakers, std::size_t numOut
         const PlanePoint p{static_cast<double>(speakers[i].x), static_cast<double>(speakers[i].y)};
         ring.push_back({PlaneAzimuthDeg(p), p, static_cast<std::uint32_t>(i)});
     }
-    std::ranges::stable_sort(ring, {}, &Speaker::azimuthDeg);
+    std::ranges::sort(ring, [](const Speaker& a, const Speaker& b) {
+        return std::tie(a.azimuthDeg, a.output) < std::tie(b.azimuthDeg, b.output);
+    });
     for (std::size_t p = 0; p < ring.size(); ++p) {
         const Speaker& next = ring[(p + 1) % ring.size()];
         azimuthsDeg_.push_back(ring[p].azimuthDeg);

@@ -59,8 +59,7 @@ void Pan::SetSourcesPositions(const tav::CartesianArray& positions, bool immedia
 void Pan::SetSpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();
     if (!std::ranges::all_of(positions, tav::IsFinite)) return;
-    const tav::CartesianArray copy(positions);
-    ApplySpeakersPositions(copy);
+    ApplySpeakersPositions(positions);
 }
 
 void Pan::SetInterpolationTime(float) {}

@@ -72,16 +72,16 @@ bool Hoa3DCount(unsigned, unsigned outputs) {
 }
 
 struct SubTypeRecipe {
-    Pan::SubType subtype;
+    Pan::SubType subtype = Pan::SubType::Null;
     std::optional<Pan::Type> type;  // none: any type
-    Fits fits;
-    Maker make;
+    Fits fits = nullptr;
+    Maker make = nullptr;
 };
 
 struct TypeRecipe {
-    Pan::Type type;
-    Fits fits;
-    Maker make;
+    Pan::Type type = Pan::Type::Null;
+    Fits fits = nullptr;
+    Maker make = nullptr;
 };
 
 constexpr std::optional<Pan::Type> kAnyType = std::nullopt;

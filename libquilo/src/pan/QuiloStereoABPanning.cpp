@@ -41,8 +41,8 @@ void StereoABPanning::Perform(float* const* outputs,
             const unsigned piece = std::min(frames - offset, StereoABVoice::kMaxFrames);
             if (active) {
                 voices_[i].Add(wanted[0] ? outputs[0] + offset : nullptr,
-                               wanted[1] ? outputs[1] + offset : nullptr, inputs[i] + offset,
-                               piece);
+                               wanted[1] ? outputs[1] + offset : nullptr, inputs[i] + offset, piece,
+                               scratch_);
             } else {
                 voices_[i].Rest(piece);
             }

@@ -40,6 +40,7 @@ private:
     void SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate);
 
     std::vector<StereoABVoice> voices_;  // one per source
+    StereoABVoice::Scratch scratch_;     // audio only
     float interpolationTimeMs_ = kDefaultInterpolationTimeMs;
 };
 

@@ -49,11 +49,12 @@ void StereoABVoice::Reset() {
 void StereoABVoice::Add(float* left,
                         float* right,
                         const float* input,
-                        unsigned frames) noexcept TAV_NONBLOCKING {
+                        unsigned frames,
+                        Scratch& scratch) noexcept TAV_NONBLOCKING {
     TakeTargets();
     if (IsSilent()) return Rest(frames);
-    AddSide(sides_[0], left, input, frames);
-    AddSide(sides_[1], right, input, frames);
+    AddSide(sides_[0], left, input, frames, scratch);
+    AddSide(sides_[1], right, input, frames, scratch);
 }
 
 void StereoABVoice::Rest(unsigned frames) noexcept TAV_NONBLOCKING {
@@ -86,13 +87,12 @@ bool StereoABVoice::IsSilent() const noexcept TAV_NONBLOCKING {
 void StereoABVoice::AddSide(Side& side,
                             float* output,
                             const float* input,
-                            unsigned frames) noexcept TAV_NONBLOCKING {
-    std::array<float, kMaxFrames> delayed;
-    std::array<float, kMaxFrames> gains;
-    side.delay.Perform(delayed.data(), input, frames);
-    side.gain.Fill(std::span(gains).first(frames));
+                            unsigned frames,
+                            Scratch& scratch) noexcept TAV_NONBLOCKING {
+    side.delay.Perform(scratch.delayed.data(), input, frames);
+    side.gain.Fill(std::span(scratch.gains).first(frames));
     if (output == nullptr) return;
-    for (unsigned k = 0; k < frames; ++k) output[k] += gains[k] * delayed[k];
+    for (unsigned k = 0; k < frames; ++k) output[k] += scratch.gains[k] * scratch.delayed[k];
 }
 
 }  // namespace Quilo

@@ -19,6 +19,12 @@ public:
     /// The longest piece that Add takes.
     static constexpr unsigned kMaxFrames = 512;
 
+    /// What a piece needs while it is computed; voices may share one.
+    struct Scratch {
+        std::array<float, kMaxFrames> delayed{};
+        std::array<float, kMaxFrames> gains{};
+    };
+
     StereoABVoice();
 
     /// Thread: control.
@@ -34,7 +40,8 @@ public:
     void Add(float* left,
              float* right,
              const float* input,
-             unsigned frames) noexcept TAV_NONBLOCKING;
+             unsigned frames,
+             Scratch& scratch) noexcept TAV_NONBLOCKING;
     /// In place of Add while the input carries nothing: the past is forgotten, glides go on.
     void Rest(unsigned frames) noexcept TAV_NONBLOCKING;
 
@@ -55,7 +62,8 @@ private:
     static void AddSide(Side& side,
                         float* output,
                         const float* input,
-                        unsigned frames) noexcept TAV_NONBLOCKING;
+                        unsigned frames,
+                        Scratch& scratch) noexcept TAV_NONBLOCKING;
 
     std::array<Side, 2> sides_;  // left, right
     // control only
