@@ -21,7 +21,7 @@ using NPoint = std::array<float, N>;
 class KdTreeHelper {
 public:
     /// From this many points on the tree is the faster way (measured by KdTreeHelperBenchmark).
-    static constexpr std::size_t kTreeFrom = 128;
+    static constexpr std::size_t kTreeFrom = 24;
 
     KdTreeHelper() = default;
     /// @param points  finite
