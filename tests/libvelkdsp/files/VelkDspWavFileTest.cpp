@@ -1,0 +1,303 @@
+// SPDX-License-Identifier: MIT
+// WAV files put together here byte by byte, and what the writer makes of its own.
+#include "files/VelkDspWavFile.h"
+
+#include "text/VelkDspException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using tav::WavFormat;
+
+std::string Number(std::uint64_t value, int numBytes) {
+    std::string bytes;
+    for (int k = 0; k < numBytes; ++k) bytes += static_cast<char>(value >> (8 * k) & 0xFF);
+    return bytes;
+}
+
+std::string Chunk(const std::string& id, const std::string& body) {
+    return id + Number(body.size(), 4) + body + std::string(body.size() % 2, '\0');
+}
+
+std::string Format(unsigned tag, unsigned channels, unsigned bits, unsigned rate = 48000) {
+    const unsigned frameBytes = channels * bits / 8;
+    return Number(tag, 2) + Number(channels, 2) + Number(rate, 4) +
+           Number(std::uint64_t{rate} * frameBytes, 4) + Number(frameBytes, 2) + Number(bits, 2);
+}
+
+const std::string kGuidTail("\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 14);
+
+std::string Extensible(unsigned tag, unsigned channels, unsigned bits) {
+    return Format(0xFFFE, channels, bits) + Number(22, 2) + Number(bits, 2) + Number(0, 4) +
+           Number(tag, 2) + kGuidTail;
+}
+
+std::string Riff(const std::string& chunks) {
+    return "RIFF" + Number(4 + chunks.size(), 4) + "WAVE" + chunks;
+}
+
+std::string Rf64(const std::string& ds64, const std::string& rest) {
+    return "RF64" + Number(0xFFFFFFFF, 4) + "WAVE" + ds64 + rest;
+}
+
+std::string Ds64(std::uint64_t dataBytes) {
+    return Chunk("ds64", Number(0, 8) + Number(dataBytes, 8) + Number(0, 8) + Number(0, 4));
+}
+
+// Two frames of two channels.
+const std::string kPcm16 = Chunk("fmt ", Format(1, 2, 16));
+const std::string kFourWords("\x00\x40\x00\x80\x01\x00\xFF\xFF", 8);
+const std::vector<float> kFourWordSamples = {0.5f, -1.f, 0x1p-15f, -0x1p-15f};
+
+struct Case {
+    const char* name;
+    std::string bytes;
+    unsigned channels = 0;
+    std::vector<float> samples = {};  // frame by frame
+};
+
+std::ostream& operator<<(std::ostream& stream, const Case& c) { return stream << c.name; }
+
+std::string NameOf(const testing::TestParamInfo<Case>& info) { return info.param.name; }
+
+class WavFileTest : public testing::Test {
+protected:
+    WavFileTest() {
+        std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
+        std::ranges::replace(name, '/', '-');
+        folder_ = std::filesystem::path(testing::TempDir()) / ("wav-" + name);
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+        path_ = folder_ / "subject.wav";
+    }
+    ~WavFileTest() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
+
+    void Store(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
+
+    std::string Stored() const {
+        std::ifstream stream(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    std::string FaultOf(const std::function<void()>& operation) const {
+        try {
+            operation();
+        } catch (const tav::Exception& fault) {
+            return fault.what();
+        }
+        return {};
+    }
+
+    bool FolderIsEmpty() const { return std::filesystem::is_empty(folder_); }
+
+    std::filesystem::path folder_;
+    std::filesystem::path path_;
+};
+
+class WavFileRead : public WavFileTest, public testing::WithParamInterface<Case> {};
+
+TEST_P(WavFileRead, GivesTheSamplesThatAreInTheBytes) {
+    Store(GetParam().bytes);
+    const tav::AudioBuffer audio = tav::ReadWavFile(path_);
+    ASSERT_EQ(audio.NumChannels(), GetParam().channels);
+    ASSERT_EQ(audio.NumFrames(), GetParam().samples.size() / GetParam().channels);
+    EXPECT_EQ(audio.SampleRate(), 48000.0);
+    for (std::size_t k = 0; k < GetParam().samples.size(); ++k) {
+        const auto channel = static_cast<unsigned>(k % GetParam().channels);
+        EXPECT_EQ(audio.Channel(channel)[k / GetParam().channels], GetParam().samples[k]) << k;
+    }
+}
+
+const std::string kFloats =
+    Number(0x3FC00000, 4) + Number(0xC0000000, 4) + Number(0x00000001, 4) + Number(0x3F800000, 4);
+const std::vector<float> kFloatSamples = {1.5f, -2.f, 0x1p-149f, 1.f};
+const std::string kThreeBytes("\x00\x00\xC0\xFF\xFF\x7F\x01\x00\x00", 9);
+
+INSTANTIATE_TEST_SUITE_P(
+    Bytes,
+    WavFileRead,
+    testing::Values(
+        Case{"Pcm16", Riff(kPcm16 + Chunk("data", kFourWords)), 2, kFourWordSamples},
+        Case{"Pcm24OddAndPadded",
+             Riff(Chunk("fmt ", Format(1, 3, 24)) + Chunk("data", kThreeBytes)),
+             3,
+             {-0.5f, 1.f - 0x1p-23f, 0x1p-23f}},
+        Case{"Pcm24OddAndUnpadded",
+             Riff(Chunk("fmt ", Format(1, 1, 24)) + "data" + Number(3, 4) + "\xFF\xFF\xFF"),
+             1,
+             {-0x1p-23f}},
+        Case{"Pcm32",
+             Riff(Chunk("fmt ", Format(1, 1, 32)) +
+                  Chunk("data", Number(0x80000000, 4) + Number(0x20000000, 4) + Number(1, 4))),
+             1,
+             {-1.f, 0.25f, 0x1p-31f}},
+        Case{"FloatIsNotScaled",
+             Riff(Chunk("fmt ", Format(3, 2, 32) + Number(0, 2)) + Chunk("fact", Number(2, 4)) +
+                  Chunk("data", kFloats)),
+             2, kFloatSamples},
+        Case{"ExtensiblePcm", Riff(Chunk("fmt ", Extensible(1, 2, 16)) + Chunk("data", kFourWords)),
+             2, kFourWordSamples},
+        Case{"ExtensibleFloat", Riff(Chunk("fmt ", Extensible(3, 1, 32)) + Chunk("data", kFloats)),
+             1, kFloatSamples},
+        Case{"ForeignChunksOfOddLength",
+             Riff(Chunk("LIST", "odd") + Chunk("bext", "12345") + kPcm16 + Chunk("junk", "") +
+                  Chunk("data", kFourWords) + Chunk("id3 ", "behind")),
+             2, kFourWordSamples},
+        Case{"Rf64", Rf64(Ds64(8), kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords), 2,
+             kFourWordSamples},
+        Case{"Rf64WithASizeInItsPlace", Rf64(Ds64(1u << 30), kPcm16 + Chunk("data", kFourWords)), 2,
+             kFourWordSamples},
+        Case{"NoFrames", Riff(kPcm16 + Chunk("data", "")), 2, {}}),
+    NameOf);
+
+class WavFileRefuse : public WavFileTest, public testing::WithParamInterface<Case> {};
+
+TEST_P(WavFileRefuse, NamesTheFileAndTheFault) {
+    Store(GetParam().bytes);
+    const std::string fault = FaultOf([&] { tav::ReadWavFile(path_); });
+    const std::string named = path_.string() + ": ";
+    const std::size_t at = fault.find(named);
+    ASSERT_NE(at, std::string::npos) << fault;
+    EXPECT_GT(fault.size(), at + named.size()) << "no fault named: " << fault;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Bytes,
+    WavFileRefuse,
+    testing::Values(
+        Case{"Empty", ""},
+        Case{"CutInTheHead", "RIFF\x10"},
+        Case{"NotRiff", "RIFX" + Riff(kPcm16 + Chunk("data", kFourWords)).substr(4)},
+        Case{"NotWave", "RIFF" + Number(4, 4) + "AVI "},
+        Case{"NoChunks", Riff("")},
+        Case{"NoData", Riff(kPcm16 + Chunk("LIST", "even"))},
+        Case{"NoFormat", Riff(Chunk("data", kFourWords))},
+        Case{"FormatBehindTheData", Riff(Chunk("data", kFourWords) + kPcm16)},
+        Case{"FormatTooSmall", Riff(Chunk("fmt ", std::string(14, '\1')) + Chunk("data", ""))},
+        Case{"FormatCut", Riff(kPcm16.substr(0, 16))},
+        Case{"DataCut", Riff(kPcm16 + Chunk("data", kFourWords).substr(0, 14))},
+        Case{"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6)))},
+        Case{"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords)},
+        Case{"ForeignChunkOf4GiB", Riff("LIST" + Number(0xFFFFFFFF, 4) + kPcm16)},
+        Case{"Rf64Of16EiB",
+             Rf64(Ds64(0xFFFFFFFFFFFFFFFC), kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords)},
+        Case{"Rf64WithoutDs64", Rf64("", kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords)},
+        Case{"Ds64TooSmall", Rf64(Chunk("ds64", "tiny"), kPcm16 + Chunk("data", kFourWords))},
+        Case{"NoChannels", Riff(Chunk("fmt ", Format(1, 0, 16)) + Chunk("data", kFourWords))},
+        Case{"NoSampleRate", Riff(Chunk("fmt ", Format(1, 2, 16, 0)) + Chunk("data", kFourWords))},
+        Case{"UnknownTag", Riff(Chunk("fmt ", Format(85, 2, 16)) + Chunk("data", kFourWords))},
+        Case{"Pcm8", Riff(Chunk("fmt ", Format(1, 2, 8)) + Chunk("data", kFourWords))},
+        Case{"Float64", Riff(Chunk("fmt ", Format(3, 1, 64)) + Chunk("data", kFourWords))},
+        Case{"ExtensibleUnknownTag",
+             Riff(Chunk("fmt ", Extensible(85, 2, 16)) + Chunk("data", kFourWords))},
+        Case{"ExtensibleForeignGuid", Riff(Chunk("fmt ", Extensible(1, 2, 16).substr(0, 39) + "x") +
+                                           Chunk("data", kFourWords))},
+        Case{"ExtensibleTooSmall",
+             Riff(Chunk("fmt ", Format(0xFFFE, 2, 16)) + Chunk("data", kFourWords))}),
+    NameOf);
+
+TEST_F(WavFileTest, WhatIsWrittenReadsBack) {
+    tav::AudioBuffer audio(3, 7001, 44100.0);  // more than a block, of an odd number of bytes
+    for (unsigned c = 0; c < 3; ++c) {
+        for (std::size_t k = 0; k < 7001; ++k) {
+            // Multiples of 2^-15: exact in every format.
+            audio.Channel(c)[k] =
+                static_cast<float>((k * 7919 + c * 104729) % 65536) * 0x1p-15f - 1.f;
+        }
+    }
+    for (const WavFormat format :
+         {WavFormat::Pcm16, WavFormat::Pcm24, WavFormat::Pcm32, WavFormat::Float32}) {
+        tav::WriteWavFile(path_, audio, format);
+        const std::string bytes = Stored();
+        EXPECT_EQ(bytes.size() % 2, 0u);
+        EXPECT_EQ(bytes.substr(4, 4), Number(bytes.size() - 8, 4));
+        const std::string fact = Chunk("fact", Number(7001, 4));
+        EXPECT_EQ(bytes.find(fact) != std::string::npos, format == WavFormat::Float32);
+
+        const tav::AudioBuffer back = tav::ReadWavFile(path_);
+        ASSERT_EQ(back.NumChannels(), 3u);
+        EXPECT_EQ(back.SampleRate(), 44100.0);
+        for (unsigned c = 0; c < 3; ++c) {
+            EXPECT_TRUE(std::ranges::equal(back.Channel(c), audio.Channel(c))) << c;
+        }
+    }
+}
+
+TEST_F(WavFileTest, PcmClipsAndFloatDoesNot) {
+    tav::AudioBuffer audio(1, 3, 8000.0);
+    std::ranges::copy(std::vector{2.f, -2.f, std::numeric_limits<float>::quiet_NaN()},
+                      audio.Channel(0).begin());
+    tav::WriteWavFile(path_, audio, WavFormat::Pcm24);
+    const std::string clipped("\xFF\xFF\x7F\x00\x00\x80\x00\x00\x00\x00", 10);  // and the padding
+    EXPECT_EQ(Stored().substr(Stored().size() - 10), clipped);
+    tav::WriteWavFile(path_, audio);
+    EXPECT_EQ(tav::ReadWavFile(path_).Channel(0)[0], 2.f);
+}
+
+TEST_F(WavFileTest, AFileAppearsWholeOrNotAtAll) {
+    const std::vector<float> samples(1000, 0.5f);
+    const float* const channels[] = {samples.data()};
+    {
+        tav::WavFileWriter writer(path_, 1, 48000.0);
+        writer.Write(channels, samples.size());
+        EXPECT_FALSE(std::filesystem::exists(path_));
+    }
+    EXPECT_TRUE(FolderIsEmpty());
+
+    tav::WavFileWriter writer(path_, 1, 48000.0);
+    writer.Write(channels, 600);
+    writer.Write(channels, 400);
+    writer.Close();
+    EXPECT_EQ(tav::ReadWavFile(path_).NumFrames(), 1000u);
+    const std::string before = Stored();
+    { tav::WavFileWriter(path_, 1, 48000.0).Write(channels, 10); }
+    EXPECT_EQ(Stored(), before) << "an unfinished writer replaced a file";
+    EXPECT_NE(FaultOf([&] { writer.Write(channels, 1); }), "");
+}
+
+TEST_F(WavFileTest, WritersRefuseWhatNoFileCanHold) {
+    const auto faultFor = [&](unsigned channels, double rate) {
+        return FaultOf([&] { tav::WavFileWriter(path_, channels, rate); });
+    };
+    const std::string faults[] = {faultFor(0, 48000.0),
+                                  faultFor(20000, 48000.0),
+                                  faultFor(1, 0.0),
+                                  faultFor(1, std::numeric_limits<double>::quiet_NaN()),
+                                  FaultOf([&] { tav::ReadWavFile(path_); }),
+                                  FaultOf([&] { tav::ReadWavFile(folder_); }),
+                                  FaultOf([&] { tav::WavFileWriter(folder_, 1, 48000.0); })};
+    for (const std::string& fault : faults) {
+        EXPECT_NE(fault.find(folder_.string()), std::string::npos) << fault;
+    }
+    EXPECT_TRUE(FolderIsEmpty());
+}
+
+/// What passes 4 GiB cannot be written in a test; its header can.
+TEST(WavHeader, IsRf64WhereSizesNeed64Bits) {
+    for (const std::uint64_t frames : {std::uint64_t{1} << 20, std::uint64_t{1} << 31}) {
+        const tav::ByteBlock block = tav::ComposeWavHeader({WavFormat::Pcm16, 2, 48000, frames});
+        const std::string bytes(block.begin(), block.end());
+        const bool isBig = frames > std::uint64_t{1} << 30;
+        EXPECT_EQ(bytes.substr(0, 4), isBig ? "RF64" : "RIFF");
+        EXPECT_EQ(bytes.substr(12, 4), isBig ? "ds64" : "JUNK");
+        EXPECT_EQ(bytes.substr(28, 8), Number(isBig ? frames * 4 : 0, 8));
+        EXPECT_EQ(bytes.substr(bytes.size() - 4), Number(isBig ? 0xFFFFFFFF : frames * 4, 4));
+    }
+}
+
+}  // namespace
