@@ -2,8 +2,12 @@
 // Lets control threads and an audio thread loose on the processors, for the thread sanitizer and
 // for faults that need two threads to show. Each scenario lasts about a second, times the
 // environment variable QUILO_EFFORT.
+//
+// A processor leaves it to its owner that one setter runs at a time; a panner sees to that itself.
+#include "pan/QuiloPan.h"
 #include "processors/VelkDspDelay.h"
 #include "processors/VelkDspSignalMatrix.h"
+#include "text/VelkDspException.h"
 
 #include <algorithm>
 #include <atomic>
@@ -13,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <random>
 #include <span>
@@ -30,29 +35,35 @@ struct Stage {
     std::atomic<bool> over{false};
 };
 
+enum class Setters { OneAtATime, AllAtOnce };
+
 std::chrono::milliseconds ScenarioTime() {
     const char* const effort = std::getenv("QUILO_EFFORT");
     const double factor = effort != nullptr ? std::atof(effort) : 1.0;
     return std::chrono::milliseconds(static_cast<long long>(1000.0 * std::clamp(factor, 0.1, 1e4)));
 }
 
-/// Calls `audio` over and over in this thread and each of `controls` in one of its own, these under
-/// the control lock, until the time is over or audio finds a fault.
+/// Calls `audio` over and over in this thread and each of `controls` in one of its own until the
+/// time is over or audio finds a fault.
+/// @param setters  whether the controls take turns under the control lock
 Fault RunThreads(const std::function<Fault()>& audio,
-                 const std::vector<std::function<void(std::mt19937&)>>& controls) {
+                 const std::vector<std::function<void(std::mt19937&)>>& controls,
+                 std::chrono::milliseconds time = ScenarioTime(),
+                 Setters setters = Setters::OneAtATime) {
     Stage stage;
     std::vector<std::thread> threads;
     threads.reserve(controls.size());
     for (const auto& control : controls) {
-        threads.emplace_back([&stage, &control, seed = threads.size()] {
+        threads.emplace_back([&stage, &control, setters, seed = threads.size()] {
             std::mt19937 random(static_cast<unsigned>(seed));
             while (!stage.over.load(std::memory_order_relaxed)) {
-                const std::scoped_lock lock(stage.controlLock);
+                std::unique_lock lock(stage.controlLock, std::defer_lock);
+                if (setters == Setters::OneAtATime) lock.lock();
                 control(random);
             }
         });
     }
-    const auto end = std::chrono::steady_clock::now() + ScenarioTime();
+    const auto end = std::chrono::steady_clock::now() + time;
     Fault fault;
     while (fault.empty() && std::chrono::steady_clock::now() < end) fault = audio();
     stage.over = true;
@@ -224,6 +235,91 @@ Fault DelaysKeepTheirHistoryWhileTheyGrow() {
     return RunThreads(audio, {move, rebuild});
 }
 
+constexpr unsigned kSources = 4;
+
+struct Panner {
+    const char* type;
+    unsigned numOutputs;
+};
+
+constexpr Panner kPanners[] = {
+    {"xy", 2},       {"ms", 2},     {"ab", 2},     {"bformat", 4}, {"angular", 5},
+    {"surround", 4}, {"vbap2d", 6}, {"vbip2d", 6}, {"vbap", 8},    {"vbip", 8},
+};
+
+/// Near and far, all round, at times the listener's own place.
+tav::CartesianVector SomePlace(std::mt19937& random) {
+    const auto coordinate = [&random] { return static_cast<float>(random() % 41) * 0.1f - 2.f; };
+    const float x = coordinate();
+    const float y = coordinate();
+    return {x, y, coordinate()};
+}
+
+void RearrangeSpeakers(Quilo::Pan& pan, std::mt19937& random) {
+    tav::CartesianArray places(pan.NumOutputs());
+    for (tav::CartesianVector& place : places) place = SomePlace(random);
+    try {
+        pan.SetSpeakersPositions(places);
+    } catch (const tav::Exception&) {  // a layout that panner cannot work well with; in force
+    }
+}
+
+/// What a patch sends while the sound is on.
+void Perform(Quilo::Pan& pan, std::mt19937& random) {
+    const auto source = static_cast<unsigned>(random() % kSources);
+    switch (random() % 16) {
+        case 0: return RearrangeSpeakers(pan, random);
+        case 1: return pan.SetInterpolationTime(static_cast<float>(random() % 5) * 10.f);
+        case 2: return pan.SetSourceMute(source, random() % 2 == 0);
+        case 3: return pan.SetSourceSpread(source, static_cast<float>(random() % 101));
+        case 4: {
+            std::vector<std::string> lines;
+            return pan.Dump(lines);
+        }
+        default: return pan.SetSourcePosition(source, SomePlace(random), random() % 8 == 0, false);
+    }
+}
+
+/// What a host does when its audio starts anew.
+void RestartDsp(Quilo::Pan& pan, std::mt19937& random) {
+    constexpr float kRates[] = {8000.f, 44100.f, 48000.f, 192000.f};
+    std::vector<short> inlets(pan.NumInputs());
+    std::vector<short> outlets(pan.NumOutputs());
+    for (short& count : inlets) count = random() % 4 == 0 ? 0 : 1;
+    for (short& count : outlets) count = random() % 4 == 0 ? 0 : 1;
+    pan.SetSampleRate(kRates[random() % std::size(kRates)]);
+    pan.SetBufferSize(static_cast<unsigned>(random() % 600));
+    pan.SetConnections(inlets, outlets);
+    if (random() % 4 == 0) pan.Reset();
+    pan.SetAutoMuteTime(static_cast<float>(random() % 3));
+    std::this_thread::yield();
+}
+
+/// A patch, a host and the audio thread at a panner, all at once.
+Fault StormOver(const Panner& panner) {
+    const std::unique_ptr<Quilo::Pan> pan =
+        Quilo::Pan::Create(kSources, panner.numOutputs, panner.type, "direct");
+    if (pan == nullptr || pan->GetTypeName() != panner.type) return "was not made";
+    HostBlock block(kSources, panner.numOutputs);
+    const auto audio = [&]() -> Fault {
+        block.Play(*pan, SomeFrames());
+        const auto isFinite = [](double sample, double) { return std::isfinite(sample); };
+        return block.AllOf(isFinite) ? "" : "an output was no number";
+    };
+    const auto perform = [&](std::mt19937& random) { Perform(*pan, random); };
+    const auto restart = [&](std::mt19937& random) { RestartDsp(*pan, random); };
+    return RunThreads(audio, {perform, restart}, ScenarioTime() / std::size(kPanners),
+                      Setters::AllAtOnce);
+}
+
+Fault PannersOutliveAStorm() {
+    for (const Panner& panner : kPanners) {
+        const Fault fault = StormOver(panner);
+        if (!fault.empty()) return std::string(panner.type) + ": " + fault;
+    }
+    return {};
+}
+
 struct Scenario {
     const char* name;
     Fault (*run)();
@@ -235,6 +331,7 @@ constexpr Scenario kScenarios[] = {
     {"static rows arrive whole", StaticRowsArriveWhole},
     {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
     {"delays keep their history while they grow", DelaysKeepTheirHistoryWhileTheyGrow},
+    {"panners outlive a storm", PannersOutliveAStorm},
 };
 
 }  // namespace
