@@ -54,7 +54,10 @@ void PanObject::PlaceSources() {
     if (engine_ == nullptr) return;
     sources_ = DefaultSources(static_cast<unsigned>(numInputs_));
     ReadTriplets(*this, kSourcesPositionTexts, Atoms(givenSources_), sources_);
-    engine_->SetSourcesPositions(sources_, true);
+    // Forced: the spaced pair jumps to where it is told to be by force only.
+    for (unsigned index = 0; index < NumSources(); ++index) {
+        engine_->SetSourcePosition(index, sources_[index], true, true);
+    }
 }
 
 // ---- Positions
@@ -141,6 +144,11 @@ float PanObject::InterpolationTime() const {
 void PanObject::SetInterpolationTime(float ms) {
     interpolationTimeMs_ = ms;
     if (engine_ != nullptr) engine_->SetInterpolationTime(ms);
+}
+
+float PanObject::AutoMute() const {
+    if (engine_ == nullptr) return autoMuteSeconds_;
+    return engine_->AutoMute() ? engine_->AutoMuteTime() : 0.f;
 }
 
 void PanObject::SetAutoMute(float seconds) {

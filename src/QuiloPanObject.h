@@ -97,7 +97,7 @@ public:
     max_long Bypass() const { return bypass_.load(std::memory_order_relaxed); }
     void SetBypass(max_long on) { bypass_.store(on, std::memory_order_relaxed); }
     /// Seconds; 0 switches it off.
-    float AutoMute() const { return autoMuteSeconds_; }
+    float AutoMute() const;
     void SetAutoMute(float seconds);
     /// One value a source, from the first on.
     std::vector<float> Spread() const;

@@ -10,6 +10,8 @@ namespace tav {
 namespace {
 constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr float kLongestDelayMs = 10000.f;
+constexpr auto kLastDelayKind = static_cast<std::uint32_t>(DelayKind::Cardinal);
+constexpr std::uint32_t kUnusedDelayKind = 4;  // between the all-pass and Hermite
 }  // namespace
 
 Delay::Delay() : AudioProcessorWithAutoMute(1, 1) { GrowRing(0.f); }
@@ -81,7 +83,10 @@ void Delay::SetInterpolationTime(float ms) {
     if (std::isfinite(ms)) interpolationMs_ = std::max(ms, 0.f);
 }
 
-void Delay::SetInterpolationKind(std::uint32_t code) { kind_.store(code, kRelaxed); }
+void Delay::SetInterpolationKind(std::uint32_t code) {
+    const bool known = code <= kLastDelayKind && code != kUnusedDelayKind;
+    kind_.store(known ? code : static_cast<std::uint32_t>(DelayKind::Nearest), kRelaxed);
+}
 
 void Delay::SetInterpolationKind(DelayKind kind) {
     SetInterpolationKind(static_cast<std::uint32_t>(kind));

@@ -24,7 +24,7 @@ std::uint32_t Ramp::GlideLength(float ms, float sampleRateHz) noexcept TAV_NONBL
 }
 
 void Ramp::SetSampleRate(float hz) noexcept TAV_NONBLOCKING {
-    if (!std::isfinite(hz) || hz <= 0.f) return;
+    if (!std::isfinite(hz) || hz <= 0.f || hz == sampleRate_) return;
     const float left = static_cast<float>(length_ - count_) * (hz / sampleRate_);
     sampleRate_ = hz;
     SetOverSamples(target_, WholeSamples(left));
