@@ -147,7 +147,7 @@ AudioBuffer ReadWavFile(const std::filesystem::path& path) {
     });
 }
 
-WavFileWriter::WavFileWriter(std::filesystem::path path,
+WavFileWriter::WavFileWriter(const std::filesystem::path& path,
                              unsigned numChannels,
                              double sampleRateHz,
                              WavFormat format)

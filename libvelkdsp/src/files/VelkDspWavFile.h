@@ -24,7 +24,7 @@ class WavFileWriter {
 public:
     /// @param path  replaced when it exists; then it must be a regular file
     /// @param numChannels  1 to 65535 bytes per frame  @param sampleRateHz  rounded to whole Hz
-    WavFileWriter(std::filesystem::path path,
+    WavFileWriter(const std::filesystem::path& path,
                   unsigned numChannels,
                   double sampleRateHz,
                   WavFormat format = WavFormat::Float32);

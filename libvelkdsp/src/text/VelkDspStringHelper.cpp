@@ -29,7 +29,7 @@ String Mapped(std::string_view text, Convert convert) {
 // Room for the longest fixed text of a double (309 digits) and its decimals.
 template <class... Format>
 String CharsOf(Format... format) {
-    std::array<char, 400> text;
+    std::array<char, 400> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), format...).ptr;
     return {text.data(), end};
 }
