@@ -188,7 +188,8 @@ void AudioProcessorBase::SetBypass(bool bypass) noexcept { bypass_.store(bypass,
 bool AudioProcessorBase::Bypass() const noexcept TAV_NONBLOCKING { return bypass_.load(kRelaxed); }
 
 void AudioProcessorBase::ReportState(std::vector<std::string>& lines) const {
-    lines.push_back("samplerate           : " + NumberText(static_cast<double>(SampleRate()), 7));  // never 1e+05
+    lines.push_back("samplerate           : " +
+                    NumberText(static_cast<double>(SampleRate()), 7));  // never 1e+05
     lines.push_back("buffersize           : " + std::to_string(BufferSize()));
     const unsigned latency = Latency();
     std::string line = "latency              : " + std::to_string(latency);
