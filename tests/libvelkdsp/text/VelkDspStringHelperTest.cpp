@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "text/VelkDspStringHelper.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <random>
+#include <vector>
+
+namespace {
+
+TEST(StringHelper, ShortestFloatTextReadsBackToTheSameFloat) {
+    std::mt19937 generator(5);
+    std::uniform_real_distribution<float> mantissa(-1.f, 1.f);
+    for (int exponent = -140; exponent <= 127; ++exponent) {
+        const float value = std::ldexp(mantissa(generator), exponent);
+        EXPECT_EQ(std::strtof(tav::NumberText(value).c_str(), nullptr), value) << value;
+    }
+    EXPECT_EQ(tav::NumberText(12.3f), "12.3");
+    EXPECT_EQ(tav::NumberText(1.f), "1");
+}
+
+TEST(StringHelper, NumbersAreReadWholeOrNotAtAll) {
+    EXPECT_EQ(tav::ParseNumber("-2.5e3"), -2500.0);
+    EXPECT_EQ(tav::ParseNumber("+4"), 4.0);
+    for (const char* text : {"", "+", "+-4", "1x", " 1", "1 ", "0x10", "one"}) {
+        EXPECT_FALSE(tav::ParseNumber(text)) << text;
+    }
+}
+
+TEST(StringHelper, UnitsFollowTheMagnitude) {
+    struct Row {
+        double hz;
+        const char* text;
+    };
+    constexpr Row kRows[] = {
+        {0, "0 Hz"},        {440, "440 Hz"}, {44100, "44.1 kHz"},    {48000, "48 kHz"},
+        {2.5e6, "2.5 MHz"}, {1e9, "1 GHz"},  {-1234.0, "-1.23 kHz"}, {0.25, "0.25 Hz"}};
+    for (const Row& row : kRows) EXPECT_EQ(tav::FrequencyText(row.hz), row.text);
+    EXPECT_EQ(tav::DurationText(12.5), "12.5 ms");
+    EXPECT_EQ(tav::DurationText(30), "30 ms");
+}
+
+TEST(StringHelper, TextIsCutMappedAndRecognised) {
+    EXPECT_EQ(tav::Split("a,,b,", ','), (std::vector<tav::String>{"a", "", "b", ""}));
+    EXPECT_EQ(tav::Split("", ','), std::vector<tav::String>{""});
+    EXPECT_EQ(tav::Trimmed("\t a b \r\n"), "a b");
+    EXPECT_EQ(tav::Trimmed(" \n"), "");
+    EXPECT_EQ(tav::LowerCase("Az\xC3\x84-9"), "az\xC3\x84-9");
+    EXPECT_EQ(tav::UpperCase("aZ_1"), "AZ_1");
+    EXPECT_TRUE(tav::IsUrl("HTTPS://a"));
+    EXPECT_TRUE(tav::IsUrl("ftp:x"));
+    EXPECT_FALSE(tav::IsUrl("file:http:"));
+}
+
+TEST(StringHelper, DatesHaveTheirDayAndTwoDigits) {
+    std::tm date{};
+    date.tm_year = 126;  // since 1900
+    date.tm_mon = 0;
+    date.tm_mday = 4;
+    date.tm_hour = 5;
+    date.tm_sec = 59;
+    EXPECT_EQ(tav::DateText(date), "Sun 2026-01-04 05:00:59");
+}
+
+}  // namespace
