@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
-#include "pan/QuiloAngularPanning.h"
 #include "pan/QuiloKeywords.h"
+#include "pan/QuiloLayoutLawPanning.h"
 #include "pan/QuiloNullPanning.h"
 #include "pan/QuiloPan.h"
 #include "pan/QuiloStereoABPanning.h"
 #include "pan/QuiloStereoPanning.h"
-#include "pan/QuiloSurroundPanning.h"
 #include "pan/QuiloVbap2DPanning.h"
 #include "pan/QuiloVectorBasedPanning.h"
 
