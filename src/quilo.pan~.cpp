@@ -3,6 +3,7 @@
 // attributes do stands in their tables.
 
 #include "QuiloPanAttributes.h"
+#include "QuiloPanDocumentation.h"
 #include "QuiloPanMessages.h"
 #include "QuiloPanObject.h"
 
@@ -174,6 +175,7 @@ extern "C" MAX_EXPORTED void ext_main(void*) {
         class_new(kClassName, VelkMax::AsMethod(&quilo_pan_new), VelkMax::AsMethod(&quilo_pan_free),
                   sizeof(PanRecord), nullptr, A_GIMME, 0);
     Guarded(nullptr, &object_error, [] {
+        VelkMax::AddClassDocumentation(panClass, Quilo::External::PanTilda::Documentation());
         AddHostMethods(panClass);
         VelkMax::AddMessages(panClass, Quilo::PanMessages());
         VelkMax::AddClassAttributes(panClass, Quilo::PanClassAttributes());
