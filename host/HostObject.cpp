@@ -78,6 +78,7 @@ void LoadModule(const std::string& file) {
     const std::filesystem::path path =
         file.empty() ? ProgramFolder() / ModuleFileName("quilo.pan~") : PathOf(file);
     const SharedLibrary library(path);
+    HostApi::SetModuleFolder(path.parent_path());
     if (const auto entry = library.Find("ext_main"))
         return reinterpret_cast<void (*)(void*)>(entry)(nullptr);
     const auto entry = library.Find("main");

@@ -7,8 +7,10 @@
 
 #include "ext_atoms.h"
 #include "ext_attributes.h"
+#include "ext_binbufs.h"
 #include "ext_codes.h"
 #include "ext_dictionaries.h"
+#include "ext_files.h"
 #include "ext_objects.h"
 #include "ext_threads.h"
 #include "ext_types.h"

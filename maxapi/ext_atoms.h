@@ -9,6 +9,7 @@ extern "C" {
 
 // Symbols. gensym interns UTF-8 text and never gives null; symbolarray_sort sorts by plain bytes.
 MAXAPI_EXPORT t_symbol* gensym(const char* name);
+MAXAPI_EXPORT t_symbol* gensym_tr(const char* name);  // after the table of translations
 MAXAPI_EXPORT t_symbol* symbol_unique();
 MAXAPI_EXPORT t_max_err symbolarray_sort(max_long count, t_symbol** list);
 MAXAPI_EXPORT char* strncpy_zero(char* dst, const char* src, max_long size);

@@ -90,5 +90,18 @@ enum e_max_gettext_flags : max_long {
     OBEX_UTIL_ATOM_GETTEXT_LINEBREAK_NODELIM = 0x100,
 };
 
+// Buffers for full paths and for file names, the ending 0 included.
 inline constexpr int MAX_PATH_CHARS = 2048;
 inline constexpr int MAX_FILENAME_CHARS = 512;
+
+enum e_max_path_styles : max_long {
+    PATH_STYLE_MAX = 0,     // C:/dir/file
+    PATH_STYLE_NATIVE = 1,  // as the operating system writes it
+    PATH_STYLE_COLON = 2,
+    PATH_STYLE_SLASH = 3,
+    PATH_STYLE_NATIVE_WIN = 4,
+};
+enum e_max_path_types : max_long {
+    PATH_TYPE_IGNORE = 0,
+    PATH_TYPE_ABSOLUTE = 1,
+};

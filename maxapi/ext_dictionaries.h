@@ -56,6 +56,15 @@ MAXAPI_EXPORT t_max_err dictionary_deleteentry(t_dictionary* d, t_symbol* key);
 MAXAPI_EXPORT t_max_err dictionary_clear(t_dictionary* d);
 MAXAPI_EXPORT t_dictionary* dictionary_clone(t_dictionary* d);
 
+// JSON: a list is an array, whole floats keep a decimal point. Name and path as in ext_files.h.
+MAXAPI_EXPORT t_max_err dictionary_read(const char* filename, short path, t_dictionary** d);
+MAXAPI_EXPORT t_max_err dictionary_write(t_dictionary* d, const char* filename, short path);
+// isjson 0: attribute text, `@key values...`. errorstring may be null, else 256 bytes.
+MAXAPI_EXPORT t_max_err dictobj_dictionaryfromstring(t_dictionary** d,
+                                                     const char* text,
+                                                     int isjson,
+                                                     char* errorstring);
+
 // Names under which other objects find a dictionary.
 MAXAPI_EXPORT t_dictionary* dictobj_register(t_dictionary* d, t_symbol** name);
 MAXAPI_EXPORT t_max_err dictobj_unregister(t_dictionary* d);

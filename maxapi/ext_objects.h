@@ -28,6 +28,9 @@ MAXAPI_EXPORT method class_method(t_class* c, t_symbol* name);
 MAXAPI_EXPORT t_messlist* class_mess(t_class* c, t_symbol* name);
 MAXAPI_EXPORT t_max_err class_extra_store(t_class* c, t_symbol* key, t_object* value);
 MAXAPI_EXPORT void* class_extra_lookup(t_class* c, t_symbol* key);
+// The folder from which the class was loaded (ext_files.h).
+MAXAPI_EXPORT short class_getpath(t_class* c);
+MAXAPI_EXPORT t_max_err class_setpath(t_class* c, short path);
 MAXAPI_EXPORT max_long class_is_box(t_class* c);
 
 // Objects. object_method_imp calls without any check, all arguments widened to pointers: a floating
@@ -92,6 +95,8 @@ MAXAPI_EXPORT void* object_register(t_symbol* name_space, t_symbol* name, void* 
 MAXAPI_EXPORT t_max_err object_unregister(void* x);
 MAXAPI_EXPORT void* object_findregistered(t_symbol* name_space, t_symbol* name);
 MAXAPI_EXPORT t_max_err object_findregisteredbyptr(t_symbol** name_space, t_symbol** name, void* x);
+MAXAPI_EXPORT void* object_attach(t_symbol* name_space, t_symbol* name, void* client);
+MAXAPI_EXPORT t_max_err object_detach(t_symbol* name_space, t_symbol* name, void* client);
 MAXAPI_EXPORT t_max_err object_attach_byptr(void* client, void* registered);
 MAXAPI_EXPORT t_max_err object_attach_byptr_register(void* client,
                                                      void* target,

@@ -62,6 +62,7 @@ using t_outlet = void;
 using t_inlet = void;
 using t_qelem = void;
 using t_clock = void;
+using t_binbuf = void;
 
 struct t_messlist;
 

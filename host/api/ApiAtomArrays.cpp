@@ -8,7 +8,16 @@ namespace HostApi {
 namespace {
 
 Class& AtomArrayClass() {
-    static Class& type = OwnClass<AtomArray>("atomarray");
+    static Class& type = []() -> Class& {
+        Class& made = OwnClass<AtomArray>("atomarray");
+        made.c_freefun = [](void* pointer) -> void* {
+            auto* const array = AtomArray::FromObject(static_cast<t_object*>(pointer));
+            if (array->flags & kFreesChildren)
+                for (t_atom& atom : array->atoms) FreeValue(atom);
+            return nullptr;
+        };
+        return made;
+    }();
     return type;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Classes: class_... of the API.
 #include "ApiAttributes.h"
+#include "ApiFiles.h"
 #include "ApiObjects.h"
 
 #include <algorithm>
@@ -74,6 +75,7 @@ t_class* class_new(const char* name,
                    ...) {
     auto* const made = new Class{};
     made->c_sym = gensym(name);
+    made->path = ModuleFolder();
     made->c_freefun = mfree;
     made->c_size = static_cast<t_getbytes_size>(size);
     made->creation.m_sym = made->c_sym;
@@ -149,6 +151,14 @@ t_class* class_findbyname(t_symbol* nameSpace, t_symbol* classname) {
     const std::lock_guard lock(RegisteredMutex());
     const auto found = Registered().find({nameSpace, classname});
     return found == Registered().end() ? nullptr : found->second;
+}
+
+short class_getpath(t_class* c) { return c ? Inner(c).path : short{0}; }
+
+t_max_err class_setpath(t_class* c, short path) {
+    if (!c) return MAX_ERR_INVALID_PTR;
+    Inner(c).path = path;
+    return MAX_ERR_NONE;
 }
 
 max_long class_is_box(t_class* c) { return c && (c->c_flags & CLASS_FLAG_BOX) ? 1 : 0; }

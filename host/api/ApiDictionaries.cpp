@@ -16,11 +16,6 @@ std::map<const t_symbol*, Dictionary*>& DictionaryNames() {
     return names;
 }
 
-void FreeValue(t_atom& value) {
-    if (value.a_type == A_OBJ && FindObject(value.a_w.w_obj)) object_free(value.a_w.w_obj);
-    value = {};
-}
-
 bool ReleaseReference(t_object* object) {
     Dictionary& dictionary = *Dictionary::FromObject(object);
     return --dictionary.references <= 0;
@@ -97,7 +92,33 @@ t_object* EntryObject(const t_dictionary* d, const t_symbol* key) {
     return entry ? static_cast<t_object*>(atom_getobj(&entry->value)) : nullptr;
 }
 
+/// A copy of an entry's value with copies of the objects in it; nothing for an object of no known
+/// kind.
+t_atom ClonedValue(const t_atom& value) {
+    if (value.a_type != A_OBJ) return value;
+    t_atom copy{};
+    if (const AtomArray* array = AsAtomArray(value.a_w.w_obj)) {
+        t_atomarray* const made = atomarray_new(0, nullptr);
+        made->flags = kFreesChildren;
+        for (const t_atom& atom : array->atoms) {
+            t_atom inner = ClonedValue(atom);
+            atomarray_appendatom(made, &inner);
+        }
+        atom_setobj(&copy, made);
+    } else if (const String* string = AsString(value.a_w.w_obj)) {
+        atom_setobj(&copy, string_new(string->text.c_str()));
+    } else if (Dictionary* inner = AsDictionary(value.a_w.w_obj)) {
+        atom_setobj(&copy, dictionary_clone(inner));
+    }
+    return copy;
+}
+
 }  // namespace
+
+void FreeValue(t_atom& value) {
+    if (value.a_type == A_OBJ && FindObject(value.a_w.w_obj)) object_free(value.a_w.w_obj);
+    value = {};
+}
 
 Dictionary* AsDictionary(const void* pointer) {
     const ObjectRecord* record = FindObject(pointer);
@@ -292,18 +313,9 @@ t_dictionary* dictionary_clone(t_dictionary* d) {
     const Dictionary* source = AsDictionary(d);
     if (!source) return nullptr;
     t_dictionary* const copy = dictionary_new();
-    for (const DictionaryEntry& entry : source->entries) {
-        void* const object = atom_getobj(&entry.value);
-        if (AtomArray* array = AsAtomArray(object)) {
-            dictionary_appendatoms(copy, entry.key, array->ac, array->av);
-        } else if (const String* string = AsString(object)) {
-            dictionary_appendstring(copy, entry.key, string->text.c_str());
-        } else if (Dictionary* inner = AsDictionary(object)) {
-            dictionary_appenddictionary(copy, entry.key, &dictionary_clone(inner)->d_obj);
-        } else if (entry.value.a_type != A_OBJ) {
-            PutEntry(copy, entry.key, entry.value);
-        }
-    }
+    for (const DictionaryEntry& entry : source->entries)
+        if (const t_atom value = ClonedValue(entry.value); value.a_type != A_NOTHING)
+            PutEntry(copy, entry.key, value);
     return copy;
 }
 

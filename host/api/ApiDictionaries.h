@@ -24,6 +24,9 @@ struct Dictionary : t_dictionary {
     }
 };
 
+/// A flag of atom arrays: the objects in it are freed with it.
+inline constexpr max_long kFreesChildren = 1;
+
 struct AtomArray : t_atomarray {
     std::vector<t_atom> atoms;  // ac and av follow it
 
@@ -39,6 +42,9 @@ struct String : t_string {
         return static_cast<String*>(reinterpret_cast<t_string*>(object));
     }
 };
+
+/// Frees the object that an atom owns, if it is alive, and empties the atom.
+void FreeValue(t_atom& value);
 
 // The object behind a pointer, null when it is no live object of that kind.
 Dictionary* AsDictionary(const void* pointer);

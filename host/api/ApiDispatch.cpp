@@ -182,6 +182,7 @@ t_max_err DeliverMessage(t_object* object,
                          t_symbol* selector,
                          std::span<const t_atom> atoms) {
     if (!FindObject(object)) return MAX_ERR_INVALID_PTR;
+    const MessageScope around;
     if (selector == gensym("list") && !FindMessage(object, selector)) return Spread(object, atoms);
     const InletScope scope(object, inlet);
     return Deliver({object, selector, atoms}, nullptr);

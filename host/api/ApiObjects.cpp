@@ -248,6 +248,15 @@ t_max_err object_findregisteredbyptr(t_symbol** nameSpace, t_symbol** name, void
     return MAX_ERR_NONE;
 }
 
+void* object_attach(t_symbol* nameSpace, t_symbol* name, void* client) {
+    void* const registered = object_findregistered(nameSpace, name);
+    return object_attach_byptr(client, registered) == MAX_ERR_NONE ? registered : nullptr;
+}
+
+t_max_err object_detach(t_symbol* nameSpace, t_symbol* name, void* client) {
+    return object_detach_byptr(client, object_findregistered(nameSpace, name));
+}
+
 t_max_err object_attach_byptr(void* client, void* registered) {
     ObjectRecord* record = FindObject(registered);
     if (!record || !record->name || !FindObject(client)) return MAX_ERR_GENERIC;

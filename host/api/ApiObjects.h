@@ -42,6 +42,7 @@ struct Class : t_class {
     std::vector<Attribute*> attributes;
     Store extra;
     bool answersGet = false;  // class_dumpout_wrap was called
+    short path = 0;           // id of the folder it came from
 
     // Set for the library's own classes, whose objects are C++ records made with new.
     void (*destroy)(t_object* object) = nullptr;

@@ -37,6 +37,8 @@ t_symbol* gensym(const char* name) {
     return table.symbols[std::string_view(copy, text.size())] = new t_symbol{copy, nullptr};
 }
 
+t_symbol* gensym_tr(const char* name) { return gensym(name); }
+
 t_symbol* symbol_unique() {
     static std::atomic<unsigned long long> next{1};
     std::string name = "u";

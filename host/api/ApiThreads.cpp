@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 
 struct t_critical_region {
     std::recursive_mutex mutex;
@@ -39,6 +40,7 @@ struct QueueElement {
 
 const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
 thread_local std::optional<ThreadKind> assumedKind;
+thread_local int messagesAround = 0;  // in which the thread is
 
 using DeferredFunction = void(void*, t_symbol*, short, t_atom*);
 
@@ -89,12 +91,20 @@ std::size_t RunDeferred() {
         const Work work = std::move(queue.waiting.front());
         queue.waiting.pop_front();
         lock.unlock();
+        const int around = std::exchange(messagesAround, 0);
         work.run();
+        messagesAround = around;
         ++count;
         lock.lock();
     }
     return count;
 }
+
+bool InMessage() { return messagesAround > 0; }
+
+MessageScope::MessageScope() { ++messagesAround; }
+
+MessageScope::~MessageScope() { --messagesAround; }
 
 ThreadKind CurrentThreadKind() {
     if (assumedKind) return *assumedKind;

@@ -21,6 +21,18 @@ struct WorkKey {
 /// @param collapse  takes the place of work with the same key that still waits.  Thread: any.
 void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse = false);
 
+/// Whether this thread is inside a message, and not in work that the queue runs.
+bool InMessage();
+
+/// A message is delivered while this lives.
+class MessageScope {
+public:
+    MessageScope();
+    ~MessageScope();
+    MessageScope(const MessageScope&) = delete;
+    MessageScope& operator=(const MessageScope&) = delete;
+};
+
 /// Drops what waits for an object.
 void ForgetQueued(const void* object);
 

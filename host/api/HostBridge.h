@@ -15,7 +15,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -97,6 +99,30 @@ MAXAPI_EXPORT std::vector<AttributeInfo> Attributes(t_object* object);
 
 /// Value of an attribute as its getter gives it, empty when there is none or it may not be read.
 MAXAPI_EXPORT std::vector<t_atom> AttributeValue(t_object* object, std::string_view name);
+
+// ---- Presets
+
+/// One message of a preset: the object, its class name, the message to be sent back, the values.
+using PresetRecord = std::vector<t_atom>;
+
+/// Sends `preset` the way the preset object does.  @return what the object stored
+MAXAPI_EXPORT std::vector<PresetRecord> StorePreset(t_object* object);
+
+// ---- Files and dialogs.  Names are searched in the folder of the patcher, in the current folder
+// and
+// ---- in the folders that were added, in this order.
+
+MAXAPI_EXPORT void SetPatcherFolder(const std::filesystem::path& folder);
+MAXAPI_EXPORT void AddSearchFolder(const std::filesystem::path& folder);
+
+/// Where the classes that are made from now on come from (class_getpath).
+MAXAPI_EXPORT void SetModuleFolder(const std::filesystem::path& folder);
+
+enum class Dialog : std::uint8_t { Open, SaveAs };
+
+/// What the user will choose in the next dialog of this kind; none, and in any later one:
+/// cancelled.
+MAXAPI_EXPORT void AnswerDialog(Dialog dialog, std::optional<std::filesystem::path> file);
 
 // ---- Text of atoms
 
