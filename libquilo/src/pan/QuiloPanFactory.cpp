@@ -7,6 +7,7 @@
 #include "pan/QuiloPan.h"
 #include "pan/QuiloStereoABPanning.h"
 #include "pan/QuiloStereoPanning.h"
+#include "pan/QuiloSubwoofersPanning.h"
 #include "pan/QuiloVbap2DPanning.h"
 #include "pan/QuiloVectorBasedPanning.h"
 
@@ -32,7 +33,6 @@ using DbapPanning3D = NullPanning;
 using VDbapPanning = NullPanning;
 using SPCAmplitudePanning = NullPanning;
 using KnnPanning = NullPanning;
-using SubwoofersPanning = NullPanning;
 using DiffusePanning = NullPanning;
 using HOA2DPanning = NullPanning;
 using HOA3DPanning = NullPanning;

@@ -31,19 +31,19 @@ void AudioProcessorWithAutoMute::Reset() {
 
 bool AudioProcessorWithAutoMute::InputConnectedAndActive(unsigned input) const noexcept
     TAV_NONBLOCKING {
-    return inForce_->InletConnected(input) && inForce_->InletActive(input);
+    return InForce().InletConnected(input) && InForce().InletActive(input);
 }
 
 bool AudioProcessorWithAutoMute::OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING {
-    return inForce_->OutletConnected(output);
+    return InForce().OutletConnected(output);
 }
 
 bool AudioProcessorWithAutoMute::InputActive(unsigned input) const noexcept TAV_NONBLOCKING {
-    return inForce_->InletActive(input);
+    return InForce().InletActive(input);
 }
 
 bool AudioProcessorWithAutoMute::AnyOutputConnected() const noexcept TAV_NONBLOCKING {
-    return inForce_->AnyOutletConnected();
+    return InForce().AnyOutletConnected();
 }
 
 void AudioProcessorWithAutoMute::SetAnalyzerInputs(unsigned count) {
@@ -56,7 +56,7 @@ void AudioProcessorWithAutoMute::SetAnalyzerOutputs(unsigned count) {
 
 void AudioProcessorWithAutoMute::AnalyzeActivity(const double* const* inputs,
                                                  unsigned frames) noexcept TAV_NONBLOCKING {
-    if (inForce_ == &own_) own_.Analyze(inputs, frames);
+    if (owner_ == nullptr) own_.Analyze(inputs, frames);
 }
 
 void AudioProcessorWithAutoMute::SetConnections(std::span<const short> inletCounts,
@@ -69,7 +69,7 @@ void AudioProcessorWithAutoMute::SetAutoMute(bool on) { own_.SetAutoMute(on); }
 void AudioProcessorWithAutoMute::SetAutoMuteTime(float seconds) { own_.SetAutoMuteTime(seconds); }
 
 void AudioProcessorWithAutoMute::ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept {
-    inForce_ = owner.inForce_;
+    owner_ = &owner;
 }
 
 }  // namespace tav

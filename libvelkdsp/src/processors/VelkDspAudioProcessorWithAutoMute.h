@@ -58,15 +58,20 @@ public:
     float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
 
     /// Moves after any of the flags in force (13 to 16) has changed.  Thread: any.
-    std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING { return inForce_->Changes(); }
+    std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING { return InForce().Changes(); }
 
     /// This block reads the activity flags of `owner` from now on and analyses nothing itself (the
-    /// gain matrix inside a panner). `owner` outlives this block.  Thread: control, audio stopped.
+    /// gain matrix inside a panner), and so do the blocks that read this one's. `owner` outlives
+    /// this block.  Thread: control, audio stopped.
     void ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
 
 private:
+    const InletsActivityAnalyzer& InForce() const noexcept TAV_NONBLOCKING {
+        return owner_ == nullptr ? own_ : owner_->InForce();
+    }
+
     InletsActivityAnalyzer own_;
-    const InletsActivityAnalyzer* inForce_ = &own_;
+    const AudioProcessorWithAutoMute* owner_ = nullptr;
 };
 
 }  // namespace tav

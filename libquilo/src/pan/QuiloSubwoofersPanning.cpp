@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloSubwoofersPanning.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Quilo {
+
+namespace {
+
+constexpr float kQuality = 0.7f;
+
+}  // namespace
+
+SubwoofersPanning::SubwoofersPanning(unsigned numInputs, unsigned numOutputs)
+    : Pan(numInputs, numOutputs),
+      equalizer_(numInputs, 1),
+      ring_(numInputs, numOutputs),
+      filtered_(std::size_t{numInputs} * kMaxFrames),
+      pieceInputs_(numInputs),
+      pieceOutputs_(numOutputs) {
+    equalizer_.ShareActivityOf(*this);
+    ring_.ShareActivityOf(*this);
+    for (unsigned i = 0; i < numInputs; ++i) {
+        filteredPointers_.push_back(filtered_.data() + std::size_t{i} * kMaxFrames);
+    }
+    SetCutoff(kDefaultCutoffHz);
+}
+
+void SubwoofersPanning::Process(float* const* outputs,
+                                const float* const* inputs,
+                                unsigned frames) noexcept TAV_NONBLOCKING {
+    ZeroOutputs(outputs, frames);
+    Perform(outputs, inputs, frames);
+}
+
+void SubwoofersPanning::SetSampleRate(float hz) {
+    const ControlLock lock = LockControl();
+    Pan::SetSampleRate(hz);
+    equalizer_.SetSampleRate(SampleRate());
+    ring_.SetSampleRate(SampleRate());
+}
+
+void SubwoofersPanning::Reset() {
+    const ControlLock lock = LockControl();
+    Pan::Reset();
+    equalizer_.Reset();
+    ring_.Reset();
+}
+
+void SubwoofersPanning::Perform(float* const* outputs,
+                                const float* const* inputs,
+                                unsigned frames) noexcept TAV_NONBLOCKING {
+    for (unsigned offset = 0; offset < frames; offset += kMaxFrames) {
+        const auto shifted = [offset](auto* port) { return port + offset; };
+        std::transform(inputs, inputs + NumInputs(), pieceInputs_.begin(), shifted);
+        std::transform(outputs, outputs + NumOutputs(), pieceOutputs_.begin(), shifted);
+        const unsigned count = std::min(frames - offset, kMaxFrames);
+        equalizer_.Perform(filteredPointers_.data(), pieceInputs_.data(), count);
+        ring_.Perform(pieceOutputs_.data(), filteredPointers_.data(), count);
+    }
+}
+
+void SubwoofersPanning::SetSourcePosition(unsigned index,
+                                          const tav::CartesianVector& position,
+                                          bool immediate,
+                                          bool force) {
+    const ControlLock lock = LockControl();
+    if (!StoreSourcePosition(index, position, force)) return;
+    ring_.SetSourcePosition(index, StoredPosition(index), immediate, true);
+}
+
+void SubwoofersPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
+    const ControlLock lock = LockControl();
+    ring_.SetSpeakersPositions(positions);
+}
+
+void SubwoofersPanning::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    ring_.SetInterpolationTime(ms);
+}
+
+bool SubwoofersPanning::IsPlanar() const { return ring_.IsPlanar(); }
+
+float SubwoofersPanning::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return ring_.GetInterpolationTime();
+}
+
+void SubwoofersPanning::SetCutoff(float hz) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(hz)) return;
+    cutoffHz_ = std::clamp(hz, kMinCutoffHz, kMaxCutoffHz);
+    for (unsigned i = 0; i < NumInputs(); ++i) {
+        equalizer_.SetBand(i, 0, {tav::FilterKind::LowPass, cutoffHz_, kQuality, 0.f});
+    }
+}
+
+float SubwoofersPanning::Cutoff() const {
+    const ControlLock lock = LockControl();
+    return cutoffHz_;
+}
+
+void SubwoofersPanning::ApplySourceMute(unsigned index) {
+    ring_.SetSourceMute(index, IsMuted(index));
+}
+
+}  // namespace Quilo

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// Banks of second-order sections, a channel per lane, once per instruction set.
+//
+// A section waits for its own last sample, so one channel after the other spends most of its time
+// waiting. Channels side by side do not.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <string_view>
+
+namespace tav {
+
+inline constexpr int kSectionLanes = 16;
+
+/// The same section of all channels: v3 = x - s2, bandpass = a1 s1 + a2 v3,
+/// lowpass = s2 + a2 s1 + a3 v3, y = m0 x + m1 bandpass + m2 lowpass; the states are then
+/// reflected at both outputs.
+struct SectionBank {
+    double s1[kSectionLanes] = {};
+    double s2[kSectionLanes] = {};
+    double a1[kSectionLanes] = {};
+    double a2[kSectionLanes] = {};
+    double a3[kSectionLanes] = {};
+    double m0[kSectionLanes] = {};
+    double m1[kSectionLanes] = {};
+    double m2[kSectionLanes] = {};
+    double step0[kSectionLanes] = {};  // added to m0 before each sample
+    double step1[kSectionLanes] = {};
+    double step2[kSectionLanes] = {};
+};
+
+/// @param banks  numBanks in series      @param numLanes  channels, 1 .. kSectionLanes
+/// @param outputs, inputs  numLanes pointers, n samples each; an output may be its own input
+struct SectionRun {
+    SectionBank* banks;
+    int numBanks;
+    int numLanes;
+    float* const* outputs;
+    const float* const* inputs;
+    int n;
+};
+
+/// A channel's samples do not depend on how many others there are, nor on how a signal is cut into
+/// runs. Vector sets may fuse multiply and add.  Thread: audio.
+struct SectionKernels {
+    /// The mix rests; the steps are not read.
+    void (*run)(const SectionRun& run) noexcept TAV_NONBLOCKING;
+    /// The mix moves by its steps.
+    void (*runMoving)(const SectionRun& run) noexcept TAV_NONBLOCKING;
+};
+
+/// The set with the name that a set of gain kernels has; the scalar one for any other name.
+/// @pre  this machine runs the gain kernels of that name
+const SectionKernels& SectionKernelsNamed(std::string_view name) noexcept;
+/// The set that goes with BestKernels().  Thread: control.
+const SectionKernels& BestSectionKernels() noexcept;
+
+// One file each.
+const SectionKernels& ScalarSectionKernels() noexcept;  // the reference twin
+
+}  // namespace tav
