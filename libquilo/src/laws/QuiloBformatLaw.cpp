@@ -24,6 +24,7 @@ void BformatGains(const tav::CartesianVector& source, std::span<float> gains) {
         gains[2] = kSqrtTwoThirds * std::sin(d.azimuth) * horizontal;
         return;
     }
+    if (gains.size() != 4) return;
     gains[0] = kInvSqrtThree;
     gains[1] = kSqrtTwo * std::cos(d.azimuth) * horizontal;
     gains[2] = kSqrtTwo * std::sin(d.azimuth) * horizontal;

@@ -11,7 +11,7 @@ namespace Quilo {
 /// Three outputs (W, X, Y) carry the same energy from everywhere, elevation moving it into W; four
 /// (W, X, Y, Z) use another weighting, on purpose. X points to the right and Y to the front, as all
 /// positions do here. A source at the origin is encoded as one on the right.
-/// @param gains  3 or 4 values, overwritten
+/// @param gains  3 or 4 values, overwritten; another number of them is left as it is
 /// Thread: control.  Throws: nothing.
 /// @see "Periphony: with-height sound reproduction", JAES 21(1), 1973
 void BformatGains(const tav::CartesianVector& source, std::span<float> gains);

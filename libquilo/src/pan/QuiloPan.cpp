@@ -72,6 +72,17 @@ void Pan::SetSpreadByDirection(unsigned, std::span<const float>) {}
 bool Pan::SupportsSpread() const { return false; }
 unsigned Pan::GetOrder() const { return 1; }
 void Pan::SetOrder(unsigned) {}
+void Pan::SetNearfieldCompensation(unsigned, bool) {}
+void Pan::SetSpeakersRadius(float) {}
+void Pan::SetNormalization(tav::SphericalHarmonic::Normalization) {}
+tav::SphericalHarmonic::Normalization Pan::GetNormalization() const {
+    return tav::SphericalHarmonic::Normalization::SN3D;
+}
+void Pan::SetComputationMode(std::string_view) {}
+void Pan::SetComputationMode(tav::HoaEncodingVector::Mode) {}
+tav::HoaEncodingVector::Mode Pan::GetComputationMode() const {
+    return tav::HoaEncodingVector::Mode::Precise;
+}
 void Pan::SetNumNeighbors(unsigned, unsigned) {}
 
 void Pan::Dump(std::vector<std::string>& lines) {

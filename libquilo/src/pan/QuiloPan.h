@@ -7,6 +7,8 @@
 #pragma once
 
 #include "math/VelkDspCartesian.h"
+#include "math/VelkDspHoaEncodingVector.h"
+#include "math/VelkDspSphericalHarmonic.h"
 #include "math/VelkDspVector.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
 
@@ -108,6 +110,20 @@ public:
     /// Ambisonic order; 1 where there is none.
     virtual unsigned GetOrder() const;
     virtual void SetOrder(unsigned order);
+
+    // Ambisonic panners; the others ignore the setters.
+    /// Whether the distance of one source colours its channels.
+    virtual void SetNearfieldCompensation(unsigned index, bool on);
+    /// @param metres  distance of the loudspeakers that will play the channels
+    virtual void SetSpeakersRadius(float metres);
+    /// A normalisation that the dimension does not have becomes the default of the dimension.
+    virtual void SetNormalization(tav::SphericalHarmonic::Normalization normalization);
+    virtual tav::SphericalHarmonic::Normalization GetNormalization() const;
+    /// "precise" or "fast"; other words are ignored.
+    virtual void SetComputationMode(std::string_view keyword);
+    virtual void SetComputationMode(tav::HoaEncodingVector::Mode mode);
+    virtual tav::HoaEncodingVector::Mode GetComputationMode() const;
+
     virtual void SetNumNeighbors(unsigned index, unsigned count);
 
     /// Whether the rendering is two-dimensional.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloHOAPanning.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloLayoutLawPanning.h"
 #include "pan/QuiloNullPanning.h"
@@ -11,7 +12,6 @@
 #include "pan/QuiloVbap2DPanning.h"
 #include "pan/QuiloVectorBasedPanning.h"
 
-#include <cmath>
 #include <optional>
 
 namespace Quilo {
@@ -34,8 +34,6 @@ using VDbapPanning = NullPanning;
 using SPCAmplitudePanning = NullPanning;
 using KnnPanning = NullPanning;
 using DiffusePanning = NullPanning;
-using HOA2DPanning = NullPanning;
-using HOA3DPanning = NullPanning;
 using HoaDiffusePanning2D = NullPanning;
 using HoaDiffusePanning3D = NullPanning;
 using NFCHOAPanning2D = NullPanning;
@@ -49,8 +47,6 @@ std::unique_ptr<Pan> Make(unsigned inputs, unsigned outputs) {
     return std::make_unique<Panner>(inputs, outputs);
 }
 
-bool IsWholeFrom1(float order) { return order >= 1.f && order == std::floor(order); }
-
 bool Always(unsigned, unsigned) { return true; }
 bool Stereo(unsigned, unsigned outputs) { return outputs == 2; }
 bool From1(unsigned, unsigned outputs) { return outputs >= 1; }
@@ -61,13 +57,12 @@ bool StereoOfPairs(unsigned inputs, unsigned outputs) { return outputs == 2 && i
 bool FixedLayouts(unsigned, unsigned outputs) {
     return (outputs >= 4 && outputs <= 8) || outputs == 12;
 }
-/// Channels of a whole ambisonic order: 1, 3, 5, 7, ...
+/// Channels of a whole ambisonic order: 1, 3, 5, 7, ... and 1, 4, 9, 16, ...
 bool Hoa2DCount(unsigned, unsigned outputs) {
-    return outputs == 1 || IsWholeFrom1((static_cast<float>(outputs) - 1.f) * 0.5f);
+    return tav::SphericalHarmonic::IsValidChannelCount(outputs, 2);
 }
-/// 1, 4, 9, 16, ...
 bool Hoa3DCount(unsigned, unsigned outputs) {
-    return outputs == 1 || IsWholeFrom1(std::sqrt(static_cast<float>(outputs)) - 1.f);
+    return tav::SphericalHarmonic::IsValidChannelCount(outputs, 3);
 }
 
 struct SubTypeRecipe {

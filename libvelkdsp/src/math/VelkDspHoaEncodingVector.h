@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// The gains that encode a direction into ambisonic channels.
+//
+// Angles are those of the positions' own frame: phi counts counter-clockwise from +x, the right, so
+// that the channel (1, 1) points to the right and (1, -1) to the front.
+#pragma once
+
+#include "math/VelkDspCartesian.h"
+#include "math/VelkDspHoaLookupTable.h"
+#include "math/VelkDspHoaRecurrence.h"
+#include "math/VelkDspSphericalHarmonic.h"
+#include "math/VelkDspVector.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace tav {
+
+/// All harmonics up to an order in one direction, in ACN order. In two dimensions these are the
+/// sectoral harmonics at the true elevation, so that a source above or below weighs less in them.
+/// The distance does not matter; the origin is encoded as a direction on +x. A direction that is
+/// not finite leaves the gains as they are. Everything is computed in 64 bits. Thread: one at a
+/// time.  Throws: std::bad_alloc where said.
+class HoaEncodingVector {
+public:
+    /// Fast reads the gains from a table with one place a degree.
+    enum class Mode : std::int32_t { Precise, Fast };
+
+    /// Throws: std::bad_alloc.
+    HoaEncodingVector(unsigned order,
+                      unsigned dimension,
+                      SphericalHarmonic::Normalization normalization,
+                      Mode mode = Mode::Precise);
+
+    /// @param gains  the first NumChannels() are overwritten, or as many as there are.
+    /// Throws: nothing.
+    void Compute(const CartesianVector& direction, std::span<float> gains) noexcept;
+    /// @param gains  resized to NumChannels().  Throws: std::bad_alloc.
+    void Compute(const CartesianVector& direction, Vector<float>& gains);
+    void Compute(const CartesianVector& direction, Vector<double>& gains);
+
+    /// Both throw std::bad_alloc and change nothing then. The table of the fast mode is made when
+    /// it is first needed and kept from then on; an unknown mode is the precise one.
+    void SetMode(Mode mode);
+    void SetNormalization(SphericalHarmonic::Normalization normalization);
+
+    unsigned Order() const { return recurrence_.order; }
+    unsigned Dimension() const { return recurrence_.dimension; }
+    unsigned NumChannels() const { return numChannels_; }
+    SphericalHarmonic::Normalization GetNormalization() const { return normalization_; }
+    Mode GetMode() const { return mode_; }
+
+private:
+    template <class Real>
+    void ComputeInto(const CartesianVector& direction, std::span<Real> gains) noexcept;
+    /// The precise gains into precise_.
+    void Evaluate(const CartesianVector& direction) noexcept;
+
+    SphericalHarmonic::Normalization normalization_;
+    Mode mode_ = Mode::Precise;
+    HoaRecurrence recurrence_;
+    unsigned numChannels_;
+    std::shared_ptr<const HoaLookupTable> table_;  // of this normalisation; none before fast mode
+
+    // scratch
+    Vector<double> precise_;  // one per channel
+    Vector<double> cosines_;  // Re w^m
+    Vector<double> sines_;    // Im w^m
+    Vector<double> last_;     // Q(n, m) of the order at hand, and of the one before it
+    Vector<double> before_;
+};
+
+}  // namespace tav

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "math/VelkDspHoaLookupTable.h"
+
+#include "math/VelkDspHoaEncodingVector.h"
+#include "math/VelkDspSpherical.h"
+
+#include <cmath>
+#include <map>
+#include <mutex>
+#include <tuple>
+
+namespace tav {
+
+HoaLookupTable::HoaLookupTable(unsigned order,
+                               unsigned dimension,
+                               SphericalHarmonic::Normalization normalization)
+    : order_(order),
+      dimension_(dimension),
+      channels_(SphericalHarmonic::NumChannels(order, dimension)) {
+    using Sorting = SphericalHarmonic::Sorting;
+    for (std::size_t c = 0; c < channels_.Size(); ++c) {
+        const auto index = static_cast<unsigned>(c);
+        const auto degree = SphericalHarmonic::FromChannelIndex(index, dimension, Sorting::ACN);
+        const bool isSingle = c == 0;
+        channels_[c] = {degree.n, degree.m, normalization,
+                        Matrix<float>(isSingle ? 1 : kNumElevations, isSingle ? 1 : kNumAzimuths)};
+    }
+    HoaEncodingVector encoding(order, dimension, normalization);
+    Vector<float> gains(channels_.Size());
+    for (std::size_t row = 0; row < kNumElevations; ++row) {
+        const float elevationDeg = static_cast<float>(row) - 90.f;
+        for (std::size_t column = 0; column < kNumAzimuths; ++column) {
+            encoding.Compute(FromNavigational(static_cast<float>(column), elevationDeg, 1.f),
+                             gains);
+            for (std::size_t c = 1; c < channels_.Size(); ++c) {
+                channels_[c].gains(row, column) = gains[c];
+            }
+        }
+    }
+    if (!channels_.Empty()) channels_[0].gains(0, 0) = gains[0];
+}
+
+std::shared_ptr<const HoaLookupTable> HoaLookupTable::Shared(
+    unsigned order, unsigned dimension, SphericalHarmonic::Normalization normalization) {
+    using Key = std::tuple<unsigned, unsigned, SphericalHarmonic::Normalization>;
+    static std::mutex mutex;
+    static std::map<Key, std::weak_ptr<const HoaLookupTable>> tables;
+    const std::lock_guard lock(mutex);
+    std::weak_ptr<const HoaLookupTable>& known = tables[{order, dimension, normalization}];
+    std::shared_ptr<const HoaLookupTable> table = known.lock();
+    if (!table) {
+        // Two steps, so that the memory goes with the last owner and not with the last weak_ptr.
+        table = std::shared_ptr<const HoaLookupTable>(
+            std::make_unique<HoaLookupTable>(order, dimension, normalization));
+        known = table;
+    }
+    return table;
+}
+
+std::size_t HoaLookupTable::IndexOf(const CartesianVector& direction) noexcept {
+    // Beyond 1e19 the squares of the distance overflow; the direction is the same nearer.
+    constexpr float kNearer = 1e-20f;
+    const bool isFar = !std::isfinite(Distance(direction));
+    const float scale = isFar ? kNearer : 1.f;
+    const CartesianVector d{direction.x * scale, direction.y * scale, direction.z * scale};
+    // To nearest, ties to even.
+    const float column = std::nearbyint(Wrap360(NavigationalAzimuthDeg(d)));
+    const float row = std::nearbyint(ElevationDeg(d)) + 90.f;
+    return static_cast<std::size_t>(row) * kNumAzimuths + static_cast<std::size_t>(column);
+}
+
+}  // namespace tav
