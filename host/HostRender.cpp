@@ -4,6 +4,7 @@
 #include "HostChain.h"
 #include "HostConsole.h"
 #include "HostFault.h"
+#include "HostLayouts.h"
 #include "HostObject.h"
 #include "HostOutputFile.h"
 #include "HostPicture.h"
@@ -57,6 +58,7 @@ public:
           chain_(object, rateHz_, options.vector) {
         for (std::size_t k = 0; k < numFed_; ++k) chain_.SetConnected(k, true);
         RefuseUnknownInlets();
+        RefuseLayoutsOfOtherSizes(script, object);
         OpenOutputs();
         Advise();
     }
@@ -196,6 +198,7 @@ private:
             case Directive::Inspect: return object_.PrintAttributes(console_);
             case Directive::Assist: return object_.PrintAssistance(console_);
             case Directive::Methods: return object_.PrintMethods(console_);
+            case Directive::Layout: return SendLayout(AtomSpelling(atoms[0]), object_, console_);
             case Directive::Sync: HostApi::RunDeferred(); return;
             case Directive::Free: return object_.Free();
         }

@@ -4,6 +4,7 @@
 #include "HostAtoms.h"
 #include "HostFault.h"
 #include "HostLimits.h"
+#include "laws/QuiloNamedLayouts.h"
 
 #include <algorithm>
 #include <charconv>
@@ -35,6 +36,10 @@ bool OneVectorSize(Arguments arguments) {
            IsVectorSize(std::get<std::int64_t>(arguments[0]));
 }
 
+bool OneLayout(Arguments arguments) {
+    return arguments.size() == 1 && FindNamedLayout(AtomSpelling(arguments[0]));
+}
+
 struct DirectiveRow {
     std::string_view keyword;
     Directive directive;  // None: known, but not there yet
@@ -52,12 +57,12 @@ constexpr DirectiveRow kDirectives[] = {
     {"assist",     Directive::Assist,  None,          "nothing"},
     {"methods",    Directive::Methods, None,          "nothing"},
     {"sync",       Directive::Sync,    None,          "nothing"},
+    {"layout",     Directive::Layout,  OneLayout,     "NAME, one of: "},
     {"free",       Directive::Free,    None,          "nothing"},
     {"searchpath", Directive::None,    nullptr,       ""},
     {"saveas",     Directive::None,    nullptr,       ""},
     {"open",       Directive::None,    nullptr,       ""},
     {"osc",        Directive::None,    nullptr,       ""},
-    {"layout",     Directive::None,    nullptr,       ""},
 };
 // clang-format on
 
@@ -153,8 +158,10 @@ private:
         if (statement.directive == Directive::None) return;
         const auto* row =
             std::ranges::find(kDirectives, statement.directive, &DirectiveRow::directive);
-        if (!row->fits(statement.atoms))
-            Fail("host " + std::string(row->keyword) + " expects " + std::string(row->expects));
+        if (row->fits(statement.atoms)) return;
+        const bool isLayout = statement.directive == Directive::Layout;
+        Fail("host " + std::string(row->keyword) + " expects " + std::string(row->expects) +
+             (isLayout ? LayoutNames() : ""));
     }
 
     void RefuseMessagesToAFreedObject() {

@@ -27,6 +27,7 @@ enum class Directive : std::uint8_t {
     Assist,
     Methods,
     Sync,
+    Layout,
     Free
 };
 

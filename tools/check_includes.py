@@ -42,7 +42,8 @@ ROOMS = {
     "src/max": LIBVELKDSP + ("maxapi",),
     "src": LIBVELKDSP + LIBQUILO + ("maxapi", "src/max"),
     "host/api": LIBVELKDSP + ("maxapi",),
-    "host": LIBVELKDSP + ("maxapi", "host/api"),
+    # Named layouts are shared with the engine; what the host plays stays in the module.
+    "host": LIBVELKDSP + ("libquilo/src/laws", "maxapi", "host/api"),
     "tools": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
     "benchmarks": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
     "tests/reference": LIBVELKDSP + ("libquilo/src/laws",),

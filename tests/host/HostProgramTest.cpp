@@ -119,6 +119,13 @@ TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
     EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).NumFrames(), 100u);
 }
 
+TEST_F(HostProgram, PlacesTheLoudspeakersOfANamedLayout) {
+    const auto audio = Render(
+        "object quilo.pan~ 1 5 vbap2d @interpolationtime 0\nsource 1 az 110\nhost layout \"5.0\"\n",
+        {"--in", "one.wav"});
+    for (unsigned k = 0; k < 5; ++k) EXPECT_EQ(audio.Channel(k)[4799], k == 4 ? 1 : 0) << k;
+}
+
 TEST_F(HostProgram, RestartsTheChainDuringPlay) {
     // A disconnected inlet is silent from the vector on in which it was cut, and comes back.
     const auto cut = Render(kQuad +
@@ -216,6 +223,12 @@ INSTANTIATE_TEST_SUITE_P(
         Ending{"UnknownDirective", kQuad + "\nhost nonsense\n", {}, 2, "s.txt:4: "},
         Ending{"UnknownInlet", kQuad + "at 1 host connect 4 1\n", {}, 2, "s.txt:3: "},
         Ending{"BadTime", kQuad + "at soon mute 1\n", {}, 2, "s.txt:3: "},
+        Ending{"UnknownLayout", kQuad + "host layout 5.1.3\n", {}, 2, "NAME, one of: stereo "},
+        Ending{"LayoutOfAnotherSize",
+               kQuad + "host layout 5.1\n",
+               {},
+               2,
+               "6 loudspeakers, the object 4"},
         Ending{"MissingModule", kQuad, {"--module", "none.so"}, 1, "none.so"},
         Ending{"ModuleIsNone", kQuad, {"--module", "s.txt"}, 1, "s.txt"},
         Ending{"NoFolderForTheOutput", kQuad, {"--out", "none/o.wav"}, 2, "none/o.wav"},

@@ -142,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Slip{"object a~\nsay \"a\"b\n", 2, "quotation mark"},
                     Slip{"object a~\nhost\n", 2, "directive is missing"},
                     Slip{"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
-                    Slip{"object a~\nhost layout 5.1\n", 2, "not available"},
+                    Slip{"object a~\nhost layout 5.3\n", 2, "NAME, one of"},
                     Slip{"object a~\nhost osc p\n", 2, "not available"},
                     Slip{"object a~\nhost sync 1\n", 2, "expects nothing"},
                     Slip{"object a~\nhost connect 1\n", 2, "INLET 0|1"},

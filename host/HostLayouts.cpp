@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "HostLayouts.h"
+
+#include "HostConsole.h"
+#include "HostFault.h"
+#include "HostObject.h"
+#include "laws/QuiloNamedLayouts.h"
+
+namespace Quilo::Host {
+
+namespace {
+
+std::string FloatText(float number) {
+    t_atom atom{};
+    atom_setfloat(&atom, static_cast<double>(number));
+    return HostApi::AtomText(atom);
+}
+
+}  // namespace
+
+void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
+    for (const Statement& statement : script.statements) {
+        if (statement.directive != Directive::Layout) continue;
+        const std::string name = AtomSpelling(statement.atoms[0]);
+        const std::size_t numPlaces = FindNamedLayout(name).value().size();
+        if (numPlaces != object.NumSignalOutlets())
+            throw ScriptFault(script.name, statement.line,
+                              "host layout " + name + ": the layout has " +
+                                  std::to_string(numPlaces) + " loudspeakers, the object " +
+                                  std::to_string(object.NumSignalOutlets()) + " signal outlets");
+    }
+}
+
+void SendLayout(std::string_view name, Object& object, Console& console) {
+    if (!object.Get()) return;
+    const std::vector<LoudspeakerPlace> places = FindNamedLayout(name).value();
+    std::vector<Atom> message{"speakers", "ae"};
+    for (const LoudspeakerPlace& place : places) {
+        message.emplace_back(static_cast<double>(place.azimuthDeg));
+        message.emplace_back(static_cast<double>(place.elevationDeg));
+    }
+    object.Send(message);
+    std::size_t output = 0;
+    for (const LoudspeakerPlace& place : places)
+        console.Write("layout", std::to_string(++output) + " " + std::string(place.label) + " " +
+                                    FloatText(place.azimuthDeg) + " " +
+                                    FloatText(place.elevationDeg));
+}
+
+}  // namespace Quilo::Host
