@@ -103,10 +103,34 @@ struct MessageHandler<Function> {
     }
 };
 
-/// The registration of `void Function(Object&)` or `void Function(Object&, Atoms)`.
+/// A message with one symbol; Max refuses any other before the handler runs.
+template <class Object, void (*Function)(Object&, t_symbol*)>
+struct MessageHandler<Function> {
+    static void Call(void* record, t_symbol* word) noexcept {
+        Object& object = Object::Of(record);
+        Guarded(MaxObjectOf(object), &object_error, [&] {
+            const auto lock = object.Lock();
+            Function(object, word);
+        });
+    }
+    static t_max_err Register(t_class* type, const char* name) {
+        return class_addmethod(type, AsMethod(&Call), name, A_SYM, 0);
+    }
+    static t_max_err RegisterOptional(t_class* type, const char* name) {
+        return class_addmethod(type, AsMethod(&Call), name, A_DEFSYM, 0);
+    }
+};
+
+/// The registration of `void Function(Object&)`, `void Function(Object&, Atoms)` or
+/// `void Function(Object&, t_symbol*)`.
 template <auto Function>
 // NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
 inline constexpr MessageRegistration Handler = &MessageHandler<Function>::Register;
+
+/// The same for a symbol that may be missing: then the handler gets the empty one.
+template <auto Function>
+// NOLINTNEXTLINE(readability-identifier-naming): as above
+inline constexpr MessageRegistration OptionalHandler = &MessageHandler<Function>::RegisterOptional;
 
 /// Adds the rows in their order; says which could not be added.
 void AddMessages(t_class* type, std::span<const MessageRow> rows);

@@ -12,12 +12,15 @@
 
 namespace VelkMax {
 
-/// How an argument stands in a text. Both mean the same to every C library that may format them,
-/// which is why there are no others.
+/// How an argument stands in a text. They mean the same to us and to every C library that may
+/// format them, which is why there are no others: a long of the API has its size in the module and
+/// in Max.
 template <class Argument>
 inline constexpr std::string_view kConversion{};
 template <>
 inline constexpr std::string_view kConversion<int> = "%d";
+template <>
+inline constexpr std::string_view kConversion<long> = "%ld";
 template <>
 inline constexpr std::string_view kConversion<const char*> = "%s";
 
