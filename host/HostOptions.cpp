@@ -4,9 +4,11 @@
 #include "HostAtoms.h"
 #include "HostFault.h"
 #include "HostLimits.h"
+#include "HostOutputFile.h"
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string_view>
 
 namespace Quilo::Host {
@@ -91,6 +93,33 @@ const OptionRow& FindOption(std::string_view name) {
     return *row;
 }
 
+/// Nothing for "" and for what many may write to at once, such as a device.
+std::optional<std::filesystem::path> FileOf(const std::string& name) {
+    if (name.empty()) return std::nullopt;
+    std::error_code ignored;
+    const std::filesystem::path path = PathOf(name);
+    const auto status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        return std::nullopt;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
+}
+
+void RefuseSharedFiles(const Options& options) {
+    struct Row {
+        const char* option;
+        const std::string& name;
+    };
+    const Row rows[] = {
+        {"--out", options.output}, {"--picture", options.picture}, {"--console", options.console}};
+    for (const Row& row : rows) {
+        const auto file = FileOf(row.name);
+        for (const Row* other = rows; file && other != &row; ++other)
+            if (FileOf(other->name) == file)
+                Fail(std::string(other->option) + " and " + row.option + " name the same file '" +
+                     row.name + "'");
+    }
+}
+
 }  // namespace
 
 Options ParseOptions(std::span<const char* const> arguments) {
@@ -115,6 +144,7 @@ Options ParseOptions(std::span<const char* const> arguments) {
         if (options.help || options.version) return options;
     }
     if (options.script.empty()) Fail("no script is given (quilo-host --help tells more)");
+    RefuseSharedFiles(options);
     return options;
 }
 

@@ -5,6 +5,7 @@
 #include "HostFault.h"
 #include "HostLimits.h"
 #include "laws/QuiloNamedLayouts.h"
+#include "text/VelkDspUtf8.h"
 
 #include <algorithm>
 #include <charconv>
@@ -99,6 +100,10 @@ private:
         if (first == std::string_view::npos || line[first] == '#') return;
         if (line.find('\0') != std::string_view::npos)
             Fail("a zero byte stands in the line (scripts are UTF-8 text)");
+        const std::size_t bad = tav::FindBadUtf8(line);
+        if (bad != std::string_view::npos)
+            Fail("byte " + std::to_string(bad + 1) +
+                 " of the line is no UTF-8 text (save the script as UTF-8)");
         const auto words = SplitWords(line);
         if (!words) Fail("a quotation mark has no partner or stands inside a word");
         ReadStatement(*words);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "HostSvg.h"
 
+#include "text/VelkDspUtf8.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -13,19 +15,24 @@ namespace {
 
 constexpr std::string_view kFonts = "Helvetica, Arial, 'DejaVu Sans', sans-serif";
 
+/// A character as the document may hold it.
+std::string_view EscapedCharacter(std::string_view character) {
+    if (character == "&") return "&amp;";
+    if (character == "<") return "&lt;";
+    if (character == ">") return "&gt;";
+    if (character == "\"") return "&quot;";
+    if (static_cast<unsigned char>(character.front()) < 0x20) return " ";
+    // Text, but none that XML allows.
+    if (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF") return "\uFFFD";
+    return character;
+}
+
 std::string Escaped(std::string_view text) {
     std::string escaped;
-    for (const char c : text) {
-        if (c == '&')
-            escaped += "&amp;";
-        else if (c == '<')
-            escaped += "&lt;";
-        else if (c == '>')
-            escaped += "&gt;";
-        else if (c == '"')
-            escaped += "&quot;";
-        else
-            escaped += static_cast<unsigned char>(c) < 0x20 ? ' ' : c;
+    while (!text.empty()) {
+        const std::size_t length = tav::Utf8CharacterLength(text);
+        escaped += length > 0 ? EscapedCharacter(text.substr(0, length)) : "\uFFFD";
+        text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return escaped;
 }

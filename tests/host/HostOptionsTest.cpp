@@ -30,6 +30,7 @@ TEST(Options, StandUnsetUnlessGiven) {
     EXPECT_EQ(options.script, "-");
     EXPECT_FALSE(options.rate || options.duration || options.loop || options.strict);
     EXPECT_EQ(options.vector, 64u);
+    EXPECT_NO_THROW(ParseOptions(Words{"s", "--out", ".", "--picture", "."})) << "no plain file";
 }
 
 struct Refused {
@@ -51,29 +52,32 @@ TEST_P(CommandLineOf, IsRefusedInOneLine) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Lines,
-                         CommandLineOf,
-                         testing::Values(Refused{{}, "no script"},
-                                         Refused{{"--quiet"}, "no script"},
-                                         Refused{{"a", "b"}, "more than one"},
-                                         Refused{{""}, "empty"},
-                                         Refused{{"--nonsense", "s"}, "'--nonsense'"},
-                                         Refused{{"-x", "s"}, "'-x'"},
-                                         Refused{{"s", "--rate"}, "expects HZ"},
-                                         Refused{{"s", "--out", ""}, "expects FILE"},
-                                         Refused{{"--rate", "0", "s"}, "not '0'"},
-                                         Refused{{"--rate", "nan", "s"}, "not 'nan'"},
-                                         Refused{{"--rate", "1e9", "s"}, "not '1e9'"},
-                                         Refused{{"--rate", "44100.5", "s"}, "whole"},
-                                         Refused{{"--vector", "48", "s"}, "power of two"},
-                                         Refused{{"--vector", "0", "s"}, "power of two"},
-                                         Refused{{"--vector", "8192", "s"}, "power of two"},
-                                         Refused{{"--vector", "64.", "s"}, "power of two"},
-                                         Refused{{"--duration", "-1", "s"}, "0 or more"},
-                                         Refused{{"--duration", "1e999", "s"}, "0 or more"},
-                                         Refused{{"--duration", "long", "s"}, "not 'long'"},
-                                         Refused{{"--ambix", "s"}, "not available"},
-                                         Refused{{"--osc", "9000", "s"}, "not available"},
-                                         Refused{{"--validate", "1", "s"}, "not available"}));
+INSTANTIATE_TEST_SUITE_P(
+    Lines,
+    CommandLineOf,
+    testing::Values(Refused{{}, "no script"},
+                    Refused{{"--quiet"}, "no script"},
+                    Refused{{"a", "b"}, "more than one"},
+                    Refused{{""}, "empty"},
+                    Refused{{"--nonsense", "s"}, "'--nonsense'"},
+                    Refused{{"-x", "s"}, "'-x'"},
+                    Refused{{"s", "--rate"}, "expects HZ"},
+                    Refused{{"s", "--out", ""}, "expects FILE"},
+                    Refused{{"--rate", "0", "s"}, "not '0'"},
+                    Refused{{"--rate", "nan", "s"}, "not 'nan'"},
+                    Refused{{"--rate", "1e9", "s"}, "not '1e9'"},
+                    Refused{{"--rate", "44100.5", "s"}, "whole"},
+                    Refused{{"--vector", "48", "s"}, "power of two"},
+                    Refused{{"--vector", "0", "s"}, "power of two"},
+                    Refused{{"--vector", "8192", "s"}, "power of two"},
+                    Refused{{"--vector", "64.", "s"}, "power of two"},
+                    Refused{{"--duration", "-1", "s"}, "0 or more"},
+                    Refused{{"--duration", "1e999", "s"}, "0 or more"},
+                    Refused{{"--duration", "long", "s"}, "not 'long'"},
+                    Refused{{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
+                    Refused{{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
+                    Refused{{"--ambix", "s"}, "not available"},
+                    Refused{{"--osc", "9000", "s"}, "not available"},
+                    Refused{{"--validate", "1", "s"}, "not available"}));
 
 }  // namespace

@@ -141,4 +141,11 @@ INSTANTIATE_TEST_SUITE_P(Stages,
                                          Stage{"Largest", 250, 250, 250, 60, 2}),
                          [](const auto& stage) { return std::string(stage.param.name); });
 
+TEST(Picture, ShowsBytesThatAreNoTextAsOneSignEach) {
+    Scene scene = EmptyScene();
+    scene.title = "gr\xc3\xbc\xdf \xed\xa0\x80|\x01|\xef\xbf\xbf|";
+    const std::string text = DrawScene(scene);
+    EXPECT_NE(text.find("<title>gr\u00fc\ufffd \ufffd\ufffd\ufffd| |\ufffd|<"), std::string::npos);
+}
+
 }  // namespace

@@ -140,6 +140,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Slip{"object a~\nsay \"no end\n", 2, "quotation mark"},
                     Slip{"object a~\nsay a\"b\"\n", 2, "quotation mark"},
                     Slip{"object a~\nsay \"a\"b\n", 2, "quotation mark"},
+                    Slip{"object a~\nsay gr\xfc\xdf\n", 2, "byte 7 of the line is no UTF-8"},
+                    Slip{"\xff\xfeo", 1, "no UTF-8"},
                     Slip{"object a~\nhost\n", 2, "directive is missing"},
                     Slip{"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
                     Slip{"object a~\nhost layout 5.3\n", 2, "NAME, one of"},
