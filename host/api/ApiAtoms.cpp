@@ -2,6 +2,7 @@
 // Atoms: setting, reading with coercion, arrays, and memory for the answers of getters.
 #include "ApiAtomText.h"
 #include "ApiDictionaries.h"
+#include "ApiFaults.h"
 
 #include <algorithm>
 #include <cmath>
@@ -129,10 +130,12 @@ max_long atom_arg_getsym(t_symbol** out, max_long index, max_long argc, const t_
 // ---- Memory for answers
 
 t_max_err atom_alloc(max_long* count, t_atom** atoms, char* allocated) {
+    if (const auto code = InjectedFailure("atom_alloc")) return *code;
     return atom_alloc_array(1, count, atoms, allocated);
 }
 
 t_max_err atom_alloc_array(max_long minsize, max_long* count, t_atom** atoms, char* allocated) {
+    if (const auto code = InjectedFailure("atom_alloc_array")) return *code;
     if (!count || !atoms || minsize < 0) return MAX_ERR_INVALID_PTR;
     if (allocated) *allocated = 0;
     if (*count > 0 && *atoms) {

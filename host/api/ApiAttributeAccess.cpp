@@ -2,6 +2,7 @@
 // Using attributes: object_attr_... of the API.
 #include "ApiAtomText.h"
 #include "ApiAttributes.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 
 #include <algorithm>
@@ -51,16 +52,19 @@ void* object_attr_get(void* x, t_symbol* name) {
 }
 
 t_max_err object_attr_getvalueof(void* x, t_symbol* name, max_long* argc, t_atom** argv) {
+    if (const auto code = InjectedFailure("object_attr_getvalueof")) return *code;
     Attribute* const attribute = FindAttributeOf(x, name);
     return attribute ? GetValue(x, *attribute, argc, argv) : MAX_ERR_GENERIC;
 }
 
 t_max_err object_attr_setvalueof(void* x, t_symbol* name, max_long argc, t_atom* argv) {
+    if (const auto code = InjectedFailure("object_attr_setvalueof")) return *code;
     Attribute* const attribute = FindAttributeOf(x, name);
     return attribute ? SetValue(x, *attribute, Atoms(argc, argv)) : MAX_ERR_GENERIC;
 }
 
 t_max_err object_attr_getnames(void* x, max_long* count, t_symbol*** names) {
+    if (const auto code = InjectedFailure("object_attr_getnames")) return *code;
     const ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
     std::vector<t_symbol*> found;

@@ -2,6 +2,7 @@
 // Properties of attributes, local copies of class attributes, clip filters.
 #include "ApiAtomText.h"
 #include "ApiAttributes.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 
 #include <cstdarg>
@@ -87,6 +88,7 @@ t_max_err class_attr_addattr_parse(t_class* c,
                                    t_symbol* type,
                                    max_long flags,
                                    const char* text) {
+    if (const auto code = InjectedFailure("class_attr_addattr_parse")) return *code;
     return object_addattr_parse(ClassAttribute(c, attrname), property, type, flags, text);
 }
 
@@ -97,6 +99,7 @@ t_max_err class_attr_addattr_format(t_class* c,
                                     max_long flags,
                                     const char* fmt,
                                     ...) {
+    if (const auto code = InjectedFailure("class_attr_addattr_format")) return *code;
     std::va_list arguments;
     va_start(arguments, fmt);
     std::vector<t_atom> atoms = FormatAtoms(fmt, arguments);
@@ -144,6 +147,7 @@ t_max_err object_attr_addattr_parse(t_object* x,
                                     t_symbol* type,
                                     max_long flags,
                                     const char* text) {
+    if (const auto code = InjectedFailure("object_attr_addattr_parse")) return *code;
     return object_addattr_parse(LocalAttribute(x, attrname), property, type, flags, text);
 }
 
@@ -154,6 +158,7 @@ t_max_err object_attr_addattr_format(t_object* x,
                                      max_long flags,
                                      const char* fmt,
                                      ...) {
+    if (const auto code = InjectedFailure("object_attr_addattr_format")) return *code;
     std::va_list arguments;
     va_start(arguments, fmt);
     std::vector<t_atom> atoms = FormatAtoms(fmt, arguments);

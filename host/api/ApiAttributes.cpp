@@ -3,6 +3,7 @@
 #include "ApiAttributes.h"
 
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 
 #include <algorithm>
@@ -271,6 +272,7 @@ t_object* attr_offset_new(const char* name,
                           const method mget,
                           const method mset,
                           max_long offset) {
+    if (InjectedFailure("attr_offset_new")) return nullptr;
     Attribute* const attribute = MakeAttribute(name, type, flags, mget, mset);
     attribute->place = Attribute::Place::Record;
     attribute->offset = static_cast<std::size_t>(offset);
@@ -285,6 +287,7 @@ t_object* attr_offset_array_new(const char* name,
                                 method mset,
                                 max_long offsetcount,
                                 max_long offset) {
+    if (InjectedFailure("attr_offset_array_new")) return nullptr;
     Attribute* const attribute = MakeAttribute(name, type, flags, mget, mset);
     attribute->place = Attribute::Place::Record;
     attribute->size = static_cast<std::size_t>(size);
@@ -313,6 +316,7 @@ t_object* attribute_new_parse(const char* name, t_symbol* type, max_long flags, 
 }
 
 t_max_err object_addattr(void* x, t_object* attr) {
+    if (const auto code = InjectedFailure("object_addattr")) return *code;
     ObjectRecord* record = FindObject(x);
     if (!record || !AsAttribute(attr)) return MAX_ERR_INVALID_PTR;
     PutAttribute(record->attributes, AsAttribute(attr));

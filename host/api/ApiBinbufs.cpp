@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Binbufs, and the one that stands under the symbol "_preset" while a preset is stored.
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 #include "HostBridge.h"
 
@@ -61,6 +62,7 @@ std::vector<PresetRecord> StorePreset(t_object* object) {
 using namespace HostApi;
 
 void* binbuf_new() {
+    if (InjectedFailure("binbuf_new")) return nullptr;
     auto* const binbuf = new Binbuf{};
     AdoptObject(&binbuf->ob, BinbufClass());
     return binbuf;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Classes: class_... of the API.
 #include "ApiAttributes.h"
+#include "ApiFaults.h"
 #include "ApiFiles.h"
 #include "ApiObjects.h"
 
@@ -97,6 +98,7 @@ t_class* class_new(const char* name,
 }
 
 t_max_err class_register(t_symbol* nameSpace, t_class* c) {
+    if (const auto code = InjectedFailure("class_register")) return *code;
     if (!c) return MAX_ERR_INVALID_PTR;
     Class& type = Inner(c);
     const std::lock_guard lock(RegisteredMutex());
@@ -108,6 +110,7 @@ t_max_err class_register(t_symbol* nameSpace, t_class* c) {
 }
 
 t_max_err class_addmethod(t_class* c, const method m, const char* name, ...) {
+    if (const auto code = InjectedFailure("class_addmethod")) return *code;
     if (!c || !m) return MAX_ERR_INVALID_PTR;
     auto message = std::make_unique<t_messlist>();
     message->m_sym = gensym(name);
@@ -131,6 +134,7 @@ t_max_err class_addmethod(t_class* c, const method m, const char* name, ...) {
 }
 
 t_max_err class_addattr(t_class* c, t_object* attr) {
+    if (const auto code = InjectedFailure("class_addattr")) return *code;
     if (!c || !AsAttribute(attr)) return MAX_ERR_INVALID_PTR;
     PutAttribute(Inner(c).attributes, AsAttribute(attr));
     return MAX_ERR_NONE;

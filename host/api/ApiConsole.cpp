@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Console rows: object_post and its kin format here and go to the host's sink.
+#include "ApiFaults.h"
+#include "ApiObjects.h"
 #include "HostBridge.h"
 
 #include <cstdarg>
@@ -20,6 +22,8 @@ Console& TheConsole() {
 }
 
 void Post(PostKind kind, t_object* object, const char* format, std::va_list arguments) {
+    RefusePerform("object_post");
+    FindObject(object);  // reports a dead one
     std::va_list again;
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);

@@ -3,6 +3,7 @@
 #include "ApiDictionaries.h"
 
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 
 #include <algorithm>
@@ -131,6 +132,7 @@ Dictionary* AsDictionary(const void* pointer) {
 using namespace HostApi;
 
 t_dictionary* dictionary_new() {
+    if (InjectedFailure("dictionary_new")) return nullptr;
     auto* const dictionary = new Dictionary{};
     AdoptObject(&dictionary->d_obj, DictionaryClass());
     return dictionary;
@@ -139,18 +141,21 @@ t_dictionary* dictionary_new() {
 // ---- Appending
 
 t_max_err dictionary_appendlong(t_dictionary* d, t_symbol* key, t_atom_long v) {
+    if (const auto code = InjectedFailure("dictionary_appendlong")) return *code;
     t_atom atom{};
     atom_setlong(&atom, v);
     return PutEntry(d, key, atom);
 }
 
 t_max_err dictionary_appendfloat(t_dictionary* d, t_symbol* key, double v) {
+    if (const auto code = InjectedFailure("dictionary_appendfloat")) return *code;
     t_atom atom{};
     atom_setfloat(&atom, v);
     return PutEntry(d, key, atom);
 }
 
 t_max_err dictionary_appendsym(t_dictionary* d, t_symbol* key, t_symbol* v) {
+    if (const auto code = InjectedFailure("dictionary_appendsym")) return *code;
     t_atom atom{};
     atom_setsym(&atom, v);
     return PutEntry(d, key, atom);
@@ -161,6 +166,7 @@ t_max_err dictionary_appendatom(t_dictionary* d, t_symbol* key, t_atom* v) {
 }
 
 t_max_err dictionary_appendatoms(t_dictionary* d, t_symbol* key, max_long argc, t_atom* argv) {
+    if (const auto code = InjectedFailure("dictionary_appendatoms")) return *code;
     if (!AsDictionary(d)) return MAX_ERR_INVALID_PTR;
     return PutObject(d, key, atomarray_new(argc, argv));
 }
@@ -213,6 +219,7 @@ t_max_err dictionary_getatom(const t_dictionary* d, t_symbol* key, t_atom* v) {
 }
 
 t_max_err dictionary_getatoms(const t_dictionary* d, t_symbol* key, max_long* argc, t_atom** argv) {
+    if (const auto code = InjectedFailure("dictionary_getatoms")) return *code;
     std::span<t_atom> atoms;
     if (const t_max_err error = EntryAtoms(d, key, atoms)) return error;
     *argc = static_cast<max_long>(atoms.size());
@@ -224,6 +231,7 @@ t_max_err dictionary_copyatoms(const t_dictionary* d,
                                t_symbol* key,
                                max_long* argc,
                                t_atom** argv) {
+    if (const auto code = InjectedFailure("dictionary_copyatoms")) return *code;
     std::span<t_atom> atoms;
     if (const t_max_err error = EntryAtoms(d, key, atoms)) return error;
     return HandOut(atoms, argc, argv);
@@ -272,6 +280,7 @@ t_atom_long dictionary_getentrycount(const t_dictionary* d) {
 }
 
 t_max_err dictionary_getkeys(const t_dictionary* d, max_long* count, t_symbol*** keys) {
+    if (const auto code = InjectedFailure("dictionary_getkeys")) return *code;
     return dictionary_getkeys_ordered(d, count, keys);
 }
 
@@ -322,6 +331,7 @@ t_dictionary* dictionary_clone(t_dictionary* d) {
 // ---- Names
 
 t_dictionary* dictobj_register(t_dictionary* d, t_symbol** name) {
+    if (InjectedFailure("dictobj_register")) return nullptr;
     Dictionary* const dictionary = AsDictionary(d);
     if (!dictionary) return nullptr;
     dictobj_unregister(d);

@@ -2,6 +2,7 @@
 // Paths and the search path.
 #include "ApiFiles.h"
 
+#include "ApiFaults.h"
 #include "HostBridge.h"
 
 #include <algorithm>
@@ -148,6 +149,7 @@ using namespace HostApi;
 
 short locatefile_extended(
     char* name, short* path, t_fourcc* type, const t_fourcc* types, short ntypes) {
+    if (InjectedFailure("locatefile_extended")) return 1;
     if (!name || !path) return 1;
     const auto wanted = types && ntypes > 0 ? std::span(types, static_cast<std::size_t>(ntypes))
                                             : std::span<const t_fourcc>();

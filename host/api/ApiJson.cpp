@@ -3,6 +3,7 @@
 #include "ApiJson.h"
 
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 #include "ApiFiles.h"
 
 #include <algorithm>
@@ -62,9 +63,9 @@ private:
     t_atom ReadMembers(t_object* made, char close, Read read) {
         t_atom whole{};
         atom_setobj(&whole, made);
-        if (++depth_ > kDeepest) Fail("too deep");
         ++at_;
         try {
+            if (++depth_ > kDeepest) Fail("too deep");
             while (!Take(close)) {
                 read();
                 if (!Take(',') && (SkipBlanks(), Peek() != close)) Fail("a comma is expected");
@@ -208,6 +209,7 @@ t_dictionary* ReadJson(std::string_view text, std::string& fault) {
 using namespace HostApi;
 
 t_max_err dictionary_read(const char* filename, short path, t_dictionary** d) {
+    if (const auto code = InjectedFailure("dictionary_read")) return *code;
     if (!filename || !d) return MAX_ERR_INVALID_PTR;
     *d = nullptr;
     std::ifstream file(Folder(path) / PathOf(filename), std::ios::binary);
@@ -220,6 +222,7 @@ t_max_err dictionary_read(const char* filename, short path, t_dictionary** d) {
 }
 
 t_max_err dictionary_write(t_dictionary* d, const char* filename, short path) {
+    if (const auto code = InjectedFailure("dictionary_write")) return *code;
     const Dictionary* dictionary = AsDictionary(d);
     if (!dictionary || !filename) return MAX_ERR_INVALID_PTR;
     std::ofstream file(Folder(path) / PathOf(filename), std::ios::binary);

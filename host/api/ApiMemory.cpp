@@ -1,32 +1,136 @@
 // SPDX-License-Identifier: MIT
 // sysmem_... of the API: blocks that know their size, and handles.
-#include "ext_atoms.h"
+//
+// Every block stands between two marks, and what is freed waits a while, filled with a pattern,
+// before its memory is used again: a module that writes beyond its memory, frees it twice or writes
+// to it after it was freed is reported instead of being lucky.
+#include "ApiFaults.h"
+#include "HostBridge.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
+#include <mutex>
 
+namespace HostApi {
 namespace {
+
+enum class BlockState : std::uint64_t { Live = 0x6C6976655F626C6B, Freed = 0x66726565645F5F62 };
 
 // Stands in front of every block; 16 bytes keep the block as aligned as malloc's.
 struct alignas(16) Header {
     t_ptr_size size;
+    BlockState state;
 };
 
-constexpr t_ptr_size kLargest = ~t_ptr_size{0} - sizeof(Header);
+constexpr std::array<unsigned char, 16> kEndMark{0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5,
+                                                 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5};
+constexpr t_ptr_size kLargest = ~t_ptr_size{0} - sizeof(Header) - sizeof(kEndMark);
+constexpr int kFreedByte = 0xDD;
+constexpr std::size_t kMostWaiting = 512;  // freed blocks
+constexpr t_ptr_size kMostWaitingBytes = 8 << 20;
+
+struct Blocks {
+    std::mutex mutex;
+    std::deque<Header*> waiting;  // freed, the oldest first
+    t_ptr_size waitingBytes = 0;
+    std::size_t live = 0;
+};
+
+Blocks& TheBlocks() {
+    static auto& blocks = *new Blocks;
+    return blocks;
+}
 
 Header* HeaderOf(void* block) { return static_cast<Header*>(block) - 1; }
 
 t_ptr BlockOf(Header* header) { return reinterpret_cast<t_ptr>(header + 1); }
 
+/// Whether the block may be used; reports why not.
+bool CheckBlock(const Header* header, const char* function) {
+    if (header->state != BlockState::Live) {
+        object_bug(nullptr,
+                   header->state == BlockState::Freed ? "%s: the memory has been freed already"
+                                                      : "%s: the memory is not the API's",
+                   function);
+        return false;
+    }
+    const auto* const end = reinterpret_cast<const char*>(header + 1) + header->size;
+    if (std::memcmp(end, kEndMark.data(), kEndMark.size()) != 0)
+        object_bug(nullptr, "%s: %llu bytes were written beyond their end", function,
+                   static_cast<unsigned long long>(header->size));
+    return true;
+}
+
+/// Gives a block that waited back to the system.
+void LetGo(Header* header) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(header + 1);
+    if (!std::all_of(bytes, bytes + header->size, [](unsigned char b) { return b == kFreedByte; }))
+        object_bug(nullptr, "sysmem_freeptr: %llu bytes were written to after they were freed",
+                   static_cast<unsigned long long>(header->size));
+    std::free(header);
+}
+
+void Retire(Header* header) {
+    header->state = BlockState::Freed;
+    std::memset(header + 1, kFreedByte, header->size);
+    Blocks& blocks = TheBlocks();
+    std::vector<Header*> leaving;
+    {
+        const std::lock_guard lock(blocks.mutex);
+        --blocks.live;
+        blocks.waiting.push_back(header);
+        blocks.waitingBytes += header->size;
+        while (blocks.waiting.size() > kMostWaiting || blocks.waitingBytes > kMostWaitingBytes) {
+            leaving.push_back(blocks.waiting.front());
+            blocks.waitingBytes -= leaving.back()->size;
+            blocks.waiting.pop_front();
+        }
+    }
+    for (Header* old : leaving) LetGo(old);
+}
+
+t_ptr NewBlock(t_ptr_size size) {
+    if (size > kLargest) return nullptr;
+    auto* const header =
+        static_cast<Header*>(std::malloc(sizeof(Header) + size + sizeof(kEndMark)));
+    if (!header) return nullptr;
+    *header = {size, BlockState::Live};
+    std::memcpy(BlockOf(header) + size, kEndMark.data(), kEndMark.size());
+    Blocks& blocks = TheBlocks();
+    const std::lock_guard lock(blocks.mutex);
+    ++blocks.live;
+    return BlockOf(header);
+}
+
 }  // namespace
 
+std::size_t CountBlocks() {
+    Blocks& blocks = TheBlocks();
+    const std::lock_guard lock(blocks.mutex);
+    return blocks.live;
+}
+
+void CheckFreedMemory() {
+    Blocks& blocks = TheBlocks();
+    std::deque<Header*> leaving;
+    {
+        const std::lock_guard lock(blocks.mutex);
+        leaving.swap(blocks.waiting);
+        blocks.waitingBytes = 0;
+    }
+    for (Header* old : leaving) LetGo(old);
+}
+
+}  // namespace HostApi
+
+using namespace HostApi;
+
 t_ptr sysmem_newptr(t_ptr_size size) {
-    if (size > kLargest) return nullptr;
-    auto* const header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
-    if (!header) return nullptr;
-    header->size = size;
-    return BlockOf(header);
+    RefusePerform("sysmem_newptr");
+    return InjectedFailure("sysmem_newptr") ? nullptr : NewBlock(size);
 }
 
 t_ptr sysmem_newptrclear(t_ptr_size size) {
@@ -35,13 +139,17 @@ t_ptr sysmem_newptrclear(t_ptr_size size) {
     return block;
 }
 
+// The block always moves, so that a pointer to its old place does not go on by luck.
 t_ptr sysmem_resizeptr(void* p, t_ptr_size size) {
     if (!p) return sysmem_newptr(size);
-    if (size > kLargest) return nullptr;
-    auto* const header = static_cast<Header*>(std::realloc(HeaderOf(p), sizeof(Header) + size));
-    if (!header) return nullptr;
-    header->size = size;
-    return BlockOf(header);
+    RefusePerform("sysmem_resizeptr");
+    if (InjectedFailure("sysmem_resizeptr")) return nullptr;
+    if (!CheckBlock(HeaderOf(p), "sysmem_resizeptr")) return nullptr;
+    const t_ptr block = NewBlock(size);
+    if (!block) return nullptr;
+    std::memcpy(block, p, std::min(size, HeaderOf(p)->size));
+    Retire(HeaderOf(p));
+    return block;
 }
 
 t_ptr sysmem_resizeptrclear(void* p, t_ptr_size size) {
@@ -51,10 +159,13 @@ t_ptr sysmem_resizeptrclear(void* p, t_ptr_size size) {
     return block;
 }
 
-t_ptr_size sysmem_ptrsize(void* p) { return p ? HeaderOf(p)->size : 0; }
+t_ptr_size sysmem_ptrsize(void* p) {
+    return p && CheckBlock(HeaderOf(p), "sysmem_ptrsize") ? HeaderOf(p)->size : 0;
+}
 
 void sysmem_freeptr(void* p) {
-    if (p) std::free(HeaderOf(p));
+    RefusePerform("sysmem_freeptr");
+    if (p && CheckBlock(HeaderOf(p), "sysmem_freeptr")) Retire(HeaderOf(p));
 }
 
 void sysmem_copyptr(const void* src, void* dst, t_ptr_size bytes) {

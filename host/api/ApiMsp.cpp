@@ -132,7 +132,7 @@ void DspChain::Perform(double* const* inputs,
                        double* const* outputs,
                        std::size_t numOutputs,
                        std::size_t frames) {
-    const ThreadScope audio(ThreadKind::Audio);
+    const ThreadScope audio(ThreadKind::Perform);
     const std::lock_guard lock(record_->mutex);
     const t_pxobject* const signal = record_->signal;
     const bool disabled = signal && signal->z_disabled && !(signal->z_misc & Z_IGNORE_DISABLE);

@@ -3,10 +3,12 @@
 #include "ApiObjects.h"
 
 #include "ApiAttributes.h"
+#include "ApiFaults.h"
 #include "ApiOutlets.h"
 #include "ApiThreads.h"
 
 #include <algorithm>
+#include <deque>
 #include <utility>
 
 namespace HostApi {
@@ -15,7 +17,16 @@ namespace {
 struct LiveObjects {
     std::mutex mutex;
     std::unordered_map<const void*, std::unique_ptr<ObjectRecord>> records;
+    struct Grave {
+        const t_symbol* className;
+        std::uint64_t number;
+    };
+    std::unordered_map<const void*, Grave> dead;
+    std::deque<std::pair<const void*, std::uint64_t>> deadInOrder;  // the oldest first
+    std::uint64_t numDead = 0;                                      // ever
 };
+
+constexpr std::size_t kMostDead = 1024;  // how many are remembered
 
 // Never destroyed: modules may free objects while the process ends.
 LiveObjects& Live() {
@@ -30,13 +41,47 @@ std::map<Name, void*>& Names() {
     return names;
 }
 
+/// Remembers an object that died, and forgets the oldest one where there are many.
+void Bury(LiveObjects& live, const void* object, const t_symbol* className) {
+    live.dead[object] = {className, ++live.numDead};
+    live.deadInOrder.emplace_back(object, live.numDead);
+    if (live.deadInOrder.size() <= kMostDead) return;
+    const auto [oldest, number] = live.deadInOrder.front();
+    live.deadInOrder.pop_front();
+    // Its memory may hold a younger one by now.
+    const auto known = live.dead.find(oldest);
+    if (known != live.dead.end() && known->second.number == number) live.dead.erase(known);
+}
+
+/// The class of an object that died, null for any other pointer.
+const t_symbol* ClassOfDead(const void* object) {
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    const auto dead = live.dead.find(object);
+    return dead == live.dead.end() ? nullptr : dead->second.className;
+}
+
 }  // namespace
 
-ObjectRecord* FindObject(const void* object) {
+ObjectRecord* FindLive(const void* object) {
     LiveObjects& live = Live();
     const std::lock_guard lock(live.mutex);
     const auto found = live.records.find(object);
     return found == live.records.end() ? nullptr : found->second.get();
+}
+
+ObjectRecord* FindObject(const void* object) {
+    ObjectRecord* const record = FindLive(object);
+    if (record || !object) return record;
+    if (const t_symbol* type = ClassOfDead(object))
+        object_bug(nullptr, "an object of class \"%s\" is used after it was freed", type->s_name);
+    return nullptr;
+}
+
+std::size_t CountObjects() {
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    return live.records.size();
 }
 
 ObjectRecord& AdoptObject(t_object* object, Class& type) {
@@ -44,6 +89,7 @@ ObjectRecord& AdoptObject(t_object* object, Class& type) {
     object->o_magic = OB_MAGIC;
     LiveObjects& live = Live();
     const std::lock_guard lock(live.mutex);
+    live.dead.erase(object);
     auto& record = live.records[object];
     record = std::make_unique<ObjectRecord>();
     record->type = &type;
@@ -93,6 +139,7 @@ void DestroyObject(t_object* object) {
         LiveObjects& live = Live();
         const std::lock_guard lock(live.mutex);
         live.records.erase(object);
+        Bury(live, object, type.c_sym);
     }
     if (type.destroy) {
         type.destroy(object);
@@ -106,7 +153,7 @@ void DestroyObject(t_object* object) {
 using namespace HostApi;
 
 void* object_alloc(t_class* c) {
-    if (!c) return nullptr;
+    if (!c || InjectedFailure("object_alloc")) return nullptr;
     auto* const object = reinterpret_cast<t_object*>(
         sysmem_newptrclear(std::max<t_getbytes_size>(c->c_size, sizeof(t_object))));
     if (object) AdoptObject(object, *static_cast<Class*>(c));
@@ -115,7 +162,7 @@ void* object_alloc(t_class* c) {
 
 t_max_err object_free(void* x) {
     if (!x) return MAX_ERR_INVALID_PTR;
-    const ObjectRecord* record = FindObject(x);
+    const ObjectRecord* record = FindLive(x);
     if (!record) {
         object_bug(nullptr, "%s", "object_free: the object is not alive");
         return MAX_ERR_INVALID_PTR;
@@ -145,13 +192,14 @@ t_symbol* object_namespace(t_object* x) {
     return record ? record->type->nameSpace : nullptr;
 }
 
-max_long object_isnogood(void* x) { return FindObject(x) ? 0 : 1; }
+max_long object_isnogood(void* x) { return FindLive(x) ? 0 : 1; }
 
 // ---- Stored values
 
 t_max_err object_obex_store(void* x, t_symbol* key, t_object* value) {
     ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
+    if (const auto code = InjectedFailure("object_obex_store")) return *code;
     StoredValue stored{{}, OBJ_FLAG_OBJ};
     atom_setobj(&stored.value, value);
     PutStored(record->stored, key, stored);
@@ -188,6 +236,7 @@ const StoredValue* FindStored(void* x, const t_symbol* key) {
 }  // namespace
 
 t_max_err object_obex_lookup(void* x, t_symbol* key, t_object** value) {
+    if (const auto code = InjectedFailure("object_obex_lookup")) return *code;
     const StoredValue* stored = FindStored(x, key);
     if (value) *value = stored && stored->value.a_type == A_OBJ ? stored->value.a_w.w_obj : nullptr;
     return stored && stored->value.a_type == A_OBJ ? MAX_ERR_NONE : MAX_ERR_GENERIC;

@@ -67,8 +67,11 @@ struct ObjectRecord {
     std::vector<void*> targets;  // to which this object is attached
 };
 
-/// The record of a live object, or null.  Thread: any.
+/// The record of a live object, or null; the use of one that was freed is reported.  Thread: any.
 ObjectRecord* FindObject(const void* object);
+
+/// The same without a report.
+ObjectRecord* FindLive(const void* object);
 
 /// Declares memory a live object of a class: header set, record made.  Thread: any.
 ObjectRecord& AdoptObject(t_object* object, Class& type);

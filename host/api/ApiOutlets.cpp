@@ -3,6 +3,7 @@
 #include "ApiOutlets.h"
 
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 #include "ApiObjects.h"
 #include "HostBridge.h"
 
@@ -52,6 +53,7 @@ bool Accepts(const Outlet& outlet, const t_symbol* selector) {
 }
 
 void* Send(void* pointer, t_symbol* selector, std::span<const t_atom> atoms) {
+    RefusePerform("outlet_anything");
     Outlet* const outlet = AsOutlet(pointer);
     if (!outlet || !Accepts(*outlet, selector)) return nullptr;
     const ObjectRecord& owner = *FindObject(outlet->owner);
@@ -121,7 +123,7 @@ using namespace HostApi;
 
 void* outlet_new(void* x, const char* type) {
     ObjectRecord* owner = FindObject(x);
-    if (!owner) return nullptr;
+    if (!owner || InjectedFailure("outlet_new")) return nullptr;
     auto* const outlet = new Outlet{{}, static_cast<t_object*>(x), gensym(type)};
     AdoptObject(outlet->Object(), OutletClass());
     owner->outlets.push_back(outlet);
@@ -148,7 +150,8 @@ void* outlet_list(t_outlet* o, t_symbol*, short argc, t_atom* argv) {
 }
 
 void* outlet_anything(t_outlet* o, t_symbol* s, short argc, t_atom* argv) {
-    return s ? Send(o, s, Atoms(argc, argv)) : nullptr;
+    if (!s || InjectedFailure("outlet_anything")) return nullptr;
+    return Send(o, s, Atoms(argc, argv));
 }
 
 void outlet_atoms(void* o, short argc, t_atom* argv) {

@@ -3,6 +3,7 @@
 #include "ApiThreads.h"
 
 #include "ApiAtomText.h"
+#include "ApiFaults.h"
 
 #include <algorithm>
 #include <deque>
@@ -51,6 +52,7 @@ void Defer(void* x,
            std::span<const t_atom> atoms,
            QueueEnd end,
            bool always) {
+    RefusePerform("defer");
     auto work = [x, function, s, copy = std::vector(atoms.begin(), atoms.end())]() mutable {
         const auto count = static_cast<short>(copy.size());
         MaxApi::FromMethod<DeferredFunction>(function)(x, s, count, copy.data());
@@ -150,6 +152,7 @@ void* qelem_new(void* x, method fn) { return new QueueElement{x, fn}; }
 namespace {
 
 void SetElement(t_qelem* q, QueueEnd end) {
+    RefusePerform("qelem_set");
     auto* const element = static_cast<QueueElement*>(q);
     Enqueue(
         {element, nullptr}, end, [element] { element->function(element->object); }, true);
@@ -170,13 +173,27 @@ void qelem_free(t_qelem* q) {
 
 // ---- Threads and critical regions
 
-max_long isr() { return CurrentThreadKind() == ThreadKind::Scheduler ? 1 : 0; }
+namespace {
+
+bool InScheduler() {
+    const ThreadKind kind = CurrentThreadKind();
+    return kind == ThreadKind::Scheduler || kind == ThreadKind::Audio;
+}
+
+bool InAudio() {
+    const ThreadKind kind = CurrentThreadKind();
+    return kind == ThreadKind::Audio || kind == ThreadKind::Perform;
+}
+
+}  // namespace
+
+max_long isr() { return InScheduler() ? 1 : 0; }
 
 short systhread_ismainthread() { return CurrentThreadKind() == ThreadKind::Main ? 1 : 0; }
 
-short systhread_istimerthread() { return CurrentThreadKind() == ThreadKind::Scheduler ? 1 : 0; }
+short systhread_istimerthread() { return InScheduler() ? 1 : 0; }
 
-short systhread_isaudiothread() { return CurrentThreadKind() == ThreadKind::Audio ? 1 : 0; }
+short systhread_isaudiothread() { return InAudio() ? 1 : 0; }
 
 namespace {
 

@@ -124,6 +124,30 @@ enum class Dialog : std::uint8_t { Open, SaveAs };
 /// cancelled.
 MAXAPI_EXPORT void AnswerDialog(Dialog dialog, std::optional<std::filesystem::path> file);
 
+// ---- Watching
+
+/// @param attribute  the one that was changed, null for any message but attr_modified
+using WatchSink = std::function<void(t_symbol* message, t_symbol* attribute)>;
+
+/// Attaches a client, as an inspector or a pattr does; object_free ends it.
+MAXAPI_EXPORT t_object* Watch(t_object* object, WatchSink sink);
+
+// ---- Faults
+
+/// Whether FailCall knows the function.
+MAXAPI_EXPORT bool CanFail(std::string_view function);
+
+/// Makes the n-th call of an API function from now on fail, with this code where it gives one.
+/// @param n  0: nothing fails, whatever was planned    @return whether a plan still waited
+MAXAPI_EXPORT bool FailCall(std::string_view function, unsigned n, t_max_err code);
+
+/// How many objects are alive, and how many blocks of sysmem memory.
+MAXAPI_EXPORT std::size_t CountObjects();
+MAXAPI_EXPORT std::size_t CountBlocks();
+
+/// Reports writes to freed memory that have not been noticed yet.
+MAXAPI_EXPORT void CheckFreedMemory();
+
 // ---- Text of atoms
 
 /// Text that reads back to the same atoms: floats with the shortest digits that give the same
@@ -140,7 +164,9 @@ MAXAPI_EXPORT std::vector<t_atom> ParseAtoms(std::string_view text);
 // ---- Threads, deferred work, clocks
 
 /// What the calling thread counts as; the thread that loaded the library is Main, others Scheduler.
-enum class ThreadKind : std::uint8_t { Main, Scheduler, Audio };
+/// Audio: messages while Max runs its scheduler inside the audio interrupt.  Perform: a perform
+/// routine, which may neither post nor queue nor send; what it does is reported.
+enum class ThreadKind : std::uint8_t { Main, Scheduler, Audio, Perform };
 MAXAPI_EXPORT ThreadKind CurrentThreadKind();
 
 /// The calling thread counts as another kind while this lives.
