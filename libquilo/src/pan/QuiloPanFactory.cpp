@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloLayoutLawPanning.h"
@@ -33,7 +34,6 @@ using DbapPanning3D = NullPanning;
 using VDbapPanning = NullPanning;
 using SPCAmplitudePanning = NullPanning;
 using KnnPanning = NullPanning;
-using DiffusePanning = NullPanning;
 using HoaDiffusePanning2D = NullPanning;
 using HoaDiffusePanning3D = NullPanning;
 using NFCHOAPanning2D = NullPanning;

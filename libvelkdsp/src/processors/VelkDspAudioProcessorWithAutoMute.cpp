@@ -35,7 +35,7 @@ bool AudioProcessorWithAutoMute::InputConnectedAndActive(unsigned input) const n
 }
 
 bool AudioProcessorWithAutoMute::OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING {
-    return InForce().OutletConnected(output);
+    return Outlets().OutletConnected(output);
 }
 
 bool AudioProcessorWithAutoMute::InputActive(unsigned input) const noexcept TAV_NONBLOCKING {
@@ -43,7 +43,7 @@ bool AudioProcessorWithAutoMute::InputActive(unsigned input) const noexcept TAV_
 }
 
 bool AudioProcessorWithAutoMute::AnyOutputConnected() const noexcept TAV_NONBLOCKING {
-    return InForce().AnyOutletConnected();
+    return Outlets().AnyOutletConnected();
 }
 
 void AudioProcessorWithAutoMute::SetAnalyzerInputs(unsigned count) {
@@ -70,6 +70,13 @@ void AudioProcessorWithAutoMute::SetAutoMuteTime(float seconds) { own_.SetAutoMu
 
 void AudioProcessorWithAutoMute::ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept {
     owner_ = &owner;
+    ownOutputs_ = false;
+}
+
+void AudioProcessorWithAutoMute::ShareInputActivityOf(
+    const AudioProcessorWithAutoMute& owner) noexcept {
+    owner_ = &owner;
+    ownOutputs_ = true;
 }
 
 }  // namespace tav

@@ -58,20 +58,28 @@ public:
     float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
 
     /// Moves after any of the flags in force (13 to 16) has changed.  Thread: any.
-    std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING { return InForce().Changes(); }
+    std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING {
+        return InForce().Changes() + (&Outlets() == &InForce() ? 0 : Outlets().Changes());
+    }
 
     /// This block reads the activity flags of `owner` from now on and analyses nothing itself (the
     /// gain matrix inside a panner), and so do the blocks that read this one's. `owner` outlives
     /// this block.  Thread: control, audio stopped.
     void ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
+    /// The same for a block whose inputs alone are the owner's: its outputs keep their own flags.
+    void ShareInputActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
 
 private:
     const InletsActivityAnalyzer& InForce() const noexcept TAV_NONBLOCKING {
         return owner_ == nullptr ? own_ : owner_->InForce();
     }
+    const InletsOutletsConnectionsStatus& Outlets() const noexcept TAV_NONBLOCKING {
+        return owner_ == nullptr || ownOutputs_ ? own_ : owner_->Outlets();
+    }
 
     InletsActivityAnalyzer own_;
     const AudioProcessorWithAutoMute* owner_ = nullptr;
+    bool ownOutputs_ = false;  // with an owner: the inputs alone are shared
 };
 
 }  // namespace tav

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// The loops of recursive filters, once per instruction set.
+//
+// A recursion cannot be spread over samples, so it is spread over what runs side by side: the
+// samples between two taps of a long delay, or sources that pass the same kind of section.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <string_view>
+
+namespace tav {
+
+/// Sources that are filtered side by side: a row holds one sample of each.
+inline constexpr int kSourceLanes = 16;
+
+/// A pair of poles of the near-field filter with the pair of the high-pass before it, both in
+/// integrator form; or a real pole with a real pole.
+struct NearFieldSection {
+    bool isReal = false;
+    float g = 0.f;                // distance of the pole from 0, divided by twice the rate
+    float damping = 0.f;          // 2 zeta; not read for a real pole
+    float highPassDamping = 0.f;  // likewise
+};
+
+/// What differs between the sources.
+struct NearFieldLanes {
+    const float* highPassG = nullptr;     // a row; 0 lets pass. Null: nobody has a high-pass
+    const float* highPassKeep = nullptr;  // a row: what is left of its states after a sample.
+                                          // Null: all of them
+    const float* ratios = nullptr;        // rows of array radius / source distance
+    int ratioStride = 0;                  // floats from a sample's row to the next: 0 where all
+                                          // samples have the same, else kSourceLanes
+};
+
+/// Rows of states of a section: two of the high-pass, two of the near-field filter.
+inline constexpr int kNearFieldStates = 4;
+
+struct FilterKernels {
+    /// A run through an all-pass section that does not reach its delay: ring[k] is read as the
+    /// value of a delay ago and becomes the newest one.  @param n  at most the delay
+    void (*allPass)(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING;
+    /// @param states  kNearFieldStates rows      @param in, out  n rows, may be the same
+    /// A source with g = 0, states 0 and ratio 1 comes out bit for bit. A vector set may fuse
+    /// multiply and add.
+    void (*nearField)(const NearFieldSection& section,
+                      const NearFieldLanes& lanes,
+                      float* states,
+                      const float* in,
+                      float* out,
+                      int n) noexcept TAV_NONBLOCKING;
+    /// Signals of n samples into rows and back.  @param signals  kSourceLanes
+    void (*toRows)(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING;
+    void (*fromRows)(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING;
+};
+
+/// The set with the name that a set of gain kernels has; the scalar one for any other name.
+/// @pre  this machine runs the gain kernels of that name
+const FilterKernels& FilterKernelsNamed(std::string_view name) noexcept;
+/// The set that goes with BestKernels().  Thread: control.
+const FilterKernels& BestFilterKernels() noexcept;
+
+// One file each.
+const FilterKernels& ScalarFilterKernels() noexcept;  // the reference twin
+const FilterKernels& Avx2FilterKernels() noexcept;
+const FilterKernels& Avx512FilterKernels() noexcept;
+
+}  // namespace tav

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspFilterKernelsVector.h"
+
+#include <immintrin.h>
+
+namespace tav {
+namespace {
+
+struct Avx2 {
+    using Vec = __m256;
+    static constexpr int kLanes = 8;
+
+    static Vec Zero() { return _mm256_setzero_ps(); }
+    static Vec Load(const float* p) { return _mm256_loadu_ps(p); }
+    static void Store(float* p, Vec v) { _mm256_storeu_ps(p, v); }
+    static Vec Broadcast(float value) { return _mm256_set1_ps(value); }
+    static Vec Add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
+    static Vec Subtract(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
+    static Vec Multiply(Vec a, Vec b) { return _mm256_mul_ps(a, b); }
+    static Vec Divide(Vec a, Vec b) { return _mm256_div_ps(a, b); }
+    static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fmadd_ps(a, b, c); }
+    static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fnmadd_ps(a, b, c); }
+};
+
+}  // namespace
+
+const FilterKernels& Avx2FilterKernels() noexcept {
+    static constexpr FilterKernels kKernels{
+        VectorFilterKernels<Avx2>::AllPass, VectorFilterKernels<Avx2>::NearField,
+        VectorFilterKernels<Avx2>::ToRows, VectorFilterKernels<Avx2>::FromRows};
+    return kKernels;
+}
+
+}  // namespace tav

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspFilterKernels.h"
+
+namespace tav {
+namespace {
+
+/// Second-order section in integrator form: the bilinear transform of the analog one.
+struct Pair {
+    float a1, a2, a3;
+    float s1, s2;
+    float band = 0.f;
+    float low = 0.f;
+
+    Pair(float g, float damping, float state1, float state2) noexcept
+        : a1(1.f / (1.f + g * (g + damping))),
+          a2(g * a1),
+          a3(g * a2),
+          s1(state1),
+          s2(state2) {}
+
+    void Take(float x) noexcept {
+        const float v = x - s2;
+        band = a1 * s1 + a2 * v;
+        low = s2 + a2 * s1 + a3 * v;
+        s1 = 2.f * band - s1;
+        s2 = 2.f * low - s2;
+    }
+};
+
+/// First-order section, likewise.
+struct Pole {
+    float share;
+    float s;
+    float low = 0.f;
+
+    Pole(float g, float state) noexcept : share(g / (1.f + g)), s(state) {}
+
+    void Take(float x) noexcept {
+        const float v = (x - s) * share;
+        low = v + s;
+        s = low + v;
+    }
+};
+
+/// One source. All pointers are at its lane.
+struct Lane {
+    float highPassG;
+    float keep;
+    const float* ratios;
+    int ratioStride;
+    float* states;
+    const float* in;
+    float* out;
+};
+
+void RunPairs(const NearFieldSection& section, const Lane& lane, int n) noexcept TAV_NONBLOCKING {
+    float* const s = lane.states;
+    Pair high(lane.highPassG, section.highPassDamping, s[0], s[kSourceLanes]);
+    Pair near(section.g, section.damping, s[2 * kSourceLanes], s[3 * kSourceLanes]);
+    for (int k = 0; k < n; ++k) {
+        float x = lane.in[k * kSourceLanes];
+        high.Take(x);
+        high.s1 *= lane.keep;
+        high.s2 *= lane.keep;
+        x = x - section.highPassDamping * high.band - high.low;
+        near.Take(x);
+        const float u = lane.ratios[k * lane.ratioStride];
+        lane.out[k * kSourceLanes] =
+            x + (u - 1.f) * (section.damping * near.band + (u + 1.f) * near.low);
+    }
+    s[0] = high.s1;
+    s[kSourceLanes] = high.s2;
+    s[2 * kSourceLanes] = near.s1;
+    s[3 * kSourceLanes] = near.s2;
+}
+
+void RunPoles(const NearFieldSection& section, const Lane& lane, int n) noexcept TAV_NONBLOCKING {
+    float* const s = lane.states;
+    Pole high(lane.highPassG, s[0]);
+    Pole near(section.g, s[2 * kSourceLanes]);
+    for (int k = 0; k < n; ++k) {
+        float x = lane.in[k * kSourceLanes];
+        high.Take(x);
+        high.s *= lane.keep;
+        x = x - high.low;
+        near.Take(x);
+        const float u = lane.ratios[k * lane.ratioStride];
+        lane.out[k * kSourceLanes] = x + (u - 1.f) * near.low;
+    }
+    s[0] = high.s;
+    s[2 * kSourceLanes] = near.s;
+}
+
+void NearField(const NearFieldSection& section,
+               const NearFieldLanes& lanes,
+               float* states,
+               const float* in,
+               float* out,
+               int n) noexcept TAV_NONBLOCKING {
+    for (int i = 0; i < kSourceLanes; ++i) {
+        // g = 0 and states of 0: the high-pass of nobody.
+        const float g = lanes.highPassG == nullptr ? 0.f : lanes.highPassG[i];
+        const float keep = lanes.highPassKeep == nullptr ? 1.f : lanes.highPassKeep[i];
+        const Lane lane{g, keep, lanes.ratios + i, lanes.ratioStride, states + i, in + i, out + i};
+        section.isReal ? RunPoles(section, lane, n) : RunPairs(section, lane, n);
+    }
+}
+
+void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        const float old = ring[k];
+        const float w = signal[k] - gain * old;
+        ring[k] = w;
+        signal[k] = gain * w + old;
+    }
+}
+
+void ToRows(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING {
+    for (int i = 0; i < kSourceLanes; ++i) {
+        for (int k = 0; k < n; ++k) rows[k * kSourceLanes + i] = signals[i][k];
+    }
+}
+
+void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING {
+    for (int i = 0; i < kSourceLanes; ++i) {
+        for (int k = 0; k < n; ++k) signals[i][k] = rows[k * kSourceLanes + i];
+    }
+}
+
+}  // namespace
+
+const FilterKernels& ScalarFilterKernels() noexcept {
+    static constexpr FilterKernels kKernels{AllPass, NearField, ToRows, FromRows};
+    return kKernels;
+}
+
+}  // namespace tav

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// The vector kernels of filters, written once over the few operations of an instruction set.
+//
+// Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
+// in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
+// Broadcast(value), Add(a, b), Subtract(a, b), Multiply(a, b), Divide(a, b), MultiplyAdd(a, b, c) =
+// a b + c and NegativeMultiplyAdd(a, b, c) = c - a b.
+#pragma once
+
+#include "kernels/VelkDspFilterKernels.h"
+
+#include <cstddef>
+
+namespace tav {
+
+template <class S>
+class VectorFilterKernels {
+    using Vec = typename S::Vec;
+    enum class HighPass { None, On, Leaking };
+
+public:
+    static void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING {
+        const Vec g = S::Broadcast(gain);
+        int k = 0;
+        for (; k + S::kLanes <= n; k += S::kLanes) {
+            const Vec old = S::Load(ring + k);
+            const Vec w = S::NegativeMultiplyAdd(g, old, S::Load(signal + k));
+            S::Store(ring + k, w);
+            S::Store(signal + k, S::MultiplyAdd(g, w, old));
+        }
+        for (; k < n; ++k) {
+            const float old = ring[k];
+            const float w = signal[k] - gain * old;
+            ring[k] = w;
+            signal[k] = gain * w + old;
+        }
+    }
+
+    static void NearField(const NearFieldSection& section,
+                          const NearFieldLanes& lanes,
+                          float* states,
+                          const float* in,
+                          float* out,
+                          int n) noexcept TAV_NONBLOCKING {
+        const Span rows{states, in, out, n};
+        if (lanes.highPassG == nullptr) return Run<HighPass::None>(section, lanes, rows);
+        if (lanes.highPassKeep == nullptr) return Run<HighPass::On>(section, lanes, rows);
+        Run<HighPass::Leaking>(section, lanes, rows);
+    }
+
+    static void ToRows(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING {
+        for (int i = 0; i < kSourceLanes; ++i) {
+            for (int k = 0; k < n; ++k) rows[k * kSourceLanes + i] = signals[i][k];
+        }
+    }
+    static void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING {
+        for (int i = 0; i < kSourceLanes; ++i) {
+            for (int k = 0; k < n; ++k) signals[i][k] = rows[k * kSourceLanes + i];
+        }
+    }
+
+private:
+    struct Span {
+        float* states;
+        const float* in;
+        float* out;
+        int n;
+    };
+
+    /// Second-order section of some lanes.
+    struct Pair {
+        Vec a1, a2, a3, damping, s1, s2;
+        Vec band{};
+        Vec low{};
+
+        Pair(Vec g, float k, const float* state) noexcept : damping(S::Broadcast(k)) {
+            const Vec one = S::Broadcast(1.f);
+            a1 = S::Divide(one, S::MultiplyAdd(g, S::Add(g, damping), one));
+            a2 = S::Multiply(g, a1);
+            a3 = S::Multiply(g, a2);
+            s1 = S::Load(state);
+            s2 = S::Load(state + kSourceLanes);
+        }
+        void Take(Vec x) noexcept {
+            const Vec v = S::Subtract(x, s2);
+            band = S::MultiplyAdd(a2, v, S::Multiply(a1, s1));
+            low = S::MultiplyAdd(a3, v, S::MultiplyAdd(a2, s1, s2));
+            s1 = S::Subtract(S::Add(band, band), s1);
+            s2 = S::Subtract(S::Add(low, low), s2);
+        }
+        Vec High(Vec x) const noexcept {
+            return S::Subtract(S::NegativeMultiplyAdd(damping, band, x), low);
+        }
+        /// x + (u - 1) damping band + (u^2 - 1) low
+        Vec Near(Vec x, Vec u) const noexcept {
+            const Vec one = S::Broadcast(1.f);
+            const Vec part = S::MultiplyAdd(S::Add(u, one), low, S::Multiply(damping, band));
+            return S::MultiplyAdd(S::Subtract(u, one), part, x);
+        }
+        void Keep(Vec factor) noexcept {
+            s1 = S::Multiply(s1, factor);
+            s2 = S::Multiply(s2, factor);
+        }
+        void Save(float* state) const noexcept {
+            S::Store(state, s1);
+            S::Store(state + kSourceLanes, s2);
+        }
+    };
+
+    /// First-order section.
+    struct Pole {
+        Vec share, s;
+        Vec low{};
+
+        Pole(Vec g, float, const float* state) noexcept
+            : share(S::Divide(g, S::Add(g, S::Broadcast(1.f)))),
+              s(S::Load(state)) {}
+        void Take(Vec x) noexcept {
+            const Vec v = S::Multiply(S::Subtract(x, s), share);
+            low = S::Add(v, s);
+            s = S::Add(low, v);
+        }
+        Vec High(Vec x) const noexcept { return S::Subtract(x, low); }
+        Vec Near(Vec x, Vec u) const noexcept {
+            return S::MultiplyAdd(S::Subtract(u, S::Broadcast(1.f)), low, x);
+        }
+        void Keep(Vec factor) noexcept { s = S::Multiply(s, factor); }
+        void Save(float* state) const noexcept { S::Store(state, s); }
+    };
+
+    template <HighPass kHighPass>
+    static void Run(const NearFieldSection& section,
+                    const NearFieldLanes& lanes,
+                    const Span& rows) noexcept TAV_NONBLOCKING {
+        section.isReal ? RunLanes<Pole, kHighPass>(section, lanes, rows)
+                       : RunLanes<Pair, kHighPass>(section, lanes, rows);
+    }
+
+    /// Some lanes through all samples, then the next ones: the states stay in registers, and the
+    /// two recursions of a section hide each other's latency.
+    template <class Filter, HighPass kHighPass>
+    static void RunLanes(const NearFieldSection& section,
+                         const NearFieldLanes& lanes,
+                         const Span& rows) noexcept TAV_NONBLOCKING {
+        for (int lane = 0; lane < kSourceLanes; lane += S::kLanes) {
+            const bool hasHighPass = kHighPass != HighPass::None;
+            float* const highState = rows.states + lane;
+            float* const nearState = highState + 2 * kSourceLanes;
+            Filter high(hasHighPass ? S::Load(lanes.highPassG + lane) : S::Zero(),
+                        section.highPassDamping, highState);
+            Filter near(S::Broadcast(section.g), section.damping, nearState);
+            Vec keep = S::Zero();
+            if constexpr (kHighPass == HighPass::Leaking) keep = S::Load(lanes.highPassKeep + lane);
+            const float* u = lanes.ratios + lane;
+            for (std::ptrdiff_t k = lane; k < std::ptrdiff_t{rows.n} * kSourceLanes;
+                 k += kSourceLanes) {
+                Vec x = S::Load(rows.in + k);
+                if constexpr (kHighPass != HighPass::None) {
+                    high.Take(x);
+                    x = high.High(x);
+                }
+                if constexpr (kHighPass == HighPass::Leaking) high.Keep(keep);
+                near.Take(x);
+                S::Store(rows.out + k, near.Near(x, S::Load(u)));
+                u += lanes.ratioStride;
+            }
+            if constexpr (kHighPass != HighPass::None) high.Save(highState);
+            near.Save(nearState);
+        }
+    }
+};
+
+}  // namespace tav
