@@ -124,6 +124,12 @@ std::vector<float> Object::AttributeNumbers(std::string_view name) const {
     return numbers;
 }
 
+std::string Object::AttributeText(std::string_view name) const {
+    if (!object_) return "";
+    const std::vector<t_atom> value = HostApi::AttributeValue(object_, name);
+    return value.empty() ? "" : atom_getsym(&value.front())->s_name;
+}
+
 void Object::PrintAttributes(Console& console) const {
     if (!object_) return;
     for (const HostApi::AttributeInfo& attribute : HostApi::Attributes(object_)) {

@@ -37,6 +37,8 @@ public:
 
     /// Numbers of an attribute; none when there is no such attribute.
     std::vector<float> AttributeNumbers(std::string_view name) const;
+    /// The symbol in an attribute; "" when there is no such attribute.
+    std::string AttributeText(std::string_view name) const;
 
     // The answers to the script's questions about the object, on the console; none once freed.
     void PrintAttributes(Console& console) const;

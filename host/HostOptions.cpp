@@ -77,10 +77,10 @@ constexpr OptionRow kOptions[] = {
     {"--strict",   "",      SetFlag<&Options::strict>,   "exit 3 when the object posted an error or a bug"},
     {"--quiet",    "",      SetFlag<&Options::quiet>,    "no progress and no notes on standard error"},
     {"--loop",     "",      SetFlag<&Options::loop>,     "inputs shorter than the duration repeat"},
+    {"--ambix",    "",      SetFlag<&Options::ambix>,    "writes ambisonic outlets as AmbiX: ACN, SN3D, x front, y left"},
     {"--realtime", "",      SetFlag<&Options::realtime>, "paces the vectors by the clock; an interrupt ends it well"},
     {"--help",     "",      SetFlag<&Options::help>,     "this text"},
     {"--version",  "",      SetFlag<&Options::version>,  "the version"},
-    {"--ambix",    "",      nullptr,                     ""},
     {"--osc",      "PORT",  nullptr,                     ""},
     {"--validate", "LEVEL", nullptr,                     ""},
 };

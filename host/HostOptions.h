@@ -22,6 +22,7 @@ struct Options {
     bool quiet = false;
     bool loop = false;
     bool realtime = false;
+    bool ambix = false;
     bool help = false;     // the rest has not been checked
     bool version = false;  // likewise
     std::string script;    // a file, "-" for standard input

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HostRender.h"
 
+#include "HostAmbix.h"
 #include "HostChain.h"
 #include "HostConsole.h"
 #include "HostFault.h"
@@ -92,11 +93,16 @@ private:
 
     void OpenOutputs() {
         const std::size_t numOutlets = object_.NumSignalOutlets();
+        if (options_.ambix)
+            ambix_.emplace(object_);
+        else
+            plain_ = PlainChannels(numOutlets);
         if (!options_.output.empty()) {
             if (numOutlets == 0)
                 throw Fault(ExitStatus::WrongInput,
                             options_.output + ": the object has no signal outlet");
-            output_.emplace(PathOf(options_.output), static_cast<unsigned>(numOutlets), rateHz_);
+            output_.emplace(PathOf(options_.output), static_cast<unsigned>(FileChannels().size()),
+                            rateHz_);
         }
         if (options_.picture.empty()) return;
         picture_.emplace(options_.picture);
@@ -172,15 +178,23 @@ private:
         if (output_) WriteVector(*output_, kept);
     }
 
+    std::span<const tav::AmbixChannel> FileChannels() const {
+        return ambix_ ? ambix_->Channels() : plain_;
+    }
+
     void WriteVector(tav::WavFileWriter& output, std::size_t numFrames) {
-        const std::size_t numOutlets = object_.NumSignalOutlets();
-        samples_.resize(numOutlets * numFrames);
-        channels_.resize(numOutlets);
-        for (std::size_t k = 0; k < numOutlets; ++k) {
+        if (ambix_) ambix_->Follow(object_);
+        const std::span<const tav::AmbixChannel> channels = FileChannels();
+        samples_.assign(channels.size() * numFrames, 0.f);
+        channels_.resize(channels.size());
+        for (std::size_t k = 0; k < channels.size(); ++k) {
             float* samples = samples_.data() + k * numFrames;
-            std::ranges::transform(chain_.Output(k).first(numFrames), samples,
-                                   [](double sample) { return static_cast<float>(sample); });
             channels_[k] = samples;
+            if (!channels[k].source) continue;
+            std::ranges::transform(chain_.Output(*channels[k].source).first(numFrames), samples,
+                                   [gain = channels[k].gain](double sample) {
+                                       return static_cast<float>(gain * sample);
+                                   });
         }
         output.Write(channels_.data(), numFrames);
     }
@@ -213,7 +227,9 @@ private:
     std::uint64_t numFrames_;  // likewise
     std::size_t numFed_;       // inlets with an input file
     Chain chain_;
-    std::size_t next_ = 0;  // of the script's statements
+    std::size_t next_ = 0;                  // of the script's statements
+    std::optional<AmbixOutlets> ambix_;     // where it is asked for
+    std::vector<tav::AmbixChannel> plain_;  // else
     std::optional<tav::WavFileWriter> output_;
     std::optional<OutputFile> picture_;
     std::optional<SceneRecorder> recorder_;  // where there is a picture

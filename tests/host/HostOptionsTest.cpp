@@ -76,7 +76,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{{"--duration", "long", "s"}, "not 'long'"},
                     Refused{{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
                     Refused{{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
-                    Refused{{"--ambix", "s"}, "not available"},
                     Refused{{"--osc", "9000", "s"}, "not available"},
                     Refused{{"--validate", "1", "s"}, "not available"}));
 

@@ -229,6 +229,8 @@ INSTANTIATE_TEST_SUITE_P(
                {},
                2,
                "6 loudspeakers, the object 4"},
+        Ending{"NotAmbisonic", kQuad, {"--ambix"}, 2, "4 outlets of vbap2d"},
+        Ending{"FlatBformat", "object quilo.pan~ 1 3 bformat\n", {"--ambix"}, 2, "3 outlets"},
         Ending{"MissingModule", kQuad, {"--module", "none.so"}, 1, "none.so"},
         Ending{"ModuleIsNone", kQuad, {"--module", "s.txt"}, 1, "s.txt"},
         Ending{"NoFolderForTheOutput", kQuad, {"--out", "none/o.wav"}, 2, "none/o.wav"},

@@ -4,6 +4,7 @@
 #include "laws/QuiloSourceDirection.h"
 
 #include <cmath>
+#include <numbers>
 
 namespace Quilo {
 
@@ -29,6 +30,11 @@ void BformatGains(const tav::CartesianVector& source, std::span<float> gains) {
     gains[1] = kSqrtTwo * std::cos(d.azimuth) * horizontal;
     gains[2] = kSqrtTwo * std::sin(d.azimuth) * horizontal;
     gains[3] = kSqrtTwo * std::sin(d.elevation);
+}
+
+std::vector<tav::AmbixChannel> BformatToAmbix() {
+    constexpr double kHalfSqrt2 = std::numbers::sqrt2 / 2.0;
+    return {{0, std::numbers::sqrt3}, {1, -kHalfSqrt2}, {3, kHalfSqrt2}, {2, kHalfSqrt2}};
 }
 
 }  // namespace Quilo

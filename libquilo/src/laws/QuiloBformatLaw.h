@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "math/VelkDspAmbix.h"
 #include "math/VelkDspCartesian.h"
 
 #include <span>
+#include <vector>
 
 namespace Quilo {
 
@@ -15,5 +17,9 @@ namespace Quilo {
 /// Thread: control.  Throws: nothing.
 /// @see "Periphony: with-height sound reproduction", JAES 21(1), 1973
 void BformatGains(const tav::CartesianVector& source, std::span<float> gains);
+
+/// What makes an AmbiX field of the four outputs. Of three there is none: their W depends on the
+/// elevation.  Throws: std::bad_alloc.
+std::vector<tav::AmbixChannel> BformatToAmbix();
 
 }  // namespace Quilo

@@ -37,6 +37,20 @@ TEST(BformatGains, PointAtTheSourceWithConstantEnergy) {
     }
 }
 
+// x to the front, y to the left: W, Y, Z, X of a source are 1 and its direction.
+TEST(BformatToAmbix, GivesTheDirectionInTheStandardFrame) {
+    const tav::CartesianVector p = tav::FromNavigational(50.f, 20.f, 1.f);
+    std::array<float, 4> gains{};
+    BformatGains(p, gains);
+    const std::array<float, 4> expected{1.f, -p.x, p.z, p.y};
+    const auto channels = BformatToAmbix();
+    for (std::size_t c = 0; c < 4; ++c) {
+        const double gain =
+            channels.at(c).gain * static_cast<double>(gains.at(*channels[c].source));
+        EXPECT_NEAR(gain, static_cast<double>(expected[c]), kTolerance) << c;
+    }
+}
+
 TEST(BformatGains, MoveTheZenithIntoW) {
     std::array<float, 3> gains{};
     BformatGains({0.f, 0.f, 2.f}, gains);
