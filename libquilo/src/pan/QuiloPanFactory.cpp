@@ -3,6 +3,7 @@
 #include "pan/QuiloAmbisonicPanning.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
+#include "pan/QuiloHoaDiffusePanning.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloLayoutLawPanning.h"
 #include "pan/QuiloNullPanning.h"
@@ -34,8 +35,6 @@ using DbapPanning3D = NullPanning;
 using VDbapPanning = NullPanning;
 using SPCAmplitudePanning = NullPanning;
 using KnnPanning = NullPanning;
-using HoaDiffusePanning2D = NullPanning;
-using HoaDiffusePanning3D = NullPanning;
 using NFCHOAPanning2D = NullPanning;
 using NFCHOAPanning3D = NullPanning;
 

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHoaDiffusePanning.h"
+
+#include "pan/QuiloHOAPanning.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace Quilo {
+
+using tav::SphericalHarmonic;
+
+namespace {
+
+unsigned LargestOrder(unsigned numOutputs, unsigned dimension) {
+    return static_cast<unsigned>(
+        std::max(SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension), 0));
+}
+
+/// A harmonic in N3D has 1 as its mean square over the sphere.
+std::vector<float> SphereWeights(unsigned count, SphericalHarmonic::Normalization normalization) {
+    std::vector<float> weights;
+    for (unsigned channel = 0; channel < count; ++channel) {
+        const auto degree =
+            SphericalHarmonic::FromChannelIndex(channel, 3, SphericalHarmonic::Sorting::ACN);
+        weights.push_back(std::fabs(SphericalHarmonic::ConversionFactor(
+            degree.n, degree.m, SphericalHarmonic::Normalization::N3D, normalization)));
+    }
+    return weights;
+}
+
+/// Squares of the gains are trigonometric polynomials of twice the order, so this many equally
+/// spaced directions give their mean exactly.
+std::vector<float> CircleWeights(unsigned count, SphericalHarmonic::Normalization normalization) {
+    const unsigned order = LargestOrder(count, 2);
+    tav::HoaEncodingVector encoding(order, 2, normalization);
+    const unsigned numDirections = 4 * order + 3;
+    std::vector<double> powers(count);
+    std::vector<float> gains(count);
+    for (unsigned d = 0; d < numDirections; ++d) {
+        const double angle = 2.0 * std::numbers::pi * d / numDirections;
+        encoding.Compute(
+            {static_cast<float>(std::cos(angle)), static_cast<float>(std::sin(angle)), 0.f}, gains);
+        for (unsigned c = 0; c < count; ++c) {
+            const double gain = static_cast<double>(gains[c]);
+            powers[c] += gain * gain / numDirections;
+        }
+    }
+    std::vector<float> weights;
+    for (const double power : powers) weights.push_back(static_cast<float>(std::sqrt(power)));
+    return weights;
+}
+
+}  // namespace
+
+std::vector<float> DiffuseWeights(unsigned numOutputs,
+                                  unsigned dimension,
+                                  unsigned order,
+                                  SphericalHarmonic::Normalization normalization) {
+    const unsigned largest = LargestOrder(numOutputs, dimension);
+    const unsigned count =
+        std::min(numOutputs, SphericalHarmonic::NumChannels(std::min(order, largest), dimension));
+    auto weights =
+        dimension == 2 ? CircleWeights(count, normalization) : SphereWeights(count, normalization);
+    weights.resize(numOutputs);
+    return weights;
+}
+
+HoaDiffusePanning::HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
+    : Pan(numInputs, numOutputs),
+      dimension_(dimension),
+      order_(LargestOrder(numOutputs, dimension)),
+      normalization_(DefaultNormalization(dimension)),
+      mix_(*this, DiffuseWeights(numOutputs, dimension, order_, normalization_)) {}
+
+void HoaDiffusePanning::Process(float* const* outputs,
+                                const float* const* inputs,
+                                unsigned frames) noexcept TAV_NONBLOCKING {
+    ZeroOutputs(outputs, frames);
+    Perform(outputs, inputs, frames);
+}
+
+std::string HoaDiffusePanning::OutputLabel(unsigned output) const {
+    return output < NumOutputs() ? HoaOutputLabel(output, dimension_) : "dumpout";
+}
+
+void HoaDiffusePanning::SetSampleRate(float hz) {
+    const ControlLock lock = LockControl();
+    Pan::SetSampleRate(hz);
+    mix_.SetSampleRate(SampleRate());
+}
+
+void HoaDiffusePanning::Reset() {
+    const ControlLock lock = LockControl();
+    Pan::Reset();
+    mix_.Reset();
+}
+
+void HoaDiffusePanning::Perform(float* const* outputs,
+                                const float* const* inputs,
+                                unsigned frames) noexcept TAV_NONBLOCKING {
+    mix_.Perform(outputs, inputs, frames);
+}
+
+void HoaDiffusePanning::SetSourcePosition(unsigned index,
+                                          const tav::CartesianVector& position,
+                                          bool,
+                                          bool force) {
+    const ControlLock lock = LockControl();
+    StoreSourcePosition(index, position, force);
+}
+
+void HoaDiffusePanning::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    mix_.SetInterpolationTime(ms);
+}
+
+float HoaDiffusePanning::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return mix_.InterpolationTime();
+}
+
+void HoaDiffusePanning::SetOrder(unsigned order) {
+    const ControlLock lock = LockControl();
+    order_ = std::min(order, LargestOrder(NumOutputs(), dimension_));
+    UpdateWeights();
+}
+
+void HoaDiffusePanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
+    const ControlLock lock = LockControl();
+    const bool allowed = SphericalHarmonic::IsAllowed(normalization, dimension_);
+    normalization_ = allowed ? normalization : DefaultNormalization(dimension_);
+    UpdateWeights();
+}
+
+SphericalHarmonic::Normalization HoaDiffusePanning::GetNormalization() const {
+    const ControlLock lock = LockControl();
+    return normalization_;
+}
+
+void HoaDiffusePanning::ApplySourceMute(unsigned index) {
+    mix_.SetSourceMute(index, IsMuted(index));
+}
+
+void HoaDiffusePanning::UpdateWeights() {
+    mix_.SetWeights(DiffuseWeights(NumOutputs(), dimension_, order_, normalization_));
+}
+
+}  // namespace Quilo

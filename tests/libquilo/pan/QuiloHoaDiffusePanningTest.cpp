@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHoaDiffusePanning.h"
+
+#include "libquilo/pan/PanPlayer.h"
+#include "reference/PlainFourier.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace Quilo {
+namespace {
+
+using Tests::PanPlayer;
+using Normalization = tav::SphericalHarmonic::Normalization;
+
+double Impulse(unsigned, std::size_t frame) { return frame == 0 ? 1.0 : 0.0; }
+
+std::vector<double> ChannelPowers(HoaDiffusePanning& pan) {
+    PanPlayer player(pan);
+    player.Play(9600, [](unsigned, std::size_t) { return 0.0; });  // glides end
+    std::vector<double> powers;
+    for (const auto& response : player.Play(24000, Impulse)) {
+        powers.push_back(0.0);
+        for (const double x : response) powers.back() += x * x;
+    }
+    EXPECT_EQ(player.Violations(), 0u);
+    return powers;
+}
+
+double InDecibels(double power) { return 10.0 * std::log10(power); }
+
+/// Mean square of a channel of order n and degree m over all directions, by its definition.
+struct Convention {
+    Normalization normalization;
+    unsigned dimension;
+    double (*power)(int n, int m);
+};
+constexpr Convention kConventions[] = {
+    {Normalization::N3D, 3, [](int, int) { return 1.0; }},
+    {Normalization::SN3D, 3, [](int n, int) { return 1.0 / (2.0 * n + 1.0); }},
+    {Normalization::FuMa, 3,  // W is 3 dB down; the others reach 1 at their maximum
+     [](int n, int m) {
+         return n == 0 ? 0.5 : n == 1 ? 1.0 / 3.0 : m == 0 ? 0.2 : 4.0 / 15.0;
+     }},
+    {Normalization::N2D, 2, [](int, int) { return 1.0; }},
+    {Normalization::SN2D, 2, [](int n, int) { return n == 0 ? 1.0 : 0.5; }},
+};
+
+TEST(HoaDiffusePanning, ChannelsHaveThePowerOfAFieldFromEverywhere) {
+    for (const Convention& convention : kConventions) {
+        const unsigned count = convention.dimension == 3 ? 9 : 7;
+        HoaDiffusePanning pan(1, count, convention.dimension);
+        pan.SetNormalization(convention.normalization);
+        const std::vector<double> powers = ChannelPowers(pan);
+        for (unsigned c = 0; c < count; ++c) {
+            const auto degree = tav::SphericalHarmonic::FromChannelIndex(
+                c, convention.dimension, tav::SphericalHarmonic::Sorting::ACN);
+            const double expected = convention.power(static_cast<int>(degree.n), degree.m);
+            EXPECT_NEAR(InDecibels(powers[c] / expected), 0.0, 0.02) << count << " channel " << c;
+        }
+    }
+}
+
+TEST(HoaDiffusePanning, OrderAndNormalizationAreThoseOfTheDimension) {
+    HoaDiffusePanning3D pan(1, 16);
+    pan.SetNormalization(Normalization::N2D);
+    EXPECT_EQ(pan.GetNormalization(), Normalization::SN3D);
+    pan.SetOrder(0);
+    const std::vector<double> powers = ChannelPowers(pan);
+    EXPECT_NEAR(powers[0], 1.0, 0.001);
+    for (unsigned c = 1; c < 16; ++c) EXPECT_EQ(powers[c], 0.0);
+    pan.SetOrder(1);
+    EXPECT_NEAR(ChannelPowers(pan)[3], 1.0 / 3.0, 0.001);
+    HoaDiffusePanning2D mono(2, 1);  // order 0: the sum of the sources as it is
+    PanPlayer player(mono);
+    EXPECT_EQ(player.Play(64, Impulse)[0][0], 2.0);
+}
+
+// A beam of all channels towards any direction hears the same power.
+TEST(HoaDiffusePanning, ComesAlikeFromAllDirections) {
+    constexpr std::size_t kSize = 32768;
+    HoaDiffusePanning3D pan(1, 16);
+    pan.SetNormalization(Normalization::N3D);
+    PanPlayer player(pan);
+    player.Play(9600, [](unsigned, std::size_t) { return 0.0; });
+    std::vector<std::vector<std::complex<double>>> spectra;
+    for (const auto& response : player.Play(kSize, Impulse)) {
+        spectra.push_back(Plain::Spectrum(response, kSize));
+    }
+    struct Band {
+        double lowHz, highHz, mostDecibels;
+    };
+    tav::HoaEncodingVector beam(3, 3, Normalization::N3D);
+    for (const Band& band : {Band{50, 23000, 0.2}, Band{800, 2000, 1.2}, Band{2000, 16000, 0.7}}) {
+        double sum = 0.0, squares = 0.0;
+        constexpr int kDirections = 200;
+        for (int d = 0; d < kDirections; ++d) {  // a spiral from pole to pole
+            const double z = 1.0 - (2.0 * d + 1.0) / kDirections, turn = 2.399963 * d;
+            const double r = std::sqrt(1.0 - z * z);
+            std::vector<float> gains(16);
+            beam.Compute({static_cast<float>(r * std::cos(turn)),
+                          static_cast<float>(r * std::sin(turn)), static_cast<float>(z)},
+                         gains);
+            double power = 0.0;
+            for (auto k = static_cast<std::size_t>(band.lowHz / 48000.0 * kSize);
+                 static_cast<double>(k) < band.highHz / 48000.0 * kSize; ++k) {
+                std::complex<double> heard;
+                for (std::size_t c = 0; c < 16; ++c) {
+                    heard += static_cast<double>(gains[c]) * spectra[c][k];
+                }
+                power += std::norm(heard);
+            }
+            sum += InDecibels(power);
+            squares += InDecibels(power) * InDecibels(power);
+        }
+        const double mean = sum / kDirections;
+        EXPECT_LE(std::sqrt(squares / kDirections - mean * mean), band.mostDecibels) << band.lowHz;
+    }
+}
+
+}  // namespace
+}  // namespace Quilo
