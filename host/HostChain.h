@@ -25,6 +25,11 @@ public:
     void SetRate(double hz);
     void SetVector(unsigned frames);
 
+    /// A new chain where audio runs: another object stands in the box.
+    void Refresh() {
+        if (running_) Start();
+    }
+
     void Start();
     void Stop();
 

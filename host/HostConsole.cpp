@@ -56,6 +56,8 @@ void Console::Receive(HostApi::PostKind kind, std::string_view text) {
 
 void Console::Receive(const HostApi::OutletMessage& message) {
     if (!message.isDumpout) return;
+    if (onDictionary_ && message.selector == gensym("dictionary") && message.atoms.size() == 1)
+        onDictionary_(atom_getsym(message.atoms.data()));
     std::string text = message.selector->s_name;
     if (!message.atoms.empty()) text += " " + HostApi::AtomText(message.atoms);
     Write("outlet", text);

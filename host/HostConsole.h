@@ -5,6 +5,7 @@
 #include "HostBridge.h"
 #include "HostOutputFile.h"
 
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -26,6 +27,8 @@ public:
     void Write(std::string_view head, std::string_view text);
     /// Whether an error or a bug was posted.
     bool HasComplaints() const { return hasComplaints_; }
+    /// @param sink  hears the names of dictionaries that leave a dump outlet, before their line
+    void SetDictionarySink(std::function<void(t_symbol*)> sink) { onDictionary_ = std::move(sink); }
     /// Makes the file complete.  Throws: Fault (WrongInput).
     void Close();
 
@@ -37,6 +40,7 @@ private:
     std::ostream* stream_;
     bool live_;
     bool hasComplaints_ = false;
+    std::function<void(t_symbol*)> onDictionary_;
 };
 
 }  // namespace Quilo::Host

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // quilo-host: plays the patcher's part for the module, without one.
+#include "HostActions.h"
 #include "HostAudioBridge.h"
 #include "HostConsole.h"
 #include "HostFault.h"
@@ -40,8 +41,10 @@ ExitStatus RunScript(const Options& options) {
     const Script script = ReadScript(options.script);
     const Inputs inputs(options.inputs, options.loop);
     Console console(options.console, options.realtime);
+    if (options.script != "-") HostApi::SetPatcherFolder(PathOf(options.script).parent_path());
     LoadModule(options.module);
     HostApi::SetAudioSettings({RunRate(options, inputs), static_cast<int>(options.vector), false});
+    for (const Statement& statement : script.before) Prepare(statement, script);
     Object object(script);
     Render(options, script, inputs, object, console);
     console.Close();

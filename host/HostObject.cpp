@@ -28,12 +28,6 @@ t_atom ApiAtom(const Atom& atom) {
     return made;
 }
 
-std::vector<t_atom> ApiAtoms(std::span<const Atom> atoms) {
-    std::vector<t_atom> made;
-    for (const Atom& atom : atoms) made.push_back(ApiAtom(atom));
-    return made;
-}
-
 /// One word whatever the values are: several stand between quotation marks.
 std::string PropertyText(const std::vector<t_atom>& values) {
     if (values.size() == 1) return HostApi::AtomText(values.front());
@@ -74,10 +68,17 @@ void PrintEnds(t_object* object, max_long side, std::size_t count, Console& cons
 
 }  // namespace
 
+std::vector<t_atom> ApiAtoms(std::span<const Atom> atoms) {
+    std::vector<t_atom> made;
+    for (const Atom& atom : atoms) made.push_back(ApiAtom(atom));
+    return made;
+}
+
 void LoadModule(const std::string& file) {
     const std::filesystem::path path =
         file.empty() ? ProgramFolder() / ModuleFileName("quilo.pan~") : PathOf(file);
     const SharedLibrary library(path);
+    WatchModule(library);
     HostApi::SetModuleFolder(path.parent_path());
     if (const auto entry = library.Find("ext_main"))
         return reinterpret_cast<void (*)(void*)>(entry)(nullptr);
@@ -87,13 +88,21 @@ void LoadModule(const std::string& file) {
 }
 
 Object::Object(const Script& script) {
-    std::vector<t_atom> box = ApiAtoms(script.box);
-    t_symbol* name = atom_getsym(box.data());
+    t_symbol* name = gensym(AtomSpelling(script.box[0]).c_str());
     if (!class_findbyname(gensym("box"), name))
         throw ScriptFault(script.name, script.objectLine,
                           "the module has no class '" + std::string(name->s_name) + "'");
+    Make(script.box);
+}
+
+void Object::Make(std::span<const Atom> box) {
+    std::vector<t_atom> atoms = ApiAtoms(box);
+    t_symbol* name = atom_getsym(atoms.data());
+    if (!class_findbyname(gensym("box"), name))
+        throw Fault(ExitStatus::WrongInput,
+                    "the module has no class '" + std::string(name->s_name) + "'");
     object_ = static_cast<t_object*>(object_new_typed(
-        gensym("box"), name, static_cast<max_long>(box.size() - 1), box.data() + 1));
+        gensym("box"), name, static_cast<max_long>(atoms.size() - 1), atoms.data() + 1));
     if (!object_) throw Fault(ExitStatus::HostFailed, "the object could not be made");
     numSignalInlets_ = HostApi::SignalInlets(object_);
     numSignalOutlets_ = HostApi::SignalOutlets(object_);

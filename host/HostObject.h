@@ -18,11 +18,15 @@ class Console;
 /// Throws: Fault (HostFailed).
 void LoadModule(const std::string& file);
 
+/// The atoms as the API has them.
+std::vector<t_atom> ApiAtoms(std::span<const Atom> atoms);
+
 /// Owns the object; everything here belongs to the main thread.
 class Object {
 public:
     /// Throws: Fault: no class of that name (WrongInput), creation failed (HostFailed).
     explicit Object(const Script& script);
+    explicit Object(std::span<const Atom> box) { Make(box); }
     ~Object() { Free(); }
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
@@ -34,6 +38,8 @@ public:
     /// To the left inlet; a message that begins with a number is an int, a float or a list.
     void Send(std::span<const Atom> message);
     void Free();
+    /// Another object in the place of one that was freed.  Throws: Fault, as above.
+    void Make(std::span<const Atom> box);
 
     /// Numbers of an attribute; none when there is no such attribute.
     std::vector<float> AttributeNumbers(std::string_view name) const;

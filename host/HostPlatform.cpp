@@ -4,6 +4,9 @@
 
 #include "HostFault.h"
 
+#include <iterator>
+#include <string_view>
+
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
 #if !defined(NOMINMAX)  // MinGW's library defines it itself
@@ -16,6 +19,7 @@
 #include <shellapi.h>
 #else
 #include <dlfcn.h>
+#include <execinfo.h>
 #include <unistd.h>
 #endif
 
@@ -71,6 +75,12 @@ SharedLibrary::Function SharedLibrary::Find(const char* name) const {
     return reinterpret_cast<Function>(GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
+void WatchModule(const SharedLibrary&) {}
+
+bool KnowsCallers() { return false; }
+
+bool CalledByModule() { return false; }
+
 #else
 
 std::vector<std::string> CommandLine(int count, char** words) {
@@ -100,6 +110,41 @@ SharedLibrary::SharedLibrary(const std::filesystem::path& file)
 
 SharedLibrary::Function SharedLibrary::Find(const char* name) const {
     return reinterpret_cast<Function>(dlsym(handle_, name));
+}
+
+namespace {
+
+const void* moduleBase = nullptr;
+
+const void* BaseOf(const void* address, std::string_view& name) {
+    Dl_info info{};
+    if (dladdr(address, &info) == 0) return nullptr;
+    name = info.dli_fname ? info.dli_fname : "";
+    return info.dli_fbase;
+}
+
+}  // namespace
+
+void WatchModule(const SharedLibrary& library) {
+    std::string_view name;
+    for (const char* entry : {"ext_main", "main"})
+        if (const auto function = library.Find(entry))
+            moduleBase = BaseOf(reinterpret_cast<const void*>(function), name);
+}
+
+bool KnowsCallers() { return moduleBase != nullptr; }
+
+bool CalledByModule() {
+    void* frames[24];
+    const int count = backtrace(frames, static_cast<int>(std::size(frames)));
+    std::string_view name;
+    const void* const program = BaseOf(reinterpret_cast<const void*>(&CalledByModule), name);
+    for (int k = 0; k < count; ++k) {
+        const void* const base = BaseOf(frames[k], name);
+        if (base == program || name.find("libstdc++") != name.npos) continue;
+        return base == moduleBase;
+    }
+    return false;
 }
 
 #endif

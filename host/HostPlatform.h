@@ -34,7 +34,18 @@ public:
     Function Find(const char* name) const;
 
 private:
+    friend void WatchModule(const SharedLibrary& library);
     void* handle_;
 };
+
+/// The module whose calls CalledByModule tells from others.
+void WatchModule(const SharedLibrary& library);
+
+/// Whether callers can be known on this system.
+bool KnowsCallers();
+
+/// Whether the code that called for the caller of this is the module's, the standard library's
+/// functions between them left out.  Slow.
+bool CalledByModule();
 
 }  // namespace Quilo::Host

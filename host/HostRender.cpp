@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "HostRender.h"
 
+#include "HostActions.h"
 #include "HostAmbix.h"
 #include "HostChain.h"
-#include "HostConsole.h"
 #include "HostFault.h"
 #include "HostLayouts.h"
 #include "HostObject.h"
@@ -52,11 +52,11 @@ public:
           script_(script),
           inputs_(inputs),
           object_(object),
-          console_(console),
           rateHz_(RunRate(options, inputs)),
           numFrames_(RunFrames(options, inputs, rateHz_)),
           numFed_(std::min(inputs.NumChannels(), object.NumSignalInlets())),
-          chain_(object, rateHz_, options.vector) {
+          chain_(object, rateHz_, options.vector),
+          actions_(script, object, chain_, console) {
         for (std::size_t k = 0; k < numFed_; ++k) chain_.SetConnected(k, true);
         RefuseUnknownInlets();
         RefuseLayoutsOfOtherSizes(script, object);
@@ -66,7 +66,7 @@ public:
 
     void Play() {
         while (next_ < script_.statements.size() && !script_.statements[next_].timed)
-            Execute(script_.statements[next_++]);
+            actions_.Execute(script_.statements[next_++]);
         HostApi::RunDeferred();
         chain_.Start();
         PlayVectors();
@@ -159,7 +159,7 @@ private:
             const Statement& statement = script_.statements[next_];
             const double end = static_cast<double>(frame + chain_.Vector());
             if (std::floor(statement.seconds * rateHz_) >= end) return;
-            Execute(statement);
+            actions_.Execute(statement);
             ++next_;
         }
     }
@@ -199,34 +199,15 @@ private:
         output.Write(channels_.data(), numFrames);
     }
 
-    void Execute(const Statement& statement) {
-        const auto& atoms = statement.atoms;
-        switch (statement.directive) {
-            case Directive::None: return object_.Send(atoms);
-            case Directive::Connect:
-                return chain_.SetConnected(static_cast<std::size_t>(AtomNumber(atoms[0])) - 1,
-                                           AtomNumber(atoms[1]) != 0);
-            case Directive::Rate: return chain_.SetRate(AtomNumber(atoms[0]));
-            case Directive::Vector:
-                return chain_.SetVector(static_cast<unsigned>(AtomNumber(atoms[0])));
-            case Directive::Inspect: return object_.PrintAttributes(console_);
-            case Directive::Assist: return object_.PrintAssistance(console_);
-            case Directive::Methods: return object_.PrintMethods(console_);
-            case Directive::Layout: return SendLayout(AtomSpelling(atoms[0]), object_, console_);
-            case Directive::Sync: HostApi::RunDeferred(); return;
-            case Directive::Free: return object_.Free();
-        }
-    }
-
     const Options& options_;
     const Script& script_;
     const Inputs& inputs_;
     Object& object_;
-    Console& console_;
     double rateHz_;            // of the run and its files
     std::uint64_t numFrames_;  // likewise
     std::size_t numFed_;       // inlets with an input file
     Chain chain_;
+    Actions actions_;
     std::size_t next_ = 0;                  // of the script's statements
     std::optional<AmbixOutlets> ambix_;     // where it is asked for
     std::vector<tav::AmbixChannel> plain_;  // else

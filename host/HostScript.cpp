@@ -2,6 +2,7 @@
 #include "HostScript.h"
 
 #include "HostAtoms.h"
+#include "HostBridge.h"
 #include "HostFault.h"
 #include "HostLimits.h"
 #include "laws/QuiloNamedLayouts.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <initializer_list>
 #include <tuple>
 
 namespace Quilo::Host {
@@ -41,31 +43,97 @@ bool OneLayout(Arguments arguments) {
     return arguments.size() == 1 && FindNamedLayout(AtomSpelling(arguments[0]));
 }
 
+bool OneWord(Arguments arguments) { return arguments.size() == 1; }
+
+bool WordOrNone(Arguments arguments) { return arguments.size() <= 1; }
+
+bool OneFlag(Arguments arguments) {
+    return arguments.size() == 1 &&
+           (arguments[0] == Atom(std::int64_t{0}) || arguments[0] == Atom(std::int64_t{1}));
+}
+
+bool IsOneOf(Arguments arguments, std::size_t at, std::initializer_list<std::string_view> words) {
+    const auto* word = at < arguments.size() ? std::get_if<std::string>(&arguments[at]) : nullptr;
+    return word && std::ranges::find(words, *word) != words.end();
+}
+
+bool IsCount(Arguments arguments, std::size_t at) {
+    const auto* n = at < arguments.size() ? std::get_if<std::int64_t>(&arguments[at]) : nullptr;
+    return n && *n >= 0 && *n <= 1'000'000'000;
+}
+
+bool ThreadAndMessage(Arguments arguments) {
+    return arguments.size() >= 2 && IsOneOf(arguments, 0, {"main", "scheduler", "audio"});
+}
+
+bool PresetAndSlot(Arguments arguments) {
+    return arguments.size() == 2 && IsOneOf(arguments, 0, {"store", "recall", "print"}) &&
+           IsCount(arguments, 1);
+}
+
+bool PattrAction(Arguments arguments) {
+    if (IsOneOf(arguments, 0, {"set"})) return true;
+    if (IsOneOf(arguments, 0, {"cut"})) return arguments.size() == 2 && IsCount(arguments, 1);
+    return arguments.size() == 1 && IsOneOf(arguments, 0, {"get", "print"});
+}
+
+bool DictionaryAction(Arguments arguments) {
+    if (IsOneOf(arguments, 1, {"set"})) return arguments.size() >= 3;
+    if (IsOneOf(arguments, 1, {"read", "write"})) return arguments.size() == 3;
+    return arguments.size() == 2 && IsOneOf(arguments, 1, {"clear", "print"});
+}
+
+bool BoxOrNone(Arguments arguments) {
+    return arguments.empty() || std::holds_alternative<std::string>(arguments[0]);
+}
+
+bool CallAndNumber(Arguments arguments) {
+    if (arguments.size() < 2 || arguments.size() > 3 || !IsCount(arguments, 1)) return false;
+    const bool isAllocation = IsOneOf(arguments, 0, {"allocation"});
+    return (isAllocation && arguments.size() == 2) ||
+           (!isAllocation && HostApi::CanFail(AtomSpelling(arguments[0])) &&
+            (arguments.size() == 2 || std::holds_alternative<std::int64_t>(arguments[2])));
+}
+
 struct DirectiveRow {
     std::string_view keyword;
-    Directive directive;  // None: known, but not there yet
+    Directive directive;
     bool (*fits)(Arguments);
     std::string_view expects;
 };
 
 // clang-format off
 constexpr DirectiveRow kDirectives[] = {
-    // keyword       directive            fits           expects
-    {"connect",    Directive::Connect, InletAndFlag,  "INLET 0|1"},
-    {"rate",       Directive::Rate,    OneRate,       "HZ (a whole number, 1 to 1000000)"},
-    {"vector",     Directive::Vector,  OneVectorSize, "N (a power of two, 1 to 4096)"},
-    {"inspect",    Directive::Inspect, None,          "nothing"},
-    {"assist",     Directive::Assist,  None,          "nothing"},
-    {"methods",    Directive::Methods, None,          "nothing"},
-    {"sync",       Directive::Sync,    None,          "nothing"},
-    {"layout",     Directive::Layout,  OneLayout,     "NAME, one of: "},
-    {"free",       Directive::Free,    None,          "nothing"},
-    {"searchpath", Directive::None,    nullptr,       ""},
-    {"saveas",     Directive::None,    nullptr,       ""},
-    {"open",       Directive::None,    nullptr,       ""},
-    {"osc",        Directive::None,    nullptr,       ""},
+    // keyword       directive              fits              expects
+    {"connect",    Directive::Connect,    InletAndFlag,     "INLET 0|1"},
+    {"rate",       Directive::Rate,       OneRate,          "HZ (a whole number, 1 to 1000000)"},
+    {"vector",     Directive::Vector,     OneVectorSize,    "N (a power of two, 1 to 4096)"},
+    {"dsp",        Directive::Dsp,        OneFlag,          "0|1"},
+    {"inspect",    Directive::Inspect,    None,             "nothing"},
+    {"assist",     Directive::Assist,     None,             "nothing"},
+    {"methods",    Directive::Methods,    None,             "nothing"},
+    {"watch",      Directive::Watch,      OneFlag,          "0|1"},
+    {"sync",       Directive::Sync,       None,             "nothing"},
+    {"from",       Directive::From,       ThreadAndMessage, "main|scheduler|audio MESSAGE ATOMS..."},
+    {"layout",     Directive::Layout,     OneLayout,        "NAME, one of: "},
+    {"searchpath", Directive::SearchPath, OneWord,          "DIR"},
+    {"open",       Directive::Open,       WordOrNone,       "FILE, or nothing (cancelled)"},
+    {"saveas",     Directive::SaveAs,     WordOrNone,       "FILE, or nothing (cancelled)"},
+    {"osc",        Directive::Osc,        OneWord,          "FILE"},
+    {"preset",     Directive::Preset,     PresetAndSlot,    "store|recall|print SLOT"},
+    {"pattr",      Directive::Pattr,      PattrAction,      "get, set [VALUES...], cut N or print"},
+    {"dictionary", Directive::Dictionary, DictionaryAction, "NAME set KEY VALUES..., clear, print, read FILE or write FILE"},
+    {"fail",       Directive::Fail,       CallAndNumber,    "allocation N, or FUNCTION N [CODE] with a function that can fail"},
+    {"remake",     Directive::Remake,     BoxOrNone,        "nothing or BOX TEXT"},
+    {"free",       Directive::Free,       None,             "nothing"},
 };
 // clang-format on
+
+/// Whether a directive may stand before the object.
+bool NeedsNoObject(Directive directive) {
+    return directive == Directive::SearchPath || directive == Directive::Open ||
+           directive == Directive::SaveAs || directive == Directive::Fail;
+}
 
 /// Reads the statements of one script; `line_` follows for the faults.
 class Parser {
@@ -110,7 +178,9 @@ private:
     }
 
     void ReadStatement(std::span<const Word> words) {
-        if (script_.box.empty()) return ReadObject(words);
+        const bool isEarly = script_.box.empty() && words.size() > 1 &&
+                             words.front().IsKeyword("host") && IsPreparation(words[1]);
+        if (script_.box.empty() && !isEarly) return ReadObject(words);
         Statement statement;
         statement.line = line_;
         if (words.front().IsKeyword("at")) {
@@ -128,7 +198,13 @@ private:
         }
         for (const Word& word : words) statement.atoms.push_back(word.atom);
         CheckArguments(statement);
-        script_.statements.push_back(std::move(statement));
+        (isEarly ? script_.before : script_.statements).push_back(std::move(statement));
+    }
+
+    static bool IsPreparation(const Word& word) {
+        const auto* row =
+            std::ranges::find(kDirectives, AtomSpelling(word.atom), &DirectiveRow::keyword);
+        return row != std::end(kDirectives) && NeedsNoObject(row->directive);
     }
 
     void ReadObject(std::span<const Word> words) {
@@ -154,8 +230,6 @@ private:
         const std::string spelling = AtomSpelling(word.atom);
         const auto* row = std::ranges::find(kDirectives, spelling, &DirectiveRow::keyword);
         if (row == std::end(kDirectives)) Fail("unknown directive 'host " + spelling + "'");
-        if (row->directive == Directive::None)
-            Fail("'host " + spelling + "' is not available in this version");
         return row->directive;
     }
 
@@ -173,9 +247,11 @@ private:
         bool freed = false;
         for (const Statement& statement : script_.statements) {
             line_ = statement.line;
-            if (freed && statement.directive == Directive::None)
-                Fail("the object has been freed before this message");
+            const bool isMessage =
+                statement.directive == Directive::None || statement.directive == Directive::From;
+            if (freed && isMessage) Fail("the object has been freed before this message");
             freed |= statement.directive == Directive::Free;
+            freed &= statement.directive != Directive::Remake;
         }
     }
 

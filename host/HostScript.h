@@ -28,6 +28,18 @@ enum class Directive : std::uint8_t {
     Methods,
     Sync,
     Layout,
+    SearchPath,
+    Open,
+    SaveAs,
+    Osc,
+    Dsp,
+    From,
+    Preset,
+    Pattr,
+    Dictionary,
+    Watch,
+    Remake,
+    Fail,
     Free
 };
 
@@ -41,6 +53,7 @@ struct Statement {
 
 struct Script {
     std::string name;                   // as faults show it
+    std::vector<Statement> before;      // the object: search path, dialogs, failures
     int objectLine = 0;                 // of the `object` statement
     std::vector<Atom> box;              // the box text; the first atom is the class name
     std::vector<Statement> statements;  // as they happen: untimed ones, then by time

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "HostAllocations.h"
+
+#include "HostPlatform.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace Quilo::Host {
+
+namespace {
+
+std::atomic<std::size_t> liveAllocations = 0;
+constinit thread_local unsigned callsUntilFailure = 0;  // 0: none is planned
+constinit thread_local bool looking = false;            // who looks may allocate
+
+}  // namespace
+
+bool FailAllocation(unsigned n) {
+    callsUntilFailure = n;
+    return KnowsCallers();
+}
+
+bool AllocationFailureWaits() { return callsUntilFailure > 0; }
+
+std::size_t CountAllocations() { return liveAllocations; }
+
+namespace {
+
+bool ShallFail() {
+    if (callsUntilFailure == 0 || looking) return false;
+    looking = true;
+    const bool ofModule = CalledByModule();
+    looking = false;
+    return ofModule && --callsUntilFailure == 0;
+}
+
+}  // namespace
+
+#if !defined(_WIN32)
+
+namespace {
+
+void* Allocate(std::size_t size, std::size_t alignment) {
+    const std::size_t whole = (size + alignment - 1) / alignment * alignment;
+    void* const memory = ShallFail()      ? nullptr
+                         : alignment <= 1 ? std::malloc(size > 0 ? size : 1)
+                                          : std::aligned_alloc(alignment, whole);
+    if (!memory) throw std::bad_alloc();
+    liveAllocations.fetch_add(1, std::memory_order_relaxed);
+    return memory;
+}
+
+void Release(void* memory) {
+    if (memory) liveAllocations.fetch_sub(1, std::memory_order_relaxed);
+    std::free(memory);
+}
+
+}  // namespace
+
+#endif
+
+}  // namespace Quilo::Host
+
+// The program's operators stand before those of the standard library for the module, too. The
+// forms that are not here call these.
+#if !defined(_WIN32)
+
+void* operator new(std::size_t size) { return Quilo::Host::Allocate(size, 1); }
+
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return Quilo::Host::Allocate(size, static_cast<std::size_t>(alignment));
+}
+
+void operator delete(void* memory) noexcept { Quilo::Host::Release(memory); }
+
+void operator delete(void* memory, std::size_t) noexcept { Quilo::Host::Release(memory); }
+
+void operator delete(void* memory, std::align_val_t) noexcept { Quilo::Host::Release(memory); }
+
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    Quilo::Host::Release(memory);
+}
+
+#endif

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// What a patcher keeps of an object's state: presets, the value of a pattr, dictionaries.
+#pragma once
+
+#include "HostObject.h"
+#include "HostScript.h"
+
+#include <map>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Quilo::Host {
+
+class Console;
+
+/// Why a statement cannot be carried out, without the place in the script.
+struct StatementFault : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Outlives the objects that it stores and restores: what one object gave can be given to the next.
+/// All of it belongs to the main thread and throws StatementFault.
+class State {
+public:
+    State(Object& object, Console& console);
+    ~State();
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    void Preset(std::span<const Atom> words);      // store SLOT | recall SLOT | print SLOT
+    void Pattr(std::span<const Atom> words);       // get | set [VALUES...] | cut N | print
+    void Dictionary(std::span<const Atom> words);  // NAME set|clear|print|read|write ...
+
+    /// Takes a copy of a dictionary that left the dump outlet; its name is "received".
+    void Receive(t_symbol* name);
+
+private:
+    t_dictionary* Named(const std::string& name);
+
+    Object& object_;
+    Console& console_;
+    std::map<std::int64_t, std::vector<HostApi::PresetRecord>> presets_;
+    std::vector<t_atom> pattr_;
+    std::map<std::string, t_dictionary*> dictionaries_;  // the host's own
+};
+
+}  // namespace Quilo::Host
