@@ -6,6 +6,9 @@
 namespace tav {
 
 const SectionKernels& SectionKernelsNamed([[maybe_unused]] std::string_view name) noexcept {
+#if defined(TAV_X86_KERNELS)
+    if (name == "avx2" || name == "avx512") return Avx2SectionKernels();
+#endif
     return ScalarSectionKernels();
 }
 

@@ -30,7 +30,9 @@ struct SectionBank {
     double step2[kSectionLanes] = {};
 };
 
-/// @param banks  numBanks in series      @param numLanes  channels, 1 .. kSectionLanes
+/// @param banks  numBanks in series
+/// @param numLanes  channels, 1 .. kSectionLanes; what the banks hold of the others is of no
+/// meaning
 /// @param outputs, inputs  numLanes pointers, n samples each; an output may be its own input
 struct SectionRun {
     SectionBank* banks;
@@ -50,7 +52,8 @@ struct SectionKernels {
     void (*runMoving)(const SectionRun& run) noexcept TAV_NONBLOCKING;
 };
 
-/// The set with the name that a set of gain kernels has; the scalar one for any other name.
+/// The set that goes with the gain kernels of that name; the scalar one for any other name. Wider
+/// vectors than those of AVX2 gain nothing here.
 /// @pre  this machine runs the gain kernels of that name
 const SectionKernels& SectionKernelsNamed(std::string_view name) noexcept;
 /// The set that goes with BestKernels().  Thread: control.
@@ -58,5 +61,6 @@ const SectionKernels& BestSectionKernels() noexcept;
 
 // One file each.
 const SectionKernels& ScalarSectionKernels() noexcept;  // the reference twin
+const SectionKernels& Avx2SectionKernels() noexcept;
 
 }  // namespace tav
