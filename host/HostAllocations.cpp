@@ -12,19 +12,23 @@ namespace Quilo::Host {
 namespace {
 
 std::atomic<std::size_t> liveAllocations = 0;
-constinit thread_local unsigned callsUntilFailure = 0;  // 0: none is planned
-constinit thread_local bool looking = false;            // who looks may allocate
+constinit thread_local unsigned callsUntilFailure = 0;         // 0: none is planned
+[[maybe_unused]] constinit thread_local bool looking = false;  // who looks may allocate
 
 }  // namespace
 
 bool FailAllocation(unsigned n) {
     callsUntilFailure = n;
-    return KnowsCallers();
+    return WatchesAllocations();
 }
 
 bool AllocationFailureWaits() { return callsUntilFailure > 0; }
 
+bool RefuseAllocation() { return callsUntilFailure > 0 && --callsUntilFailure == 0; }
+
 std::size_t CountAllocations() { return liveAllocations; }
+
+#if !defined(_WIN32)
 
 namespace {
 
@@ -33,14 +37,8 @@ bool ShallFail() {
     looking = true;
     const bool ofModule = CalledByModule();
     looking = false;
-    return ofModule && --callsUntilFailure == 0;
+    return ofModule && RefuseAllocation();
 }
-
-}  // namespace
-
-#if !defined(_WIN32)
-
-namespace {
 
 void* Allocate(std::size_t size, std::size_t alignment) {
     const std::size_t whole = (size + alignment - 1) / alignment * alignment;

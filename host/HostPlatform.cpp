@@ -2,8 +2,10 @@
 // The only file of the host that knows operating systems: Windows above, POSIX below.
 #include "HostPlatform.h"
 
+#include "HostAllocations.h"
 #include "HostFault.h"
 
+#include <cstdint>
 #include <iterator>
 #include <string_view>
 
@@ -75,11 +77,55 @@ SharedLibrary::Function SharedLibrary::Find(const char* name) const {
     return reinterpret_cast<Function>(GetProcAddress(static_cast<HMODULE>(handle_), name));
 }
 
-void WatchModule(const SharedLibrary&) {}
+namespace {
 
-bool KnowsCallers() { return false; }
+using Malloc = void*(std::size_t);
+Malloc* moduleMalloc = nullptr;  // what the module imports
 
-bool CalledByModule() { return false; }
+void* WatchedMalloc(std::size_t size) { return RefuseAllocation() ? nullptr : moduleMalloc(size); }
+
+template <class T>
+T* At(char* base, std::uint32_t offset) {
+    return reinterpret_cast<T*>(base + offset);
+}
+
+/// Puts another function into a place of the import table.
+void Replace(IMAGE_THUNK_DATA& place, Malloc* function) {
+    DWORD before = 0;
+    VirtualProtect(&place, sizeof place, PAGE_READWRITE, &before);
+    place.u1.Function = reinterpret_cast<ULONGLONG>(function);
+    VirtualProtect(&place, sizeof place, before, &before);
+}
+
+/// The functions that one library gives the module.
+void WatchImports(char* base, const IMAGE_IMPORT_DESCRIPTOR& library) {
+    auto* name = At<IMAGE_THUNK_DATA>(base, library.OriginalFirstThunk);
+    auto* place = At<IMAGE_THUNK_DATA>(base, library.FirstThunk);
+    for (; name->u1.AddressOfData != 0; ++name, ++place) {
+        if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) continue;
+        const auto offset = static_cast<std::uint32_t>(name->u1.AddressOfData);
+        const auto* const import = At<IMAGE_IMPORT_BY_NAME>(base, offset);
+        if (std::string_view(reinterpret_cast<const char*>(import->Name)) != "malloc") continue;
+        moduleMalloc = reinterpret_cast<Malloc*>(place->u1.Function);
+        Replace(*place, WatchedMalloc);
+    }
+}
+
+}  // namespace
+
+// The run-time library is part of the module, and takes its memory from the system's malloc.
+void WatchModule(const SharedLibrary& library) {
+    auto* const base = static_cast<char*>(library.handle_);
+    const auto* const dos = At<IMAGE_DOS_HEADER>(base, 0);
+    const auto* const headers =
+        At<IMAGE_NT_HEADERS>(base, static_cast<std::uint32_t>(dos->e_lfanew));
+    const auto& imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    if (imports.Size == 0) return;
+    const auto* from = At<IMAGE_IMPORT_DESCRIPTOR>(base, imports.VirtualAddress);
+    for (; from->Name != 0; ++from) WatchImports(base, *from);
+}
+
+bool WatchesAllocations() { return moduleMalloc != nullptr; }
 
 #else
 
@@ -132,7 +178,7 @@ void WatchModule(const SharedLibrary& library) {
             moduleBase = BaseOf(reinterpret_cast<const void*>(function), name);
 }
 
-bool KnowsCallers() { return moduleBase != nullptr; }
+bool WatchesAllocations() { return moduleBase != nullptr; }
 
 bool CalledByModule() {
     void* frames[24];

@@ -38,14 +38,16 @@ private:
     void* handle_;
 };
 
-/// The module whose calls CalledByModule tells from others.
+/// From now on the allocations of this module can be made to fail (HostAllocations.h).
 void WatchModule(const SharedLibrary& library);
 
-/// Whether callers can be known on this system.
-bool KnowsCallers();
+/// Whether a module is watched.
+bool WatchesAllocations();
 
+#if !defined(_WIN32)
 /// Whether the code that called for the caller of this is the module's, the standard library's
 /// functions between them left out.  Slow.
 bool CalledByModule();
+#endif
 
 }  // namespace Quilo::Host
