@@ -6,6 +6,7 @@
 #include "QuiloPanDocumentation.h"
 #include "QuiloPanMessages.h"
 #include "QuiloPanObject.h"
+#include "max/VelkMaxStandardMessages.h"
 
 #include "ext.h"
 #include "z_dsp.h"
@@ -177,7 +178,10 @@ extern "C" MAX_EXPORTED void ext_main(void*) {
     Guarded(nullptr, &object_error, [] {
         VelkMax::AddClassDocumentation(panClass, Quilo::External::PanTilda::Documentation());
         AddHostMethods(panClass);
-        VelkMax::AddMessages(panClass, Quilo::PanMessages());
+        for (const auto rows : {VelkMax::StandardMessages(), Quilo::PanMessages()}) {
+            VelkMax::AddMessages(panClass, rows);
+            VelkMax::DocumentMessages(panClass, rows);
+        }
         VelkMax::AddClassAttributes(panClass, Quilo::PanClassAttributes());
     });
     class_dspinit(panClass);

@@ -280,11 +280,11 @@ t_atom_long dictionary_getentrycount(const t_dictionary* d) {
 }
 
 t_max_err dictionary_getkeys(const t_dictionary* d, max_long* count, t_symbol*** keys) {
-    if (const auto code = InjectedFailure("dictionary_getkeys")) return *code;
     return dictionary_getkeys_ordered(d, count, keys);
 }
 
 t_max_err dictionary_getkeys_ordered(const t_dictionary* d, max_long* count, t_symbol*** keys) {
+    if (const auto code = InjectedFailure("dictionary_getkeys_ordered")) return *code;
     const Dictionary* dictionary = AsDictionary(d);
     if (!dictionary) return MAX_ERR_INVALID_PTR;
     const std::size_t size = dictionary->entries.size();

@@ -29,7 +29,7 @@ constexpr std::array<std::string_view, 35> kFailing{
     "dictionary_appendsym",
     "dictionary_copyatoms",
     "dictionary_getatoms",
-    "dictionary_getkeys",
+    "dictionary_getkeys_ordered",
     "dictionary_new",
     "dictionary_read",
     "dictionary_write",

@@ -34,6 +34,24 @@ void AddList(t_class* type, const char* property, std::span<const ArgumentDoc> r
                              static_cast<max_long>(atoms.size()), atoms.data());
 }
 
+/// Made for the first message and kept for the life of the class.
+t_dictionary* MethodsOf(t_class* type) {
+    t_symbol* const description = gensym("classdescription");
+    max_long count = 0;
+    t_atom* atoms = nullptr;
+    class_attr_attr_getvalueof(type, description, gensym("methods"), &count, &atoms);
+    auto* methods = count > 0 ? static_cast<t_dictionary*>(atom_getobj(atoms)) : nullptr;
+    sysmem_freeptr(atoms);
+    if (methods == nullptr) {
+        methods = dictionary_new();
+        t_atom atom{};
+        atom_setobj(&atom, methods);
+        class_attr_addattr_atoms(type, description->s_name, "methods", gensym("object"), 0, 1,
+                                 &atom);
+    }
+    return methods;
+}
+
 }  // namespace
 
 void AddClassDocumentation(t_class* type, const ClassDocumentation& documentation) {
@@ -48,6 +66,24 @@ void AddClassDocumentation(t_class* type, const ClassDocumentation& documentatio
     AddList(type, "arguments", documentation.arguments);
     AddList(type, "inlets", documentation.inlets);
     AddList(type, "outlets", documentation.outlets);
+}
+
+void DocumentMessages(t_class* type, std::span<const MessageRow> rows) {
+    t_dictionary* const methods = MethodsOf(type);
+    for (const MessageRow& row : rows) {
+        if (row.digest == nullptr) continue;
+        std::vector<const char*> texts{row.digest,
+                                       row.description != nullptr ? row.description : ""};
+        for (const ArgumentDoc& argument : row.arguments) {
+            texts.insert(texts.end(), {argument.type, argument.name});
+        }
+        std::vector<t_atom> atoms(texts.size());
+        for (std::size_t index = 0; index < texts.size(); ++index) {
+            atom_setsym(&atoms[index], gensym(texts[index]));
+        }
+        dictionary_appendatoms(methods, gensym(row.name), static_cast<max_long>(atoms.size()),
+                               atoms.data());
+    }
 }
 
 }  // namespace VelkMax

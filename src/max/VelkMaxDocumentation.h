@@ -24,4 +24,9 @@ struct ClassDocumentation {
 /// "arguments", "inlets" and "outlets", three symbols a row: type, name, description.
 void AddClassDocumentation(t_class* type, const ClassDocumentation& documentation);
 
+/// Keeps what the rows with a digest say, for the reference page: a dictionary under the property
+/// "methods" of classdescription. An entry holds symbols: digest, description, then type and name
+/// of each argument. Pattern: AddClassDocumentation DocumentMessages*
+void DocumentMessages(t_class* type, std::span<const MessageRow> rows);
+
 }  // namespace VelkMax

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Every console text of the object's tables stands in a transcript, word for word.
+// Every console text of the object's tables stands in a transcript, word for word; those that only
+// failing calls of Max bring up, in a test beside this one.
 #include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
@@ -27,14 +28,25 @@ std::vector<TextRow> TextsOf(const char* file) {
     return texts;
 }
 
-std::vector<std::string> ConsoleLinesOfTranscripts() {
-    static const std::regex line("#> (?:post|warn|error|bug): (.*)");
+/// Lines of transcripts ("#> error: ...") and of the tests beside this one ("error: ...").
+std::vector<std::string> ExpectedConsoleLines() {
+    struct Place {
+        const char* folder;
+        const char* extension;
+        std::regex line;
+    };
+    const Place places[] = {
+        {"/tests/transcripts", ".txt", std::regex("#> (?:post|warn|error|bug): (.*)")},
+        {"/tests/src", ".cpp", std::regex(R"re("(?:post|warn|error|bug): ([^"]*)")re")}};
     std::vector<std::string> lines;
-    for (const auto& entry :
-         std::filesystem::directory_iterator(QUILO_SOURCE_DIR "/tests/transcripts")) {
-        for (const std::string& text : Lines(ReadText(entry.path()))) {
-            std::smatch match;
-            if (std::regex_match(text, match, line)) lines.push_back(match[1]);
+    for (const Place& place : places) {
+        for (const auto& entry :
+             std::filesystem::directory_iterator(std::string(QUILO_SOURCE_DIR) + place.folder)) {
+            if (entry.path().extension() != place.extension) continue;
+            const std::string text = ReadText(entry.path());
+            for (std::sregex_iterator match(text.begin(), text.end(), place.line), end;
+                 match != end; ++match)
+                lines.push_back((*match)[1]);
         }
     }
     return lines;
@@ -45,7 +57,7 @@ std::vector<std::string> ConsoleLinesOfTranscripts() {
 std::regex PatternOf(const TextRow& row) {
     const std::string plain =
         std::regex_replace(row.text, std::regex(R"([.*+?^$()\[\]{}|\\])"), R"(\$&)");
-    const std::string numbers = std::regex_replace(plain, std::regex("%d"), "-?[0-9]+");
+    const std::string numbers = std::regex_replace(plain, std::regex("%l?d"), "-?[0-9]+");
     const std::string refused = row.name.starts_with("kInvalid") ? "(?: .*)?" : "";
     return std::regex(std::regex_replace(numbers, std::regex("%s"), ".*") + refused);
 }
@@ -57,17 +69,17 @@ const std::set<std::string> kBeyondScripts{"kOutOfMemory",       "kUnknownExcept
 
 }  // namespace
 
-TEST(ConsoleTexts, StandInTranscripts) {
-    const std::vector<std::string> lines = ConsoleLinesOfTranscripts();
+TEST(ConsoleTexts, StandInTests) {
+    const std::vector<std::string> lines = ExpectedConsoleLines();
     std::size_t numTexts = 0;
-    for (const char* file : {"QuiloPanTexts.h", "max/VelkMaxTexts.h"}) {
+    for (const char* file : {"QuiloPanTexts.h", "max/VelkMaxTexts.h", "max/VelkMaxStateTexts.h"}) {
         for (const TextRow& row : TextsOf(file)) {
             ++numTexts;
             if (kBeyondScripts.contains(row.name)) continue;
             const std::regex pattern = PatternOf(row);
             EXPECT_TRUE(std::ranges::any_of(
                 lines, [&](const std::string& line) { return std::regex_match(line, pattern); }))
-                << row.name << " \"" << row.text << "\" stands in no transcript";
+                << row.name << " \"" << row.text << "\" stands in no test";
         }
     }
     EXPECT_GT(numTexts, 30u) << "the tables were not found";

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "max/VelkMaxDictionaries.h"
+
+#include "max/VelkMaxFiles.h"
+#include "max/VelkMaxHandlers.h"
+#include "max/VelkMaxMaxAttribute.h"
+#include "max/VelkMaxRestoring.h"
+#include "max/VelkMaxState.h"
+#include "max/VelkMaxStateTexts.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace VelkMax {
+
+namespace {
+
+constexpr t_fourcc kJson = FileType("JSON");
+
+struct FreeObject {
+    void operator()(t_dictionary* dictionary) const { object_free(dictionary); }
+};
+struct ReleaseReference {
+    void operator()(t_dictionary* dictionary) const { dictobj_release(dictionary); }
+};
+using OwnedDictionary = std::unique_ptr<t_dictionary, FreeObject>;
+using RetainedDictionary = std::unique_ptr<t_dictionary, ReleaseReference>;
+
+// ---- Writing
+
+/// Adds one entry by the call that fits the atoms.
+void AppendAttribute(t_dictionary* dictionary, t_object* object, t_symbol* name) {
+    AttributeValue value(object, name);
+    if (value.error != MAX_ERR_NONE) {
+        return Bug(object, kAppendUnread, ErrorText(value.error), name->s_name);
+    }
+    const Atoms atoms = value.atoms.View();
+    if (!std::ranges::all_of(atoms.Span(), IsPlainAtom)) return Error(object, kAppendUnknownAtom);
+    if (atoms.Size() > 1) {
+        dictionary_appendatoms(dictionary, name, value.atoms.Count(), *value.atoms.AtomsPlace());
+    } else if (atoms.IsLong(0)) {
+        dictionary_appendlong(dictionary, name, atoms.Long(0));
+    } else if (atoms.IsNumber(0)) {
+        dictionary_appendfloat(dictionary, name, atoms.Float(0));
+    } else if (atoms.IsSymbol(0)) {
+        dictionary_appendsym(dictionary, name, atoms.Symbol(0));
+    }
+}
+
+void AppendAll(t_dictionary* dictionary, t_object* object) {
+    for (const MaxAttribute& attribute : ListAttributes(object)) {
+        AppendAttribute(dictionary, object, attribute.Name());
+    }
+}
+
+/// The dictionary that an object gives away; made when it is first wanted, freed with the object.
+/// Null when there is no memory for it.
+t_dictionary* DictionaryOf(t_object* object) {
+    t_symbol* const key = gensym("velkmax_dictionary");
+    t_object* kept = nullptr;
+    object_obex_lookup(object, key, &kept);
+    if (kept != nullptr) return reinterpret_cast<t_dictionary*>(kept);
+    OwnedDictionary made(dictionary_new());
+    t_symbol* name = nullptr;
+    t_dictionary* const registered = dictobj_register(made.get(), &name);
+    if (registered == nullptr) return nullptr;
+    static_cast<void>(made.release());
+    object_obex_store(object, key, &registered->d_obj);
+    return registered;
+}
+
+// ---- Reading
+
+/// The atoms of an entry, texts as symbols.
+/// @return Max's error; atoms of another kind than attributes have stay among them
+t_max_err ReadEntry(t_dictionary* dictionary, t_symbol* key, std::vector<t_atom>& atoms) {
+    OwnedAtoms entry;
+    if (dictionary_entryisstring(dictionary, key) != 0) {
+        const char* text = nullptr;
+        const t_max_err error = dictionary_getstring(dictionary, key, &text);
+        if (error == MAX_ERR_NONE) atom_setsym(&atoms.emplace_back(), gensym(text));
+        return error;
+    }
+    const t_max_err error =
+        dictionary_copyatoms(dictionary, key, entry.CountPlace(), entry.AtomsPlace());
+    const auto view = entry.View().Span();
+    if (error == MAX_ERR_NONE) atoms.assign(view.begin(), view.end());
+    return error;
+}
+
+/// What is said about entries that cannot be used.
+struct EntryTexts {
+    const Text<const char*>& noEntry;
+    const Text<const char*>& noAtom;
+};
+constexpr EntryTexts kDictionaryTexts{kNoEntry, kEntryNoAtom};
+constexpr EntryTexts kCreationTexts{kCreationNoEntry, kCreationEntryUnread};
+
+/// Sets the attribute of one key; says what is wrong with the entry.
+void ApplyEntry(t_object* object, t_dictionary* dictionary, t_symbol* key, const EntryTexts& say) {
+    std::vector<t_atom> atoms;
+    if (ReadEntry(dictionary, key, atoms) != MAX_ERR_NONE) {
+        return Error(object, say.noEntry, key->s_name);
+    }
+    if (!std::ranges::all_of(atoms, IsPlainAtom)) return Error(object, say.noAtom, key->s_name);
+    SetAttribute(object, key, Atoms(atoms));
+}
+
+bool ApplyDictionary(t_object* object, t_dictionary* dictionary) {
+    const DictionaryKeys keys(dictionary);
+    if (!keys.IsRead()) return false;
+    const RestoringState restoring;
+    for (t_symbol* key : keys.View()) {
+        if (object_attr_get(object, key) == nullptr) {
+            Error(object, kNoAttribute, key->s_name);
+        } else {
+            ApplyEntry(object, dictionary, key, kDictionaryTexts);
+        }
+    }
+    return true;
+}
+
+// ---- Files
+
+void ReadPlace(t_object* object, const FilePlace& place) {
+    t_dictionary* read = nullptr;
+    const t_max_err error = dictionary_read(place.name.c_str(), place.folder, &read);
+    const OwnedDictionary dictionary(read);
+    if (error == MAX_ERR_NONE && read != nullptr && ApplyDictionary(object, read)) return;
+    Error(object, kDictionaryUnparsed, place.name.c_str());
+}
+
+void AskAndExport(void* x, t_symbol*, short, t_atom*) noexcept {
+    auto* const object = static_cast<t_object*>(x);
+    Guarded(object, &object_error, [&] {
+        const auto place = AskWhereToSave("file.json", kJson);
+        if (!place) return;
+        const OwnedDictionary dictionary(dictionary_new());
+        if (dictionary == nullptr) throw std::bad_alloc();
+        AppendAll(dictionary.get(), object);
+        const t_max_err error =
+            dictionary_write(dictionary.get(), place->name.c_str(), place->folder);
+        if (error != MAX_ERR_NONE) Error(object, kNotWritten, FullPath(*place).c_str());
+    });
+}
+
+void AskAndRead(void* x, t_symbol*, short, t_atom*) noexcept {
+    auto* const object = static_cast<t_object*>(x);
+    Guarded(object, &object_error, [&] {
+        if (const auto place = AskForFile({&kJson, 1})) ReadPlace(object, *place);
+    });
+}
+
+void ReadNamed(void* x, t_symbol* name, short, t_atom*) noexcept {
+    auto* const object = static_cast<t_object*>(x);
+    Guarded(object, &object_error, [&] {
+        if (const auto place = LocateFile(name->s_name)) return ReadPlace(object, *place);
+        Error(object, kNotLocated, name->s_name);
+    });
+}
+
+}  // namespace
+
+// ---- Messages
+
+void DumpDictMessage(AnyObject& any, Atoms atoms) {
+    t_object* const object = MaxObjectOf(any);
+    t_object* const outlet = DumpOutlet(object);
+    if (outlet == nullptr) return;
+    for (std::size_t index = 0; index < atoms.Size(); ++index) {
+        if (!atoms.IsSymbol(index)) return Reject(object, kInvalidDumpDict, atoms);
+    }
+    t_dictionary* const dictionary = DictionaryOf(object);
+    t_symbol* const name = dictionary != nullptr ? dictobj_namefromptr(dictionary) : nullptr;
+    if (name == nullptr) return Error(object, kNotOutlet);
+    dictionary_clear(dictionary);
+    if (atoms.Empty()) AppendAll(dictionary, object);
+    for (std::size_t index = 0; index < atoms.Size(); ++index) {
+        AppendAttribute(dictionary, object, atoms.Symbol(index));
+    }
+    t_atom atom{};
+    atom_setsym(&atom, name);
+    if (outlet_anything(outlet, gensym("dictionary"), 1, &atom) == nullptr) {
+        Error(object, kNotOutlet);
+    }
+}
+
+void DictionaryMessage(AnyObject& any, t_symbol* name) {
+    t_object* const object = MaxObjectOf(any);
+    const RetainedDictionary dictionary(dictobj_findregistered_retain(name));
+    if (dictionary == nullptr) return Error(object, kNoDictionary, name->s_name);
+    if (!ApplyDictionary(object, dictionary.get())) {
+        Error(object, kDictionaryUnparsed, name->s_name);
+    }
+}
+
+void ExportDictMessage(AnyObject& any) { DeferDialog(MaxObjectOf(any), &AskAndExport); }
+
+void ReadDictMessage(AnyObject& any, t_symbol* name) {
+    if (name->s_name[0] == '\0') return DeferDialog(MaxObjectOf(any), &AskAndRead);
+    DeferFileWork(MaxObjectOf(any), &ReadNamed, name);
+}
+
+// ---- Creation
+
+CreationDictionary::CreationDictionary(t_object* object,
+                                       std::span<t_atom> arguments,
+                                       std::span<const char* const> needed)
+    : object_(object),
+      dictionary_(object_dictionaryarg(static_cast<max_long>(arguments.size()), arguments.data())) {
+    if (!IsGiven()) return;
+    for (const char* name : needed) {
+        if (dictionary_hasentry(dictionary_, gensym(name)) == 0) {
+            Warn(object_, kCreationNoEntry, name);
+        }
+    }
+}
+
+bool CreationDictionary::SetKnown() {
+    if (!IsGiven()) return true;
+    const DictionaryKeys keys(dictionary_);
+    if (!keys.IsRead()) {
+        Error(object_, kCreationUnparsed);
+        Error(object_, kCreationUnprocessed);
+        return false;
+    }
+    const RestoringState restoring;
+    for (t_symbol* key : keys.View()) {
+        const bool isDone = std::ranges::find(done_, key) != done_.end();
+        if (isDone || object_attr_get(object_, key) == nullptr) continue;
+        done_.push_back(key);
+        ApplyEntry(object_, dictionary_, key, kCreationTexts);
+    }
+    return true;
+}
+
+void CreationDictionary::ReportUnknown() const {
+    if (IsGiven()) attr_dictionary_check(object_, dictionary_);
+}
+
+}  // namespace VelkMax

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// One attribute of one object, asked through Max: what it holds and what is said about it.
+//
+// Everything that lists, stores or documents attributes asks here, whatever the object. What Max
+// refuses is posted on the object and answered as if there were nothing.
+#pragma once
+
+#include "max/VelkMaxAtoms.h"
+
+#include <optional>
+
+namespace VelkMax {
+
+/// The name of an error code of Max.
+const char* ErrorText(t_max_err error) noexcept;
+
+/// Atoms that Max made for us; given back with this.
+class OwnedAtoms {
+public:
+    OwnedAtoms() = default;
+    ~OwnedAtoms() { sysmem_freeptr(atoms_); }
+    OwnedAtoms(OwnedAtoms&& other) noexcept;
+    OwnedAtoms& operator=(OwnedAtoms&&) = delete;
+
+    /// Where Max writes its answer.
+    max_long* CountPlace() noexcept { return &count_; }
+    t_atom** AtomsPlace() noexcept { return &atoms_; }
+
+    max_long Count() const noexcept { return count_; }
+    bool IsValid() const noexcept { return count_ == 0 || (count_ > 0 && atoms_ != nullptr); }
+    Atoms View() const { return Atoms(count_, atoms_); }
+
+private:
+    max_long count_ = 0;
+    t_atom* atoms_ = nullptr;
+};
+
+/// Reads the value of an attribute. @param x  an object, or an attribute: then `name` is a property
+struct AttributeValue {
+    AttributeValue(void* x, t_symbol* name);
+
+    OwnedAtoms atoms;
+    t_max_err error;
+};
+
+/// Thread: main or scheduler.  Throws: std::bad_alloc.
+class MaxAttribute {
+public:
+    /// @param owner  an object, or one of its attributes: then this is one of its properties
+    /// @param console  whose console row a failure is; `owner` when null
+    MaxAttribute(void* owner, t_symbol* name, t_object* console = nullptr);
+
+    bool Exists() const noexcept { return attribute_ != nullptr; }
+    t_symbol* Name() const noexcept { return name_; }
+    const char* Text() const noexcept { return name_->s_name; }
+    /// The attribute itself, whose attributes are its properties.
+    void* Object() const noexcept { return attribute_; }
+    MaxAttribute Property(const char* name) const;
+    std::vector<MaxAttribute> Properties() const;
+
+    /// The place in the inspector, if it has one.
+    std::optional<max_long> GetOrder() const;
+    std::vector<t_symbol*> GetEnumChoices() const;
+    /// As a message box shows it.
+    std::string GetValueOf() const;
+    bool IsInvisible() const;
+    /// Whether a message may set it, or read it.
+    bool CanBeSet() const;
+    bool CanBeRead() const;
+    bool CanBeReset() const;
+    std::size_t NumAtoms() const;
+    /// "int", "float", "symbol" or "unknown".
+    const char* TypeText() const;
+
+private:
+    void* owner_;
+    t_symbol* name_;
+    t_object* console_;
+    void* attribute_;
+};
+
+/// The visible attributes that a message may set and that have a value: by "order", 1 first, then
+/// those without, then the negative ones; equal ones by name.
+std::vector<MaxAttribute> ListAttributes(t_object* object);
+
+/// Sets an attribute from its "default" property.
+void ResetAttributeToDefault(t_object* object, const char* name);
+
+/// Sets an attribute; says what Max refused.  @param atoms  copied: filters may change them
+void SetAttribute(t_object* object, t_symbol* name, Atoms atoms);
+
+/// The kinds of atoms that attributes are made of.
+bool IsPlainAtom(const t_atom& atom) noexcept;
+
+}  // namespace VelkMax

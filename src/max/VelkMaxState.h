@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// The state of an object as the values of its attributes: posted, dumped, given to pattr and preset
+// and taken back.
+//
+// A state is one list of atoms: the values of the listed attributes one after the other, each with
+// as many atoms as it has. It fits an object of the same structure; any other number of atoms is
+// refused as a whole.
+#pragma once
+
+#include "max/VelkMaxAnyObject.h"
+#include "max/VelkMaxAtoms.h"
+
+namespace VelkMax {
+
+void PostAttributesMessage(AnyObject& object, Atoms atoms);
+void DumpMessage(AnyObject& object, Atoms atoms);
+void PresetMessage(AnyObject& object);
+void RecallPresetMessage(AnyObject& object, Atoms atoms);
+void VersionMessage(AnyObject& object);
+
+/// The two methods through which pattr works, as Max calls them.
+t_max_err GetValueOfMethod(void* x, max_long* argc, t_atom** argv) noexcept;
+t_max_err SetValueOfMethod(void* x, max_long argc, t_atom* argv) noexcept;
+
+/// Where answers leave the object; says so when there is no such outlet and answers null.
+t_object* DumpOutlet(t_object* object);
+
+/// What the class says its version is; empty when it says nothing.
+std::string VersionText(t_object* object);
+
+}  // namespace VelkMax
