@@ -35,6 +35,12 @@ Normalization NormalizationOf(const std::string& printed, unsigned dimension) {
 
 }  // namespace
 
+bool IsAmbisonic(const Object& object) {
+    const std::string type = object.AttributeText("type");
+    return DimensionOf(type) != 0 ||
+           (type == "bformat" && object.AttributeText("subtype") != "diffuse");
+}
+
 std::vector<tav::AmbixChannel> PlainChannels(std::size_t numOutlets) {
     std::vector<tav::AmbixChannel> channels(numOutlets);
     for (unsigned k = 0; k < numOutlets; ++k) channels[k] = {k, 1.0};
@@ -46,9 +52,8 @@ AmbixOutlets::AmbixOutlets(const Object& object)
       dimension_(DimensionOf(type_)) {
     const auto numOutlets = static_cast<unsigned>(object.NumSignalOutlets());
     const std::string outlets = std::to_string(numOutlets) + " outlets of " + type_;
+    if (!IsAmbisonic(object)) Refuse("the " + outlets + " are no ambisonic field");
     if (dimension_ == 0) {
-        if (type_ != "bformat" || object.AttributeText("subtype") == "diffuse")
-            Refuse("the " + outlets + " are no ambisonic field");
         if (numOutlets != 4) Refuse("the " + outlets + " are no full field, 4 are");
         channels_ = BformatToAmbix();
         return;

@@ -13,6 +13,10 @@ namespace Quilo::Host {
 
 class Object;
 
+/// Whether the outlets are an ambisonic field, of whatever order; else they feed loudspeakers or
+/// ears.
+bool IsAmbisonic(const Object& object);
+
 /// Every outlet as it is.
 std::vector<tav::AmbixChannel> PlainChannels(std::size_t numOutlets);
 

@@ -54,11 +54,13 @@ void DrawSourceKey(Svg& svg, std::size_t numSources, Spot spot) {
                  {.colour = kQuietInk});
 }
 
-void DrawSignKey(Svg& svg, Spot spot, double timeStep) {
+void DrawSignKey(Svg& svg, Spot spot, double timeStep, bool hasLoudspeakers) {
     constexpr double kRow = 26, kText = 30;
-    DrawSpeaker(svg, spot, 180);
-    svg.Text({spot.x + kText, spot.y}, "loudspeaker, with its outlet");
-    spot.y += kRow;
+    if (hasLoudspeakers) {
+        DrawSpeaker(svg, spot, 180);
+        svg.Text({spot.x + kText, spot.y}, "loudspeaker, with its outlet");
+        spot.y += kRow;
+    }
     DrawListener(svg, spot, true);
     svg.Text({spot.x + kText, spot.y}, "listener, facing the front");
     spot.y += kRow;
@@ -84,7 +86,7 @@ std::string DrawScene(const Scene& scene) {
     const double keyTop = kPlanTop + kSideHeight + 92;
     const std::size_t numSources = scene.path.empty() ? 0 : scene.path.back().sources.size();
     DrawSourceKey(svg, numSources, {kSideLeft, keyTop});
-    DrawSignKey(svg, {kSideLeft + 210, keyTop}, timeStep);
+    DrawSignKey(svg, {kSideLeft + 210, keyTop}, timeStep, !scene.speakers.empty());
 
     double y = kPlanTop + kPlanSize + 94;
     if (scene.seconds > 0) {

@@ -55,6 +55,7 @@ public:
           rateHz_(RunRate(options, inputs)),
           numFrames_(RunFrames(options, inputs, rateHz_)),
           numFed_(std::min(inputs.NumChannels(), object.NumSignalInlets())),
+          isAmbisonic_(IsAmbisonic(object)),
           chain_(object, rateHz_, options.vector),
           actions_(script, object, chain_, console) {
         for (std::size_t k = 0; k < numFed_; ++k) chain_.SetConnected(k, true);
@@ -167,7 +168,8 @@ private:
     void PlayVector(std::uint64_t frame) {
         if (recorder_ && recorder_->WantsPositions(frame))
             recorder_->AddPositions(frame, object_.AttributeNumbers("sourcespositions"),
-                                    object_.AttributeNumbers("speakerspositions"));
+                                    isAmbisonic_ ? std::vector<float>()
+                                                 : object_.AttributeNumbers("speakerspositions"));
         for (std::size_t k = 0; k < numFed_; ++k) inputs_.Read(k, frame, chain_.Input(k));
         chain_.Run();
         const auto kept =
@@ -206,6 +208,7 @@ private:
     double rateHz_;            // of the run and its files
     std::uint64_t numFrames_;  // likewise
     std::size_t numFed_;       // inlets with an input file
+    bool isAmbisonic_;         // no loudspeaker stands behind an outlet
     Chain chain_;
     Actions actions_;
     std::size_t next_ = 0;                  // of the script's statements

@@ -7,40 +7,22 @@
 One line a time slice; the loudest channel of a slice is marked. Levels are relative to the loudest
 channel of the whole file, so that a movement shows whatever the speech does.
 """
-import array
 import math
-import struct
 import sys
 
+from wav_samples import read_float_wav
+
 FLOOR_DB = -60.0
-
-
-def read_float_wav(name):
-    with open(name, "rb") as f:
-        data = f.read()
-    if data[:4] not in (b"RIFF", b"RF64") or data[8:12] != b"WAVE":
-        sys.exit(f"{name}: not a WAV file")
-    at, channels, rate = 12, 0, 0
-    while at + 8 <= len(data):
-        kind, size = data[at:at + 4], struct.unpack("<I", data[at + 4:at + 8])[0]
-        body = data[at + 8:at + 8 + size]
-        if kind == b"fmt ":
-            tag, channels, rate = struct.unpack("<HHI", body[:8])
-            if tag not in (3, 0xFFFE):
-                sys.exit(f"{name}: not 32-bit float")
-        if kind == b"data":
-            samples = array.array("f")
-            samples.frombytes(body[:len(body) // (4 * channels) * 4 * channels])
-            return channels, rate, samples
-        at += 8 + size + (size & 1)
-    sys.exit(f"{name}: no data")
 
 
 def main():
     if len(sys.argv) not in (2, 3):
         sys.exit(__doc__)
     rows = int(sys.argv[2]) if len(sys.argv) == 3 else 12
-    channels, rate, samples = read_float_wav(sys.argv[1])
+    try:
+        channels, rate, samples = read_float_wav(sys.argv[1])
+    except ValueError as fault:
+        sys.exit(str(fault))
     frames = len(samples) // channels
     step = max(1, frames // rows)
     table = []

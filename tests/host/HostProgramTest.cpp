@@ -173,6 +173,10 @@ TEST_F(HostProgram, DrawsAPicture) {
     const std::string picture = ReadText(folder_ / "p.svg");
     EXPECT_TRUE(picture.starts_with("<svg ") && picture.ends_with("</svg>\n"));
     EXPECT_NE(picture.find("quilo.pan~ 3 4 vbap2d"), std::string::npos);
+    EXPECT_NE(picture.find("loudspeaker"), std::string::npos);
+    Run("object quilo.pan~ 1 4 hoa3d\n", {"--picture", "p.svg"});
+    EXPECT_EQ(ReadText(folder_ / "p.svg").find("loudspeaker"), std::string::npos)
+        << "none stands there";
 }
 
 struct Ending {

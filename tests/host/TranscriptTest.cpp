@@ -85,4 +85,16 @@ GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TranscriptOf);
 
 TEST(Transcripts, AreThere) { EXPECT_FALSE(TranscriptNames().empty()); }
 
+TEST(Examples, PlayWithoutAComplaint) {
+    const TemporaryFolder folder;
+    for (const auto& entry : std::filesystem::directory_iterator(QUILO_SOURCE_DIR "/examples")) {
+        std::vector<std::string> arguments = ReadTranscript(entry.path()).options;
+        arguments.insert(arguments.end(), {"--strict", "--out", "o.wav", "--duration", "12"});
+        arguments.push_back(entry.path().string());
+        const HostRun run = RunHost(folder, arguments);
+        EXPECT_EQ(run.status, 0) << entry.path();
+        EXPECT_TRUE(run.errors.empty()) << run.errors[0];
+    }
+}
+
 }  // namespace

@@ -1,0 +1,210 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Draws the gains of every panning law round the circle, as the module plays them, and their gallery.
+
+    draw_polar_plots.py [--host build/release/bin/quilo-host] [--docs docs]
+
+For each law one object is made, a source with a constant signal goes once round the listener in steps
+of 2 degrees, and what has settled at the outlets after each step is drawn: docs/polar/NAME.svg and
+docs/gallery.md. Laws that the module does not have yet are left out, with a line that says so.
+"""
+import argparse
+import array
+import math
+import subprocess
+import sys
+import tempfile
+import wave
+from pathlib import Path
+
+from wav_samples import read_float_wav
+
+# name, title, what to look at, box text, statements before the turn, elevation, labels of outlets that are
+# no loudspeakers
+LAWS = (
+    ("xy", "Coincident pair", "Two cardioids at right angles.",
+     "1 2 xy", (), 0, ("L", "R")),
+    ("ms", "Mid and side", "A cardioid to the front and a sideways eight; the dashed lobe is negative.",
+     "1 2 ms", (), 0, ("M", "S")),
+    ("ab", "Spaced pair", "Each microphone hears the sources on its side louder; the delays do not show here.",
+     "1 2 ab", (), 0, ("L", "R")),
+    ("surround", "Surround", "A frontal arc with a centre, and one rear loudspeaker.",
+     "1 4 surround", (), 0, ("L", "C", "R", "S")),
+    ("angular", "Angular", "Sine and cosine between neighbours.",
+     "1 5 angular", ('host layout "5.0"',), 0, ()),
+    ("panr", "Recursive", "Bilinear between the corners of a square.",
+     "1 4 panr", ("host layout quad",), 0, ()),
+    ("vbap2d", "Vector base, amplitude", "Pairs of an uneven ring; between far ones the gains bend less.",
+     "1 5 vbap2d", ('host layout "5.0"',), 0, ()),
+    ("vbip2d", "Vector base, intensity", "The same ring: the energy points at the source instead of the amplitude.",
+     "1 5 vbip2d", ('host layout "5.0"',), 0, ()),
+    ("vbap", "Vector base, triplets", "A dome, the source 20 degrees up: at most three loudspeakers sound at a time.",
+     "1 12 vbap", ("speakers ae -22.5 0 22.5 0 67.5 0 112.5 0 157.5 0 -157.5 0 -112.5 0 -67.5 0 "
+                   "-45 45 45 45 135 45 -135 45",), 20, ()),
+    ("vbip", "Vector base, intensity, triplets", "The same dome and source.",
+     "1 12 vbip", ("speakers ae -22.5 0 22.5 0 67.5 0 112.5 0 157.5 0 -157.5 0 -112.5 0 -67.5 0 "
+                   "-45 45 45 45 135 45 -135 45",), 20, ()),
+    ("dbap", "Distance based", "Every loudspeaker sounds, the near ones louder.",
+     "1 8 dbap", ("host layout octagon",), 0, ()),
+    ("dbap-spread", "Distance based, spread 30", "Spread flattens what distance makes.",
+     "1 8 dbap", ("host layout octagon", "source 1 spread 30"), 0, ()),
+    ("vdbap", "Vector and distance based", "Inside the ring distance counts, at the ring the direction.",
+     "1 12 vdbap", ("speakers ae -22.5 0 22.5 0 67.5 0 112.5 0 157.5 0 -157.5 0 -112.5 0 -67.5 0 "
+                    "-45 45 45 45 135 45 -135 45",), 20, ()),
+    ("knn", "Nearest neighbours", "Three at a time, by inverse distance.",
+     "1 8 knn", ("host layout octagon",), 0, ()),
+    ("spcap", "Placement corrected", "Wide lobes, weighted against crowded loudspeakers.",
+     "1 5 spcap", ('host layout "5.0"',), 0, ()),
+    ("subwoofers", "Subwoofers", "Well below the cut-off frequency: pairs as in vbap2d.",
+     "1 4 subwoofers", ("host layout quad",), 0, ()),
+    ("bformat", "B-format", "X points to the right and Y to the front, as all positions do here; Z is silent in the plane.",
+     "1 4 bformat", (), 0, ("W", "X", "Y", "Z")),
+    ("hoa2d", "Ambisonics in the plane", "Order 3, SN2D: sines and cosines of multiples of the angle.",
+     "1 7 hoa2d", (), 0, ("W", "Y", "X", "V", "U", "Q", "P")),
+    ("hoa3d", "Ambisonics in space", "Order 2, SN3D, the source 20 degrees up.",
+     "1 9 hoa3d", (), 20, ("W", "Y", "Z", "X", "V", "T", "R", "S", "U")),
+)
+
+STEP_DEG = 2
+FRAMES = 2048  # of one step: a vector, long enough for every filter and ramp to settle
+RATE = 48000
+COLOURS = ("#d55e00", "#0072b2", "#009e73", "#cc79a7", "#e69f00", "#56b4e9", "#333333",
+           "#8c564b", "#7f7f00", "#6a3d9a", "#b15928", "#1b6b93")
+WIDTH, HEIGHT, CENTRE_X, CENTRE_Y, RADIUS = 460, 430, 200, 232, 150
+
+
+def steps():
+    return range(0, 360, STEP_DEG)
+
+
+def play(host, law, folder):
+    """(gains of each step, label and azimuth of each loudspeaker that has one); None: no such law."""
+    _, _, _, box, before, elevation, _ = law
+    script = [f"object quilo.pan~ {box} @interpolationtime 0", *before, "getspeakerspositions"]
+    # Settled before the first step counts: the turn begins one step late.
+    script += [f"at {(k + 0.5) * FRAMES / RATE:.6f} source 1 aed {azimuth} {elevation} 1"
+               for k, azimuth in enumerate([0, *steps()])]
+    (folder / "scene.txt").write_text("\n".join(script) + "\n")
+    run = subprocess.run(
+        [host, "--quiet", "--strict", "--vector", str(FRAMES), "--in", folder / "one.wav", "--out", folder / "out.wav",
+         folder / "scene.txt"], capture_output=True, text=True)
+    if run.returncode == 3:
+        return None
+    if run.returncode != 0:
+        sys.exit(run.stderr)
+    channels, _, samples = read_float_wav(folder / "out.wav")
+    gains = [[samples[((k + 2) * FRAMES - 1) * channels + c] for c in range(channels)] for k in range(360 // STEP_DEG)]
+    loudspeakers = []
+    for line in run.stdout.splitlines():
+        words = line.split()
+        if words[0] == "layout:":
+            loudspeakers.append((words[2], float(words[3])))
+        elif words[:2] == ["outlet:", "speakerspositions"] and not loudspeakers and before:
+            numbers = [float(word) for word in words[2:]]
+            loudspeakers = [(str(k // 3 + 1), math.degrees(math.atan2(numbers[k], numbers[k + 1])))
+                            for k in range(0, len(numbers), 3)]
+    return gains, loudspeakers
+
+
+def spot(azimuth, radius):
+    angle = math.radians(azimuth)
+    return f"{CENTRE_X + radius * math.sin(angle):.1f},{CENTRE_Y - radius * math.cos(angle):.1f}"
+
+
+def curves(gains, channel, colour, top):
+    """The gain over the azimuth, cut where its sign changes; negative parts are dashed."""
+    runs = []
+    for azimuth, row in zip([*steps(), 360], [*gains, gains[0]]):
+        gain, sign = row[channel], row[channel] >= 0
+        if not runs or runs[-1][0] != sign:
+            runs.append((sign, []))
+        runs[-1][1].append(spot(azimuth, RADIUS * abs(gain) / top))
+    for sign, spots in runs:
+        if len(set(spots)) > 1:
+            dashes = "" if sign else ' stroke-dasharray="5 3"'
+            yield f'<polyline points="{" ".join(spots)}" stroke="{colour}"{dashes}/>'
+
+
+def text(x, y, words, size=12, anchor="start", colour="#1f2933", weight="normal"):
+    return (f'<text x="{x:.1f}" y="{y:.1f}" font-size="{size}" text-anchor="{anchor}" fill="{colour}" '
+            f'stroke="none" font-weight="{weight}">{words}</text>')
+
+
+def draw(law, gains, loudspeakers):
+    _, title, _, box, _, elevation, labels = law
+    top = max(1.0, max(abs(gain) for row in gains for gain in row))
+    where = f", source {elevation}° up" if elevation else ""
+    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{HEIGHT}" '
+             f'viewBox="0 0 {WIDTH} {HEIGHT}" font-family="Helvetica, Arial, \'DejaVu Sans\', sans-serif" '
+             'fill="none" stroke-width="2" stroke-linejoin="round">',
+             f"<title>{title}: gains over the azimuth of the source</title>",
+             '<rect width="100%" height="100%" fill="#ffffff"/>',
+             text(16, 26, title, 16, weight="bold"), text(16, 45, f"quilo.pan~ {box}{where}", 12, colour="#66727f")]
+    for part in (0.25, 0.5, 0.75, 1):
+        lines.append(f'<circle cx="{CENTRE_X}" cy="{CENTRE_Y}" r="{RADIUS * part:.1f}" stroke="#c3ccd5" stroke-width="1"/>')
+        lines.append(text(CENTRE_X + 3, CENTRE_Y - RADIUS * part + 11, f"{top * part:.3g}", 9, colour="#66727f"))
+    for azimuth in range(0, 180, 45):
+        ends = spot(azimuth, RADIUS).split(",") + spot(azimuth + 180, RADIUS).split(",")
+        lines.append('<line x1="{}" y1="{}" x2="{}" y2="{}" stroke="#e4e9ee" stroke-width="1"/>'.format(*ends))
+    for channel, _ in enumerate(gains[0]):
+        lines += curves(gains, channel, COLOURS[channel % len(COLOURS)], top)
+    if loudspeakers:
+        for k, (label, azimuth) in enumerate(loudspeakers):
+            x, y = map(float, spot(azimuth, RADIUS + 18).split(","))
+            lines.append(text(x, y + 4, label, 12, "middle", COLOURS[k % len(COLOURS)], "bold"))
+    else:
+        for azimuth, word in ((0, "front"), (90, "right"), (180, "back"), (270, "left")):
+            x, y = map(float, spot(azimuth, RADIUS + 20).split(","))
+            lines.append(text(x, y + 4, word, 11, "middle", "#66727f"))
+    for k, name in enumerate(labels):
+        y = 84 + 22 * k
+        lines.append(f'<line x1="398" y1="{y}" x2="416" y2="{y}" stroke="{COLOURS[k % len(COLOURS)]}"/>')
+        lines.append(text(422, y + 4, name))
+    return "\n".join(lines) + "\n</svg>\n"
+
+
+def gallery(laws):
+    lines = ["<!-- Made by: tools/draw_polar_plots.py -->", "# Gallery", "",
+             "How loud each outlet plays a source that goes once round the listener, for every panning law.",
+             "The azimuth of the source runs clockwise from the front, the distance from the centre is the gain,",
+             "dashed where it is negative. The values are those that the module itself plays:", "",
+             "    tools/draw_polar_plots.py", "",
+             "`nfchoa2d` and `nfchoa3d` play the gains of `hoa2d` and `hoa3d` for a source as far as the",
+             "loudspeakers, and with the subtype `diffuse` a source has no direction; they are not drawn.", ""]
+    for name, title, remark, box, before, _, _ in laws:
+        lines += [f"## {title}", "", remark, "", f"    object quilo.pan~ {box}"]
+        lines += [f"    {statement}" for statement in before]
+        lines += ["", f"![{title}](polar/{name}.svg)", ""]
+    return "\n".join(lines)
+
+
+def write_ones(name):
+    with wave.open(str(name), "wb") as f:
+        f.setparams((1, 2, RATE, 0, "NONE", ""))
+        f.writeframes(array.array("h", [0x4000] * ((360 // STEP_DEG + 1) * FRAMES)).tobytes())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--host", default="build/release/bin/quilo-host")
+    parser.add_argument("--docs", default="docs", type=Path)
+    args = parser.parse_args()
+    (args.docs / "polar").mkdir(parents=True, exist_ok=True)
+    drawn = []
+    with tempfile.TemporaryDirectory() as name:
+        folder = Path(name)
+        write_ones(folder / "one.wav")
+        for law in LAWS:
+            played = play(args.host, law, folder)
+            if not played:
+                print(f"{law[0]}: left out, the module refuses it")
+                continue
+            gains = [[2 * gain for gain in row] for row in played[0]]  # the constant signal is 0.5
+            (args.docs / "polar" / f"{law[0]}.svg").write_text(draw(law, gains, played[1]), encoding="utf-8")
+            drawn.append(law)
+    (args.docs / "gallery.md").write_text(gallery(drawn), encoding="utf-8")
+    print(f"{len(drawn)} laws drawn into {args.docs / 'polar'}")
+
+
+if __name__ == "__main__":
+    main()
