@@ -16,7 +16,9 @@ public:
     bool IsPlanar() const override { return NumOutputs() != 4; }
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override {
         BformatGains(source, gains);
     }
 };

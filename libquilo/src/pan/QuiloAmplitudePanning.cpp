@@ -54,7 +54,7 @@ void AmplitudePanning::SetSourcePosition(unsigned index,
     if (IsMuted(index)) {
         row_.Fill(0.f);
     } else {
-        ComputeGains(StoredPosition(index), row_);
+        ComputeGains(index, StoredPosition(index), row_);
     }
     matrix_.SetRow(index, row_, immediate);
 }

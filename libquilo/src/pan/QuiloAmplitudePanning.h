@@ -38,13 +38,17 @@ public:
     float GetInterpolationTime() const override;
     float SourceSpread(unsigned index) const override;
 
-protected:
-    AmplitudePanning(unsigned numInputs, unsigned numOutputs);
-
-    /// The law: gains of one source.
+    /// The law: gains of one source, for this panner's own use and for panners made of others;
+    /// nothing is set.
+    /// @param index   whose spread and other properties count, below the number of inputs
     /// @param source  metres, finite      @param gains  one per output, overwritten, finite
     /// Thread: control, under the control lock.
-    virtual void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) = 0;
+    virtual void ComputeGains(unsigned index,
+                              const tav::CartesianVector& source,
+                              std::span<float> gains) = 0;
+
+protected:
+    AmplitudePanning(unsigned numInputs, unsigned numOutputs);
 
 private:
     void ApplySourceMute(unsigned index) override;

@@ -105,7 +105,9 @@ void HOAPanning::Dump(std::vector<std::string>& lines) {
     AppendHoaLines(lines, state);
 }
 
-void HOAPanning::ComputeGains(const tav::CartesianVector& source, std::span<float> gains) {
+void HOAPanning::ComputeGains(unsigned,
+                              const tav::CartesianVector& source,
+                              std::span<float> gains) {
     encoding_.Compute(source, gains);
     const unsigned inUse = SphericalHarmonic::NumChannels(order_, encoding_.Dimension());
     if (inUse < gains.size()) std::ranges::fill(gains.subspan(inUse), 0.f);

@@ -48,7 +48,9 @@ public:
     void Dump(std::vector<std::string>& lines) override;
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override;
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override;
 
 private:
     tav::HoaEncodingVector encoding_;

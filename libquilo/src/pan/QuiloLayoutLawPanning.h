@@ -22,7 +22,9 @@ public:
     }
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override {
         law_.Gains(source, gains);
     }
 

@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
 #include "pan/QuiloHoaDiffusePanning.h"
 #include "pan/QuiloKeywords.h"
+#include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloLayoutLawPanning.h"
 #include "pan/QuiloNullPanning.h"
 #include "pan/QuiloPan.h"
+#include "pan/QuiloRecursivePanning.h"
+#include "pan/QuiloSPCAmplitudePanning.h"
 #include "pan/QuiloStereoABPanning.h"
 #include "pan/QuiloStereoPanning.h"
 #include "pan/QuiloSubwoofersPanning.h"
+#include "pan/QuiloVDbapPanning.h"
 #include "pan/QuiloVbap2DPanning.h"
 #include "pan/QuiloVectorBasedPanning.h"
 
@@ -29,12 +34,6 @@ using BinauralPanningNearfield = NullPanning;
 using BinauralPanningSphericalHeadModel = NullPanning;
 using BinauralPanningSnowmanModel = NullPanning;
 using BinauralPanningContinuous = NullPanning;
-using RecursivePanning = NullPanning;
-using DbapPanning2D = NullPanning;
-using DbapPanning3D = NullPanning;
-using VDbapPanning = NullPanning;
-using SPCAmplitudePanning = NullPanning;
-using KnnPanning = NullPanning;
 using NFCHOAPanning2D = NullPanning;
 using NFCHOAPanning3D = NullPanning;
 

@@ -14,7 +14,9 @@ public:
         : AmplitudePanning(numInputs, numOutputs) {}
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override {
         XyGains(source, gains);
     }
 };
@@ -26,7 +28,9 @@ public:
         : AmplitudePanning(numInputs, numOutputs) {}
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override {
         MsGains(source, gains);
     }
 };

@@ -21,7 +21,8 @@ void VectorBased2DPanning::ApplySpeakersPositions(const tav::CartesianArray& pos
     }
 }
 
-void VectorBased2DPanning::ComputeGains(const tav::CartesianVector& source,
+void VectorBased2DPanning::ComputeGains(unsigned,
+                                        const tav::CartesianVector& source,
                                         std::span<float> gains) {
     Vbap2DGains(ring_, source, gains);
     Normalise(gains);

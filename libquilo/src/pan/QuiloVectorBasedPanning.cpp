@@ -34,7 +34,9 @@ void VectorBasedPanning::TriangulateIfNeeded() {
     RecomputeSources();
 }
 
-void VectorBasedPanning::ComputeGains(const tav::CartesianVector& source, std::span<float> gains) {
+void VectorBasedPanning::ComputeGains(unsigned,
+                                      const tav::CartesianVector& source,
+                                      std::span<float> gains) {
     // Before `gains` are touched: the other sources use the same row.
     if (!isFlat_) TriangulateIfNeeded();
     std::ranges::fill(gains, 0.f);

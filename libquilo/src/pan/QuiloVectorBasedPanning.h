@@ -34,7 +34,9 @@ protected:
     VectorBasedPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override;
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override;
 
     /// Gives one source's gains their final size.
     virtual void Normalise(std::span<float> gains) const = 0;

@@ -47,10 +47,11 @@ struct PanCase {
 
 /// Every type that has a panner of its own, with the outputs it is tested with.
 inline constexpr PanCase kAllPanners[] = {
-    {"xy", 2},       {"ms", 2},         {"ab", 2},         {"surround", 3},
-    {"surround", 4}, {"angular", 1},    {"angular", 5},    {"vbap2d", 5},
-    {"vbip2d", 5},   {"bformat", 3},    {"bformat", 4},    {"vbap", 6},
-    {"vbip", 4},     {"subwoofers", 1}, {"subwoofers", 5}, {"no such", 3},
+    {"xy", 2},      {"ms", 2},      {"ab", 2},     {"surround", 3},   {"surround", 4},
+    {"angular", 1}, {"angular", 5}, {"vbap2d", 5}, {"vbip2d", 5},     {"bformat", 3},
+    {"bformat", 4}, {"vbap", 6},    {"vbip", 4},   {"subwoofers", 1}, {"subwoofers", 5},
+    {"dbap", 5},    {"dbap3d", 6},  {"vdbap", 6},  {"knn", 5},        {"spcap", 5},
+    {"panr", 4},    {"panr", 8},    {"panr", 12},  {"no such", 3},
 };
 
 inline std::string NameOf(const PanCase& c) {

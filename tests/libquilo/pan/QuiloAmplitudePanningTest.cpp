@@ -23,7 +23,9 @@ public:
     int computed = 0;
 
 protected:
-    void ComputeGains(const tav::CartesianVector& source, std::span<float> gains) override {
+    void ComputeGains(unsigned,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override {
         ++computed;
         gains[0] = source.x;
         gains[1] = source.y;

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "laws/QuiloSpcapLaw.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+namespace {
+
+struct Direction {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+/// Azimuths are 32-bit angles; everything else follows from them.
+Direction DirectionTo(const tav::CartesianVector& point) {
+    const auto azimuth = static_cast<double>(std::atan2(point.y, point.x));
+    return {std::cos(azimuth), std::sin(azimuth)};
+}
+
+}  // namespace
+
+void SpcapLaw::SetSpeakers(std::span<const tav::CartesianVector> speakers) {
+    const auto count = static_cast<double>(speakers.size());
+    Direction sum;
+    for (const tav::CartesianVector& s : speakers) {
+        const Direction d = DirectionTo(s);
+        sum.x += d.x;
+        sum.y += d.y;
+    }
+    tav::CartesianArray numbers(speakers.size());
+    for (std::size_t k = 0; k < speakers.size(); ++k) {
+        const Direction d = DirectionTo(speakers[k]);
+        // The sum of (1 + cos) / 2 over the angles to all loudspeakers, itself included.
+        const double density = 0.5 * (count + d.x * sum.x + d.y * sum.y);
+        numbers[k] = {static_cast<float>(d.x), static_cast<float>(d.y),
+                      static_cast<float>(0.5 / std::max(density, 1.0))};
+    }
+    speakers_ = SpeakerRows(numbers);
+}
+
+void SpcapLaw::Gains(const tav::CartesianVector& source,
+                     float spread,
+                     std::span<float> gains) const noexcept {
+    const std::size_t count = std::min(speakers_.Size(), gains.size());
+    std::ranges::fill(gains.subspan(count), 0.f);
+    if (count == 0) return;
+    const Direction d = DirectionTo(source);
+    const auto fill = [&](float exponent) {
+        return kernel_(speakers_.Data(), speakers_.Stride(), static_cast<int>(count),
+                       static_cast<float>(d.x), static_cast<float>(d.y), exponent, gains.data());
+    };
+    // With all loudspeakers opposite to the source there is no energy to scale. A source that is
+    // not quite there would sound by their density alone.
+    if (!fill(1.f - 0.01f * spread)) fill(0.f);
+}
+
+}  // namespace Quilo

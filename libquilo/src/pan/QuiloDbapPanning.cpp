@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloDbapPanning.h"
+
+#include "kernels/VelkDspSpeakerKernels.h"
+#include "pan/QuiloKeywords.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+namespace {
+
+constexpr float kPercent = 0.01f;
+
+}  // namespace
+
+DbapPanning::DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar)
+    : AmplitudePanning(numInputs, numOutputs),
+      directionalSpreads_(numInputs),
+      isPlanar_(isPlanar) {}
+
+void DbapPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
+    const ControlLock lock = LockControl();
+    tav::CartesianArray speakers(positions);
+    speakers.Resize(std::min<std::size_t>(speakers.Size(), NumOutputs()));
+    std::ranges::transform(speakers, speakers.begin(), WithinReach);
+    cloud_ = SpeakerCloud(speakers);
+    LayoutChanged(speakers);
+    RecomputeSources();
+}
+
+void DbapPanning::SetSpreadingMode(SpreadingMode mode) {
+    const ControlLock lock = LockControl();
+    if (mode == spreadingMode_) return;
+    spreadingMode_ = mode;
+    RecomputeSources();
+}
+
+void DbapPanning::SetSpreadingMode(std::string_view keyword) {
+    SetSpreadingMode(PanSpreadingModeKeywords().Parse(keyword).value_or(SpreadingMode::Omni));
+}
+
+void DbapPanning::SetSpread(float spread) {
+    const ControlLock lock = LockControl();
+    for (unsigned i = 0; i < NumInputs(); ++i) SetSourceSpread(i, spread);
+}
+
+void DbapPanning::SetSpreadsByDirection(std::span<const float> values) {
+    const ControlLock lock = LockControl();
+    for (unsigned i = 0; i < NumInputs(); ++i) SetSpreadByDirection(i, values);
+}
+
+void DbapPanning::SetSpreadByDirection(unsigned index, std::span<const float> values) {
+    const ControlLock lock = LockControl();
+    if (index >= NumInputs() || values.size() < 3) return;
+    if (!tav::IsFinite({values[0], values[1], values[2]})) return;
+    const auto percent = [](float value) { return std::clamp(value, 0.f, 100.f); };
+    const SpreadByDirection spread{percent(values[0]), percent(values[1]), percent(values[2])};
+    if (spread == directionalSpreads_[index]) return;
+    directionalSpreads_[index] = spread;
+    if (spreadingMode_ != SpreadingMode::Directional) return;  // not heard yet
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
+Pan::SpreadingMode DbapPanning::GetSpreadingMode() const {
+    const ControlLock lock = LockControl();
+    return spreadingMode_;
+}
+
+std::array<float, 3> DbapPanning::SourceSpreadByDirection(unsigned index) const {
+    const ControlLock lock = LockControl();
+    if (index >= NumInputs()) return {};
+    const SpreadByDirection& spread = directionalSpreads_[index];
+    return {spread.x, spread.y, spread.z};
+}
+
+void DbapPanning::SetMuteOutside(bool on) {
+    const ControlLock lock = LockControl();
+    if (on == muteOutside_) return;
+    muteOutside_ = on;
+    RecomputeSources();
+}
+
+bool DbapPanning::MuteOutside() const {
+    const ControlLock lock = LockControl();
+    return muteOutside_;
+}
+
+void DbapPanning::LayoutChanged(const tav::CartesianArray&) {}
+
+DbapMetric DbapPanning::MetricOf(unsigned index, const tav::CartesianVector& source) const {
+    if (spreadingMode_ == SpreadingMode::Directional) {
+        const SpreadByDirection& spread = directionalSpreads_[index];
+        return DirectionalMetric({spread.x * kPercent, spread.y * kPercent, spread.z * kPercent});
+    }
+    return OmniMetric(SourceSpread(index) * kPercent, source, cloud_.centroid, isPlanar_);
+}
+
+void DbapPanning::ComputeGains(unsigned index,
+                               const tav::CartesianVector& source,
+                               std::span<float> gains) {
+    const tav::CartesianVector place = WithinReach(source);
+    DbapGains(cloud_.rows, place, MetricOf(index, place), tav::BestSpeakerKernels().gainsByDistance,
+              gains);
+    const float loudness = Loudness(place);
+    if (loudness == 1.f) return;
+    for (float& gain : gains) gain *= loudness;
+}
+
+void DbapPanning2D::LayoutChanged(const tav::CartesianArray& speakers) {
+    hull_ = tav::ConvexHull2D(speakers);
+}
+
+float DbapPanning2D::Loudness(const tav::CartesianVector& source) const {
+    if (MutesOutside()) return hull_.Contains({source.x, source.y}) ? 1.f : 0.f;
+    return HullAttenuation(hull_, Cloud().centroid, source);
+}
+
+float DbapPanning3D::Loudness(const tav::CartesianVector& source) const {
+    // Deliberate: the squared distance is compared with the plain radius.
+    //                                          (DbapPanning3D, MutesBeyondTheRootOfTheRadius)
+    const bool isOutside = SquaredDistance(source, Cloud().centroid) > Cloud().radius;
+    return MutesOutside() && isOutside ? 0.f : 1.f;
+}
+
+}  // namespace Quilo

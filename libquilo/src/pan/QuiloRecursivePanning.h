@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// The legacy panner for fixed layouts of 4 to 8 or 12 loudspeakers.
+#pragma once
+
+#include "laws/QuiloRecursiveLaw.h"
+#include "pan/QuiloAmplitudePanning.h"
+
+#include <array>
+
+namespace Quilo {
+
+/// Sources move in a square whose corners are four of the loudspeakers. A layout of another size is
+/// silent, as is none.
+class RecursivePanning : public AmplitudePanning {
+public:
+    RecursivePanning(unsigned numInputs, unsigned numOutputs)
+        : AmplitudePanning(numInputs, numOutputs) {}
+
+    /// The corners become those of the layout.
+    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
+
+    /// Azimuths in navigational degrees, in the order of the corners; the corners beyond them keep
+    /// theirs. All are refused when one is not finite.
+    void SetCorners(std::span<const float> azimuthsDeg);
+    std::array<float, 4> Corners() const;
+
+    void ComputeGains(unsigned index,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override;
+
+private:
+    SquareCorners corners_{};
+    std::size_t numSpeakers_ = 0;
+};
+
+}  // namespace Quilo
