@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// Second-order cells as measured filters are stored: three layouts and what they have in common.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace tav {
+
+/// y = b0 x + b1 x[-1] + b2 x[-2] - a1 y[-1] - a2 y[-2], for the sample rate it was made for.
+struct BiquadCell {
+    float b0 = 1.f;
+    float b1 = 0.f;
+    float b2 = 0.f;
+    float a1 = 0.f;
+    float a2 = 0.f;
+
+    bool operator==(const BiquadCell&) const = default;
+};
+
+using BiquadCells = std::vector<BiquadCell>;
+
+/// Layouts:
+/// memory, 6 values per cell  b0 b1 b2 a0 a1 a2
+/// table, 5 values per cell   b0 b1 b2 a1 a2, a0 is 1
+/// file, 1 + 4 per cell       the product of all b0, then b1 b2 a1 a2 of the cells with b0 = a0 = 1
+/// Readers convert in double, store floats, and refuse what they cannot mean.
+/// Throws: tav::Exception for a count that does not fit the layout, an a0 of 0, a value that is not
+/// finite.  Thread: control.
+BiquadCells CellsFromMemory(std::span<const double> values);
+BiquadCells CellsFromTable(std::span<const double> values);
+/// The gain goes into the numerator of the first cell.
+BiquadCells CellsFromFile(std::span<const double> values);
+
+std::vector<double> CellsToMemory(std::span<const BiquadCell> cells);
+std::vector<double> CellsToTable(std::span<const BiquadCell> cells);
+/// Throws: tav::Exception for a b0 below 1e-12 of the cell's largest b.
+std::vector<double> CellsToFile(std::span<const BiquadCell> cells);
+
+bool IsStable(const BiquadCell& cell) noexcept;
+
+/// A whole set of responses in the file layout. Some files have a1 a2 before b1 b2, and none says
+/// so: a set that is unstable as read and stable with the pairs exchanged is taken exchanged, and
+/// the log says so.  @param responses  as CellsFromFile takes them
+/// Throws: tav::Exception as CellsFromFile, and for a set that is unstable both ways.
+std::vector<BiquadCells> CellSetFromFile(std::span<const std::vector<double>> responses);
+
+}  // namespace tav

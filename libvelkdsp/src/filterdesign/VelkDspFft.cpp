@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+// Even samples are real parts and odd ones imaginary parts of a complex signal of half the length;
+// the symmetry of real spectra takes the two apart again. The complex transform sorts itself pass
+// by pass, from one scratch to the other, and so needs no reordering.
+#include "filterdesign/VelkDspFft.h"
+
+#include "text/VelkDspException.h"
+
+#include <bit>
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+namespace tav {
+
+namespace {
+
+std::size_t CheckedHalf(std::size_t size) {
+    if (!std::has_single_bit(size) || size < Fft::kMinSize || size > Fft::kMaxSize) {
+        throw Exception("Fourier transform of a size that is no power of two from 32 to 65536");
+    }
+    return size / 2;
+}
+
+/// Appends exp(-2 pi i * turns).
+void AppendTurn(double turns, std::vector<float>& re, std::vector<float>& im) {
+    re.push_back(static_cast<float>(std::cos(2.0 * std::numbers::pi * turns)));
+    im.push_back(static_cast<float>(-std::sin(2.0 * std::numbers::pi * turns)));
+}
+
+}  // namespace
+
+Fft::Fft(std::size_t size, const ConvolutionKernels& kernels)
+    : half_(CheckedHalf(size)),
+      kernels_(kernels),
+      scratch_{Scratch(half_), Scratch(half_)} {
+    for (std::size_t n = half_; n >= 4; n /= 4) {
+        for (const double power : {1.0, 2.0, 3.0}) {
+            for (std::size_t p = 0; p < n / 4; ++p) {
+                const double turns = power * static_cast<double>(p) / static_cast<double>(n);
+                AppendTurn(turns, twiddlesRe_, twiddlesIm_);
+            }
+        }
+    }
+    for (std::size_t k = 0; k <= half_ / 2; ++k) {
+        AppendTurn(static_cast<double>(k) / static_cast<double>(size), turnsRe_, turnsIm_);
+    }
+}
+
+ComplexParts Fft::Transform() noexcept TAV_NONBLOCKING {
+    ComplexParts from = scratch_[0].Parts();
+    ComplexParts to = scratch_[1].Parts();
+    ConstComplexParts twiddles{twiddlesRe_.data(), twiddlesIm_.data()};
+    int n = static_cast<int>(half_);
+    int stride = 1;
+    for (; n >= 4; n /= 4, stride *= 4) {
+        kernels_.radix4({{from.re, from.im}, to, twiddles, n, stride});
+        twiddles = {twiddles.re + 3 * (n / 4), twiddles.im + 3 * (n / 4)};
+        std::swap(from, to);
+    }
+    if (n == 2) {
+        for (int k = 0; k < stride; ++k) {
+            to.re[k] = from.re[k] + from.re[k + stride];
+            to.im[k] = from.im[k] + from.im[k + stride];
+            to.re[k + stride] = from.re[k] - from.re[k + stride];
+            to.im[k + stride] = from.im[k] - from.im[k + stride];
+        }
+        std::swap(from, to);
+    }
+    return from;
+}
+
+void Fft::Forward(std::span<const float> signal,
+                  std::span<float> re,
+                  std::span<float> im) noexcept TAV_NONBLOCKING {
+    for (std::size_t k = 0; k < half_; ++k) {
+        scratch_[0].re[k] = signal[2 * k];
+        scratch_[0].im[k] = signal[2 * k + 1];
+    }
+    const ComplexParts z = Transform();
+    re[0] = z.re[0] + z.im[0];
+    re[half_] = z.re[0] - z.im[0];
+    im[0] = im[half_] = 0.f;
+    for (std::size_t k = 1; k <= half_ / 2; ++k) {
+        const std::size_t mirror = half_ - k;
+        const float evenRe = 0.5f * (z.re[k] + z.re[mirror]);
+        const float evenIm = 0.5f * (z.im[k] - z.im[mirror]);
+        // The odd samples' part is -i times this difference.
+        const float oddRe = 0.5f * (z.im[k] + z.im[mirror]);
+        const float oddIm = -0.5f * (z.re[k] - z.re[mirror]);
+        const float turnedRe = oddRe * turnsRe_[k] - oddIm * turnsIm_[k];
+        const float turnedIm = oddRe * turnsIm_[k] + oddIm * turnsRe_[k];
+        re[k] = evenRe + turnedRe;
+        im[k] = evenIm + turnedIm;
+        re[mirror] = evenRe - turnedRe;
+        im[mirror] = turnedIm - evenIm;
+    }
+}
+
+void Fft::Inverse(std::span<const float> re,
+                  std::span<const float> im,
+                  std::span<float> signal) noexcept TAV_NONBLOCKING {
+    // Real and imaginary parts change places: so the forward transform is the inverse one.
+    std::vector<float>& zRe = scratch_[0].im;
+    std::vector<float>& zIm = scratch_[0].re;
+    zRe[0] = re[0] + re[half_];
+    zIm[0] = re[0] - re[half_];
+    for (std::size_t k = 1; k <= half_ / 2; ++k) {
+        const std::size_t mirror = half_ - k;
+        const float evenRe = re[k] + re[mirror];
+        const float evenIm = im[k] - im[mirror];
+        const float turnedRe = re[k] - re[mirror];
+        const float turnedIm = im[k] + im[mirror];
+        const float oddRe = turnedRe * turnsRe_[k] + turnedIm * turnsIm_[k];
+        const float oddIm = turnedIm * turnsRe_[k] - turnedRe * turnsIm_[k];
+        zRe[k] = evenRe - oddIm;
+        zIm[k] = evenIm + oddRe;
+        zRe[mirror] = evenRe + oddIm;
+        zIm[mirror] = oddRe - evenIm;
+    }
+    const ComplexParts z = Transform();
+    const float scale = 0.5f / static_cast<float>(half_);
+    for (std::size_t k = 0; k < half_; ++k) {
+        signal[2 * k] = z.im[k] * scale;
+        signal[2 * k + 1] = z.re[k] * scale;
+    }
+}
+
+}  // namespace tav

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// The loops of convolution: taps over samples, passes of a Fourier transform, products of spectra.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <string_view>
+
+namespace tav {
+
+/// Complex numbers, real and imaginary parts apart.
+struct ComplexParts {
+    float* re;
+    float* im;
+};
+struct ConstComplexParts {
+    const float* re;
+    const float* im;
+};
+
+/// One pass of a transform of n * stride numbers that sorts itself: groups of four that lie
+/// n / 4 * stride apart come together.
+/// @param twiddles  w^p, then w^2p, then w^3p, for p = 0 .. n / 4 - 1; w = exp(-2 pi i / n)
+struct RadixPass {
+    ConstComplexParts from;
+    ComplexParts to;  // another place
+    ConstComplexParts twiddles;
+    int n;       // a multiple of 4
+    int stride;  // a power of 4
+};
+
+/// Counts may be anything from 0 unless said otherwise, alignment is free. Vector sets may fuse
+/// multiply and add.  Thread: any.
+struct ConvolutionKernels {
+    /// y[k] = sum over t of taps[t] * x[k - t]; x has numTaps - 1 samples before its first. The sum
+    /// of a sample does not depend on n. y overlaps nothing.
+    void (*fir)(float* y, const float* x, const float* taps, int numTaps, int n) noexcept
+        TAV_NONBLOCKING;
+    void (*radix4)(const RadixPass& pass) noexcept TAV_NONBLOCKING;
+    /// sum[k] += a[k] * b[k]
+    void (*multiplyAdd)(const ComplexParts& sum,
+                        const ConstComplexParts& a,
+                        const ConstComplexParts& b,
+                        int n) noexcept TAV_NONBLOCKING;
+};
+
+/// The set that goes with the gain kernels of that name; the scalar one for any other name.
+/// @pre  this machine runs the gain kernels of that name
+const ConvolutionKernels& ConvolutionKernelsNamed(std::string_view name) noexcept;
+/// The set that goes with BestKernels().  Thread: control.
+const ConvolutionKernels& BestConvolutionKernels() noexcept;
+
+// One file each.
+const ConvolutionKernels& ScalarConvolutionKernels() noexcept;  // the reference twin
+const ConvolutionKernels& Avx2ConvolutionKernels() noexcept;
+
+}  // namespace tav

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspConvolutionKernels.h"
+
+#include <cmath>
+#include <immintrin.h>
+
+namespace tav {
+namespace {
+
+constexpr int kLanes = 8;
+
+/// kVectors vectors of sums, which stay in registers over all taps.
+template <int kVectors>
+void FirVectors(float* y, const float* x, const float* taps, int numTaps) noexcept {
+    __m256 sums[static_cast<unsigned>(kVectors)];
+    for (__m256& sum : sums) sum = _mm256_setzero_ps();
+    for (int t = 0; t < numTaps; ++t) {
+        const __m256 tap = _mm256_broadcast_ss(taps + t);
+        for (int v = 0; v < kVectors; ++v) {
+            sums[v] = _mm256_fmadd_ps(tap, _mm256_loadu_ps(x + v * kLanes - t), sums[v]);
+        }
+    }
+    for (int v = 0; v < kVectors; ++v) _mm256_storeu_ps(y + v * kLanes, sums[v]);
+}
+
+void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexcept TAV_NONBLOCKING {
+    int k = 0;
+    for (; k + 8 * kLanes <= n; k += 8 * kLanes) FirVectors<8>(y + k, x + k, taps, numTaps);
+    for (; k + 2 * kLanes <= n; k += 2 * kLanes) FirVectors<2>(y + k, x + k, taps, numTaps);
+    for (; k + kLanes <= n; k += kLanes) FirVectors<1>(y + k, x + k, taps, numTaps);
+    for (; k < n; ++k) {
+        float sum = 0.f;
+        for (int t = 0; t < numTaps; ++t) sum = std::fma(taps[t], x[k - t], sum);
+        y[k] = sum;
+    }
+}
+
+// The same names for both widths, so that a butterfly is written once.
+struct Wide {
+    using V = __m256;
+    static V Load(const float* p) noexcept { return _mm256_loadu_ps(p); }
+    static void Store(float* p, V v) noexcept { _mm256_storeu_ps(p, v); }
+    static V All(float value) noexcept { return _mm256_set1_ps(value); }
+    static V Add(V a, V b) noexcept { return _mm256_add_ps(a, b); }
+    static V Subtract(V a, V b) noexcept { return _mm256_sub_ps(a, b); }
+    static V Multiply(V a, V b) noexcept { return _mm256_mul_ps(a, b); }
+    static V MultiplyAdd(V a, V b, V c) noexcept { return _mm256_fmadd_ps(a, b, c); }
+    static V MultiplySubtract(V a, V b, V c) noexcept { return _mm256_fmsub_ps(a, b, c); }
+};
+struct Narrow {
+    using V = __m128;
+    static V Load(const float* p) noexcept { return _mm_loadu_ps(p); }
+    static void Store(float* p, V v) noexcept { _mm_storeu_ps(p, v); }
+    static V All(float value) noexcept { return _mm_set1_ps(value); }
+    static V Add(V a, V b) noexcept { return _mm_add_ps(a, b); }
+    static V Subtract(V a, V b) noexcept { return _mm_sub_ps(a, b); }
+    static V Multiply(V a, V b) noexcept { return _mm_mul_ps(a, b); }
+    static V MultiplyAdd(V a, V b, V c) noexcept { return _mm_fmadd_ps(a, b, c); }
+    static V MultiplySubtract(V a, V b, V c) noexcept { return _mm_fmsub_ps(a, b, c); }
+};
+
+/// Numbers side by side, as many as a vector has lanes.
+template <class S>
+struct Numbers {
+    typename S::V re;
+    typename S::V im;
+};
+
+template <class S>
+Numbers<S> LoadNumbers(const ConstComplexParts& parts, int at) noexcept {
+    return {S::Load(parts.re + at), S::Load(parts.im + at)};
+}
+
+template <class S>
+Numbers<S> Product(const Numbers<S>& a, const Numbers<S>& b) noexcept {
+    return {S::MultiplySubtract(a.re, b.re, S::Multiply(a.im, b.im)),
+            S::MultiplyAdd(a.re, b.im, S::Multiply(a.im, b.re))};
+}
+
+/// Reads four numbers `apart` from each other, and leaves their transform, twiddled, in `out`.
+template <class S>
+void Butterfly(const ConstComplexParts& from,
+               int at,
+               int apart,
+               const Numbers<S>* twiddles,
+               Numbers<S>* out) noexcept {
+    const Numbers<S> a = LoadNumbers<S>(from, at);
+    const Numbers<S> b = LoadNumbers<S>(from, at + apart);
+    const Numbers<S> c = LoadNumbers<S>(from, at + 2 * apart);
+    const Numbers<S> d = LoadNumbers<S>(from, at + 3 * apart);
+    const Numbers<S> evenSum{S::Add(a.re, c.re), S::Add(a.im, c.im)};
+    const Numbers<S> even{S::Subtract(a.re, c.re), S::Subtract(a.im, c.im)};
+    const Numbers<S> oddSum{S::Add(b.re, d.re), S::Add(b.im, d.im)};
+    const Numbers<S> odd{S::Subtract(b.re, d.re), S::Subtract(b.im, d.im)};
+    out[0] = {S::Add(evenSum.re, oddSum.re), S::Add(evenSum.im, oddSum.im)};
+    out[1] = Product<S>({S::Add(even.re, odd.im), S::Subtract(even.im, odd.re)}, twiddles[0]);
+    out[2] = Product<S>({S::Subtract(evenSum.re, oddSum.re), S::Subtract(evenSum.im, oddSum.im)},
+                        twiddles[1]);
+    out[3] = Product<S>({S::Subtract(even.re, odd.im), S::Add(even.im, odd.re)}, twiddles[2]);
+}
+
+/// Groups that lie side by side, `stride` of them with the same twiddles.
+template <class S, int kWidth>
+void PassOfGroups(const RadixPass& pass) noexcept {
+    const int quarter = pass.n / 4;
+    for (int p = 0; p < quarter; ++p) {
+        Numbers<S> twiddles[3];
+        for (int i = 0; i < 3; ++i) {
+            twiddles[i] = {S::All(pass.twiddles.re[i * quarter + p]),
+                           S::All(pass.twiddles.im[i * quarter + p])};
+        }
+        for (int q = 0; q < pass.stride; q += kWidth) {
+            Numbers<S> out[4];
+            Butterfly<S>(pass.from, q + pass.stride * p, pass.stride * quarter, twiddles, out);
+            for (int i = 0; i < 4; ++i) {
+                const int at = q + pass.stride * (4 * p + i);
+                S::Store(pass.to.re + at, out[i].re);
+                S::Store(pass.to.im + at, out[i].im);
+            }
+        }
+    }
+}
+
+/// The first pass: groups do not lie side by side, so four of them are turned.
+/// @pre  n is a multiple of 16
+void FirstPass(const RadixPass& pass) noexcept {
+    const int quarter = pass.n / 4;
+    for (int p = 0; p < quarter; p += 4) {
+        Numbers<Narrow> twiddles[3];
+        for (int i = 0; i < 3; ++i) {
+            twiddles[i] = LoadNumbers<Narrow>(pass.twiddles, i * quarter + p);
+        }
+        Numbers<Narrow> out[4];
+        Butterfly<Narrow>(pass.from, p, quarter, twiddles, out);
+        _MM_TRANSPOSE4_PS(out[0].re, out[1].re, out[2].re, out[3].re);
+        _MM_TRANSPOSE4_PS(out[0].im, out[1].im, out[2].im, out[3].im);
+        for (int i = 0; i < 4; ++i) {
+            Narrow::Store(pass.to.re + 4 * (p + i), out[i].re);
+            Narrow::Store(pass.to.im + 4 * (p + i), out[i].im);
+        }
+    }
+}
+
+void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
+    if (pass.stride >= kLanes) return PassOfGroups<Wide, kLanes>(pass);
+    if (pass.stride == 4) return PassOfGroups<Narrow, 4>(pass);
+    if (pass.n % 16 == 0) return FirstPass(pass);
+    ScalarConvolutionKernels().radix4(pass);
+}
+
+void MultiplyAdd(const ComplexParts& sum,
+                 const ConstComplexParts& a,
+                 const ConstComplexParts& b,
+                 int n) noexcept TAV_NONBLOCKING {
+    int k = 0;
+    for (; k + kLanes <= n; k += kLanes) {
+        const Numbers<Wide> product =
+            Product<Wide>(LoadNumbers<Wide>(a, k), LoadNumbers<Wide>(b, k));
+        Wide::Store(sum.re + k, Wide::Add(Wide::Load(sum.re + k), product.re));
+        Wide::Store(sum.im + k, Wide::Add(Wide::Load(sum.im + k), product.im));
+    }
+    ScalarConvolutionKernels().multiplyAdd({sum.re + k, sum.im + k}, {a.re + k, a.im + k},
+                                           {b.re + k, b.im + k}, n - k);
+}
+
+}  // namespace
+
+const ConvolutionKernels& Avx2ConvolutionKernels() noexcept {
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, MultiplyAdd};
+    return kKernels;
+}
+
+}  // namespace tav

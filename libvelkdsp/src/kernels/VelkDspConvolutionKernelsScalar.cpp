@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspConvolutionKernels.h"
+
+#include <algorithm>
+
+namespace tav {
+namespace {
+
+void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexcept TAV_NONBLOCKING {
+    std::fill_n(y, n, 0.f);
+    for (int t = 0; t < numTaps; ++t) {
+        const float tap = taps[t];
+        const float* const late = x - t;
+        for (int k = 0; k < n; ++k) y[k] += tap * late[k];
+    }
+}
+
+void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
+    const int s = pass.stride;
+    const int quarter = pass.n / 4;
+    const ConstComplexParts w = pass.twiddles;
+    for (int p = 0; p < quarter; ++p) {
+        for (int q = 0; q < s; ++q) {
+            float re[4];
+            float im[4];
+            for (int i = 0; i < 4; ++i) {
+                re[i] = pass.from.re[q + s * (p + i * quarter)];
+                im[i] = pass.from.im[q + s * (p + i * quarter)];
+            }
+            const float evenSumRe = re[0] + re[2];
+            const float evenSumIm = im[0] + im[2];
+            const float evenRe = re[0] - re[2];
+            const float evenIm = im[0] - im[2];
+            const float oddSumRe = re[1] + re[3];
+            const float oddSumIm = im[1] + im[3];
+            const float oddRe = re[1] - re[3];
+            const float oddIm = im[1] - im[3];
+            // -i times the odd difference is (oddIm, -oddRe).
+            const float outRe[4] = {evenSumRe + oddSumRe, evenRe + oddIm, evenSumRe - oddSumRe,
+                                    evenRe - oddIm};
+            const float outIm[4] = {evenSumIm + oddSumIm, evenIm - oddRe, evenSumIm - oddSumIm,
+                                    evenIm + oddRe};
+            const int first = q + s * 4 * p;
+            pass.to.re[first] = outRe[0];
+            pass.to.im[first] = outIm[0];
+            for (int i = 1; i < 4; ++i) {
+                const float wRe = w.re[(i - 1) * quarter + p];
+                const float wIm = w.im[(i - 1) * quarter + p];
+                pass.to.re[first + i * s] = outRe[i] * wRe - outIm[i] * wIm;
+                pass.to.im[first + i * s] = outRe[i] * wIm + outIm[i] * wRe;
+            }
+        }
+    }
+}
+
+void MultiplyAdd(const ComplexParts& sum,
+                 const ConstComplexParts& a,
+                 const ConstComplexParts& b,
+                 int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        sum.re[k] += a.re[k] * b.re[k] - a.im[k] * b.im[k];
+        sum.im[k] += a.re[k] * b.im[k] + a.im[k] * b.re[k];
+    }
+}
+
+}  // namespace
+
+const ConvolutionKernels& ScalarConvolutionKernels() noexcept {
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, MultiplyAdd};
+    return kKernels;
+}
+
+}  // namespace tav
