@@ -73,18 +73,17 @@ t_dictionary* DictionaryOf(t_object* object) {
 
 /// The atoms of an entry, texts as symbols.
 /// @return Max's error; atoms of another kind than attributes have stay among them
-t_max_err ReadEntry(t_dictionary* dictionary, t_symbol* key, std::vector<t_atom>& atoms) {
-    OwnedAtoms entry;
+t_max_err ReadAtoms(t_dictionary* dictionary, t_symbol* key, std::vector<t_atom>& atoms) {
     if (dictionary_entryisstring(dictionary, key) != 0) {
         const char* text = nullptr;
         const t_max_err error = dictionary_getstring(dictionary, key, &text);
         if (error == MAX_ERR_NONE) atom_setsym(&atoms.emplace_back(), gensym(text));
         return error;
     }
+    OwnedAtoms entry;
     const t_max_err error =
         dictionary_copyatoms(dictionary, key, entry.CountPlace(), entry.AtomsPlace());
-    const auto view = entry.View().Span();
-    if (error == MAX_ERR_NONE) atoms.assign(view.begin(), view.end());
+    if (error == MAX_ERR_NONE) atoms.assign(entry.Span().begin(), entry.Span().end());
     return error;
 }
 
@@ -96,27 +95,53 @@ struct EntryTexts {
 constexpr EntryTexts kDictionaryTexts{kNoEntry, kEntryNoAtom};
 constexpr EntryTexts kCreationTexts{kCreationNoEntry, kCreationEntryUnread};
 
-/// Sets the attribute of one key; says what is wrong with the entry.
-void ApplyEntry(t_object* object, t_dictionary* dictionary, t_symbol* key, const EntryTexts& say) {
-    std::vector<t_atom> atoms;
-    if (ReadEntry(dictionary, key, atoms) != MAX_ERR_NONE) {
-        return Error(object, say.noEntry, key->s_name);
+/// Values of attributes, read before any is set: without memory for them all stay as they are.
+class Entries {
+public:
+    Entries(t_object* object, t_dictionary* dictionary, const EntryTexts& texts)
+        : object_(object),
+          dictionary_(dictionary),
+          texts_(texts) {}
+
+    /// Reads one entry; says what is wrong with it.
+    void Read(t_symbol* key) {
+        std::vector<t_atom> atoms;
+        if (ReadAtoms(dictionary_, key, atoms) != MAX_ERR_NONE) {
+            Error(object_, texts_.noEntry, key->s_name);
+        } else if (!std::ranges::all_of(atoms, IsPlainAtom)) {
+            Error(object_, texts_.noAtom, key->s_name);
+        } else {
+            entries_.push_back({key, std::move(atoms)});
+        }
     }
-    if (!std::ranges::all_of(atoms, IsPlainAtom)) return Error(object, say.noAtom, key->s_name);
-    SetAttribute(object, key, Atoms(atoms));
-}
+    void SetAttributes() {
+        const RestoringState restoring;
+        for (Entry& entry : entries_) SetAttribute(object_, entry.key, entry.atoms);
+    }
+
+private:
+    struct Entry {
+        t_symbol* key;
+        std::vector<t_atom> atoms;
+    };
+    t_object* object_;
+    t_dictionary* dictionary_;
+    const EntryTexts& texts_;
+    std::vector<Entry> entries_;
+};
 
 bool ApplyDictionary(t_object* object, t_dictionary* dictionary) {
     const DictionaryKeys keys(dictionary);
     if (!keys.IsRead()) return false;
-    const RestoringState restoring;
+    Entries entries(object, dictionary, kDictionaryTexts);
     for (t_symbol* key : keys.View()) {
         if (object_attr_get(object, key) == nullptr) {
             Error(object, kNoAttribute, key->s_name);
         } else {
-            ApplyEntry(object, dictionary, key, kDictionaryTexts);
+            entries.Read(key);
         }
     }
+    entries.SetAttributes();
     return true;
 }
 
@@ -224,13 +249,14 @@ bool CreationDictionary::SetKnown() {
         Error(object_, kCreationUnprocessed);
         return false;
     }
-    const RestoringState restoring;
+    Entries entries(object_, dictionary_, kCreationTexts);
     for (t_symbol* key : keys.View()) {
         const bool isDone = std::ranges::find(done_, key) != done_.end();
         if (isDone || object_attr_get(object_, key) == nullptr) continue;
         done_.push_back(key);
-        ApplyEntry(object_, dictionary_, key, kCreationTexts);
+        entries.Read(key);
     }
+    entries.SetAttributes();
     return true;
 }
 

@@ -203,13 +203,12 @@ void ResetAttributeToDefault(t_object* object, const char* name) {
     if (value.error != MAX_ERR_NONE) {
         return Bug(object, kDefaultUnread, ErrorText(value.error), name);
     }
-    SetAttribute(object, attribute.Name(), value.atoms.View());
+    SetAttribute(object, attribute.Name(), value.atoms.Span());
 }
 
-void SetAttribute(t_object* object, t_symbol* name, Atoms atoms) {
-    std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
+void SetAttribute(t_object* object, t_symbol* name, std::span<t_atom> atoms) noexcept {
     const t_max_err error =
-        object_attr_setvalueof(object, name, static_cast<max_long>(copy.size()), copy.data());
+        object_attr_setvalueof(object, name, static_cast<max_long>(atoms.size()), atoms.data());
     if (error != MAX_ERR_NONE) Bug(object, kNotSet, ErrorText(error), name->s_name);
 }
 

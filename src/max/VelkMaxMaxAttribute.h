@@ -29,6 +29,9 @@ public:
     max_long Count() const noexcept { return count_; }
     bool IsValid() const noexcept { return count_ == 0 || (count_ > 0 && atoms_ != nullptr); }
     Atoms View() const { return Atoms(count_, atoms_); }
+    std::span<t_atom> Span() const {
+        return {atoms_, atoms_ != nullptr && count_ > 0 ? static_cast<std::size_t>(count_) : 0};
+    }
 
 private:
     max_long count_ = 0;
@@ -86,8 +89,9 @@ std::vector<MaxAttribute> ListAttributes(t_object* object);
 /// Sets an attribute from its "default" property.
 void ResetAttributeToDefault(t_object* object, const char* name);
 
-/// Sets an attribute; says what Max refused.  @param atoms  copied: filters may change them
-void SetAttribute(t_object* object, t_symbol* name, Atoms atoms);
+/// Sets an attribute; says what Max refused. Allocates nothing on this side.
+/// @param atoms  may be changed by the filters of the attribute
+void SetAttribute(t_object* object, t_symbol* name, std::span<t_atom> atoms) noexcept;
 
 /// The kinds of atoms that attributes are made of.
 bool IsPlainAtom(const t_atom& atom) noexcept;

@@ -114,11 +114,14 @@ void RestoreState(t_object* object, Atoms atoms) {
         return Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
                      static_cast<int>(expected));
     }
+    // Copied before anything is set: without memory for it everything stays as it is.
+    std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
+    std::span<t_atom> rest = copy;
     const RestoringState restoring;
     for (const Share& share : shares) {
-        const Atoms values = atoms.First(share.count);
-        atoms = atoms.From(share.count);
-        if (std::ranges::all_of(values.Span(), IsPlainAtom)) {
+        const std::span<t_atom> values = rest.first(share.count);
+        rest = rest.subspan(share.count);
+        if (std::ranges::all_of(values, IsPlainAtom)) {
             SetAttribute(object, share.attribute.Name(), values);
         } else {
             Error(object, kRestoredUnknownAtom);
