@@ -10,18 +10,127 @@ namespace tav {
 
 namespace {
 
+constexpr std::size_t kLanes = HoaRecurrence::kLanes;
+
+/// As many neighbouring degrees as compilers keep in registers.
+struct Lanes {
+    double v[kLanes];
+};
+
+Lanes Load(const double* values) noexcept {
+    Lanes lanes;
+    for (std::size_t j = 0; j < kLanes; ++j) lanes.v[j] = values[j];
+    return lanes;
+}
+
 /// A direction in 64 bits, where no square of finite floats overflows.
 struct UnitVector {
     double x, y, z;
 };
 
-UnitVector Normalised(const CartesianVector& v) noexcept {
-    const double x = v.x;
-    const double y = v.y;
-    const double z = v.z;
+UnitVector UnitVectorOf(const CartesianVector& v) noexcept {
+    const double x = static_cast<double>(v.x);
+    const double y = static_cast<double>(v.y);
+    const double z = static_cast<double>(v.z);
     const double r = std::sqrt(x * x + y * y + z * z);
     if (r == 0.0) return {std::copysign(1.0, x), 0.0, 0.0};  // atan2(0, -0) is half a turn
-    return {x / r, y / r, z / r};
+    const double scale = 1.0 / r;
+    return {x * scale, y * scale, z * scale};
+}
+
+struct Complex {
+    double re, im;
+};
+
+Complex operator*(Complex a, Complex b) noexcept {
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+
+/// Real and imaginary parts of w^m for whole blocks of m.
+/// Each pass doubles what there is, so that the chain of products stays short.
+void FillPowers(Complex w, std::span<double> cosines, std::span<double> sines) noexcept {
+    const Complex square = w * w;
+    const Complex first[kLanes] = {{1.0, 0.0}, w, square, square * w};
+    for (std::size_t m = 0; m < kLanes; ++m) {
+        cosines[m] = first[m].re;
+        sines[m] = first[m].im;
+    }
+    Complex power = square * square;
+    for (std::size_t known = kLanes; known < cosines.size(); known *= 2, power = power * power) {
+        const std::size_t end = std::min(2 * known, cosines.size());
+        for (std::size_t m = known; m < end; m += kLanes) {
+            const Lanes c = Load(&cosines[m - known]);
+            const Lanes s = Load(&sines[m - known]);
+            for (std::size_t j = 0; j < kLanes; ++j) {
+                cosines[m + j] = power.re * c.v[j] - power.im * s.v[j];
+                sines[m + j] = power.re * s.v[j] + power.im * c.v[j];
+            }
+        }
+    }
+}
+
+/// One order's channels of a block of degrees: the first `count` lanes.
+/// @param sine, cosine  channels of the block's first degree; sine channels descend
+template <class Real>
+void StoreRow(Real* sine,
+              Real* cosine,
+              const Lanes& q,
+              const Lanes& cosines,
+              const Lanes& sines,
+              std::size_t count) noexcept {
+    Real c[kLanes];
+    Real s[kLanes];
+    for (std::size_t j = 0; j < kLanes; ++j) {
+        c[j] = static_cast<Real>(q.v[j] * cosines.v[j]);
+        s[j] = static_cast<Real>(q.v[j] * sines.v[j]);
+    }
+    for (std::size_t j = 0; j < count; ++j) *(sine - j) = s[j];
+    for (std::size_t j = 0; j < count; ++j) cosine[j] = c[j];  // last: degree 0 has this one only
+}
+
+template <class Real>
+void Encode2D(const HoaRecurrence& recurrence,
+              std::span<const double> cosines,
+              std::span<const double> sines,
+              Real* gains) noexcept {
+    gains[0] = static_cast<Real>(recurrence.sectoral[0]);
+    for (std::size_t m = 1; m <= recurrence.order; ++m) {
+        gains[2 * m - 1] = static_cast<Real>(recurrence.sectoral[m] * sines[m]);
+        gains[2 * m] = static_cast<Real>(recurrence.sectoral[m] * cosines[m]);
+    }
+}
+
+template <class Real>
+void Encode3D(const HoaRecurrence& recurrence,
+              double z,
+              std::span<const double> cosines,
+              std::span<const double> sines,
+              Real* gains) noexcept {
+    const double* toLast = recurrence.last.Data();
+    const double* toBefore = recurrence.before.Data();
+    for (std::size_t first = 0; first <= recurrence.order; first += kLanes) {
+        const Lanes c = Load(&cosines[first]);
+        const Lanes s = Load(&sines[first]);
+        Lanes last = Load(&recurrence.sectoral[first]);
+        Lanes before = last;
+        Real* centre = gains + first * (first + 1);
+        StoreRow(centre - first, centre + first, last, c, s, 1);
+        const auto toOrder = [&](std::size_t n, std::size_t count) {
+            Lanes next;
+            for (std::size_t j = 0; j < kLanes; ++j) {
+                next.v[j] = toLast[j] * z * last.v[j] - toBefore[j] * before.v[j];
+            }
+            before = last;
+            last = next;
+            toLast += kLanes;
+            toBefore += kLanes;
+            centre += 2 * n;
+            StoreRow(centre - first, centre + first, last, c, s, count);
+        };
+        std::size_t n = first + 1;
+        for (; n <= recurrence.order && n < first + kLanes - 1; ++n) toOrder(n, n - first + 1);
+        for (; n <= recurrence.order; ++n) toOrder(n, kLanes);
+    }
 }
 
 }  // namespace
@@ -33,60 +142,26 @@ HoaEncodingVector::HoaEncodingVector(unsigned order,
     : normalization_(normalization),
       recurrence_(order, dimension, normalization),
       numChannels_(SphericalHarmonic::NumChannels(order, dimension)),
-      precise_(numChannels_),
-      cosines_(std::size_t{order} + 1),
-      sines_(std::size_t{order} + 1),
-      last_(std::size_t{order} + 1),
-      before_(std::size_t{order} + 1) {
+      cosines_(recurrence_.sectoral.Size()),
+      sines_(recurrence_.sectoral.Size()) {
     SetMode(mode);
-}
-
-void HoaEncodingVector::Evaluate(const CartesianVector& direction) noexcept {
-    const auto [x, y, z] = Normalised(direction);
-    const unsigned order = recurrence_.order;
-    double* const out = precise_.Data();
-    cosines_[0] = 1.0;
-    sines_[0] = 0.0;
-    for (std::size_t m = 1; m <= order; ++m) {
-        cosines_[m] = x * cosines_[m - 1] - y * sines_[m - 1];
-        sines_[m] = x * sines_[m - 1] + y * cosines_[m - 1];
-    }
-    if (recurrence_.dimension == 2) {
-        out[0] = recurrence_.sectoral[0];
-        for (std::size_t m = 1; m <= order; ++m) {
-            out[2 * m - 1] = recurrence_.sectoral[m] * sines_[m];
-            out[2 * m] = recurrence_.sectoral[m] * cosines_[m];
-        }
-        return;
-    }
-    const HoaStep* step = recurrence_.steps.Data();
-    for (std::size_t n = 0; n <= order; ++n) {
-        double* const centre = out + n * (n + 1);
-        for (std::size_t m = 0; m < n; ++m, ++step) {
-            const double next = step->last * z * last_[m] - step->before * before_[m];
-            before_[m] = std::exchange(last_[m], next);
-        }
-        before_[n] = 0.0;
-        last_[n] = recurrence_.sectoral[n];
-        for (std::size_t m = 0; m <= n; ++m) {
-            *(centre - m) = last_[m] * sines_[m];
-            centre[m] = last_[m] * cosines_[m];
-        }
-    }
 }
 
 template <class Real>
 void HoaEncodingVector::ComputeInto(const CartesianVector& direction,
                                     std::span<Real> gains) noexcept {
-    if (!IsFinite(direction)) return;
-    const std::size_t count = std::min<std::size_t>(gains.size(), numChannels_);
+    if (!IsFinite(direction) || gains.size() < numChannels_) return;
     if (mode_ == Mode::Fast) {
         const std::size_t index = HoaLookupTable::IndexOf(direction);
-        for (std::size_t c = 0; c < count; ++c) gains[c] = table_->Gain(c, index);
+        for (std::size_t c = 0; c < numChannels_; ++c) {
+            gains[c] = static_cast<Real>(table_->Gain(c, index));
+        }
         return;
     }
-    Evaluate(direction);
-    for (std::size_t c = 0; c < count; ++c) gains[c] = static_cast<Real>(precise_[c]);
+    const UnitVector d = UnitVectorOf(direction);
+    FillPowers({d.x, d.y}, cosines_, sines_);
+    if (Dimension() == 3) Encode3D(recurrence_, d.z, cosines_, sines_, gains.data());
+    if (Dimension() == 2) Encode2D(recurrence_, cosines_, sines_, gains.data());
 }
 
 void HoaEncodingVector::Compute(const CartesianVector& direction, std::span<float> gains) noexcept {

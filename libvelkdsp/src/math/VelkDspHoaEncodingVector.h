@@ -33,7 +33,7 @@ public:
                       SphericalHarmonic::Normalization normalization,
                       Mode mode = Mode::Precise);
 
-    /// @param gains  the first NumChannels() are overwritten, or as many as there are.
+    /// @param gains  the first NumChannels() are overwritten; where there are fewer, none is.
     /// Throws: nothing.
     void Compute(const CartesianVector& direction, std::span<float> gains) noexcept;
     /// @param gains  resized to NumChannels().  Throws: std::bad_alloc.
@@ -50,12 +50,11 @@ public:
     unsigned NumChannels() const { return numChannels_; }
     SphericalHarmonic::Normalization GetNormalization() const { return normalization_; }
     Mode GetMode() const { return mode_; }
+    const HoaRecurrence& Recurrence() const { return recurrence_; }
 
 private:
     template <class Real>
     void ComputeInto(const CartesianVector& direction, std::span<Real> gains) noexcept;
-    /// The precise gains into precise_.
-    void Evaluate(const CartesianVector& direction) noexcept;
 
     SphericalHarmonic::Normalization normalization_;
     Mode mode_ = Mode::Precise;
@@ -63,12 +62,9 @@ private:
     unsigned numChannels_;
     std::shared_ptr<const HoaLookupTable> table_;  // of this normalisation; none before fast mode
 
-    // scratch
-    Vector<double> precise_;  // one per channel
+    // scratch, whole blocks of the recurrence
     Vector<double> cosines_;  // Re w^m
     Vector<double> sines_;    // Im w^m
-    Vector<double> last_;     // Q(n, m) of the order at hand, and of the one before it
-    Vector<double> before_;
 };
 
 }  // namespace tav

@@ -25,19 +25,23 @@ HoaLookupTable::HoaLookupTable(unsigned order,
         channels_[c] = {degree.n, degree.m, normalization,
                         Matrix<float>(isSingle ? 1 : kNumElevations, isSingle ? 1 : kNumAzimuths)};
     }
+    if (channels_.Empty()) return;
     HoaEncodingVector encoding(order, dimension, normalization);
-    Vector<float> gains(channels_.Size());
+    Matrix<float> ring(kNumAzimuths, channels_.Size());
     for (std::size_t row = 0; row < kNumElevations; ++row) {
         const float elevationDeg = static_cast<float>(row) - 90.f;
         for (std::size_t column = 0; column < kNumAzimuths; ++column) {
-            encoding.Compute(FromNavigational(static_cast<float>(column), elevationDeg, 1.f),
-                             gains);
-            for (std::size_t c = 1; c < channels_.Size(); ++c) {
-                channels_[c].gains(row, column) = gains[c];
+            const auto azimuthDeg = static_cast<float>(column);
+            encoding.Compute(FromNavigational(azimuthDeg, elevationDeg, 1.f), ring.Row(column));
+        }
+        for (std::size_t c = 1; c < channels_.Size(); ++c) {
+            const std::span<float> gains = channels_[c].gains.Row(row);
+            for (std::size_t column = 0; column < kNumAzimuths; ++column) {
+                gains[column] = ring(column, c);
             }
         }
     }
-    if (!channels_.Empty()) channels_[0].gains(0, 0) = gains[0];
+    channels_[0].gains(0, 0) = ring(0, 0);
 }
 
 std::shared_ptr<const HoaLookupTable> HoaLookupTable::Shared(

@@ -5,6 +5,30 @@
 
 namespace tav {
 
+namespace {
+
+using Normalization = SphericalHarmonic::Normalization;
+
+constexpr std::size_t kLanes = HoaRecurrence::kLanes;
+
+double Factor(unsigned n, unsigned m, Normalization normalization) {
+    return SphericalHarmonic::ExactConversionFactor(n, static_cast<int>(m), Normalization::N3D,
+                                                    normalization);
+}
+
+/// The step in a normalisation, and the one that keeps a lane where it is while n <= m.
+HoaStep NormalisedStep(unsigned n, unsigned m, Normalization normalization) {
+    if (n <= m) return {0.0, -1.0};
+    const double to = Factor(n, m, normalization);
+    if (to == 0.0) return {};  // then all later orders of this degree are left out as well
+    HoaStep step = StepToOrder(n, m);
+    step.last *= to / Factor(n - 1, m, normalization);
+    if (n > m + 1) step.before *= to / Factor(n - 2, m, normalization);
+    return step;
+}
+
+}  // namespace
+
 HoaStep StepToOrder(unsigned n, unsigned m) {
     const double n2 = static_cast<double>(n) * n;
     const double m2 = static_cast<double>(m) * m;
@@ -21,30 +45,31 @@ double SectoralStep(unsigned m) {
 
 HoaRecurrence::HoaRecurrence(unsigned numOrders,
                              unsigned numDimensions,
-                             SphericalHarmonic::Normalization normalization)
+                             Normalization normalization)
     : order(numOrders),
       dimension(numDimensions),
-      sectoral(std::size_t{numOrders} + 1) {
-    using Normalization = SphericalHarmonic::Normalization;
-    const auto factor = [normalization](unsigned n, unsigned m) {
-        return SphericalHarmonic::ExactConversionFactor(n, static_cast<int>(m), Normalization::N3D,
-                                                        normalization);
-    };
+      sectoral((numOrders / kLanes + 1) * kLanes) {
     double value = 1.0;
     for (unsigned m = 0; m <= order; ++m) {
         if (m > 0) value *= SectoralStep(m);
-        sectoral[m] = value * factor(m, m);
+        sectoral[m] = value * Factor(m, m, normalization);
     }
-    if (dimension != 3) return;
-    steps.Resize(std::size_t{order} * (order + 1) / 2);
+    if (dimension == 3) AddSteps(normalization);
+}
+
+void HoaRecurrence::AddSteps(Normalization normalization) {
+    std::size_t numRows = 0;
+    for (std::size_t first = 0; first <= order; first += kLanes) numRows += order - first;
+    last.Resize(numRows * kLanes);
+    before.Resize(numRows * kLanes);
     std::size_t index = 0;
-    for (unsigned n = 1; n <= order; ++n) {
-        for (unsigned m = 0; m < n; ++m, ++index) {
-            const double to = factor(n, m);
-            if (to == 0.0) continue;  // then all later orders of this degree are left out as well
-            const HoaStep step = StepToOrder(n, m);
-            steps[index].last = step.last * to / factor(n - 1, m);
-            if (n > m + 1) steps[index].before = step.before * to / factor(n - 2, m);
+    for (unsigned first = 0; first <= order; first += kLanes) {
+        for (unsigned n = first + 1; n <= order; ++n) {
+            for (unsigned lane = 0; lane < kLanes; ++lane, ++index) {
+                const HoaStep step = NormalisedStep(n, first + lane, normalization);
+                last[index] = step.last;
+                before[index] = step.before;
+            }
         }
     }
 }

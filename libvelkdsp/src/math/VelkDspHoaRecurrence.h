@@ -25,7 +25,13 @@ HoaStep StepToOrder(unsigned n, unsigned m);
 double SectoralStep(unsigned m);
 
 /// The steps of all harmonics up to an order in one normalisation.
+/// Degrees stand in blocks of kLanes neighbours, so that a block can be computed at once: first the
+/// block of degrees 0 .. 3 with its rows n = 1 .. order, then that of 4 .. 7 with its rows
+/// n = 5 .. order, and so on; a row has one value a degree. In rows up to n = m, where Q(n, m) does
+/// not exist yet, the steps keep a lane that starts with Q(m, m) twice at that value.
 struct HoaRecurrence {
+    static constexpr std::size_t kLanes = 4;
+
     /// Throws: std::bad_alloc.
     HoaRecurrence(unsigned order,
                   unsigned dimension,
@@ -33,11 +39,12 @@ struct HoaRecurrence {
 
     unsigned order = 0;
     unsigned dimension = 0;
-    /// Q(m, m) for m = 0 .. order.
-    Vector<double> sectoral;
-    /// Three dimensions only. Row n, from n = 1, has the steps to (n, 0) .. (n, n - 1); the rows
-    /// follow each other, so that the step to (n, m) is number n (n - 1) / 2 + m.
-    Vector<HoaStep> steps;
+    Vector<double> sectoral;  ///< Q(m, m), zeros up to a whole block
+    Vector<double> last;      ///< three dimensions only: HoaStep::last
+    Vector<double> before;    ///< and HoaStep::before
+
+private:
+    void AddSteps(SphericalHarmonic::Normalization normalization);
 };
 
 }  // namespace tav
