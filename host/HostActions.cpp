@@ -106,7 +106,7 @@ void Actions::Act(const Statement& statement) {
         case Directive::None: return object_.Send(atoms);
         case Directive::From: return SendFrom(atoms);
         case Directive::Osc: return SendPacket(AtomSpelling(atoms[0]));
-        case Directive::Layout: return SendLayout(AtomSpelling(atoms[0]), object_, console_);
+        case Directive::Layout: return SendLayout(LayoutName(atoms[0]), object_, console_);
         case Directive::Preset: return state_.Preset(atoms);
         case Directive::Pattr: return state_.Pattr(atoms);
         case Directive::Dictionary: return state_.Dictionary(atoms);

@@ -21,7 +21,7 @@ std::string FloatText(float number) {
 void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
     for (const Statement& statement : script.statements) {
         if (statement.directive != Directive::Layout) continue;
-        const std::string name = AtomSpelling(statement.atoms[0]);
+        const std::string name = LayoutName(statement.atoms[0]);
         const std::size_t numPlaces = FindNamedLayout(name).value().size();
         if (numPlaces != object.NumSignalOutlets())
             throw ScriptFault(script.name, statement.line,

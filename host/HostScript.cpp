@@ -40,7 +40,7 @@ bool OneVectorSize(Arguments arguments) {
 }
 
 bool OneLayout(Arguments arguments) {
-    return arguments.size() == 1 && FindNamedLayout(AtomSpelling(arguments[0]));
+    return arguments.size() == 1 && FindNamedLayout(LayoutName(arguments[0]));
 }
 
 bool OneWord(Arguments arguments) { return arguments.size() == 1; }
@@ -268,6 +268,12 @@ Script ParseScript(std::string_view text, const std::string& name) {
 double AtomNumber(const Atom& atom) {
     if (const auto* whole = std::get_if<std::int64_t>(&atom)) return static_cast<double>(*whole);
     return std::get<double>(atom);
+}
+
+std::string LayoutName(const Atom& atom) {
+    const bool isWholeFloat =
+        std::holds_alternative<double>(atom) && std::floor(AtomNumber(atom)) == AtomNumber(atom);
+    return AtomSpelling(atom) + (isWholeFloat ? ".0" : "");
 }
 
 std::string AtomSpelling(const Atom& atom) {

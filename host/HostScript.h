@@ -68,6 +68,9 @@ Script ParseScript(std::string_view text, const std::string& name);
 /// The atom as a script would spell it.
 std::string AtomSpelling(const Atom& atom);
 
+/// The same for the name of a layout: "22.0" reads as a number.
+std::string LayoutName(const Atom& atom);
+
 /// The number that a long or float atom holds.  Throws: std::bad_variant_access for a symbol.
 double AtomNumber(const Atom& atom);
 

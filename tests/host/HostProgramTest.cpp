@@ -121,7 +121,7 @@ TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
 
 TEST_F(HostProgram, PlacesTheLoudspeakersOfANamedLayout) {
     const auto audio = Render(
-        "object quilo.pan~ 1 5 vbap2d @interpolationtime 0\nsource 1 az 110\nhost layout \"5.0\"\n",
+        "object quilo.pan~ 1 5 vbap2d @interpolationtime 0\nsource 1 az 110\nhost layout 5.0\n",
         {"--in", "one.wav"});
     for (unsigned k = 0; k < 5; ++k) EXPECT_EQ(audio.Channel(k)[4799], k == 4 ? 1 : 0) << k;
 }
