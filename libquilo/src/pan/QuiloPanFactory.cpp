@@ -8,6 +8,7 @@
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloLayoutLawPanning.h"
+#include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloNullPanning.h"
 #include "pan/QuiloPan.h"
 #include "pan/QuiloRecursivePanning.h"
@@ -34,8 +35,6 @@ using BinauralPanningNearfield = NullPanning;
 using BinauralPanningSphericalHeadModel = NullPanning;
 using BinauralPanningSnowmanModel = NullPanning;
 using BinauralPanningContinuous = NullPanning;
-using NFCHOAPanning2D = NullPanning;
-using NFCHOAPanning3D = NullPanning;
 
 using Fits = bool (*)(unsigned inputs, unsigned outputs);
 using Maker = std::unique_ptr<Pan> (*)(unsigned inputs, unsigned outputs);

@@ -56,39 +56,39 @@ struct Lane {
 void RunPairs(const NearFieldSection& section, const Lane& lane, int n) noexcept TAV_NONBLOCKING {
     float* const s = lane.states;
     Pair high(lane.highPassG, section.highPassDamping, s[0], s[kSourceLanes]);
-    Pair near(section.g, section.damping, s[2 * kSourceLanes], s[3 * kSourceLanes]);
+    Pair radial(section.g, section.damping, s[2 * kSourceLanes], s[3 * kSourceLanes]);
     for (int k = 0; k < n; ++k) {
         float x = lane.in[k * kSourceLanes];
         high.Take(x);
         high.s1 *= lane.keep;
         high.s2 *= lane.keep;
         x = x - section.highPassDamping * high.band - high.low;
-        near.Take(x);
+        radial.Take(x);
         const float u = lane.ratios[k * lane.ratioStride];
         lane.out[k * kSourceLanes] =
-            x + (u - 1.f) * (section.damping * near.band + (u + 1.f) * near.low);
+            x + (u - 1.f) * (section.damping * radial.band + (u + 1.f) * radial.low);
     }
     s[0] = high.s1;
     s[kSourceLanes] = high.s2;
-    s[2 * kSourceLanes] = near.s1;
-    s[3 * kSourceLanes] = near.s2;
+    s[2 * kSourceLanes] = radial.s1;
+    s[3 * kSourceLanes] = radial.s2;
 }
 
 void RunPoles(const NearFieldSection& section, const Lane& lane, int n) noexcept TAV_NONBLOCKING {
     float* const s = lane.states;
     Pole high(lane.highPassG, s[0]);
-    Pole near(section.g, s[2 * kSourceLanes]);
+    Pole radial(section.g, s[2 * kSourceLanes]);
     for (int k = 0; k < n; ++k) {
         float x = lane.in[k * kSourceLanes];
         high.Take(x);
         high.s *= lane.keep;
         x = x - high.low;
-        near.Take(x);
+        radial.Take(x);
         const float u = lane.ratios[k * lane.ratioStride];
-        lane.out[k * kSourceLanes] = x + (u - 1.f) * near.low;
+        lane.out[k * kSourceLanes] = x + (u - 1.f) * radial.low;
     }
     s[0] = high.s;
-    s[2 * kSourceLanes] = near.s;
+    s[2 * kSourceLanes] = radial.s;
 }
 
 void NearField(const NearFieldSection& section,

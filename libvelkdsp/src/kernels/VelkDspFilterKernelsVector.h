@@ -145,10 +145,10 @@ private:
         for (int lane = 0; lane < kSourceLanes; lane += S::kLanes) {
             const bool hasHighPass = kHighPass != HighPass::None;
             float* const highState = rows.states + lane;
-            float* const nearState = highState + 2 * kSourceLanes;
+            float* const radialState = highState + 2 * kSourceLanes;
             Filter high(hasHighPass ? S::Load(lanes.highPassG + lane) : S::Zero(),
                         section.highPassDamping, highState);
-            Filter near(S::Broadcast(section.g), section.damping, nearState);
+            Filter radial(S::Broadcast(section.g), section.damping, radialState);
             Vec keep = S::Zero();
             if constexpr (kHighPass == HighPass::Leaking) keep = S::Load(lanes.highPassKeep + lane);
             const float* u = lanes.ratios + lane;
@@ -160,12 +160,12 @@ private:
                     x = high.High(x);
                 }
                 if constexpr (kHighPass == HighPass::Leaking) high.Keep(keep);
-                near.Take(x);
-                S::Store(rows.out + k, near.Near(x, S::Load(u)));
+                radial.Take(x);
+                S::Store(rows.out + k, radial.Near(x, S::Load(u)));
                 u += lanes.ratioStride;
             }
             if constexpr (kHighPass != HighPass::None) high.Save(highState);
-            near.Save(nearState);
+            radial.Save(radialState);
         }
     }
 };

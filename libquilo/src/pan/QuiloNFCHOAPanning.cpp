@@ -1,0 +1,336 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloNFCHOAPanning.h"
+
+#include "math/VelkDspKeywords.h"
+#include "pan/QuiloHOAPanning.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+using tav::HoaEncodingVector;
+using tav::SphericalHarmonic;
+
+namespace {
+
+constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
+constexpr float kLeakSeconds = 0.005f;
+/// Gains come to rest within two segments of the longest interpolation time.
+constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
+
+unsigned OrderOf(unsigned numOutputs, unsigned dimension) {
+    const int order = SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension);
+    return static_cast<unsigned>(std::max(order, 0));
+}
+
+}  // namespace
+
+NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
+    : Pan(numInputs, numOutputs),
+      encoding_(OrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
+      bank_(encoding_.Order()),
+      highPasses_(encoding_.Order()),
+      sources_(numInputs),
+      row_(encoding_.NumChannels()),
+      ordersRun_(encoding_.Order()),
+      inputs_(numInputs),
+      feeds_(numInputs),
+      outputs_(numOutputs) {
+    const unsigned numOrders = encoding_.Order() + 1;
+    for (unsigned n = 0; n <= numOrders; ++n) {
+        const unsigned before = n == 0 ? 0 : SphericalHarmonic::NumChannels(n - 1, dimension);
+        firstChannels_.push_back(std::min(before, numOutputs));
+    }
+    for (unsigned n = 0; n < numOrders; ++n) {
+        const unsigned channels = firstChannels_[n + 1] - firstChannels_[n];
+        mixers_.push_back(std::make_unique<tav::SignalMatrix>(numInputs, channels));
+        mixers_.back()->ShareInputActivityOf(*this);
+        mixers_.back()->SetInterpolationTime(kDefaultInterpolationTimeMs);
+    }
+    const std::size_t numGroups = (numInputs + kLanes - 1) / kLanes;
+    for (std::size_t first = 0; first < numInputs; first += kLanes) {
+        const std::size_t count = std::min<std::size_t>(kLanes, numInputs - first);
+        groups_.emplace_back(std::span(sources_).subspan(first, count), bank_, highPasses_,
+                             encoding_.Order());
+    }
+    signals_.resize(numGroups * kLanes * kNFCHOAFrames);
+    for (std::size_t i = 0; i < numGroups * kLanes; ++i) {
+        signalPointers_.push_back(signals_.data() + i * kNFCHOAFrames);
+    }
+    awake_.resize(numGroups);
+    newest_.order = encoding_.Order();
+    taken_ = newest_;
+}
+
+void NFCHOAPanning::Process(float* const* outputs,
+                            const float* const* inputs,
+                            unsigned frames) noexcept TAV_NONBLOCKING {
+    ZeroOutputs(outputs, frames);
+    Perform(outputs, inputs, frames);
+}
+
+std::string NFCHOAPanning::OutputLabel(unsigned output) const {
+    return output < NumOutputs() ? HoaOutputLabel(output, encoding_.Dimension()) : "dumpout";
+}
+
+void NFCHOAPanning::SetSampleRate(float hz) {
+    const ControlLock lock = LockControl();
+    Pan::SetSampleRate(hz);
+    for (const auto& mixer : mixers_) mixer->SetSampleRate(SampleRate());
+}
+
+void NFCHOAPanning::Reset() {
+    const ControlLock lock = LockControl();
+    Pan::Reset();
+    ++newest_.numResets;
+    PublishControls();
+}
+
+void NFCHOAPanning::SetConnections(std::span<const short> inletCounts,
+                                   std::span<const short> outletCounts) {
+    const ControlLock lock = LockControl();
+    Pan::SetConnections(inletCounts, outletCounts);
+    for (std::size_t n = 0; n < mixers_.size(); ++n) {
+        if (outletCounts.size() <= firstChannels_[n]) break;
+        const auto own = outletCounts.subspan(firstChannels_[n]);
+        mixers_[n]->SetConnections(
+            {}, own.first(std::min<std::size_t>(own.size(), mixers_[n]->NumOutputs())));
+    }
+}
+
+void NFCHOAPanning::SetSourcePosition(unsigned index,
+                                      const tav::CartesianVector& position,
+                                      bool immediate,
+                                      bool force) {
+    const ControlLock lock = LockControl();
+    if (!StoreSourcePosition(index, position, force)) return;
+    const tav::CartesianVector place = StoredPosition(index);
+    std::ranges::fill(row_, 0.f);
+    if (!IsMuted(index)) {
+        encoding_.Compute(place, row_);
+        std::fill(
+            row_.begin() + SphericalHarmonic::NumChannels(newest_.order, encoding_.Dimension()),
+            row_.end(), 0.f);
+    }
+    for (std::size_t n = 0; n < mixers_.size(); ++n) {
+        mixers_[n]->SetRow(
+            index, std::span(row_).subspan(firstChannels_[n], mixers_[n]->NumOutputs()), immediate);
+    }
+    sources_[index].SetPlace(place, newest_.radius, newest_.glideMs, immediate);
+}
+
+void NFCHOAPanning::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(ms)) return;
+    newest_.glideMs = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    for (const auto& mixer : mixers_) mixer->SetInterpolationTime(newest_.glideMs);
+    PublishControls();
+}
+
+float NFCHOAPanning::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return newest_.glideMs;
+}
+
+unsigned NFCHOAPanning::GetOrder() const {
+    const ControlLock lock = LockControl();
+    return newest_.order;
+}
+
+void NFCHOAPanning::SetOrder(unsigned order) {
+    const ControlLock lock = LockControl();
+    const unsigned possible = std::min(order, encoding_.Order());
+    if (possible == newest_.order) return;
+    newest_.order = possible;
+    PublishControls();
+    RecomputeSources();
+}
+
+void NFCHOAPanning::SetNearfieldCompensation(unsigned index, bool on) {
+    const ControlLock lock = LockControl();
+    if (index >= NumInputs() || sources_[index].Compensation() == on) return;
+    sources_[index].SetCompensation(on);
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
+void NFCHOAPanning::SetSpeakersRadius(float metres) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(metres)) return;
+    const float clamped = std::clamp(metres, kNearestSpeakers, kFarthestSpeakers);
+    if (clamped == newest_.radius) return;
+    newest_.radius = clamped;
+    PublishControls();
+    RecomputeSources();
+}
+
+float NFCHOAPanning::SpeakersRadius() const {
+    const ControlLock lock = LockControl();
+    return newest_.radius;
+}
+
+void NFCHOAPanning::SetHighPass(bool on) {
+    const ControlLock lock = LockControl();
+    newest_.highPass = on ? 1.f : 0.f;
+    PublishControls();
+}
+
+bool NFCHOAPanning::HighPass() const {
+    const ControlLock lock = LockControl();
+    return newest_.highPass == 1.f;
+}
+
+void NFCHOAPanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
+    const ControlLock lock = LockControl();
+    const unsigned dimension = encoding_.Dimension();
+    const bool allowed = SphericalHarmonic::IsAllowed(normalization, dimension);
+    encoding_.SetNormalization(allowed ? normalization : DefaultNormalization(dimension));
+    RecomputeSources();
+}
+
+SphericalHarmonic::Normalization NFCHOAPanning::GetNormalization() const {
+    const ControlLock lock = LockControl();
+    return encoding_.GetNormalization();
+}
+
+void NFCHOAPanning::SetComputationMode(std::string_view keyword) {
+    if (const auto mode = tav::HoaModeKeywords().Parse(keyword)) SetComputationMode(*mode);
+}
+
+void NFCHOAPanning::SetComputationMode(HoaEncodingVector::Mode mode) {
+    const ControlLock lock = LockControl();
+    if (mode == encoding_.GetMode()) return;
+    encoding_.SetMode(mode);
+    RecomputeSources();
+}
+
+HoaEncodingVector::Mode NFCHOAPanning::GetComputationMode() const {
+    const ControlLock lock = LockControl();
+    return encoding_.GetMode();
+}
+
+void NFCHOAPanning::Dump(std::vector<std::string>& lines) {
+    const ControlLock lock = LockControl();
+    Pan::Dump(lines);
+    HoaState state;
+    state.order = newest_.order;
+    state.normalization = encoding_.GetNormalization();
+    state.nearfieldCompensation =
+        std::ranges::any_of(sources_, &NFCHOAPanningOneSource::Compensation);
+    state.highPass = newest_.highPass == 1.f;
+    state.speakersRadius = newest_.radius;
+    state.mode = encoding_.GetMode();
+    AppendHoaLines(lines, state);
+}
+
+void NFCHOAPanning::ApplySourceMute(unsigned index) {
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
+void NFCHOAPanning::PublishControls() { shared_.Store(newest_); }
+
+void NFCHOAPanning::Perform(float* const* outputs,
+                            const float* const* inputs,
+                            unsigned frames) noexcept TAV_NONBLOCKING {
+    TakeSampleRate();
+    TakeControls();
+    for (NFCHOAPanningOneSource& source : sources_) source.TakeTarget();
+    for (unsigned offset = 0; offset < frames; offset += kNFCHOAFrames) {
+        PerformPiece(outputs, inputs, offset, std::min(frames - offset, kNFCHOAFrames));
+    }
+}
+
+/// After a change of the rate all is silent and every glide has ended.
+void NFCHOAPanning::TakeSampleRate() noexcept TAV_NONBLOCKING {
+    if (SampleRate() == rateHz_) return;
+    rateHz_ = SampleRate();
+    piece_.keep = std::exp(-1.f / (kLeakSeconds * rateHz_));
+    for (tav::Ramp* ramp : {&radius_, &highPass_}) {
+        ramp->SetSampleRate(rateHz_);
+        ramp->Set(ramp->Target(), 0.f);
+    }
+    for (NFCHOASourceGroup& group : groups_) {
+        group.SetSampleRate(rateHz_);
+        group.Clear();
+    }
+}
+
+void NFCHOAPanning::TakeControls() noexcept TAV_NONBLOCKING {
+    const Controls before = taken_;
+    if (!shared_.Take(taken_)) return;
+    if (taken_.radius != radius_.Target()) radius_.Set(taken_.radius, taken_.glideMs);
+    if (taken_.highPass != highPass_.Target()) highPass_.Set(taken_.highPass, taken_.glideMs);
+    if (taken_.order != before.order) {
+        ordersRun_ = std::max(ordersRun_, taken_.order);
+        fadeSamples_ = static_cast<std::int64_t>(kFadeSeconds * rateHz_);
+    }
+    if (taken_.numResets == before.numResets) return;
+    for (NFCHOASourceGroup& group : groups_) group.Clear();
+}
+
+/// Cuts the piece at the points of the grid.
+void NFCHOAPanning::MakePiece(unsigned frames) noexcept TAV_NONBLOCKING {
+    std::array<float, kNFCHOAFrames> radius;
+    radius_.Fill(std::span(radius).first(frames));
+    piece_.highPassMoves = !highPass_.IsConstant();
+    highPass_.Fill(std::span(piece_.highPass).first(frames));
+    piece_.frames = static_cast<int>(frames);
+    piece_.numSteps = 0;
+    for (unsigned k = 0; k < frames;) {
+        const bool isOnGrid = toGrid_ == 0;
+        if (isOnGrid) {
+            settings_ = {static_cast<float>(kSpeedOfSound) / (2.f * radius[k] * rateHz_),
+                         piece_.highPass[k], rateHz_};
+            toGrid_ = kNFCHOAGrid;
+        }
+        const unsigned count = std::min(toGrid_, frames - k);
+        piece_.steps[piece_.numSteps++] = {static_cast<int>(k), static_cast<int>(count), isOnGrid,
+                                           settings_};
+        k += count;
+        toGrid_ -= count;
+    }
+}
+
+void NFCHOAPanning::PerformPiece(float* const* outputs,
+                                 const float* const* inputs,
+                                 unsigned offset,
+                                 unsigned frames) noexcept TAV_NONBLOCKING {
+    MakePiece(frames);
+    if (fadeSamples_ > 0) {
+        fadeSamples_ -= frames;
+        if (fadeSamples_ <= 0) ordersRun_ = taken_.order;
+    }
+    for (unsigned i = 0; i < NumInputs(); ++i) {
+        const bool isActive = InputConnectedAndActive(i);
+        inputs_[i] = inputs[i] + offset;
+        feeds_[i] = isActive ? inputs_[i] : nullptr;
+    }
+    for (std::size_t o = 0; o < outputs_.size(); ++o) outputs_[o] = outputs[o] + offset;
+    for (std::size_t g = 0; g < groups_.size(); ++g) {
+        const std::size_t count = std::min(kLanes, feeds_.size() - g * kLanes);
+        awake_[g] = groups_[g].Prepare(piece_, std::span(feeds_).subspan(g * kLanes, count));
+    }
+    // Order by order, so that the signals of one order at a time have to be kept.
+    mixers_[0]->Perform(outputs_.data(), inputs_.data(), frames);
+    for (unsigned n = 1; n < mixers_.size(); ++n) {
+        const bool runs = RunsOrder(n);
+        for (std::size_t g = 0; g < groups_.size(); ++g) {
+            if (!awake_[g]) continue;
+            if (runs) {
+                groups_[g].Run(n, piece_, signalPointers_.data() + g * kLanes);
+            } else {
+                groups_[g].Skip(n);
+            }
+        }
+        mixers_[n]->Perform(outputs_.data() + firstChannels_[n], signalPointers_.data(), frames);
+    }
+    for (std::size_t g = 0; g < groups_.size(); ++g) {
+        if (awake_[g]) groups_[g].Finish();
+    }
+}
+
+bool NFCHOAPanning::RunsOrder(unsigned order) const noexcept TAV_NONBLOCKING {
+    return order <= ordersRun_ && mixers_[order]->AnyOutputConnected();
+}
+
+}  // namespace Quilo

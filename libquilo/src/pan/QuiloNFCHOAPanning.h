@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+// Ambisonic encoding that knows how far a source is.
+#pragma once
+
+#include "math/VelkDspHoaEncodingVector.h"
+#include "pan/QuiloNFCHOASourceGroup.h"
+#include "pan/QuiloPan.h"
+#include "processors/VelkDspSignalMatrix.h"
+
+#include <memory>
+#include <vector>
+
+namespace Quilo {
+
+/// The gains of a source are those of plain ambisonics; before them, each order is filtered as the
+/// curvature of the source's wave front asks for on an array of loudspeakers of a given radius.
+/// Sources at the radius sound as in plain ambisonics, nearer ones gain bass in the higher orders,
+/// farther ones lose it. Order 0 is untouched: no level and no delay follows the distance.
+class NFCHOAPanning : public Pan {
+public:
+    static constexpr float kNearestSpeakers = 0.2f;  // metres
+    static constexpr float kFarthestSpeakers = 20.f;
+
+    /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
+    NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
+
+    using Pan::Process;
+    void Process(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    std::string OutputLabel(unsigned output) const override;
+    void SetSampleRate(float hz) override;
+    void Reset() override;
+    void SetConnections(std::span<const short> inletCounts,
+                        std::span<const short> outletCounts) override;
+
+    void Perform(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+    void SetSourcePosition(unsigned index,
+                           const tav::CartesianVector& position,
+                           bool immediate,
+                           bool force) override;
+    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
+    void SetInterpolationTime(float ms) override;
+    unsigned GetOrder() const override;
+    /// Channels above `order` glide to silence.
+    void SetOrder(unsigned order) override;
+    /// Off: this source sounds as in plain ambisonics. On at first.
+    void SetNearfieldCompensation(unsigned index, bool on) override;
+    /// @param metres  clamped to 0.2 .. 20; 1 at first
+    void SetSpeakersRadius(float metres) override;
+    void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
+    tav::SphericalHarmonic::Normalization GetNormalization() const override;
+    void SetComputationMode(std::string_view keyword) override;
+    void SetComputationMode(tav::HoaEncodingVector::Mode mode) override;
+    tav::HoaEncodingVector::Mode GetComputationMode() const override;
+    bool IsPlanar() const override { return encoding_.Dimension() == 2; }
+    void Dump(std::vector<std::string>& lines) override;
+    float GetInterpolationTime() const override;
+
+    float SpeakersRadius() const;
+    /// On: each order is cut where its gain would pass 20 dB. Off: near sources are held where the
+    /// gain at 0 Hz would pass 40 dB. On at first; glides.
+    void SetHighPass(bool on);
+    bool HighPass() const;
+
+private:
+    /// What control hands over besides gains and sources.
+    struct Controls {
+        float radius = 1.f;
+        float highPass = 1.f;
+        float glideMs = kDefaultInterpolationTimeMs;
+        std::uint32_t order = 0;
+        std::uint32_t numResets = 0;
+    };
+
+    void ApplySourceMute(unsigned index) override;
+    void PublishControls();
+
+    void TakeControls() noexcept TAV_NONBLOCKING;
+    void TakeSampleRate() noexcept TAV_NONBLOCKING;
+    void MakePiece(unsigned frames) noexcept TAV_NONBLOCKING;
+    void PerformPiece(float* const* outputs,
+                      const float* const* inputs,
+                      unsigned offset,
+                      unsigned frames) noexcept TAV_NONBLOCKING;
+    bool RunsOrder(unsigned order) const noexcept TAV_NONBLOCKING;
+
+    tav::HoaEncodingVector encoding_;
+    NFCHOAFilterBank bank_;
+    const NFCHOAHighPassFilterBank highPasses_;
+    std::vector<NFCHOAPanningOneSource> sources_;
+    std::vector<NFCHOASourceGroup> groups_;                   // of kSourceLanes sources
+    std::vector<std::unique_ptr<tav::SignalMatrix>> mixers_;  // one per order: sources x channels
+    std::vector<unsigned> firstChannels_;                     // of each order, then of none
+
+    // control only
+    std::vector<float> row_;
+    Controls newest_;
+    // shared: control writes, audio reads
+    tav::SharedCell<Controls> shared_;
+    // audio only
+    Controls taken_;
+    float rateHz_ = 0.f;
+    tav::Ramp radius_{1.f};
+    tav::Ramp highPass_{1.f};
+    unsigned ordersRun_;            // those above the order fade before they rest
+    std::int64_t fadeSamples_ = 0;  // left
+    unsigned toGrid_ = 0;           // samples to the next point of the grid
+    NFCHOASettings settings_;       // those of the grid point passed last
+    NFCHOAPiece piece_;
+    std::vector<float> signals_;  // kNFCHOAFrames per source, whole groups
+    std::vector<float*> signalPointers_;
+    std::vector<const float*> inputs_;  // of the piece
+    std::vector<const float*> feeds_;   // the same, null where inactive
+    std::vector<float*> outputs_;
+    std::vector<char> awake_;  // per group, in this piece
+};
+
+class NFCHOAPanning2D : public NFCHOAPanning {
+public:
+    NFCHOAPanning2D(unsigned numInputs, unsigned numOutputs)
+        : NFCHOAPanning(numInputs, numOutputs, 2) {}
+};
+
+class NFCHOAPanning3D : public NFCHOAPanning {
+public:
+    NFCHOAPanning3D(unsigned numInputs, unsigned numOutputs)
+        : NFCHOAPanning(numInputs, numOutputs, 3) {}
+};
+
+}  // namespace Quilo

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloNFCHOASourceGroup.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+namespace {
+
+constexpr float kLoudest = 1e12f;   // sum of an order's states; more is no sound
+constexpr float kSilence = 1e-15f;  // likewise
+
+constexpr std::array<float, kNFCHOAFrames> kNothing{};
+
+}  // namespace
+
+NFCHOASourceGroup::NFCHOASourceGroup(std::span<NFCHOAPanningOneSource> sources,
+                                     NFCHOAFilterBank& bank,
+                                     const NFCHOAHighPassFilterBank& highPasses,
+                                     unsigned order)
+    : sources_(sources),
+      bank_(bank),
+      highPasses_(highPasses),
+      orders_(order),
+      states_(bank.NumSections(order) * tav::kNearFieldStates * kLanes) {
+    ratios_.fill(1.f);  // lanes without a source pass what they get
+}
+
+void NFCHOASourceGroup::Clear() noexcept TAV_NONBLOCKING {
+    for (unsigned n = 1; n <= orders_.size(); ++n) ClearOrder(n);
+    isAwake_ = false;
+}
+
+void NFCHOASourceGroup::SetSampleRate(float hz) noexcept TAV_NONBLOCKING {
+    for (NFCHOAPanningOneSource& source : sources_) {
+        source.Ratio().SetSampleRate(hz);
+        source.Ratio().Set(source.Ratio().Target(), 0.f);
+    }
+}
+
+std::span<float> NFCHOASourceGroup::States(unsigned order) noexcept TAV_NONBLOCKING {
+    constexpr std::size_t kPerSection = tav::kNearFieldStates * kLanes;
+    const std::size_t first = bank_.NumSections(order - 1) * kPerSection;
+    return std::span(states_).subspan(first, bank_.NumSections(order) * kPerSection - first);
+}
+
+bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
+                                std::span<const float* const> inputs) noexcept TAV_NONBLOCKING {
+    const bool isFed = std::ranges::any_of(inputs, [](const float* p) { return p != nullptr; });
+    if (!isFed && !isAwake_) {
+        for (NFCHOAPanningOneSource& source : sources_) {
+            source.Ratio().Skip(static_cast<std::uint32_t>(piece.frames));
+        }
+        return false;
+    }
+    const bool wakes = !isAwake_;
+    isAwake_ = isFed;  // Finish wakes it for what still rings
+    std::array<const float*, kLanes> lanes;
+    lanes.fill(kNothing.data());
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        if (inputs[i] != nullptr) lanes[i] = inputs[i];
+    }
+    kernels_.toRows(lanes.data(), input_.data(), piece.frames);
+    loudest_.fill(0.f);
+    FillRatios(piece);
+    FindRefreshes(piece, wakes);
+    isPlain_ = !ratiosMove_ &&
+               std::all_of(ratios_.begin(), ratios_.begin() + kLanes,
+                           [](float ratio) { return ratio == 1.f; }) &&
+               std::ranges::none_of(orders_, [](const OrderState& o) {
+                   return !o.isClear && (o.leaks || o.hasHighPass);
+               });
+    return true;
+}
+
+void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
+    const auto frames = static_cast<std::size_t>(piece.frames);
+    ratiosMove_ = std::ranges::any_of(
+        sources_, [](NFCHOAPanningOneSource& source) { return !source.Ratio().IsConstant(); });
+    std::array<float, kNFCHOAFrames> values;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        if (!ratiosMove_) {
+            ratios_[i] = i < sources_.size() ? sources_[i].Ratio().Target() : 1.f;
+            continue;
+        }
+        values.fill(1.f);
+        if (i < sources_.size()) sources_[i].Ratio().Fill(std::span(values).first(frames));
+        for (std::size_t k = 0; k < frames; ++k) ratios_[k * kLanes + i] = values[k];
+    }
+}
+
+/// At which steps the high-passes have to be computed anew.
+void NFCHOASourceGroup::FindRefreshes(const NFCHOAPiece& piece,
+                                      bool wakes) noexcept TAV_NONBLOCKING {
+    refreshes_ = false;
+    for (std::size_t s = 0; s < piece.numSteps; ++s) {
+        const NFCHOAStep& step = piece.steps[s];
+        NFCHOARow row;
+        const std::size_t first = ratiosMove_ ? static_cast<std::size_t>(step.first) * kLanes : 0;
+        std::copy_n(ratios_.data() + first, kLanes, row.data());
+        const bool isNew = row != last_.ratios || step.settings != last_.settings;
+        steps_[s].refreshes = isNew && (step.isOnGrid || (wakes && s == 0));
+        if (steps_[s].refreshes) {
+            refreshes_ = true;
+            last_.settings = step.settings;
+            last_.ratios = row;
+            std::ranges::transform(row, last_.logs.begin(), [](float u) { return std::log(u); });
+        }
+        steps_[s].place = last_;
+    }
+}
+
+void NFCHOASourceGroup::Run(unsigned order,
+                            const NFCHOAPiece& piece,
+                            float* const* signals) noexcept TAV_NONBLOCKING {
+    if (isPlain_) {
+        ClearOrder(order);
+        orders_[order - 1].isStale = true;
+        return kernels_.fromRows(input_.data(), signals, piece.frames);
+    }
+    OrderState& state = orders_[order - 1];
+    state.isClear = false;
+    CapRatios(order, piece);
+    if (state.isStale) UpdateHighPass(order, steps_[0].place);
+    if (refreshes_) {
+        for (std::size_t s = 0; s < piece.numSteps; ++s) {
+            if (steps_[s].refreshes) UpdateHighPass(order, steps_[s].place);
+            RunStep(order, piece.steps[s], piece.keep);
+        }
+    } else {
+        RunStep(order, {0, piece.frames, false, piece.steps[0].settings}, piece.keep);
+    }
+    CheckStates(order, piece.frames);
+    kernels_.fromRows(output_.data(), signals, piece.frames);
+}
+
+void NFCHOASourceGroup::UpdateHighPass(unsigned order,
+                                       const Place& place) noexcept TAV_NONBLOCKING {
+    OrderState& state = orders_[order - 1];
+    highPasses_.Of(order).Compute(place.ratios, place.logs, place.settings, state.highPassG);
+    state.isStale = false;
+    const auto zeros = std::ranges::count(state.highPassG, 0.f);
+    // One that went out of use just now has states.
+    state.leaks = state.leaks || (state.hasHighPass && zeros > 0);
+    state.hasHighPass = zeros < static_cast<std::ptrdiff_t>(kLanes);
+}
+
+/// What this order may use of the ratios.
+void NFCHOASourceGroup::CapRatios(unsigned order,
+                                  const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
+    const NFCHOAHighPass& highPass = highPasses_.Of(order);
+    const auto frames = static_cast<std::size_t>(piece.frames);
+    ratiosInUse_ = ratios_.data();
+    ratioStride_ = ratiosMove_ ? tav::kSourceLanes : 0;
+    if (!piece.highPassMoves && piece.highPass[0] == 1.f) return;
+    const bool capMoves = piece.highPassMoves;
+    const std::size_t numRows = ratiosMove_ || capMoves ? frames : 1;
+    float largest = highPass.LargestRatio(piece.highPass[0]);
+    for (std::size_t k = 0; k < numRows; ++k) {
+        if (capMoves) largest = highPass.LargestRatio(piece.highPass[k]);
+        const float* const row = ratios_.data() + (ratiosMove_ ? k * kLanes : 0);
+        for (std::size_t i = 0; i < kLanes; ++i)
+            capped_[k * kLanes + i] = std::min(row[i], largest);
+    }
+    ratiosInUse_ = capped_.data();
+    ratioStride_ = numRows > 1 ? tav::kSourceLanes : 0;
+}
+
+void NFCHOASourceGroup::RunStep(unsigned order,
+                                const NFCHOAStep& step,
+                                float keep) noexcept TAV_NONBLOCKING {
+    const OrderState& state = orders_[order - 1];
+    const std::ptrdiff_t first = std::ptrdiff_t{step.first} * tav::kSourceLanes;
+    NFCHOARow keeps;
+    tav::NearFieldLanes lanes;
+    lanes.ratios = ratiosInUse_ + std::ptrdiff_t{step.first} * ratioStride_;
+    lanes.ratioStride = ratioStride_;
+    if (state.hasHighPass || state.leaks) lanes.highPassG = state.highPassG.data();
+    if (state.leaks) {
+        std::ranges::transform(state.highPassG, keeps.begin(),
+                               [keep](float g) { return g > 0.f ? 1.f : keep; });
+        lanes.highPassKeep = keeps.data();
+    }
+    float* states = States(order).data();
+    const float* in = input_.data() + first;
+    float* const out = output_.data() + first;
+    for (const tav::NearFieldSection& section : bank_.Sections(order, step.settings.scale)) {
+        kernels_.nearField(section, lanes, states, in, out, step.count);
+        states += tav::kNearFieldStates * kLanes;
+        in = out;
+    }
+}
+
+/// Clears what cannot be sound any more, and notes what still is.
+void NFCHOASourceGroup::CheckStates(unsigned order, int frames) noexcept TAV_NONBLOCKING {
+    OrderState& state = orders_[order - 1];
+    NFCHOARow high{};
+    NFCHOARow radial{};
+    const std::span<const float> states = States(order);
+    for (std::size_t s = 0; s < states.size(); s += 4 * kLanes) {
+        for (std::size_t i = s; i < s + kLanes; ++i) {
+            high[i - s] += std::fabs(states[i]) + std::fabs(states[i + kLanes]);
+            radial[i - s] += std::fabs(states[i + 2 * kLanes]) + std::fabs(states[i + 3 * kLanes]);
+        }
+    }
+    state.leaks = false;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        const float sum = high[i] + radial[i];
+        if (!(sum <= kLoudest)) {
+            ClearLane(order, i, 4);
+            for (int k = 0; k < frames; ++k)
+                output_[static_cast<std::size_t>(k) * kLanes + i] = 0.f;
+            continue;
+        }
+        loudest_[i] = std::max(loudest_[i], sum);
+        if (state.highPassG[i] > 0.f || high[i] == 0.f) continue;
+        if (high[i] < kSilence) {
+            ClearLane(order, i, 2);
+        } else {
+            state.leaks = true;
+        }
+    }
+}
+
+void NFCHOASourceGroup::Skip(unsigned order) noexcept TAV_NONBLOCKING {
+    ClearOrder(order);
+    orders_[order - 1].isStale = true;
+}
+
+void NFCHOASourceGroup::Finish() noexcept TAV_NONBLOCKING {
+    if (isAwake_) return;
+    isAwake_ = std::ranges::any_of(loudest_, [](float sum) { return sum >= kSilence; });
+    if (!isAwake_) Clear();
+}
+
+void NFCHOASourceGroup::ClearOrder(unsigned order) noexcept TAV_NONBLOCKING {
+    OrderState& state = orders_[order - 1];
+    if (state.isClear) return;
+    std::ranges::fill(States(order), 0.f);
+    state.isClear = true;
+    state.leaks = false;
+}
+
+/// @param numRows  of each section's states: 2 for the high-pass alone, or all 4
+void NFCHOASourceGroup::ClearLane(unsigned order,
+                                  std::size_t lane,
+                                  std::size_t numRows) noexcept TAV_NONBLOCKING {
+    const std::span<float> states = States(order);
+    for (std::size_t s = 0; s < states.size(); s += 4 * kLanes) {
+        for (std::size_t row = 0; row < numRows; ++row) states[s + row * kLanes + lane] = 0.f;
+    }
+}
+
+}  // namespace Quilo
