@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanAttributes.h"
 
-#include "QuiloPanObject.h"
+#include "QuiloPanPanners.h"
+#include "math/VelkDspKeywords.h"
 #include "pan/QuiloKeywords.h"
 
 namespace Quilo {
@@ -17,6 +18,8 @@ constexpr Range kChannels{1, kMaxChannels};
 constexpr Range kAutoMuteSeconds{0, 500};
 constexpr Range kInterpolationMs{0, 200};
 constexpr Range kSpread{0, 100};
+constexpr Range kSpeakersRadiusMetres{0.2, 20};
+constexpr Range kCutoffHz{10, 1000};
 
 std::string TypeChoices() { return PanTypeKeywords().PrintedKeywords(' '); }
 
@@ -28,30 +31,79 @@ std::string SubTypeChoices() {
 // The markup in the descriptions is that of Max's reference pages.
 constexpr char kMuteHelp[] =
     "The <m> mute </m> attribute is used to enable or disable the signal processing. When it is 1 "
-    "the signal processing chain is muted: no processing time is spent and all outputs are zero.";
+    "the signal processing chain is muted: no processing time is spent and all outputs are zero. "
+    "When it is 0, which is the default, the object renders its sources. Positions and all other "
+    "settings can be changed while the object is muted; they are heard as soon as it is no longer. "
+    "<br/> Example: <m> mute 1 </m> silences the object. A single source is silenced by the "
+    "message <m> source 2 mute 1 </m>.";
 constexpr char kBypassHelp[] =
-    "The <m> bypass </m> attribute is used to bypass the signal processing. When it is 1 every "
-    "input is copied to the output of the same number, further outputs are zero, and no "
-    "processing time is spent.";
+    "The <m> bypass </m> attribute is used to bypass the signal processing. When it is 1 the "
+    "signal processing chain is bypassed: every input is copied to the output of the same number, "
+    "further outputs are zero, and no processing time is spent. When it is 0, which is the "
+    "default, the object renders its sources. When <m> mute </m> is 1 too, the outputs are zero. "
+    "<br/> Example: <m> bypass 1 </m> sends the first source to the first output as it is.";
 constexpr char kAutoMuteHelp[] =
     "The <m> automute </m> attribute is used to save processing time. The object inspects its "
-    "inputs: those that have been inactive (exactly zero) for this time are muted automatically. "
-    "They come back with their first sample that is not zero. 0 switches the inspection off.";
+    "inputs: those that have been inactive (exactly zero) for this time, in seconds from 0 to 500, "
+    "are muted automatically. They come back with their first sample that is not zero, so nothing "
+    "is lost. 0 switches the inspection off. The default is 20 seconds. <br/> Example: "
+    "<m> automute 2.5 </m> lets sources rest after two and a half seconds of silence.";
+constexpr char kInputsHelp[] =
+    "The number of sources, from 1 to 250; the object has one signal inlet for each. It is given "
+    "in the box, as its first argument, and fixed once the object is created.";
+constexpr char kOutputsHelp[] =
+    "The number of loudspeakers, ambisonic components or ears, from 1 to 250; the object has one "
+    "signal outlet for each. It is given in the box, as its second argument, and fixed once the "
+    "object is created.";
 constexpr char kTypeHelp[] =
-    "The <m> type </m> attribute chooses the panning algorithm. It is fixed once the object is "
-    "created. A type that does not fit the numbers of inputs and outputs gives a silent object "
-    "whose type reads <m> null </m>.";
+    "The <m> type </m> attribute chooses the panning algorithm. It is given in the box, as its "
+    "third argument, and fixed once the object is created. <br/> For two outputs: <m> xy </m>, "
+    "<m> ms </m> and <m> ab </m>, which imitate pairs of microphones, and <m> binaural </m> for "
+    "headphones. <br/> For loudspeakers round the listener: <m> angular </m>, <m> surround </m> (3 "
+    "or 4 outputs), <m> panr </m> (4 to 8 or 12), <m> vbap2d </m> and <m> vbip2d </m>. <br/> For "
+    "loudspeakers on a sphere or a dome: <m> vbap </m>, <m> vbip </m> and <m> spcap </m>. <br/> "
+    "For loudspeakers anywhere in a room: <m> dbap </m>, <m> dbap3d </m>, <m> vdbap </m> and "
+    "<m> knn </m>. <br/> For bass: <m> subwoofers </m>. <br/> For the components of an ambisonic "
+    "field: <m> bformat </m> (3 or 4 outputs), <m> hoa2d </m> and <m> nfchoa2d </m> (3, 5, 7 and "
+    "so "
+    "on), <m> hoa3d </m> and <m> nfchoa3d </m> (4, 9, 16 and so on). In these a source in front is "
+    "encoded in the component Y. <br/> A type that does not fit the numbers of inputs and outputs "
+    "gives a silent object whose type reads <m> null </m>. <br/> Example: "
+    "<m> quilo.pan~ 2 8 vbap2d </m> pans two sources over a ring of eight loudspeakers.";
+constexpr char kSubTypeHelp[] =
+    "A variant of the panning type. <m> diffuse </m> spreads every source over all outputs without "
+    "a direction; the others are for the type <m> binaural </m> and change nothing elsewhere. It "
+    "is given in the box, as its fourth argument, and fixed once the object is created.";
 constexpr char kSourcesHelp[] =
-    "The <m> sourcespositions </m> attribute holds the positions of all sources, three values x "
-    "(right), y (front) and z (up) for each. The <m> source </m> message moves a single one, in "
-    "any coordinate format.";
+    "The <m> sourcespositions </m> attribute holds the positions of all sources, in metres: three "
+    "values x (right), y (front) and z (up) for each. A shorter list moves the first sources only. "
+    "The <m> source </m> message moves a single one, in any coordinate format. <br/> Example: "
+    "<m> sourcespositions -1 1 0 1 1 0 </m> places two sources in front, on the left and on the "
+    "right.";
 constexpr char kSpeakersHelp[] =
-    "The <m> speakerspositions </m> attribute holds the positions of all loudspeakers, three "
-    "values x (right), y (front) and z (up) for each. The <m> speakers </m> message sets them in "
-    "any coordinate format.";
+    "The <m> speakerspositions </m> attribute holds the positions of all loudspeakers, in metres: "
+    "three values x (right), y (front) and z (up) for each. The <m> speakers </m> message sets "
+    "them in any coordinate format, the <m> speaker </m> message a single one. Types that do not "
+    "render to loudspeakers keep the positions and ignore them. <br/> Example: "
+    "<m> speakerspositions -1 1 0 1 1 0 1 -1 0 -1 -1 0 </m> is a square that begins in front on "
+    "the left.";
 constexpr char kInterpolationHelp[] =
-    "The <m> interpolationtime </m> attribute is the time in which gains and delays glide to "
-    "their new values when a source moves. With 0 they jump.";
+    "The <m> interpolationtime </m> attribute is the time, in milliseconds from 0 to 200, in which "
+    "gains and delays glide to their new values when a source moves. Short times follow fast "
+    "movements, long ones are smoother. With 0 they jump, which can be heard as clicks. <br/> "
+    "Example: <m> interpolationtime 20 </m> suits positions that arrive every 20 ms.";
+constexpr char kEncodingHelp[] =
+    "How the components are normalised. SN2D and N2D are for two dimensions only, SN3D and N3D for "
+    "three dimensions only; what does not fit becomes SN2D or SN3D. A source in front is encoded "
+    "in the component Y. <br/> Example: <m> encoding FuMa </m>.";
+constexpr char kHoaModeHelp[] =
+    "<m> precise </m> computes the gains of each direction, <m> fast </m> takes them from a table "
+    "with steps of one degree.";
+constexpr char kSpreadHelp[] =
+    "Width of each source, from 0 (a point) to 100, one value for each. The message "
+    "<m> source 1 spread 30 </m> sets a single one. <br/> Example: <m> spread 0 50 </m>.";
+constexpr char kCutoffHelp[] =
+    "Frequency, in Hz from 10 to 1000, above which the sources are kept from the subwoofers.";
 
 using P = PanObject;
 
@@ -61,35 +113,44 @@ constexpr AttributeRow kClassAttributes[] = {
     {"mute",              "long",    1,                "mute dsp",                                  "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Mute, &P::SetMute, kOnOff>,                                         kMuteHelp},
     {"bypass",            "long",    1,                "bypass dsp",                                "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Bypass, &P::SetBypass, kOnOff>,                                     kBypassHelp},
     {"automute",          "float32", 1,                "threshold for auto-muting",                 nullptr, nullptr,        "20.00",   "sec",   "options", nullptr, Bind<&P::AutoMute, &P::SetAutoMute, kAutoMuteSeconds>,                       kAutoMuteHelp},
-    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     Bind<&P::NumInputs, &P::SetNumInputs, kChannels>,                            nullptr},
-    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     Bind<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                          nullptr},
+    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     Bind<&P::NumInputs, &P::SetNumInputs, kChannels>,                            kInputsHelp},
+    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     Bind<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                          kOutputsHelp},
     {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     Bind<&P::Type, &P::SetType>,                                                 kTypeHelp},
-    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     Bind<&P::SubType, &P::SetSubType>,                                           nullptr},
+    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     Bind<&P::SubType, &P::SetSubType>,                                           kSubTypeHelp},
     {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     Bind<&P::SourcesPositions, &P::SetSourcesPositions>,                         kSourcesHelp},
     {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, Bind<&P::SpeakersPositions, &P::SetSpeakersPositions>,                       kSpeakersHelp},
     {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     Bind<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
 };
 
-/// An attribute of the objects whose engine wants it. Its default is what that engine begins with.
+std::string EncodingChoices() { return tav::NormalizationKeywords().AcceptedKeywords(' '); }
+std::string HoaModeChoices() { return tav::HoaModeKeywords().AcceptedKeywords(' '); }
+
+/// Attributes of the objects whose engine wants them.
+struct AttributeGroup {
+    bool (*has)(const Pan& engine);
+    const char* category;
+};
+constexpr AttributeGroup kHoa{IsHoa, "hoa"};
+constexpr AttributeGroup kDbap{IsDbap, "dbap"};
+constexpr AttributeGroup kNfcHoa{IsNfcHoa, "hoa"};
+constexpr AttributeGroup kSpreading{[](const Pan& engine) { return engine.SupportsSpread(); }, "options"};
+constexpr AttributeGroup kSubwoofers{IsSubwoofers, nullptr};
+
+/// A row without a default has the one with which its engine begins.
 struct InstanceRow {
-    bool (*applies)(const Pan& engine) = nullptr;
-    std::vector<float> (P::*engineValues)() const = nullptr;
+    const AttributeGroup& group;
     AttributeRow attribute;
 };
+
 constexpr InstanceRow kInstanceAttributes[] = {
-    // applies to                                                values      name      type       size          label     style    choices  default  units    category   order    accessors and range                              help
-    {[](const Pan& engine) { return engine.SupportsSpread(); }, &P::Spread, {"spread", "float32", kMaxChannels, "spread", nullptr, nullptr, nullptr, nullptr, "options", nullptr, Bind<&P::Spread, &P::SetSpread, kSpread>, nullptr}},
+    // group         name              type       size              label                                  style    choices            default   units    category order    accessors and range                                                    help
+    {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
+    {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
+    {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},
+    {kSpreading,   {"spread",         "float32", kMaxChannels,     "spread",                              nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<&P::Spread, &P::SetSpread, kSpread>,                              kSpreadHelp}},
+    {kSubwoofers,  {"cutoff",         "float32", 1,                "subwoofers cutoff frequency [Hz]",    nullptr, nullptr,           "125.00", nullptr, nullptr, nullptr, Bind<Cutoff, SetCutoff, kCutoffHz>,                                    kCutoffHelp}},
 };
 // clang-format on
-
-std::string DefaultText(const char* type, const std::vector<float>& values) {
-    std::string text;
-    for (const float value : values) {
-        if (!text.empty()) text += ' ';
-        text += VelkMax::PropertyText(type, static_cast<double>(value));
-    }
-    return text;
-}
 
 }  // namespace
 
@@ -98,11 +159,10 @@ std::span<const AttributeRow> PanClassAttributes() { return kClassAttributes; }
 void AddPanInstanceAttributes(PanObject& object) {
     if (object.Engine() == nullptr) return;
     for (const InstanceRow& row : kInstanceAttributes) {
-        if (!row.applies(*object.Engine())) continue;
-        const std::vector<float> values = (object.*row.engineValues)();
-        VelkMax::AddInstanceAttribute(MaxObjectOf(object), row.attribute,
-                                      static_cast<max_long>(values.size()),
-                                      DefaultText(row.attribute.type, values));
+        if (!row.group.has(*object.Engine())) continue;
+        AttributeRow attribute = row.attribute;
+        attribute.category = row.group.category;
+        VelkMax::AddInstanceAttribute(MaxObjectOf(object), attribute);
     }
 }
 

@@ -8,9 +8,6 @@ namespace Quilo {
 
 class PanObject;
 
-/// Most channels on either side.
-inline constexpr int kMaxChannels = 250;
-
 /// In the order of registration; the place in the inspector is the rows' own.
 std::span<const VelkMax::AttributeRow> PanClassAttributes();
 

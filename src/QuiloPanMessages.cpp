@@ -2,103 +2,24 @@
 #include "QuiloPanMessages.h"
 
 #include "QuiloPanObject.h"
+#include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
+#include "QuiloPanSource.h"
 
 #include <charconv>
 #include <string_view>
 
 namespace Quilo {
 
+using VelkMax::DeferredHandler;
 using VelkMax::Error;
 using VelkMax::Handler;
 using VelkMax::Post;
+using VelkMax::PromptHandler;
 using VelkMax::Reject;
+using VelkMax::Warn;
 
 namespace {
-
-/// What follows `source INDEX`: the whole message is kept for refusals.
-struct SourceRequest {
-    unsigned index = 0;  // from 0, in range
-    Atoms values;        // behind the property
-    Atoms message;
-};
-
-// ---- source: its properties
-
-void SourceSpread(PanObject& object, const SourceRequest& request) {
-    const Pan* engine = object.Engine();
-    if (engine == nullptr || !engine->SupportsSpread()) return Error(object, kNoSpread);
-    if (request.values.Size() != 1 || !request.values.IsNumber(0)) {
-        return Reject(object, kInvalidSource, request.message);
-    }
-    object.SetSourceSpread(request.index, static_cast<float>(request.values.Float(0)));
-}
-
-void SourceSpreadXyz(PanObject& object, const SourceRequest& request) {
-    const Atoms& values = request.values;
-    const bool areNumbers = values.IsNumber(0) && values.IsNumber(1) && values.IsNumber(2);
-    if (values.Size() != 3 || !areNumbers) return Error(object, kInvalidSpreadXyz);
-    Error(object, kNoSpreadXyz);
-}
-
-void SourceNumNeighbors(PanObject& object, const SourceRequest&) { Error(object, kOnlyKnn); }
-
-void SourceMute(PanObject& object, const SourceRequest& request) {
-    if (request.values.Size() != 1 || !request.values.IsLong(0)) {
-        return Reject(object, kInvalidSource, request.message);
-    }
-    // Deliberate: 1 is on and every other number is off.
-    const bool isMuted = request.values.Long(0) == 1;
-    if (object.Engine() != nullptr) object.Engine()->SetSourceMute(request.index, isMuted);
-}
-
-struct SourceProperty {
-    std::string_view name;
-    void (*set)(PanObject& object, const SourceRequest& request);
-};
-
-// A property that is none of these is a coordinate format.
-// clang-format off
-constexpr SourceProperty kSourceProperties[] = {
-    {"spread",       SourceSpread},
-    {"spreadxyz",    SourceSpreadXyz},
-    {"numneighbors", SourceNumNeighbors},
-    {"mute",         SourceMute},
-};
-// clang-format on
-
-const SourceProperty* FindProperty(Atoms property) {
-    if (!property.IsSymbol(0)) return nullptr;
-    for (const SourceProperty& row : kSourceProperties) {
-        if (row.name == property.Symbol(0)->s_name) return &row;
-    }
-    return nullptr;
-}
-
-/// Whether a message begins with an index and goes on with something that a handler can read.
-bool IsIndexed(Atoms atoms) {
-    return atoms.Size() >= 2 && atoms.IsLong(0) && (atoms.IsSymbol(1) || atoms.IsNumber(1));
-}
-
-// ---- The messages
-
-void SourceMessage(PanObject& object, Atoms atoms) {
-    if (!IsIndexed(atoms)) return Reject(object, kInvalidSource, atoms);
-    const t_atom_long number = atoms.Long(0);
-    if (number < 1 || number > object.NumSources()) {
-        return Error(object, kInvalidSourceIndex, VelkMax::SaturatedInt(number));
-    }
-    const auto index = static_cast<unsigned>(number - 1);
-    if (const SourceProperty* property = FindProperty(atoms.From(1))) {
-        return property->set(object, {index, atoms.From(2), atoms});
-    }
-    const auto formatted = ReadFormat(object, atoms.From(1));
-    if (!formatted) return;
-    tav::CartesianVector position = object.Source(index);
-    if (ReadPosition(object, kSourceTexts, *formatted, position)) {
-        object.MoveSource(index, position);
-    }
-}
 
 void SpeakersMessage(PanObject& object, Atoms atoms) {
     if (!object.TakesSpeakers() || object.NumSpeakers() == 0) return;
@@ -158,19 +79,89 @@ void ClearMessage(PanObject& object) {
     if (object.Engine() != nullptr) object.Engine()->Reset();
 }
 
+void CornersMessage(PanObject& object, Atoms atoms) {
+    const Pan* engine = object.Engine();
+    if (engine == nullptr || engine->GetType() != Pan::Type::Panr) return Error(object, kOnlyPanr);
+    constexpr std::size_t kCorners = 4;
+    if (atoms.Size() > kCorners) Warn(object, kTooManyCorners, static_cast<int>(kCorners));
+    const Atoms corners = atoms.First(kCorners);
+    if (!corners.AreNumbers(kCorners)) return Reject(object, kInvalidCorners, atoms);
+    SetCorners(object, corners.Numbers());
+}
+
+// ---- Headphones: no panner for them is there yet, so each of these says whom it is for.
+
+void ListenerMessage(PanObject& object, Atoms) { Error(object, kOnlyBinauralListener); }
+void ImplementationMessage(PanObject& object, Atoms) { Error(object, kOnlyBinaural); }
+void CrossfadeTypeMessage(PanObject& object, t_symbol*) { Error(object, kOnlyBinaural); }
+void LoadMessage(PanObject& object, Atoms) { Error(object, kOnlyBinaural); }
+void LoadNearfieldMessage(PanObject& object, t_symbol*) { Error(object, kOnlyNearfield); }
+
+// ---- Documentation. The markup is that of Max's reference pages.
+
+constexpr VelkMax::ArgumentDoc kSourceArguments[] = {
+    {"int", "source index"},
+    {"symbol", "name of the property"},
+    {"list of int or float or symbol", "value"},
+};
+constexpr VelkMax::ArgumentDoc kSpeakerArguments[] = {
+    {"int", "speaker index"},
+    {"symbol", "name of the property"},
+    {"list of int or float or symbol", "value"},
+};
+constexpr VelkMax::ArgumentDoc kPositionsArguments[] = {
+    {"symbol", "coordinate format"},
+    {"list of int or float", "values"},
+};
+constexpr VelkMax::ArgumentDoc kCornersArguments[] = {{"list of int or float", "azimuths"}};
+constexpr VelkMax::ArgumentDoc kWordArgument[] = {{"symbol", "keyword"}};
+constexpr VelkMax::ArgumentDoc kFileArgument[] = {{"symbol", "file name"}};
+
+constexpr char kSourceHelp[] =
+    "Moves a source or sets one of its properties. Sources are counted from 1. The property is a "
+    "coordinate format, such as <m>xyz</m>, <m>aed</m> (azimuth, elevation, distance) or "
+    "<m>azim</m>, followed by as many values as it has; <m>spread</m> (0 to 100); "
+    "<m>spreadxyz</m> (three values, types dbap and dbap3d); <m>numneighbors</m> (type knn); or "
+    "<m>mute</m> (1 or 0). <br/> Examples: <m>source 1 aed 30 0 2</m>, <m>source 2 xyz 0 1 0</m>, "
+    "<m>source 1 mute 1</m>.";
+constexpr char kSpeakersHelp[] =
+    "Sets the positions of all loudspeakers, from the first outlet on: a coordinate format, then "
+    "its values for each. <br/> Example: <m>speakers aed -30 0 2 30 0 2 110 0 2 -110 0 2</m>.";
+constexpr char kSpeakerHelp[] =
+    "Sets the position of one loudspeaker, counted from 1: a coordinate format, then its values. "
+    "<br/> Example: <m>speaker 2 aed 30 0 2</m>.";
+constexpr char kCornersHelp[] =
+    "Sets the azimuths, in degrees, of the four corners between which the type <m>panr</m> pans. "
+    "They begin in front on the left and go on clockwise. <br/> Example: "
+    "<m>corners -45 45 135 -135</m>.";
+constexpr char kListenerHelp[] =
+    "Sets the position of the listener (binaural types only): a coordinate format, then its "
+    "values.";
+constexpr char kInfoHelp[] =
+    "Posts the type, the settings and the state of the signal processing to the Max window.";
+constexpr char kClearHelp[] = "Clears what is still on its way: delay lines, filters and glides.";
+
 }  // namespace
 
 std::span<const VelkMax::MessageRow> PanMessages() {
     // clang-format off
     static constexpr VelkMax::MessageRow kMessages[] = {
-        // name          handler
-        {"source",       Handler<&SourceMessage>},
-        {"loudspeakers", Handler<&SpeakersMessage>},
-        {"speakers",     Handler<&SpeakersMessage>},
-        {"loudspeaker",  Handler<&SpeakerMessage>},
-        {"speaker",      Handler<&SpeakerMessage>},
-        {"info",         Handler<&InfoMessage>},
-        {"clear",        Handler<&ClearMessage>},
+        // name            handler                                  digest                                    description                                                   arguments
+        {"source",         PromptHandler<&SourceMessage>,           "Move a source or set its properties",    kSourceHelp,                                                  kSourceArguments},
+        {"loudspeakers",   Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},
+        {"speakers",       Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},
+        {"loudspeaker",    Handler<&SpeakerMessage>,                "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
+        {"speaker",        Handler<&SpeakerMessage>,                "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
+        {"info",           Handler<&InfoMessage>,                   "Post information about the object",      kInfoHelp},
+        {"clear",          Handler<&ClearMessage>,                  "Clear the signal processing",            kClearHelp},
+        {"corners",        Handler<&CornersMessage>,                "Set the corners of the type panr",       kCornersHelp,                                                 kCornersArguments},
+        {"implementation", DeferredHandler<&ImplementationMessage>, "Choose the filters for headphones",      "Chooses how binaural types filter (binaural types only).",   kWordArgument},
+        {"crossfadetype",  Handler<&CrossfadeTypeMessage>,          "Choose how filters fade",                "Shape of the fade between two filters: <m>linear</m>, <m>cosine</m> or <m>squareCosine</m> (binaural types only).", kWordArgument},
+        {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerHelp,                                                kPositionsArguments},
+        {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "Loads filters from a file, <m>kemar</m> stands for the built-in ones (binaural types only).", kFileArgument},
+        {"read",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "The same as <m>load</m>.",                                   kFileArgument},
+        {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "Loads filters from a file (subtype nearfield only).",        kFileArgument},
+        {"loadNF",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "The same as <m>loadnf</m>.",                                 kFileArgument},
     };
     // clang-format on
     return kMessages;

@@ -14,20 +14,45 @@ using VelkMax::Error;
 
 namespace {
 
-std::vector<float> Flatten(const tav::CartesianArray& positions) {
-    std::vector<float> xyz;
-    xyz.reserve(3 * positions.Size());
+/// Names of attributes that messages change too. Interned ahead: the audio thread only reads them.
+struct Names {
+    t_symbol* sources = gensym("sourcespositions");
+    t_symbol* speakers = gensym("speakerspositions");
+    t_symbol* spread = gensym("spread");
+};
+const Names& AttributeNames() {
+    static const Names names;
+    return names;
+}
+
+/// x, y, z of each position.
+std::span<const float> Flatten(const tav::CartesianArray& positions,
+                               const VelkMax::AttributeStorage& storage) {
+    const std::span<float> xyz = storage.First(3 * positions.Size());
+    auto value = xyz.begin();
     for (const tav::CartesianVector& position : positions) {
-        xyz.insert(xyz.end(), {position.x, position.y, position.z});
+        for (const float part : {position.x, position.y, position.z}) *value++ = part;
     }
     return xyz;
 }
+
+/// Where memory for the values of attributes is asked for, as it is reported.
+constexpr tav::SourceSite kObjectSite{"..\\..\\src\\quilo.pan~", 0};
 
 std::vector<t_atom> Copy(Atoms atoms) { return {atoms.Span().begin(), atoms.Span().end()}; }
 
 }  // namespace
 
 // ---- Life
+
+PanObject::PanObject(t_pxobject& header)
+    : header_(header),
+      door_(&header),
+      sourcesValues_(3 * kMaxChannels, kObjectSite),
+      speakersValues_(3 * kMaxChannels, kObjectSite),
+      perSourceValues_(3 * kMaxChannels, kObjectSite) {
+    AttributeNames();
+}
 
 void PanObject::BuildEngine() {
     if (engine_ != nullptr) return;
@@ -69,16 +94,18 @@ bool PanObject::TakesSpeakers() const {
 void PanObject::MoveSource(unsigned index, const tav::CartesianVector& position) {
     sources_[index] = position;
     if (engine_ != nullptr) engine_->SetSourcePosition(index, position, false, false);
-    VelkMax::AnnounceChange(&header_.z_ob, "sourcespositions");
+    door_.Changed(AttributeNames().sources);
 }
 
 void PanObject::SetSpeakers(const tav::CartesianArray& speakers) {
     speakers_ = speakers;
-    VelkMax::AnnounceChange(&header_.z_ob, "speakerspositions");
+    door_.Changed(AttributeNames().speakers);
     if (engine_ != nullptr) engine_->SetSpeakersPositions(speakers_);
 }
 
-std::vector<float> PanObject::SourcesPositions() const { return Flatten(sources_); }
+std::span<const float> PanObject::SourcesPositions() const {
+    return Flatten(sources_, sourcesValues_);
+}
 
 void PanObject::SetSourcesPositions(Atoms xyz) {
     if (engine_ == nullptr) {
@@ -88,7 +115,9 @@ void PanObject::SetSourcesPositions(Atoms xyz) {
     }
 }
 
-std::vector<float> PanObject::SpeakersPositions() const { return Flatten(speakers_); }
+std::span<const float> PanObject::SpeakersPositions() const {
+    return Flatten(speakers_, speakersValues_);
+}
 
 void PanObject::SetSpeakersPositions(Atoms xyz) {
     if (engine_ == nullptr) {
@@ -156,10 +185,10 @@ void PanObject::SetAutoMute(float seconds) {
     if (engine_ != nullptr) engine_->SetAutoMuteTime(seconds);
 }
 
-std::vector<float> PanObject::Spread() const {
-    std::vector<float> spreads(static_cast<std::size_t>(numInputs_), 0.f);
-    for (unsigned index = 0; engine_ != nullptr && index < spreads.size(); ++index) {
-        spreads[index] = engine_->SourceSpread(index);
+std::span<const float> PanObject::Spread() const {
+    const std::span<float> spreads = PerSourceValues(1);
+    for (unsigned index = 0; index < spreads.size(); ++index) {
+        spreads[index] = engine_ != nullptr ? engine_->SourceSpread(index) : 0.f;
     }
     return spreads;
 }
@@ -174,7 +203,7 @@ void PanObject::SetSpread(const std::vector<float>& spreads) {
 void PanObject::SetSourceSpread(unsigned index, float spread) {
     if (engine_ == nullptr) return;
     engine_->SetSourceSpread(index, spread);
-    VelkMax::AnnounceChange(&header_.z_ob, "spread");
+    door_.Changed(AttributeNames().spread);
 }
 
 // ---- Audio

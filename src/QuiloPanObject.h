@@ -8,13 +8,13 @@
 
 #include "QuiloPanTexts.h"
 #include "max/VelkMaxAttributes.h"
+#include "max/VelkMaxStorage.h"
 #include "pan/QuiloPan.h"
 
 #include "z_dsp.h"
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +25,9 @@ using VelkMax::Atoms;
 
 class PanObject;
 
+/// Most channels on either side.
+inline constexpr unsigned kMaxChannels = 250;
+
 /// The memory that Max allocates, zeroed.
 struct PanRecord {
     t_pxobject header;
@@ -32,16 +35,16 @@ struct PanRecord {
 };
 
 /// Pattern: attribute setters*, BuildEngine, (PlaceSpeakers PlaceSources), then anything.
-/// Thread: main or scheduler, one at a time under Lock(); Render alone: audio.
+/// Thread: one at a time, through the door; Render alone: audio, at any time.
 class PanObject {
 public:
-    explicit PanObject(t_pxobject& header) : header_(header) {}
+    /// Throws: tav::Exception where there is no memory for the values of the attributes.
+    explicit PanObject(t_pxobject& header);
 
     static PanObject& Of(void* record) { return *static_cast<PanRecord*>(record)->object; }
     friend t_object* MaxObjectOf(const PanObject& object) { return &object.header_.z_ob; }
-    [[nodiscard]] std::unique_lock<std::recursive_mutex> Lock() const {
-        return std::unique_lock(mutex_);
-    }
+    VelkMax::Door& TheDoor() { return door_; }
+    const VelkMax::Door& TheDoor() const { return door_; }
 
     // ---- Life
 
@@ -82,12 +85,12 @@ public:
     t_symbol* SubType() const { return gensym(subType_.c_str()); }
     void SetSubType(t_symbol* subType);
     /// x, y, z of each position, metres.
-    std::vector<float> SourcesPositions() const;
+    std::span<const float> SourcesPositions() const;
     /// Whole triplets from the first source on; sources beyond the list stay where they are. What
     /// does not make a triplet or belongs to no source is left out with a warning, a list without
     /// a triplet or with something that is no number changes nothing.
     void SetSourcesPositions(Atoms xyz);
-    std::vector<float> SpeakersPositions() const;
+    std::span<const float> SpeakersPositions() const;
     void SetSpeakersPositions(Atoms xyz);
     /// What the engine glides over, milliseconds.
     float InterpolationTime() const;
@@ -100,8 +103,14 @@ public:
     float AutoMute() const;
     void SetAutoMute(float seconds);
     /// One value a source, from the first on.
-    std::vector<float> Spread() const;
+    std::span<const float> Spread() const;
     void SetSpread(const std::vector<float>& spreads);
+
+    /// Values of an attribute with so many for each source, to be filled for an answer. Valid until
+    /// the next attribute is asked.  @param perSource  at most 3
+    std::span<float> PerSourceValues(std::size_t perSource) const {
+        return perSourceValues_.First(perSource * static_cast<std::size_t>(numInputs_));
+    }
 
     /// Whether the patcher has muted the object.
     bool IsDisabled() const { return header_.z_disabled != 0; }
@@ -117,7 +126,10 @@ public:
 
 private:
     t_pxobject& header_;
-    mutable std::recursive_mutex mutex_;
+    VelkMax::Door door_;
+    VelkMax::AttributeStorage sourcesValues_;
+    VelkMax::AttributeStorage speakersValues_;
+    VelkMax::AttributeStorage perSourceValues_;
 
     // Settings until the engine exists, then what it really has.
     max_long numInputs_ = 1;

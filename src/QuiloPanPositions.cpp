@@ -12,6 +12,10 @@ using VelkMax::Warn;
 
 using Format = tav::Coordinates::Format;
 
+bool IsIndexed(Atoms atoms) {
+    return atoms.Size() >= 2 && atoms.IsLong(0) && (atoms.IsSymbol(1) || atoms.IsNumber(1));
+}
+
 std::optional<FormattedValues> ReadFormat(const PanObject& object, Atoms atoms) {
     if (!atoms.IsSymbol(0)) {
         Warn(object, VelkMax::kDefaultFormat);

@@ -13,6 +13,9 @@ namespace Quilo {
 
 class PanObject;
 
+/// Whether a message begins with an index and goes on with something that a handler can read.
+bool IsIndexed(VelkMax::Atoms atoms);
+
 // ---- One position: source, speaker
 
 /// What a message about one position says.

@@ -22,13 +22,34 @@ inline constexpr Text<int>         kOutputsAreFixed{"could not dynamically chang
 inline constexpr Text<const char*> kTypeIsFixed{"could not dynamically change pan type : %s"};
 inline constexpr Text<const char*> kSubTypeIsFixed{"could not dynamically change pan subtype : %s"};
 
+// Attributes and messages of other panners; a word says which attribute or handler
+inline constexpr Text<>            kOnlyBinaural{"message only supported by binaural"};
+inline constexpr Text<>            kOnlyNearfield{"message only supported by binaural nearfield"};
+inline constexpr Text<>            kOnlyBinauralListener{"message only supported for binaural panning"};
+inline constexpr Text<const char*> kOnlyHoa{"message only supported by hoa : %s"};
+inline constexpr Text<const char*> kOnlySubwoofers{"message only supported by subwoofers : %s"};
+inline constexpr Text<>            kOnlyDbap{"message only supported by dbap"};
+inline constexpr Text<>            kOnlyPanr{"message only supported by panr"};
+inline constexpr Text<>            kOnlyKnn{"message only supported by knn panning"};
+inline constexpr Text<const char*> kNoPanner{"couldnt get object : %s"};
+
+// Words that name nothing
+inline constexpr Text<const char*> kInvalidSpreadMode{"invalid spreadmode %s"};
+inline constexpr Text<const char*> kInvalidEncoding{"invalid hoa encoding %s"};
+inline constexpr Text<const char*> kInvalidHoaMode{"invalid hoa mode %s"};
+
+// corners
+inline constexpr Text<>    kInvalidCorners{"invalid message : corners"};
+inline constexpr Text<int> kTooManyCorners{"Too many corners arguments. only %d corners values will be read"};
+
 // source
 inline constexpr Text<>    kInvalidSource{"invalid message : source"};
 inline constexpr Text<int> kInvalidSourceIndex{"invalid source index %d"};
 inline constexpr Text<>    kNoSpread{"this type of panning doesnt support spread messages"};
 inline constexpr Text<>    kInvalidSpreadXyz{"invalid spreadxyz message"};
 inline constexpr Text<>    kNoSpreadXyz{"this type of panning doesnt support spreadxyz messages"};
-inline constexpr Text<>    kOnlyKnn{"message only supported by knn panning"};
+inline constexpr Text<>    kInvalidNumNeighbors{"invalid numneighbors message"};
+inline constexpr Text<int> kTooFewNeighbors{"invalid numneighbors : %d"};
 inline constexpr Text<int> kTooFewSourceValues{"not enough source coordinates. expected %d coordinates"};
 inline constexpr Text<int> kTooManySourceValues{"too many source coordinates. only %d coordinates will be read"};
 inline constexpr Text<>    kUnreadableSource{"error reading source coordinates"};

@@ -82,10 +82,12 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
     void* const x = object_alloc(panClass);
     if (x == nullptr) return nullptr;
     PanRecord& record = RecordOf(x);
-    record.object = new (std::nothrow) PanObject(record.header);
+    t_object* const object = &record.header.z_ob;
+    Guarded(
+        object, &object_error, [&] { record.object = new PanObject(record.header); },
+        [&](const char*) { VelkMax::Error(object, VelkMax::kNoMemory); });
     if (record.object == nullptr) {
-        VelkMax::Error(&record.header.z_ob, VelkMax::kNoMemory);
-        z_dsp_setup(&record.header, 0);
+        z_dsp_setup(&record.header, 0);  // the free routine takes it back
         object_free(x);
         return nullptr;
     }
@@ -125,7 +127,7 @@ void quilo_pan_dsp64(void* x,
                      max_long) noexcept {
     PanObject& object = PanObject::Of(x);
     Guarded(MaxObjectOf(object), &object_bug, [&] {
-        const auto lock = object.Lock();
+        const auto lock = object.TheDoor().Wait();
         Quilo::Pan* const engine = object.Engine();
         if (engine == nullptr) return;
         engine->SetSampleRate(static_cast<float>(samplerate));

@@ -41,6 +41,12 @@ max_long Atoms::Type(std::size_t index) const noexcept {
     return index < Size() ? atom_gettype(&atoms_[index]) : max_long{A_NOTHING};
 }
 
+bool Atoms::AreNumbers(std::size_t count) const noexcept {
+    std::size_t index = 0;
+    while (IsNumber(index)) ++index;
+    return index == count && Size() == count;
+}
+
 t_atom_long Atoms::Long(std::size_t index) const noexcept {
     return index < Size() ? atom_getlong(&atoms_[index]) : 0;
 }

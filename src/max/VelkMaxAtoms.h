@@ -33,6 +33,9 @@ public:
         return IsLong(index) || Type(index) == A_FLOAT;
     }
 
+    /// Whether the list is exactly `count` numbers.
+    bool AreNumbers(std::size_t count) const noexcept;
+
     /// As the API coerces: floats are truncated, a symbol counts when it reads as a number.
     t_atom_long Long(std::size_t index) const noexcept;
     double Float(std::size_t index) const noexcept;

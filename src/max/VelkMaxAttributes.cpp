@@ -2,21 +2,22 @@
 #include "max/VelkMaxAttributes.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <string_view>
 
 namespace VelkMax {
 
 namespace {
 
-t_object* MakeAttribute(const AttributeRow& row, max_long size) {
+t_object* MakeAttribute(const AttributeRow& row) {
     const auto get = AsMethod(row.access.get);
     const auto set = AsMethod(row.access.set);
     t_symbol* const type = gensym(row.type);
     // Own accessors on both sides: the offset is not used.
     t_object* const attribute =
-        size == 1 ? attr_offset_new(row.name, type, ATTR_FLAGS_NONE, get, set, 0)
-                  : attr_offset_array_new(row.name, type, size, ATTR_FLAGS_NONE, get, set, 0, 0);
+        row.size == 1
+            ? attr_offset_new(row.name, type, ATTR_FLAGS_NONE, get, set, 0)
+            : attr_offset_array_new(row.name, type, row.size, ATTR_FLAGS_NONE, get, set, 0, 0);
     const Range& range = row.access.range;
     if (range.HasMin() || range.HasMax()) {
         attr_addfilter_clip(attribute, range.HasMin() ? range.min : 0.0,
@@ -46,28 +47,50 @@ void AddProperties(const AttributeRow& row,
         parse("maxvalue", row.type, text.c_str());
         parse("max", row.type, text.c_str());
     }
-    if (!defaultValue.empty()) parse("default", row.type, defaultValue.c_str());
+    if (std::string_view(row.type) == "symbol") {
+        symbol("default", defaultValue.c_str());
+    } else if (!defaultValue.empty()) {
+        parse("default", row.type, defaultValue.c_str());
+    }
     if (row.units != nullptr) symbol("units", row.units);
     if (row.category != nullptr) symbol("category", row.category);
     if (row.order != nullptr) parse("order", "long", row.order);
+    if (row.alias != nullptr) symbol("alias", row.alias);
     if (row.description != nullptr) symbol("description", row.description);
+}
+
+/// The value of an attribute as the text of a property.
+std::string ValueText(t_object* object, const AttributeRow& row) {
+    max_long count = 0;
+    t_atom* atoms = nullptr;
+    if (object_attr_getvalueof(object, gensym(row.name), &count, &atoms) != MAX_ERR_NONE) return {};
+    std::string text;
+    const Atoms values(count, atoms);
+    for (std::size_t index = 0; index < values.Size(); ++index) {
+        if (!text.empty()) text += ' ';
+        text += values.IsSymbol(index) ? std::string(values.Symbol(index)->s_name)
+                                       : PropertyText(row.type, values.Float(index));
+    }
+    sysmem_freeptr(atoms);
+    return text;
 }
 
 }  // namespace
 
 std::string PropertyText(const char* type, double value) {
+    if (std::string_view(type) != "float32") return std::to_string(static_cast<int>(value));
+    const auto single = static_cast<float>(value);
     char text[64];
-    if (std::string_view(type) == "float32") {
-        std::snprintf(text, sizeof text, "%.2f", value);
-    } else {
-        std::snprintf(text, sizeof text, "%d", static_cast<int>(value));
-    }
-    return text;
+    char* end = std::to_chars(text, text + sizeof text, single, std::chars_format::fixed, 2).ptr;
+    float readBack = 0.f;
+    std::from_chars(text, end, readBack);
+    if (readBack != single) end = std::to_chars(text, text + sizeof text, single).ptr;
+    return {text, end};
 }
 
 void AddClassAttributes(t_class* type, std::span<const AttributeRow> rows) {
     for (const AttributeRow& row : rows) {
-        class_addattr(type, MakeAttribute(row, row.size));
+        class_addattr(type, MakeAttribute(row));
         AddProperties(
             row, row.defaultValue != nullptr ? row.defaultValue : "",
             [&](const char* property, const char* kind, const char* text) {
@@ -80,13 +103,10 @@ void AddClassAttributes(t_class* type, std::span<const AttributeRow> rows) {
     }
 }
 
-void AddInstanceAttribute(t_object* object,
-                          const AttributeRow& row,
-                          max_long size,
-                          const std::string& defaultValue) {
-    object_addattr(object, MakeAttribute(row, size));
+void AddInstanceAttribute(t_object* object, const AttributeRow& row) {
+    object_addattr(object, MakeAttribute(row));
     AddProperties(
-        row, defaultValue,
+        row, row.defaultValue != nullptr ? row.defaultValue : ValueText(object, row),
         [&](const char* property, const char* kind, const char* text) {
             object_attr_addattr_parse(object, row.name, property, gensym(kind), 0, text);
         },
@@ -101,13 +121,6 @@ t_symbol* AttributeName(void* attribute) {
                                                     nullptr, nullptr, nullptr, nullptr, nullptr,
                                                     nullptr));
 }
-
-void AnnounceChange(t_object* object, void* attribute) {
-    // Clients ask the attribute for its name: never without one.
-    if (attribute != nullptr) object_notify(object, gensym("attr_modified"), attribute);
-}
-
-void AnnounceChange(t_object* object, const char* name) { object_attr_touch(object, gensym(name)); }
 
 AttributeArguments::AttributeArguments(std::span<t_atom> atoms) {
     const auto isName = [](const t_atom& atom) {

@@ -43,32 +43,28 @@ struct AttributeRow {
     const char* label = nullptr;
     const char* style = nullptr;         // "onoff", "enum", ...
     std::string (*choices)() = nullptr;  // keywords of an enum, separated by blanks
-    const char* defaultValue = nullptr;  // integers as %d, floats as %.2f
+    const char* defaultValue = nullptr;  // as PropertyText writes it
     const char* units = nullptr;
     const char* category = nullptr;
     const char* order = nullptr;  // place in the inspector, from "1"
     AttributeAccess access;
     const char* description = nullptr;
+    const char* alias = nullptr;  // the attribute of which this one is another name
 };
 
 /// Adds the rows to a class, properties and clip filters included.
 void AddClassAttributes(t_class* type, std::span<const AttributeRow> rows);
 
-/// Adds one row to an object that exists.
-/// @param size, defaultValue  in place of the row's
-void AddInstanceAttribute(t_object* object,
-                          const AttributeRow& row,
-                          max_long size,
-                          const std::string& defaultValue);
+/// Adds one row to an object that exists. Without a default of its own, the row's default is the
+/// value that the attribute has at this moment.
+void AddInstanceAttribute(t_object* object, const AttributeRow& row);
 
-/// How the default, minimum and maximum of a numeric attribute are written.
+/// How the default, minimum and maximum of a numeric attribute are written: integers as %d, floats
+/// as %.2f unless that reads back as another 32-bit value: then with as many digits as that takes.
 std::string PropertyText(const char* type, double value);
 
 /// Name of an attribute object.
 t_symbol* AttributeName(void* attribute);
-/// Tells attached clients, such as inspectors, that an attribute changed, or tried to.
-void AnnounceChange(t_object* object, void* attribute);
-void AnnounceChange(t_object* object, const char* name);
 
 /// The `@name values...` part of a box text. Attributes of the instance exist only once the object
 /// is almost finished, so the arguments are kept between two passes.
@@ -96,11 +92,36 @@ private:
 
 // ---- Accessors
 
+/// The values of an attribute as a setter wants them, clipped to the range. Nothing when a value is
+/// not finite: such a value changes no attribute.
+template <class Value>
+struct ValueReader;
+
 /// Answers a getter's caller by the API's memory protocol. False: no memory.
 bool WriteAnswer(max_long* argc, t_atom** argv, max_long value);
 bool WriteAnswer(max_long* argc, t_atom** argv, float value);
 bool WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value);
 bool WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values);
+
+template <class Object, class Get>
+t_max_err AnswerGetter(
+    void* record, void* attribute, max_long* argc, t_atom** argv, const Get& get) noexcept {
+    const Object& object = Object::Of(record);
+    bool isAsked = true;
+    bool isAnswered = false;
+    Guarded(
+        MaxObjectOf(object), &object_error,
+        [&] {
+            const Door::Lock lock = object.TheDoor().Ask();
+            isAsked = lock.owns_lock();
+            if (isAsked) isAnswered = WriteAnswer(argc, argv, get(object));
+        },
+        [](const char*) {});
+    if (isAnswered) return MAX_ERR_NONE;
+    if (!isAsked) return MAX_ERR_GENERIC;  // in the audio thread, which does not wait
+    Error(object, kNoMemoryForGetter, AttributeName(attribute)->s_name);
+    return MAX_ERR_OUT_OF_MEM;
+}
 
 template <auto Get>
 struct GetterOf;
@@ -108,25 +129,39 @@ struct GetterOf;
 template <class Object, class Value, Value (Object::*Get)() const>
 struct GetterOf<Get> {
     static t_max_err Call(void* record, void* attribute, max_long* argc, t_atom** argv) noexcept {
-        const Object& object = Object::Of(record);
-        bool isAnswered = false;
-        Guarded(
-            MaxObjectOf(object), &object_error,
-            [&] {
-                const auto lock = object.Lock();
-                isAnswered = WriteAnswer(argc, argv, (object.*Get)());
-            },
-            [](const char*) {});
-        if (isAnswered) return MAX_ERR_NONE;
-        Error(object, kNoMemoryForGetter, AttributeName(attribute)->s_name);
-        return MAX_ERR_OUT_OF_MEM;
+        return AnswerGetter<Object>(record, attribute, argc, argv,
+                                    [](const Object& object) { return (object.*Get)(); });
     }
 };
 
-/// The values of an attribute as a setter wants them, clipped to the range. Nothing when a value is
-/// not finite: such a value changes no attribute.
-template <class Value>
-struct ValueReader;
+template <class Object, class Value, Value (*Get)(const Object&)>
+struct GetterOf<Get> {
+    static t_max_err Call(void* record, void* attribute, max_long* argc, t_atom** argv) noexcept {
+        return AnswerGetter<Object>(record, attribute, argc, argv, Get);
+    }
+};
+
+/// Runs a letter that sets an attribute. Clients are told in any case: an inspector that tried in
+/// vain goes back to the value that stands.
+template <class Object, class Value, Range kRange, class Set>
+void RunSetter(void* record, t_symbol* name, Atoms atoms, const Set& set) noexcept {
+    Object& object = Object::Of(record);
+    Guarded(MaxObjectOf(object), &object_error, [&] {
+        ValueReader<std::remove_cvref_t<Value>>::Read(
+            atoms, kRange, [&](const auto& value) { set(object, value); });
+    });
+    object.TheDoor().Changed(name);
+}
+
+template <class Object, class Value>
+t_max_err EnterSetter(
+    void* record, Letter::Run run, void* attribute, max_long argc, t_atom* argv) noexcept {
+    constexpr bool kIsShort = std::is_arithmetic_v<Value>;
+    if (argc < 1) return MAX_ERR_NONE;
+    Object::Of(record).TheDoor().Enter({run, AttributeName(attribute), Atoms(argc, argv)},
+                                       kIsShort ? Door::Pace::Prompt : Door::Pace::Calm);
+    return MAX_ERR_NONE;
+}
 
 template <auto Set, Range kRange>
 struct SetterOf;
@@ -134,15 +169,21 @@ struct SetterOf;
 template <class Object, class Value, void (Object::*Set)(Value), Range kRange>
 struct SetterOf<Set, kRange> {
     static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
-        if (argc < 1) return MAX_ERR_NONE;
-        Object& object = Object::Of(record);
-        Guarded(MaxObjectOf(object), &object_error, [&] {
-            const auto lock = object.Lock();
-            ValueReader<std::remove_cvref_t<Value>>::Read(
-                Atoms(argc, argv), kRange, [&](const auto& value) { (object.*Set)(value); });
-        });
-        AnnounceChange(MaxObjectOf(object), attribute);
-        return MAX_ERR_NONE;
+        return EnterSetter<Object, Value>(record, &Run, attribute, argc, argv);
+    }
+    static void Run(void* record, t_symbol* name, Atoms atoms) noexcept {
+        RunSetter<Object, Value, kRange>(
+            record, name, atoms, [](Object& object, const auto& value) { (object.*Set)(value); });
+    }
+};
+
+template <class Object, class Value, void (*Set)(Object&, Value), Range kRange>
+struct SetterOf<Set, kRange> {
+    static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
+        return EnterSetter<Object, Value>(record, &Run, attribute, argc, argv);
+    }
+    static void Run(void* record, t_symbol* name, Atoms atoms) noexcept {
+        RunSetter<Object, Value, kRange>(record, name, atoms, Set);
     }
 };
 
@@ -189,8 +230,9 @@ struct ValueReader<Atoms> {
     }
 };
 
-/// Accessors from two members: `Value Get() const` and `void Set(Value)`, where Value is max_long,
-/// float, t_symbol*, std::vector<float> or, for a setter, Atoms.
+/// Accessors from two members, `Value Get() const` and `void Set(Value)`, or from two functions,
+/// `Value Get(const Object&)` and `void Set(Object&, Value)`. Value is max_long, float, t_symbol*,
+/// std::vector<float> or, for a setter, Atoms.
 template <auto Get, auto Set, Range kRange = Range{}>
 // NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
 inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call, &SetterOf<Set, kRange>::Call, kRange};

@@ -2,23 +2,18 @@
 // The functions that Max calls: from the host's calling forms to members of our objects.
 //
 // Nothing may leave them by an exception, so the only catch clauses of the binding are here. An
-// object takes part with a static Of(void* record), which finds it, and Lock(), under which its
-// handlers run one at a time: messages come from the main thread and from the scheduler.
+// object takes part with a static Of(void* record), which finds it, and TheDoor(), through which
+// its messages and attributes enter one at a time. One without a door takes them as they come.
 #pragma once
 
-#include "max/VelkMaxAtoms.h"
+#include "max/VelkMaxDoor.h"
+#include "max/VelkMaxMethod.h"
 #include "max/VelkMaxTexts.h"
 #include "text/VelkDspException.h"
 
 #include <new>
 
 namespace VelkMax {
-
-/// A function of any form as the host stores it; it is cast back before it is called.
-template <class Function>
-method AsMethod(Function* function) noexcept {
-    return reinterpret_cast<method>(reinterpret_cast<void (*)()>(function));
-}
 
 /// Runs `operation`; what escapes it becomes one console line of `object`.
 /// @param row  object_error for what users can cause, object_bug where Max is the caller
@@ -70,18 +65,40 @@ struct MessageRow {
     std::span<const ArgumentDoc> arguments{};
 };
 
-template <auto Function>
+template <class Object>
+concept HasDoor = requires(Object& object) {
+    object.TheDoor();
+};
+
+/// Runs a letter as the object's door has it.
+template <class Object>
+void Receive(void* record, const Letter& letter, Door::Pace pace) {
+    if constexpr (HasDoor<Object>) {
+        Object::Of(record).TheDoor().Enter(letter, pace);
+    } else {
+        letter.run(record, letter.name, letter.atoms);
+    }
+}
+
+/// What all forms of a message share: the guarded run of a letter.
+template <class Object, auto Function>
+struct MessageRun {
+    template <class... Arguments>
+    static void Run(void* record, Arguments... arguments) noexcept {
+        Object& object = Object::Of(record);
+        Guarded(MaxObjectOf(object), &object_error, [&] { Function(object, arguments...); });
+    }
+};
+
+template <auto Function, Door::Pace kPace = Door::Pace::Calm>
 struct MessageHandler;
 
 /// A message without arguments.
-template <class Object, void (*Function)(Object&)>
-struct MessageHandler<Function> {
-    static void Call(void* record) noexcept {
-        Object& object = Object::Of(record);
-        Guarded(MaxObjectOf(object), &object_error, [&] {
-            const auto lock = object.Lock();
-            Function(object);
-        });
+template <class Object, void (*Function)(Object&), Door::Pace kPace>
+struct MessageHandler<Function, kPace> {
+    static void Call(void* record) noexcept { Receive<Object>(record, {&Run}, kPace); }
+    static void Run(void* record, t_symbol*, Atoms) noexcept {
+        MessageRun<Object, Function>::Run(record);
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, 0);
@@ -89,29 +106,45 @@ struct MessageHandler<Function> {
 };
 
 /// A message with a free list of arguments.
-template <class Object, void (*Function)(Object&, Atoms)>
-struct MessageHandler<Function> {
-    static void Call(void* record, t_symbol*, max_long argc, t_atom* argv) noexcept {
-        Object& object = Object::Of(record);
-        Guarded(MaxObjectOf(object), &object_error, [&] {
-            const auto lock = object.Lock();
-            Function(object, Atoms(argc, argv));
-        });
+template <class Object, void (*Function)(Object&, Atoms), Door::Pace kPace>
+struct MessageHandler<Function, kPace> {
+    static void Call(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
+        Receive<Object>(record, {&Run, name, Atoms(argc, argv)}, kPace);
+    }
+    static void Run(void* record, t_symbol*, Atoms atoms) noexcept {
+        MessageRun<Object, Function>::Run(record, atoms);
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, A_GIMME, 0);
     }
+
+    // The same, done by the main thread: what touches files or lets the user choose one.
+    static void CallDeferred(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
+        Receive<Object>(record, {&Defer, name, Atoms(argc, argv)}, Door::Pace::Calm);
+    }
+    static void Defer(void* record, t_symbol* name, Atoms atoms) noexcept {
+        std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
+        const auto count = static_cast<short>(std::min<std::size_t>(copy.size(), 32767));
+        defer_medium(record, AsMethod(&RunDeferred), name, count, copy.data());
+    }
+    static void RunDeferred(void* record, t_symbol* name, short argc, t_atom* argv) noexcept {
+        Call(record, name, argc, argv);
+    }
+    static t_max_err RegisterDeferred(t_class* type, const char* name) {
+        return class_addmethod(type, AsMethod(&CallDeferred), name, A_GIMME, 0);
+    }
 };
 
 /// A message with one symbol; Max refuses any other before the handler runs.
-template <class Object, void (*Function)(Object&, t_symbol*)>
-struct MessageHandler<Function> {
+template <class Object, void (*Function)(Object&, t_symbol*), Door::Pace kPace>
+struct MessageHandler<Function, kPace> {
     static void Call(void* record, t_symbol* word) noexcept {
-        Object& object = Object::Of(record);
-        Guarded(MaxObjectOf(object), &object_error, [&] {
-            const auto lock = object.Lock();
-            Function(object, word);
-        });
+        t_atom atom{};
+        atom_setsym(&atom, word);
+        Receive<Object>(record, {&Run, nullptr, Atoms(1, &atom)}, kPace);
+    }
+    static void Run(void* record, t_symbol*, Atoms word) noexcept {
+        MessageRun<Object, Function>::Run(record, word.Symbol(0));
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, A_SYM, 0);
@@ -121,16 +154,27 @@ struct MessageHandler<Function> {
     }
 };
 
+// NOLINTBEGIN(readability-identifier-naming): these read as functions in the tables
+
 /// The registration of `void Function(Object&)`, `void Function(Object&, Atoms)` or
 /// `void Function(Object&, t_symbol*)`.
 template <auto Function>
-// NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
 inline constexpr MessageRegistration Handler = &MessageHandler<Function>::Register;
+
+/// The same for a short message that the audio thread may carry out itself.
+template <auto Function>
+inline constexpr MessageRegistration PromptHandler =
+    &MessageHandler<Function, Door::Pace::Prompt>::Register;
 
 /// The same for a symbol that may be missing: then the handler gets the empty one.
 template <auto Function>
-// NOLINTNEXTLINE(readability-identifier-naming): as above
 inline constexpr MessageRegistration OptionalHandler = &MessageHandler<Function>::RegisterOptional;
+
+/// The same, deferred to the main thread.
+template <auto Function>
+inline constexpr MessageRegistration DeferredHandler = &MessageHandler<Function>::RegisterDeferred;
+
+// NOLINTEND(readability-identifier-naming)
 
 /// Adds the rows in their order; says which could not be added.
 void AddMessages(t_class* type, std::span<const MessageRow> rows);

@@ -18,6 +18,7 @@ inline constexpr Text<>            kNoMemory{"couldnt allocate memory"};
 inline constexpr Text<const char*> kMethodNotAdded{"error when adding method %s"};
 
 // Attributes
+inline constexpr Text<>            kNoMemoryForAttribute{"error allocating memory for attribute"};
 inline constexpr Text<const char*> kNoMemoryForGetter{"couldnt allocate memory for attribute %s getter"};
 inline constexpr Text<const char*> kUnknownAttribute{"unknown attribute %s"};
 

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -15,12 +15,10 @@ namespace {
 struct Toy {
     t_object object{};
     std::function<void()> operation = [] {};
-    std::mutex mutex;
+    mutable VelkMax::Door door{&object};
 
     static Toy& Of(void* record) { return *static_cast<Toy*>(record); }
-    std::unique_lock<std::mutex> Lock() const {
-        return std::unique_lock(const_cast<std::mutex&>(mutex));
-    }
+    VelkMax::Door& TheDoor() const { return door; }
     friend t_object* MaxObjectOf(const Toy& toy) { return const_cast<t_object*>(&toy.object); }
     float Value() const {
         operation();
@@ -70,8 +68,11 @@ TEST_P(HandlerFailure, IsPostedAndLeavesTheObjectUnlocked) {
     atom_setfloat(&value, 1.0);
     kValue.set(&toy, attribute, 1, &value);
     EXPECT_EQ(lines, std::vector<std::string>(3, GetParam().line));
-    EXPECT_TRUE(toy.mutex.try_lock());
-    toy.mutex.unlock();
+    // Nobody is inside any more.
+    std::thread([&] {
+        const HostApi::ThreadScope audio(HostApi::ThreadKind::Audio);
+        EXPECT_TRUE(toy.door.Ask().owns_lock());
+    }).join();
 }
 
 TEST_P(HandlerFailure, OfAGetterNamesTheAttribute) {

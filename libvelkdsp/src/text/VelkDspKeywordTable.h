@@ -42,6 +42,25 @@ public:
         return otherwise;
     }
 
+    /// The code that prints as `word`, whether the word is accepted or not.
+    std::optional<Code> FindPrinted(std::string_view word) const {
+        for (const Row& row : rows_) {
+            if (row.printed == word) return row.code;
+        }
+        return std::nullopt;
+    }
+
+    /// The first accepted word of each row that accepts any: a menu whose choices can be set.
+    std::string AcceptedKeywords(char separator = ' ') const {
+        std::string words;
+        for (const Row& row : rows_) {
+            if (row.accepted.empty()) continue;
+            if (!words.empty()) words += separator;
+            words += row.accepted.front();
+        }
+        return words;
+    }
+
     /// The printed words of all rows that accept at least one word, such as a menu offers them.
     std::string PrintedKeywords(char separator = ' ') const {
         std::string words;

@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "QuiloPanPanners.h"
+
+#include "math/VelkDspKeywords.h"
+#include "max/VelkMaxRestoring.h"
+#include "pan/QuiloKeywords.h"
+#include "pan/QuiloSubwoofersPanning.h"
+
+#include <algorithm>
+
+namespace Quilo {
+
+using VelkMax::Error;
+
+namespace {
+
+template <class Panner>
+Panner* EngineAs(const PanObject& object) {
+    return dynamic_cast<Panner*>(object.Engine());
+}
+
+bool Is(const Pan& engine, std::initializer_list<Pan::Type> types) {
+    return std::ranges::find(types, engine.GetType()) != types.end();
+}
+
+bool IsEngine(const PanObject& object, bool (*is)(const Pan&)) {
+    return object.Engine() != nullptr && is(*object.Engine());
+}
+
+/// The code of a word, by what the table accepts. A state that is restored brings printed words.
+template <class Code>
+std::optional<Code> ReadKeyword(const tav::KeywordTable<Code>& table, const t_symbol* word) {
+    const auto code = table.Parse(word->s_name);
+    if (code || !VelkMax::RestoringState::IsActive()) return code;
+    return table.FindPrinted(word->s_name);
+}
+
+t_symbol* Symbol(std::string_view text) { return gensym(std::string(text).c_str()); }
+
+}  // namespace
+
+bool IsDbap(const Pan& engine) { return Is(engine, {Pan::Type::Dbap, Pan::Type::Dbap3D}); }
+
+bool IsNfcHoa(const Pan& engine) { return Is(engine, {Pan::Type::Nfchoa2D, Pan::Type::Nfchoa3D}); }
+
+bool IsHoa(const Pan& engine) {
+    return IsNfcHoa(engine) || Is(engine, {Pan::Type::Hoa2D, Pan::Type::Hoa3D});
+}
+
+bool IsSubwoofers(const Pan& engine) { return Is(engine, {Pan::Type::Subwoofers}); }
+
+// ---- Distance-based panners
+
+bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz) {
+    if (!IsEngine(object, IsDbap)) return false;
+    object.Engine()->SetSpreadByDirection(index, xyz);
+    object.TheDoor().Changed(gensym("spreadxyz"));
+    return true;
+}
+
+// ---- Ambisonic panners
+
+t_symbol* Encoding(const PanObject& object) {
+    using tav::SphericalHarmonic;
+    const Pan* engine = object.Engine();
+    const auto code =
+        engine != nullptr ? engine->GetNormalization() : SphericalHarmonic::Normalization::SN3D;
+    return Symbol(tav::NormalizationKeywords().Print(code));
+}
+
+void SetEncoding(PanObject& object, t_symbol* encoding) {
+    if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "encoding");
+    const auto code = ReadKeyword(tav::NormalizationKeywords(), encoding);
+    if (!code) return Error(object, kInvalidEncoding, encoding->s_name);
+    object.Engine()->SetNormalization(*code);
+}
+
+t_symbol* HoaMode(const PanObject& object) {
+    using Mode = tav::HoaEncodingVector::Mode;
+    const Pan* engine = object.Engine();
+    const Mode mode = engine != nullptr ? engine->GetComputationMode() : Mode::Precise;
+    return Symbol(tav::HoaModeKeywords().Print(mode));
+}
+
+void SetHoaMode(PanObject& object, t_symbol* mode) {
+    if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "hoamode");
+    const auto code = ReadKeyword(tav::HoaModeKeywords(), mode);
+    if (!code) return Error(object, kInvalidHoaMode, mode->s_name);
+    object.Engine()->SetComputationMode(*code);
+}
+
+// ---- Subwoofers
+
+float Cutoff(const PanObject& object) {
+    const auto* subwoofers = EngineAs<SubwoofersPanning>(object);
+    return subwoofers != nullptr ? subwoofers->Cutoff() : SubwoofersPanning::kDefaultCutoffHz;
+}
+
+void SetCutoff(PanObject& object, float hz) {
+    if (!IsEngine(object, IsSubwoofers)) return Error(object, kOnlySubwoofers, "cutoff");
+    auto* const subwoofers = EngineAs<SubwoofersPanning>(object);
+    if (subwoofers == nullptr) return Error(object, kNoPanner, "quilo_pan_update_subwoofers");
+    subwoofers->SetCutoff(hz);
+}
+
+// ---- The recursive panner
+
+void SetCorners(PanObject& object, std::span<const float> azimuthsDeg) {
+    static_cast<void>(azimuthsDeg);
+    Error(object, kNoPanner, "quilo_pan_corners");
+}
+
+}  // namespace Quilo

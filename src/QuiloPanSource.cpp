@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "QuiloPanSource.h"
+
+#include "QuiloPanPanners.h"
+#include "QuiloPanPositions.h"
+#include "max/VelkMaxHandlers.h"
+
+#include <string_view>
+
+namespace Quilo {
+
+using VelkMax::Error;
+using VelkMax::Reject;
+
+namespace {
+
+/// What follows `source INDEX`: the whole message is kept for refusals.
+struct SourceRequest {
+    unsigned index = 0;  // from 0, in range
+    Atoms values;        // behind the property
+    Atoms message;
+};
+
+// ---- source: its properties
+
+void SourceSpread(PanObject& object, const SourceRequest& request) {
+    const Pan* engine = object.Engine();
+    if (engine == nullptr || !engine->SupportsSpread()) return Error(object, kNoSpread);
+    if (!request.values.AreNumbers(1)) {
+        return Reject(object, kInvalidSource, request.message);
+    }
+    object.SetSourceSpread(request.index, static_cast<float>(request.values.Float(0)));
+}
+
+void SourceSpreadXyz(PanObject& object, const SourceRequest& request) {
+    if (!request.values.AreNumbers(3)) return Error(object, kInvalidSpreadXyz);
+    const std::vector<float> xyz = request.values.Numbers();
+    if (!SetSourceSpreadXyz(object, request.index, xyz)) Error(object, kNoSpreadXyz);
+}
+
+void SourceNumNeighbors(PanObject& object, const SourceRequest& request) {
+    Pan* const engine = object.Engine();
+    if (engine == nullptr || engine->GetType() != Pan::Type::Knn) return Error(object, kOnlyKnn);
+    const Atoms& values = request.values;
+    if (values.Size() != 1 || !values.IsLong(0)) return Error(object, kInvalidNumNeighbors);
+    const int count = VelkMax::SaturatedInt(values.Long(0));
+    if (count < 1) return Error(object, kTooFewNeighbors, count);
+    engine->SetNumNeighbors(request.index, static_cast<unsigned>(count));
+}
+
+void SourceMute(PanObject& object, const SourceRequest& request) {
+    if (request.values.Size() != 1 || !request.values.IsLong(0)) {
+        return Reject(object, kInvalidSource, request.message);
+    }
+    // Deliberate: 1 is on and every other number is off.
+    const bool isMuted = request.values.Long(0) == 1;
+    if (object.Engine() != nullptr) object.Engine()->SetSourceMute(request.index, isMuted);
+}
+
+struct SourceProperty {
+    std::string_view name;
+    void (*set)(PanObject& object, const SourceRequest& request);
+};
+
+// A property that is none of these is a coordinate format.
+// clang-format off
+constexpr SourceProperty kSourceProperties[] = {
+    {"spread",       SourceSpread},
+    {"spreadxyz",    SourceSpreadXyz},
+    {"numneighbors", SourceNumNeighbors},
+    {"mute",         SourceMute},
+};
+// clang-format on
+
+const SourceProperty* FindProperty(Atoms property) {
+    if (!property.IsSymbol(0)) return nullptr;
+    for (const SourceProperty& row : kSourceProperties) {
+        if (row.name == property.Symbol(0)->s_name) return &row;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+void SourceMessage(PanObject& object, Atoms atoms) {
+    if (!IsIndexed(atoms)) return Reject(object, kInvalidSource, atoms);
+    const t_atom_long number = atoms.Long(0);
+    if (number < 1 || number > object.NumSources()) {
+        return Error(object, kInvalidSourceIndex, VelkMax::SaturatedInt(number));
+    }
+    const auto index = static_cast<unsigned>(number - 1);
+    if (const SourceProperty* property = FindProperty(atoms.From(1))) {
+        return property->set(object, {index, atoms.From(2), atoms});
+    }
+    const auto formatted = ReadFormat(object, atoms.From(1));
+    if (!formatted) return;
+    tav::CartesianVector position = object.Source(index);
+    if (ReadPosition(object, kSourceTexts, *formatted, position)) {
+        object.MoveSource(index, position);
+    }
+}
+
+}  // namespace Quilo
