@@ -80,7 +80,10 @@ void Connect(PanRecord& record) {
 
 void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
     void* const x = object_alloc(panClass);
-    if (x == nullptr) return nullptr;
+    if (x == nullptr) {
+        VelkMax::Error(static_cast<t_object*>(nullptr), VelkMax::kNoMemory);
+        return nullptr;
+    }
     PanRecord& record = RecordOf(x);
     t_object* const object = &record.header.z_ob;
     Guarded(

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What scripts cannot do to an object: values that only C programs send, other hosts' vectors, the
 // end of its life.
-#include "QuiloPanObject.h"
-
+#include "QuiloPanPanners.h"
 #include "src/PanBox.h"
 #include "support/AllocationTrap.h"
 
@@ -90,6 +89,30 @@ TEST(PanObject, RefusesValuesThatAreNotFinite) {
         EXPECT_EQ(box.Ask("sourcespositions"), before);
         EXPECT_EQ(box.TakeConsole(), Lines{"error: error reading source coordinates"});
     }
+}
+
+TEST(PanObject, IsNotMadeWithoutMemoryForItsAttributes) {
+    for (const unsigned block : {1u, 2u, 3u, 4u}) {  // the first is the object's record
+        HostApi::FailCall("sysmem_newptr", block, MAX_ERR_OUT_OF_MEM);
+        PanBox box("1 4 vbap2d");
+        EXPECT_EQ(box.Get(), nullptr);
+        EXPECT_EQ(box.TakeConsole(),
+                  Lines{block == 1 ? "error: couldnt allocate memory"
+                                   : "error: exception : error allocating memory for attribute"});
+    }
+    HostApi::FailCall("sysmem_newptr", 0, MAX_ERR_NONE);
+}
+
+// Scripts never get there: an object has no attributes of other panners.
+TEST(PanObject, SaysForWhichPannersAnAttributeIs) {
+    PanBox box("1 4 vbap2d");
+    Quilo::PanObject& object = Quilo::PanObject::Of(box.Get());
+    Quilo::SetEncoding(object, gensym("SN3D"));
+    Quilo::SetHoaMode(object, gensym("fast"));
+    Quilo::SetCutoff(object, 100.f);
+    EXPECT_EQ(box.TakeConsole(), (Lines{"error: message only supported by hoa : encoding",
+                                        "error: message only supported by hoa : hoamode",
+                                        "error: message only supported by subwoofers : cutoff"}));
 }
 
 TEST(PanObject, AnswersIntoMemoryThatIsHandedIn) {

@@ -62,10 +62,13 @@ std::regex PatternOf(const TextRow& row) {
     return std::regex(std::regex_replace(numbers, std::regex("%s"), ".*") + refused);
 }
 
-// No script makes memory run short or has the host refuse a message.
-const std::set<std::string> kBeyondScripts{"kOutOfMemory",       "kUnknownException", "kNoMemory",
-                                           "kNoMemoryForGetter", "kMethodNotAdded",   "kNotCreated",
-                                           "kNotInitialized"};
+// No script has the host refuse a message, lets creation fail or gives an object the attributes of
+// another panner.
+const std::set<std::string> kBeyondScripts{
+    "kUnknownException",  "kMethodNotAdded",      "kNoMemoryForAttribute",
+    "kNoMemory",          "kNotInitialized",      "kNotCreated",
+    "kOnlyHoa",           "kOnlySubwoofers",      "kOnlyDbap",
+    "kInvalidSpreadMode", "kInvalidNumNeighbors", "kTooFewNeighbors"};
 
 }  // namespace
 
