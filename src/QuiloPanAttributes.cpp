@@ -3,6 +3,7 @@
 
 #include "QuiloPanPanners.h"
 #include "math/VelkDspKeywords.h"
+#include "max/VelkMaxMaxAttribute.h"
 #include "pan/QuiloKeywords.h"
 
 namespace Quilo {
@@ -99,6 +100,16 @@ constexpr char kEncodingHelp[] =
 constexpr char kHoaModeHelp[] =
     "<m> precise </m> computes the gains of each direction, <m> fast </m> takes them from a table "
     "with steps of one degree.";
+constexpr char kSpreadModeHelp[] =
+    "With <m> omni </m> a source is widened equally in all directions, by <m> spread </m>. With "
+    "<m> directional </m> it is widened along x, y and z, by <m> spreadxyz </m>.";
+constexpr char kMuteOutsideHelp[] =
+    "When it is 1 a source beyond the loudspeakers is silent, when it is 0 it fades with the "
+    "distance to them.";
+constexpr char kSpreadXyzHelp[] =
+    "Width of each source along x, y and z, in percent: three values for each. Used when "
+    "<m> spreadmode </m> is <m> directional </m>. <br/> Example: <m> spreadxyz 100 0 0 </m> makes "
+    "the first source as wide as the room.";
 constexpr char kSpreadHelp[] =
     "Width of each source, from 0 (a point) to 100, one value for each. The message "
     "<m> source 1 spread 30 </m> sets a single one. <br/> Example: <m> spread 0 50 </m>.";
@@ -122,6 +133,8 @@ constexpr AttributeRow kClassAttributes[] = {
     {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     Bind<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
 };
 
+// Deliberate: "xyz" is accepted too and not offered.
+std::string SpreadModeChoices() { return "omni directional"; }
 std::string EncodingChoices() { return tav::NormalizationKeywords().AcceptedKeywords(' '); }
 std::string HoaModeChoices() { return tav::HoaModeKeywords().AcceptedKeywords(' '); }
 
@@ -147,6 +160,9 @@ constexpr InstanceRow kInstanceAttributes[] = {
     {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
     {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
     {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},
+    {kDbap,        {"spreadmode",     "symbol",  1,                "spread mode",                         "enum",  SpreadModeChoices, nullptr,  nullptr, nullptr, nullptr, Bind<SpreadMode, SetSpreadMode>,                                       kSpreadModeHelp}},
+    {kDbap,        {"muteoutside",    "long",    1,                "mute sources outside speakers hull",  "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<MuteOutside, SetMuteOutside, kOnOff>,                             kMuteOutsideHelp}},
+    {kDbap,        {"spreadxyz",      "float32", 3 * kMaxChannels, "directionnal spread",                 nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<SpreadXyz, SetSpreadXyz, kSpread>,                                kSpreadXyzHelp}},
     {kSpreading,   {"spread",         "float32", kMaxChannels,     "spread",                              nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<&P::Spread, &P::SetSpread, kSpread>,                              kSpreadHelp}},
     {kSubwoofers,  {"cutoff",         "float32", 1,                "subwoofers cutoff frequency [Hz]",    nullptr, nullptr,           "125.00", nullptr, nullptr, nullptr, Bind<Cutoff, SetCutoff, kCutoffHz>,                                    kCutoffHelp}},
 };
@@ -163,6 +179,11 @@ void AddPanInstanceAttributes(PanObject& object) {
         AttributeRow attribute = row.attribute;
         attribute.category = row.group.category;
         VelkMax::AddInstanceAttribute(MaxObjectOf(object), attribute);
+        // What the engine did not give is what it gets; a diffuse one has nothing to set.
+        if (attribute.defaultValue != nullptr &&
+            object.Engine()->GetSubType() != Pan::SubType::Diffuse) {
+            VelkMax::ResetAttributeToDefault(MaxObjectOf(object), attribute.name);
+        }
     }
 }
 

@@ -3,7 +3,9 @@
 
 #include "math/VelkDspKeywords.h"
 #include "max/VelkMaxRestoring.h"
+#include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloKeywords.h"
+#include "pan/QuiloRecursivePanning.h"
 #include "pan/QuiloSubwoofersPanning.h"
 
 #include <algorithm>
@@ -50,6 +52,52 @@ bool IsHoa(const Pan& engine) {
 bool IsSubwoofers(const Pan& engine) { return Is(engine, {Pan::Type::Subwoofers}); }
 
 // ---- Distance-based panners
+
+t_symbol* SpreadMode(const PanObject& object) {
+    const auto* dbap = EngineAs<DbapPanning>(object);
+    const auto mode = dbap != nullptr ? dbap->GetSpreadingMode() : Pan::SpreadingMode::Omni;
+    return Symbol(PanSpreadingModeKeywords().Print(mode));
+}
+
+void SetSpreadMode(PanObject& object, t_symbol* mode) {
+    if (!IsEngine(object, IsDbap)) return Error(object, kOnlyDbap);
+    const auto code = ReadKeyword(PanSpreadingModeKeywords(), mode);
+    if (!code) return Error(object, kInvalidSpreadMode, mode->s_name);
+    object.Engine()->SetSpreadingMode(*code);
+}
+
+max_long MuteOutside(const PanObject& object) {
+    const auto* dbap = EngineAs<DbapPanning>(object);
+    return dbap != nullptr && dbap->MuteOutside() ? 1 : 0;
+}
+
+void SetMuteOutside(PanObject& object, max_long on) {
+    auto* const dbap = EngineAs<DbapPanning>(object);
+    if (dbap == nullptr) return Error(object, kOnlyDbap);
+    dbap->SetMuteOutside(on != 0);
+}
+
+std::span<const float> SpreadXyz(const PanObject& object) {
+    const auto* dbap = EngineAs<DbapPanning>(object);
+    const std::span<float> values = object.PerSourceValues(3);
+    std::ranges::fill(values, 0.f);
+    for (unsigned index = 0; dbap != nullptr && index < values.size() / 3; ++index) {
+        std::ranges::copy(dbap->SourceSpreadByDirection(index),
+                          values.subspan(std::size_t{3} * index).begin());
+    }
+    return values;
+}
+
+void SetSpreadXyz(PanObject& object, const std::vector<float>& values) {
+    if (!IsEngine(object, IsDbap)) return Error(object, kOnlyDbap);
+    const std::span<const float> before = SpreadXyz(object);
+    std::vector<float> all(before.begin(), before.end());
+    std::copy_n(values.begin(), std::min(values.size(), all.size()), all.begin());
+    for (unsigned index = 0; index < all.size() / 3; ++index) {
+        object.Engine()->SetSpreadByDirection(index,
+                                              std::span(all).subspan(std::size_t{3} * index, 3));
+    }
+}
 
 bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz) {
     if (!IsEngine(object, IsDbap)) return false;
@@ -106,8 +154,9 @@ void SetCutoff(PanObject& object, float hz) {
 // ---- The recursive panner
 
 void SetCorners(PanObject& object, std::span<const float> azimuthsDeg) {
-    static_cast<void>(azimuthsDeg);
-    Error(object, kNoPanner, "quilo_pan_corners");
+    auto* const panr = EngineAs<RecursivePanning>(object);
+    if (panr == nullptr) return Error(object, kNoPanner, "quilo_pan_corners");
+    panr->SetCorners(azimuthsDeg);
 }
 
 }  // namespace Quilo

@@ -14,6 +14,14 @@ bool IsSubwoofers(const Pan& engine);
 
 // ---- Distance-based panners
 
+t_symbol* SpreadMode(const PanObject& object);
+void SetSpreadMode(PanObject& object, t_symbol* mode);
+max_long MuteOutside(const PanObject& object);
+void SetMuteOutside(PanObject& object, max_long on);
+/// x, y and z of each source, percent.
+std::span<const float> SpreadXyz(const PanObject& object);
+/// From the first source on; what the list does not reach stays.
+void SetSpreadXyz(PanObject& object, const std::vector<float>& values);
 /// Spread of one source along x, y and z, percent.  @return false for other panners
 bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz);
 

@@ -6,6 +6,7 @@
 #include "QuiloPanDocumentation.h"
 #include "QuiloPanMessages.h"
 #include "QuiloPanObject.h"
+#include "max/VelkMaxDictionaries.h"
 #include "max/VelkMaxStandardMessages.h"
 
 #include "ext.h"
@@ -51,12 +52,18 @@ void Configure(PanObject& object, std::span<t_atom> atoms) {
     step([&] {
         SetPlainArguments(x, atoms.first(plainCount));
         VelkMax::AttributeArguments arguments(atoms.subspan(plainCount));
-        arguments.SetKnown(x);
+        VelkMax::CreationDictionary dictionary(x, atoms, kCreationArguments);
+        const auto setKnown = [&] {
+            arguments.SetKnown(x);
+            return !dictionary.IsGiven() || dictionary.SetKnown();
+        };
+        setKnown();
         step([&] { object.BuildEngine(); });
         if (object.Engine() == nullptr) VelkMax::Error(x, Quilo::kNotCreated);
         Quilo::AddPanInstanceAttributes(object);
-        arguments.SetKnown(x);
+        if (!setKnown()) VelkMax::Error(x, Quilo::kNotCreated);
         arguments.ReportUnknown(x);
+        if (dictionary.IsGiven()) dictionary.ReportUnknown();
         step([&] { object.PlaceSpeakers(); });
         object.PlaceSources();
     });

@@ -67,8 +67,7 @@ std::regex PatternOf(const TextRow& row) {
 const std::set<std::string> kBeyondScripts{
     "kUnknownException",  "kMethodNotAdded",      "kNoMemoryForAttribute",
     "kNoMemory",          "kNotInitialized",      "kNotCreated",
-    "kOnlyHoa",           "kOnlySubwoofers",      "kOnlyDbap",
-    "kInvalidSpreadMode", "kInvalidNumNeighbors", "kTooFewNeighbors"};
+    "kOnlyHoa",           "kOnlySubwoofers",      "kOnlyDbap"};
 
 }  // namespace
 
