@@ -65,9 +65,8 @@ std::regex PatternOf(const TextRow& row) {
 // No script has the host refuse a message, lets creation fail or gives an object the attributes of
 // another panner.
 const std::set<std::string> kBeyondScripts{
-    "kUnknownException",  "kMethodNotAdded",      "kNoMemoryForAttribute",
-    "kNoMemory",          "kNotInitialized",      "kNotCreated",
-    "kOnlyHoa",           "kOnlySubwoofers",      "kOnlyDbap"};
+    "kUnknownException", "kMethodNotAdded", "kNoMemoryForAttribute", "kNoMemory", "kNotInitialized",
+    "kNotCreated",       "kOnlyHoa",        "kOnlySubwoofers",       "kOnlyDbap"};
 
 }  // namespace
 
