@@ -11,6 +11,7 @@
 #include "HostPlatform.h"
 #include "HostRender.h"
 #include "HostScript.h"
+#include "HostValidator.h"
 #include "QuiloProject.h"
 #include "text/VelkDspException.h"
 
@@ -59,7 +60,8 @@ ExitStatus RunCommandLine(const std::vector<std::string>& words) {
     const Options options = ParseOptions(arguments);
     if (options.help) std::cout << HelpText();
     if (options.version) std::cout << "quilo-host " << Project::kVersion << '\n';
-    return options.help || options.version ? ExitStatus::Done : RunScript(options);
+    if (options.help || options.version) return ExitStatus::Done;
+    return options.validate > 0 ? Validate(options) : RunScript(options);
 }
 
 int Complain(ExitStatus status, std::string line) {

@@ -26,7 +26,7 @@ class Object {
 public:
     /// Throws: Fault: no class of that name (WrongInput), creation failed (HostFailed).
     explicit Object(const Script& script);
-    explicit Object(std::span<const Atom> box) { Make(box); }
+    Object() = default;  // none is made yet
     ~Object() { Free(); }
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;

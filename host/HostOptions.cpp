@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <string_view>
 
 namespace Quilo::Host {
@@ -49,6 +50,27 @@ void SetFile(Options& options, const std::string& value) {
     options.*field = value;
 }
 
+/// A whole number in a range.
+std::int64_t WholeNumber(const std::string& value,
+                         std::int64_t low,
+                         std::int64_t high,
+                         const std::string& expectation) {
+    const Atom atom = value.empty() ? Atom(value) : ReadAtom(value);
+    const auto* number = std::get_if<std::int64_t>(&atom);
+    if (!number || *number < low || *number > high) Fail(expectation + ", not '" + value + "'");
+    return *number;
+}
+
+void SetLevel(Options& options, const std::string& value) {
+    options.validate =
+        static_cast<int>(WholeNumber(value, 1, 10, "--validate expects a level from 1 to 10"));
+}
+
+void SetSeed(Options& options, const std::string& value) {
+    options.seed = static_cast<std::uint64_t>(WholeNumber(
+        value, 0, std::numeric_limits<std::int64_t>::max(), "--seed expects a whole number"));
+}
+
 void AddInput(Options& options, const std::string& value) { options.inputs.push_back(value); }
 
 template <bool Options::*field>
@@ -82,7 +104,8 @@ constexpr OptionRow kOptions[] = {
     {"--help",     "",      SetFlag<&Options::help>,     "this text"},
     {"--version",  "",      SetFlag<&Options::version>,  "the version"},
     {"--osc",      "PORT",  nullptr,                     ""},
-    {"--validate", "LEVEL", nullptr,                     ""},
+    {"--validate", "LEVEL", SetLevel,                    "takes a box text for SCRIPT and puts it to the test, levels 1 to 10"},
+    {"--seed",     "N",     SetSeed,                     "of what the validator draws at random (1)"},
 };
 // clang-format on
 
@@ -143,7 +166,9 @@ Options ParseOptions(std::span<const char* const> arguments) {
         row.set(options, value);
         if (options.help || options.version) return options;
     }
-    if (options.script.empty()) Fail("no script is given (quilo-host --help tells more)");
+    if (options.script.empty())
+        Fail(options.validate > 0 ? "no box text is given"
+                                  : "no script is given (quilo-host --help tells more)");
     RefuseSharedFiles(options);
     return options;
 }

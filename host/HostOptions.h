@@ -2,6 +2,7 @@
 // The command line of quilo-host, read and checked.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,9 +24,11 @@ struct Options {
     bool loop = false;
     bool realtime = false;
     bool ambix = false;
-    bool help = false;     // the rest has not been checked
-    bool version = false;  // likewise
-    std::string script;    // a file, "-" for standard input
+    int validate = 0;        // levels, 1 to 10; 0: a script is run
+    std::uint64_t seed = 1;  // of the validator
+    bool help = false;       // the rest has not been checked
+    bool version = false;    // likewise
+    std::string script;      // a file, "-" for standard input; the box text to be validated
 };
 
 /// @param arguments  without the program's name

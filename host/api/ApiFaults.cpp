@@ -85,6 +85,8 @@ bool CanFail(std::string_view function) {
     return std::ranges::find(kFailing, function) != kFailing.end();
 }
 
+std::span<const std::string_view> FailingCalls() { return kFailing; }
+
 bool FailCall(std::string_view function, unsigned n, t_max_err code) {
     Plan& plan = ThePlan();
     const std::lock_guard lock(plan.mutex);

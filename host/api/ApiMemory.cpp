@@ -5,6 +5,7 @@
 // before its memory is used again: a module that writes beyond its memory, frees it twice or writes
 // to it after it was freed is reported instead of being lucky.
 #include "ApiFaults.h"
+#include "ApiObjects.h"
 #include "HostBridge.h"
 
 #include <algorithm>
@@ -122,6 +123,7 @@ void CheckFreedMemory() {
         blocks.waitingBytes = 0;
     }
     for (Header* old : leaving) LetGo(old);
+    ForgetDead();
 }
 
 }  // namespace HostApi

@@ -78,6 +78,13 @@ ObjectRecord* FindObject(const void* object) {
     return nullptr;
 }
 
+void ForgetDead() {
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    live.dead.clear();
+    live.deadInOrder.clear();
+}
+
 std::size_t CountObjects() {
     LiveObjects& live = Live();
     const std::lock_guard lock(live.mutex);

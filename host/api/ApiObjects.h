@@ -73,6 +73,9 @@ ObjectRecord* FindObject(const void* object);
 /// The same without a report.
 ObjectRecord* FindLive(const void* object);
 
+/// Forgets which objects have died.
+void ForgetDead();
+
 /// Declares memory a live object of a class: header set, record made.  Thread: any.
 ObjectRecord& AdoptObject(t_object* object, Class& type);
 

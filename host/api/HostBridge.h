@@ -137,6 +137,9 @@ MAXAPI_EXPORT t_object* Watch(t_object* object, WatchSink sink);
 /// Whether FailCall knows the function.
 MAXAPI_EXPORT bool CanFail(std::string_view function);
 
+/// All that it knows.
+MAXAPI_EXPORT std::span<const std::string_view> FailingCalls();
+
 /// Makes the n-th call of an API function from now on fail, with this code where it gives one.
 /// @param n  0: nothing fails, whatever was planned    @return whether a plan still waited
 MAXAPI_EXPORT bool FailCall(std::string_view function, unsigned n, t_max_err code);
@@ -145,7 +148,8 @@ MAXAPI_EXPORT bool FailCall(std::string_view function, unsigned n, t_max_err cod
 MAXAPI_EXPORT std::size_t CountObjects();
 MAXAPI_EXPORT std::size_t CountBlocks();
 
-/// Reports writes to freed memory that have not been noticed yet.
+/// Reports writes to freed memory that have not been noticed yet, and forgets who has died: what is
+/// counted before and after then differs by what modules keep.
 MAXAPI_EXPORT void CheckFreedMemory();
 
 // ---- Text of atoms

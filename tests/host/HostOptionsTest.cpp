@@ -77,6 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
                     Refused{{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
                     Refused{{"--osc", "9000", "s"}, "not available"},
-                    Refused{{"--validate", "1", "s"}, "not available"}));
+                    Refused{{"--validate", "11", "s"}, "1 to 10"},
+                    Refused{{"--validate", "1"}, "no box text"}));
 
 }  // namespace

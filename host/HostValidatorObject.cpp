@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+// Levels 1 to 5: the object as it stands in its box.
+#include "HostValidator.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace Quilo::Host {
+
+namespace {
+
+t_atom Number(double value) {
+    t_atom atom{};
+    atom_setfloat(&atom, value);
+    return atom;
+}
+
+std::string TypeOf(const Bench& bench) {
+    return HostApi::AtomText(HostApi::AttributeValue(bench.Get(), "type"));
+}
+
+/// "" when the attribute holds to its range after values from beyond it.
+std::string ClipFault(Bench& bench, const HostApi::AttributeInfo& attribute) {
+    const std::string name = attribute.name->s_name;
+    const auto low = Property(attribute, "min"), high = Property(attribute, "max");
+    const std::vector<t_atom> before = HostApi::AttributeValue(bench.Get(), name);
+    for (const double beyond : {-1e9, 1e9, std::numeric_limits<double>::infinity(),
+                                std::numeric_limits<double>::quiet_NaN()}) {
+        bench.Set(name, std::vector<t_atom>(before.size(), Number(beyond)));
+        for (const t_atom& atom : HostApi::AttributeValue(bench.Get(), name)) {
+            const double value = atom_getfloat(&atom);
+            const bool isIn = (low.empty() || value >= atom_getfloat(low.data())) &&
+                              (high.empty() || value <= atom_getfloat(high.data()));
+            if (!isIn || !std::isfinite(value)) return "holds " + HostApi::AtomText(atom);
+        }
+    }
+    bench.Set(name, before);
+    return "";
+}
+
+std::string AnswerFault(Bench& bench, const HostApi::AttributeInfo& attribute) {
+    const std::string name = attribute.name->s_name;
+    const std::string text = HostApi::AtomText(HostApi::AttributeValue(bench.Get(), name));
+    bench.Take();
+    bench.Send("get" + name);
+    const std::string answer = bench.TakeFirst("outlet: ");
+    return answer == "outlet: " + name + " " + text ? "" : "answers '" + answer + "'";
+}
+
+std::vector<t_atom> AnyAtoms(Random& random) {
+    static const auto kAtoms = HostApi::ParseAtoms(
+        "0 1 2 -1 3 250 251 100000000000 -9223372036854775808 0. 0.5 -0.5 1e-40 1e30 -1e300 aed "
+        "xyz azim spread \"\" on nan \"two words\" \xC3\xA9 @type 1.5");
+    std::vector<t_atom> atoms(random.Below(random.Once(20) ? 800 : 8));
+    for (t_atom& atom : atoms) {
+        atom = kAtoms[random.Below(kAtoms.size())];
+        if (random.Once(30)) atom = Number(std::numeric_limits<double>::quiet_NaN());
+        if (random.Once(30)) atom = Number(-std::numeric_limits<double>::infinity());
+    }
+    return atoms;
+}
+
+}  // namespace
+
+void CheckThatItSounds(Validation& v) {
+    v.report.Check("is made without a bug", v.bench.TakeFirst("bug: "));
+    const Sound sound = v.bench.Play(100);
+    v.report.Check(sound.isWhole, "writes every sample");
+    v.report.Check(sound.isFinite, "gives numbers");
+    const bool isMute = TypeOf(v.bench) == "null" || v.bench.TheObject().NumSignalOutlets() == 0;
+    if (isMute) {
+        v.report.Check(sound.peak == 0, "an object of the null type is silent");
+    } else {
+        v.report.Check(sound.peak > 0, "noise in, something out");
+    }
+    v.bench.Remake();
+    v.report.Check("is freed and made again while audio runs", v.Faults(10));
+    const auto count = [&v] {
+        v.bench.Remake();
+        v.bench.Play(2);
+        v.bench.Take();
+        HostApi::CheckFreedMemory();
+        return std::array{HostApi::CountObjects(), HostApi::CountBlocks()};
+    };
+    count();
+    const auto before = count();
+    for (int k = 0; k < 20; ++k) count();
+    v.report.Check(count() == before, "leaves nothing behind");
+}
+
+void CheckAssistance(Validation& v) {
+    t_object* const object = v.bench.Get();
+    const auto inlets = HostApi::InletTypes(object), outlets = HostApi::OutletTypes(object);
+    using Assist = void(t_object*, void*, max_long, max_long, char*);
+    const method found = object_getmethod(object, gensym("assist"));
+    v.report.Check(found != MaxApi::ToMethod(method_false), "has help texts");
+    for (const bool isInlet : {true, false}) {
+        std::string missing;
+        const std::size_t count = isInlet ? inlets.size() : outlets.size();
+        for (std::size_t k = 0; k < count; ++k) {
+            std::array<char, 513> text{};
+            text[512] = 'x';
+            MaxApi::FromMethod<Assist>(found)(object, nullptr,
+                                              isInlet ? ASSIST_INLET : ASSIST_OUTLET,
+                                              static_cast<max_long>(k), text.data());
+            const auto length = std::ranges::find(text, '\0') - text.begin();
+            if (length == 0 || length >= ASSIST_MAX_STRING_LEN) missing = std::to_string(k + 1);
+        }
+        v.report.Check(missing.empty(), isInlet ? "every inlet" : "every outlet",
+                       "number " + missing);
+    }
+    const bool hasDump = !outlets.empty() && outlets.back() != "signal";
+    v.report.Check(hasDump, "the rightmost outlet takes messages");
+    const bool rest = std::all_of(outlets.begin(), outlets.end() - (hasDump ? 1 : 0),
+                                  [](const std::string& type) { return type == "signal"; });
+    v.report.Check(rest, "all others take signals");
+    v.report.Check("plays on", v.Faults(2));
+}
+
+void CheckAttributes(Validation& v) {
+    for (const HostApi::AttributeInfo& attribute : HostApi::Attributes(v.bench.Get())) {
+        if (attribute.flags & (ATTR_GET_OPAQUE | ATTR_GET_OPAQUE_USER)) continue;
+        const std::string name = attribute.name->s_name;
+        v.report.Check(name + " answers", AnswerFault(v.bench, attribute));
+    }
+    for (const HostApi::AttributeInfo& attribute : v.bench.Settable()) {
+        const std::string name = attribute.name->s_name;
+        const auto now = HostApi::AttributeValue(v.bench.Get(), name);
+        if (now.empty()) continue;
+        const bool isNumber = now[0].a_type == A_LONG || now[0].a_type == A_FLOAT;
+        if (isNumber && Property(attribute, "enumvals").empty())
+            v.report.Check(name + " keeps to its range", ClipFault(v.bench, attribute));
+        for (int k = 0; k < 4; ++k) {
+            v.bench.Set(name, LegalValues(attribute, now, v.random));
+            const Values once = v.bench.Read();
+            v.bench.Take();
+            v.bench.Set(name, once.at(name));
+            // A word that only the object itself may write is refused, and everything stays.
+            const std::string other = Difference(once, v.bench.Read());
+            if (k == 3 || !other.empty()) v.report.Check(name + " is what it says", other);
+            if (!other.empty()) break;
+        }
+        v.bench.Set(name, now);
+        const Values before = v.bench.Read();
+        v.bench.Set(name, {});
+        v.bench.Set(name, now);
+        v.report.Check(name + " without values", Difference(before, v.bench.Read()));
+    }
+    v.report.Check("plays on", v.Faults(20));
+}
+
+void CheckMessages(Validation& v) {
+    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
+        if (!message.types.empty() && message.types[0] == A_CANT) continue;
+        const std::string name = message.name->s_name;
+        if (name == "generatexml") continue;  // writes a file
+        v.bench.Send(v.Sensible(name));
+        std::string why = v.Faults(3);
+        for (int k = 0; k < 60 && why.empty(); ++k) {
+            const std::vector<t_atom> atoms = AnyAtoms(v.random);
+            v.bench.Send(name, atoms);
+            why = v.Faults(1);
+            if (!why.empty()) why += " after " + HostApi::AtomText(atoms).substr(0, 200);
+        }
+        v.bench.Send("enable 1");
+        v.report.Check(name, why);
+    }
+    v.bench.Send("no-such-message 1 2 3");
+    v.report.Check(v.bench.TakeFirst("error: ") == "error: doesn't understand \"no-such-message\"",
+                   "an unknown message is refused");
+    v.bench.Remake();
+}
+
+void CheckChain(Validation& v) {
+    Chain& chain = v.bench.TheChain();
+    for (const double rate : {8000.0, 44100.0, 48000.0, 96000.0, 192000.0, 384000.0}) {
+        chain.SetRate(rate);
+        v.report.Check(std::to_string(static_cast<int>(rate)) + " Hz", v.Faults(20));
+    }
+    for (const unsigned frames : {1U, 2U, 16U, 512U, 4096U, 64U}) {
+        chain.SetVector(frames);
+        v.report.Check("vectors of " + std::to_string(frames), v.Faults(6));
+    }
+    chain.SetRate(48000);
+    const std::size_t numInlets = v.bench.TheObject().NumSignalInlets();
+    for (std::size_t k = 0; k < std::min<std::size_t>(numInlets, 8); ++k) {
+        chain.SetConnected(k, false);
+        const std::string cut = v.Faults(4);
+        chain.SetConnected(k, true);
+        v.report.Check("inlet " + std::to_string(k + 1) + " is cut and connected",
+                       cut.empty() ? v.Faults(4) : cut);
+    }
+    chain.Stop();
+    v.Walk();
+    chain.Start();
+    v.report.Check("attributes are set while audio is off", v.Faults(10));
+    v.bench.Send("enable 0");
+    v.report.Check(v.bench.Play(2).peak == 0, "silent while its patcher is muted");
+    v.bench.Send("enable 1");
+    v.bench.Remake();
+    v.report.Check("plays on", v.Faults(10));
+}
+
+}  // namespace Quilo::Host
