@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspSpeakerKernelsVector.h"
+
+#include <immintrin.h>
+
+namespace tav {
+namespace {
+
+// The masked forms where the plain intrinsic warns of uninitialised registers with some compilers.
+constexpr __mmask16 kAll = 0xffff;
+
+struct Avx512 {
+    using Vec = __m512;
+    static constexpr int kLanes = 16;
+
+    static Vec Load(const float* p) noexcept { return _mm512_loadu_ps(p); }
+    static void Store(float* p, Vec v) noexcept { _mm512_storeu_ps(p, v); }
+    static Vec LoadFirst(const float* p, int count) noexcept {
+        return _mm512_maskz_loadu_ps(FirstLanes(count), p);
+    }
+    static void StoreFirst(float* p, Vec v, int count) noexcept {
+        _mm512_mask_storeu_ps(p, FirstLanes(count), v);
+    }
+    static Vec First(Vec v, int count) noexcept {
+        return _mm512_maskz_mov_ps(FirstLanes(count), v);
+    }
+    static Vec Broadcast(float value) noexcept { return _mm512_set1_ps(value); }
+    static Vec Add(Vec a, Vec b) noexcept { return _mm512_add_ps(a, b); }
+    static Vec Subtract(Vec a, Vec b) noexcept { return _mm512_sub_ps(a, b); }
+    static Vec Multiply(Vec a, Vec b) noexcept { return _mm512_mul_ps(a, b); }
+    static Vec Divide(Vec a, Vec b) noexcept { return _mm512_div_ps(a, b); }
+    static Vec MultiplyAdd(Vec a, Vec b, Vec c) noexcept { return _mm512_fmadd_ps(a, b, c); }
+    static Vec Sqrt(Vec v) noexcept { return _mm512_maskz_sqrt_ps(kAll, v); }
+    static Vec Round(Vec v) noexcept {
+        return _mm512_maskz_roundscale_ps(kAll, v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+    }
+    static Vec IfBelow(Vec v, Vec limit, Vec yes, Vec no) noexcept {
+        return _mm512_mask_mov_ps(no, _mm512_cmp_ps_mask(v, limit, _CMP_LT_OQ), yes);
+    }
+    static float Sum(Vec v) noexcept {
+        alignas(64) float lanes[kLanes];
+        _mm512_store_ps(lanes, v);
+        for (int width = kLanes / 2; width > 0; width /= 2) {
+            for (int k = 0; k < width; ++k) lanes[k] += lanes[k + width];
+        }
+        return lanes[0];
+    }
+    static Vec Split(Vec v, Vec& exponent) noexcept {
+        constexpr int kRootOfHalf = 0x3f3504f3;
+        const __m512i bits = _mm512_castps_si512(v);
+        const __m512i e = _mm512_maskz_srai_epi32(
+            kAll, _mm512_sub_epi32(bits, _mm512_set1_epi32(kRootOfHalf)), 23);
+        exponent = _mm512_maskz_cvtepi32_ps(kAll, e);
+        return _mm512_castsi512_ps(_mm512_sub_epi32(bits, _mm512_maskz_slli_epi32(kAll, e, 23)));
+    }
+    static Vec TimesPowerOfTwo(Vec v, Vec n) noexcept {
+        const __m512i shift = _mm512_maskz_slli_epi32(kAll, _mm512_maskz_cvtps_epi32(kAll, n), 23);
+        return _mm512_castsi512_ps(_mm512_add_epi32(_mm512_castps_si512(v), shift));
+    }
+
+private:
+    static __mmask16 FirstLanes(int count) noexcept {
+        return static_cast<__mmask16>((1u << static_cast<unsigned>(count)) - 1u);
+    }
+};
+
+}  // namespace
+
+const SpeakerKernels& Avx512SpeakerKernels() noexcept {
+    return VectorSpeakerKernels<Avx512>::kKernels;
+}
+
+}  // namespace tav

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspSpeakerKernels.h"
+
+#include "kernels/VelkDspKernels.h"
+#include "support/RandomPoints.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace tav {
+namespace {
+
+constexpr float kUntouched = 77.f;
+
+/// Three rows of `count` numbers and the gains that are right before they are scaled.
+struct Problem {
+    std::vector<float> rows;
+    std::ptrdiff_t stride;
+    std::vector<double> gains;
+};
+
+template <class Fill>
+void ExpectUnitEnergyGains(const Problem& problem, std::size_t start, Fill fill) {
+    double energy = 0.0;
+    for (const double gain : problem.gains) energy += gain * gain;
+    for (const NamedKernels& set : RunnableKernels()) {
+        std::vector<float> gains(start + problem.gains.size() + 1, kUntouched);
+        fill(SpeakerKernelsNamed(set.name), gains.data() + start);
+        for (std::size_t k = 0; k < problem.gains.size(); ++k) {
+            // Some roundings of its own and those of a sum of up to 67 terms.
+            const double expected = problem.gains[k] / std::sqrt(energy);
+            ASSERT_NEAR(static_cast<double>(gains[start + k]), expected, 2e-6 * expected)
+                << set.name << ", " << k << " of " << problem.gains.size();
+        }
+        EXPECT_EQ(gains.back(), kUntouched) << set.name;
+    }
+}
+
+TEST(SpeakerKernels, AllSetsGiveTheGainsOfDoublePrecision) {
+    std::mt19937 generator(5);
+    const auto square = [](double v) { return v * v; };
+    for (int count = 1; count <= 67; ++count) {
+        for (int round = 0; round < 8; ++round) {
+            Problem problem;
+            problem.stride = (count + 15) / 16 * 16;
+            problem.rows.resize(static_cast<std::size_t>(3 * problem.stride));
+            const auto row = [&](int r, int k) -> float& {
+                return problem.rows[static_cast<std::size_t>(r * problem.stride + k)];
+            };
+            // 1. by distance
+            std::vector<float> metric(7);
+            for (float& number : metric) number = std::fabs(Tests::Uniform(generator));
+            if (round == 0) metric[6] = 0.f;
+            for (int k = 0; k < count; ++k) {
+                double squared = 1e-10 + double{metric[6]};
+                for (int axis = 0; axis < 3; ++axis) {
+                    const auto a = static_cast<std::size_t>(axis);
+                    row(axis, k) = k == 0 ? metric[a] : 8.f * Tests::Uniform(generator);
+                    squared +=
+                        double{metric[3 + a]} * square(double{row(axis, k)} - double{metric[a]});
+                }
+                problem.gains.push_back(1.0 / std::sqrt(squared));
+            }
+            const auto start = static_cast<std::size_t>(round);
+            ExpectUnitEnergyGains(problem, start, [&](const SpeakerKernels& set, float* gains) {
+                set.gainsByDistance(problem.rows.data(), problem.stride, count, metric.data(),
+                                    gains);
+            });
+            // 2. by angle; one loudspeaker is exactly opposite
+            const float exponents[] = {1.f, 0.f, 0.5f, 0.01f};
+            const float exponent =
+                round < 4 ? exponents[round] : std::fabs(Tests::Uniform(generator));
+            const float source = 3.f * Tests::Uniform(generator);
+            const float x = std::cos(source), y = std::sin(source);
+            problem.gains.clear();
+            for (int k = 0; k < count; ++k) {
+                const float angle = 3.f * Tests::Uniform(generator);
+                const bool isOpposite = k == 1;
+                row(0, k) = isOpposite ? -x : std::cos(angle);
+                row(1, k) = isOpposite ? -y : std::sin(angle);
+                row(2, k) = 0.1f + std::fabs(Tests::Uniform(generator));
+                const double base = 0.5 * (square(double{row(0, k)} + double{x}) +
+                                           square(double{row(1, k)} + double{y}));
+                problem.gains.push_back(std::pow(base, double{exponent}) * double{row(2, k)});
+            }
+            ExpectUnitEnergyGains(problem, start, [&](const SpeakerKernels& set, float* gains) {
+                EXPECT_TRUE(set.gainsByAngle(problem.rows.data(), problem.stride, count, x, y,
+                                             exponent, gains));
+            });
+        }
+    }
+    const std::vector<float> opposite(48, -1.f);
+    for (const NamedKernels& set : RunnableKernels()) {
+        float gain = kUntouched;
+        EXPECT_FALSE(SpeakerKernelsNamed(set.name).gainsByAngle(opposite.data(), 16, 1, 1.f, 1.f,
+                                                                0.5f, &gain));
+        EXPECT_EQ(gain, 0.f);
+    }
+}
+
+}  // namespace
+}  // namespace tav
