@@ -190,7 +190,7 @@ extern "C" MAX_EXPORTED void ext_main(void*) {
     Guarded(nullptr, &object_error, [] {
         VelkMax::AddClassDocumentation(panClass, Quilo::External::PanTilda::Documentation());
         AddHostMethods(panClass);
-        for (const auto rows : {VelkMax::StandardMessages(), Quilo::PanMessages()}) {
+        for (const auto rows : {VelkMax::StandardMessages<PanObject>(), Quilo::PanMessages()}) {
             VelkMax::AddMessages(panClass, rows);
             VelkMax::DocumentMessages(panClass, rows);
         }

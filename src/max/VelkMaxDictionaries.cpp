@@ -188,8 +188,7 @@ void ReadNamed(void* x, t_symbol* name, short, t_atom*) noexcept {
 
 // ---- Messages
 
-void DumpDictMessage(AnyObject& any, Atoms atoms) {
-    t_object* const object = MaxObjectOf(any);
+void DumpDictMessage(t_object* object, Atoms atoms) {
     t_object* const outlet = DumpOutlet(object);
     if (outlet == nullptr) return;
     for (std::size_t index = 0; index < atoms.Size(); ++index) {
@@ -210,8 +209,7 @@ void DumpDictMessage(AnyObject& any, Atoms atoms) {
     }
 }
 
-void DictionaryMessage(AnyObject& any, t_symbol* name) {
-    t_object* const object = MaxObjectOf(any);
+void DictionaryMessage(t_object* object, t_symbol* name) {
     const RetainedDictionary dictionary(dictobj_findregistered_retain(name));
     if (dictionary == nullptr) return Error(object, kNoDictionary, name->s_name);
     if (!ApplyDictionary(object, dictionary.get())) {
@@ -219,11 +217,11 @@ void DictionaryMessage(AnyObject& any, t_symbol* name) {
     }
 }
 
-void ExportDictMessage(AnyObject& any) { DeferDialog(MaxObjectOf(any), &AskAndExport); }
+void ExportDictMessage(t_object* object) { DeferDialog(object, &AskAndExport); }
 
-void ReadDictMessage(AnyObject& any, t_symbol* name) {
-    if (name->s_name[0] == '\0') return DeferDialog(MaxObjectOf(any), &AskAndRead);
-    DeferFileWork(MaxObjectOf(any), &ReadNamed, name);
+void ReadDictMessage(t_object* object, t_symbol* name) {
+    if (name->s_name[0] == '\0') return DeferDialog(object, &AskAndRead);
+    DeferFileWork(object, &ReadNamed, name);
 }
 
 // ---- Creation

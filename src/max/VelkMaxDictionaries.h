@@ -2,7 +2,6 @@
 // The state of an object as a dictionary: one entry an attribute, by its name.
 #pragma once
 
-#include "max/VelkMaxAnyObject.h"
 #include "max/VelkMaxAtoms.h"
 
 namespace VelkMax {
@@ -10,12 +9,12 @@ namespace VelkMax {
 /// The attributes asked for, or all that are listed, out of the dump outlet. The dictionary belongs
 /// to the object, under one name for its life: what came out can be sent back at any time, until
 /// the next message fills it anew.
-void DumpDictMessage(AnyObject& object, Atoms atoms);
-void DictionaryMessage(AnyObject& object, t_symbol* name);
+void DumpDictMessage(t_object* object, Atoms atoms);
+void DictionaryMessage(t_object* object, t_symbol* name);
 /// Lets the user choose a file, when the message is over.
-void ExportDictMessage(AnyObject& object);
+void ExportDictMessage(t_object* object);
 /// @param name  of a JSON file in the search path; the empty symbol lets the user choose one
-void ReadDictMessage(AnyObject& object, t_symbol* name);
+void ReadDictMessage(t_object* object, t_symbol* name);
 
 /// The keys of a dictionary in the order in which they were added.
 class DictionaryKeys {

@@ -248,8 +248,6 @@ std::string ReferencePage(t_object* object) {
     return page.Text();
 }
 
-void GenerateXmlMessage(AnyObject& object) {
-    DeferFileWork(MaxObjectOf(object), &WritePage, gensym(""));
-}
+void GenerateXmlMessage(t_object* object) { DeferFileWork(object, &WritePage, gensym("")); }
 
 }  // namespace VelkMax

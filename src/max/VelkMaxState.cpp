@@ -151,15 +151,13 @@ t_max_err HandOutState(t_object* object, max_long* argc, t_atom** argv) {
 
 }  // namespace
 
-void PostAttributesMessage(AnyObject& any, Atoms atoms) {
-    t_object* const object = MaxObjectOf(any);
+void PostAttributesMessage(t_object* object, Atoms atoms) {
     const auto attributes = Requested(object, atoms, kInvalidPostAttributes);
     if (atoms.Empty()) Post(object, kFoundAttributes, static_cast<int>(attributes.size()));
     for (const MaxAttribute& attribute : attributes) PostValueOfAttribute(object, attribute);
 }
 
-void DumpMessage(AnyObject& any, Atoms atoms) {
-    t_object* const object = MaxObjectOf(any);
+void DumpMessage(t_object* object, Atoms atoms) {
     t_object* const outlet = DumpOutlet(object);
     if (outlet == nullptr) return;
     Values values = Gather(object, Requested(object, atoms, kInvalidDump),
@@ -172,8 +170,7 @@ void DumpMessage(AnyObject& any, Atoms atoms) {
     }
 }
 
-void PresetMessage(AnyObject& any) {
-    t_object* const object = MaxObjectOf(any);
+void PresetMessage(t_object* object) {
     t_object* const binbuf = gensym("_preset")->s_thing;
     if (binbuf == nullptr) return Error(object, kNoPreset);
     std::vector<t_atom> record(3);
@@ -186,10 +183,9 @@ void PresetMessage(AnyObject& any) {
     binbuf_insert(binbuf, nullptr, static_cast<short>(record.size()), record.data());
 }
 
-void RecallPresetMessage(AnyObject& any, Atoms atoms) { RestoreState(MaxObjectOf(any), atoms); }
+void RecallPresetMessage(t_object* object, Atoms atoms) { RestoreState(object, atoms); }
 
-void VersionMessage(AnyObject& any) {
-    t_object* const object = MaxObjectOf(any);
+void VersionMessage(t_object* object) {
     if (!MaxAttribute(object, gensym("externalversion")).Exists()) {
         return Error(object, kNoVersion);
     }

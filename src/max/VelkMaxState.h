@@ -7,16 +7,15 @@
 // refused as a whole.
 #pragma once
 
-#include "max/VelkMaxAnyObject.h"
 #include "max/VelkMaxAtoms.h"
 
 namespace VelkMax {
 
-void PostAttributesMessage(AnyObject& object, Atoms atoms);
-void DumpMessage(AnyObject& object, Atoms atoms);
-void PresetMessage(AnyObject& object);
-void RecallPresetMessage(AnyObject& object, Atoms atoms);
-void VersionMessage(AnyObject& object);
+void PostAttributesMessage(t_object* object, Atoms atoms);
+void DumpMessage(t_object* object, Atoms atoms);
+void PresetMessage(t_object* object);
+void RecallPresetMessage(t_object* object, Atoms atoms);
+void VersionMessage(t_object* object);
 
 /// The two methods through which pattr works, as Max calls them.
 t_max_err GetValueOfMethod(void* x, max_long* argc, t_atom** argv) noexcept;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Whatever the attributes of an object are set to, another object that is given its state reads the
 // same and sounds the same.
+#include "max/VelkMaxRestoring.h"
 #include "src/PanBox.h"
 #include "support/HostProgram.h"
 
@@ -58,6 +59,7 @@ std::vector<t_atom> LegalValue(const HostApi::AttributeInfo& attribute,
 }
 
 void SetAllAttributes(PanBox& box, Random& random) {
+    const VelkMax::RestoringState restoring;  // so that every word of a menu is taken
     const std::set<std::string> structure{"numinputs", "numoutputs", "type", "subtype"};
     for (const HostApi::AttributeInfo& attribute : HostApi::Attributes(box.Get())) {
         const std::string name = attribute.name->s_name;

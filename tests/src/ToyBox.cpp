@@ -37,7 +37,7 @@ void FreeToy(void*) {}
 void RegisterClass() {
     toyClass = class_new("toy", AsMethod(&MakeToy), AsMethod(&FreeToy), sizeof(ToyRecord), nullptr,
                          A_GIMME, 0);
-    VelkMax::AddMessages(toyClass, VelkMax::StandardMessages());
+    VelkMax::AddMessages(toyClass, VelkMax::StandardMessages<ToyRecord>());
     t_object* const level = attr_offset_new("level", gensym("float32"), 0, nullptr, nullptr,
                                             offsetof(ToyRecord, level));
     class_addattr(toyClass, level);
