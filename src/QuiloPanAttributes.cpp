@@ -110,6 +110,10 @@ constexpr char kSpreadXyzHelp[] =
     "Width of each source along x, y and z, in percent: three values for each. Used when "
     "<m> spreadmode </m> is <m> directional </m>. <br/> Example: <m> spreadxyz 100 0 0 </m> makes "
     "the first source as wide as the room.";
+constexpr char kNfcHighPassHelp[] =
+    "When it is 1 the bass boost of sources near the listener is limited by high-pass filters.";
+constexpr char kSpeakersRadiusHelp[] =
+    "Distance of the loudspeakers of the reproduction, in metres from 0.2 to 20.";
 constexpr char kSpreadHelp[] =
     "Width of each source, from 0 (a point) to 100, one value for each. The message "
     "<m> source 1 spread 30 </m> sets a single one. <br/> Example: <m> spread 0 50 </m>.";
@@ -163,6 +167,8 @@ constexpr InstanceRow kInstanceAttributes[] = {
     {kDbap,        {"spreadmode",     "symbol",  1,                "spread mode",                         "enum",  SpreadModeChoices, nullptr,  nullptr, nullptr, nullptr, Bind<SpreadMode, SetSpreadMode>,                                       kSpreadModeHelp}},
     {kDbap,        {"muteoutside",    "long",    1,                "mute sources outside speakers hull",  "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<MuteOutside, SetMuteOutside, kOnOff>,                             kMuteOutsideHelp}},
     {kDbap,        {"spreadxyz",      "float32", 3 * kMaxChannels, "directionnal spread",                 nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<SpreadXyz, SetSpreadXyz, kSpread>,                                kSpreadXyzHelp}},
+    {kNfcHoa,      {"nfchighpass",    "long",    1,                "high-pass filtering for NFC",         "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<NfcHighPass, SetNfcHighPass, kOnOff>,                             kNfcHighPassHelp}},
+    {kNfcHoa,      {"speakersradius", "float32", 1,                "speakers radius",                     nullptr, nullptr,           "1.00",   nullptr, nullptr, nullptr, Bind<SpeakersRadius, SetSpeakersRadius, kSpeakersRadiusMetres>,        kSpeakersRadiusHelp}},
     {kSpreading,   {"spread",         "float32", kMaxChannels,     "spread",                              nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<&P::Spread, &P::SetSpread, kSpread>,                              kSpreadHelp}},
     {kSubwoofers,  {"cutoff",         "float32", 1,                "subwoofers cutoff frequency [Hz]",    nullptr, nullptr,           "125.00", nullptr, nullptr, nullptr, Bind<Cutoff, SetCutoff, kCutoffHz>,                                    kCutoffHelp}},
 };

@@ -52,13 +52,26 @@ std::string AutoMuteText(float seconds) {
     return {digits, std::to_chars(digits, digits + sizeof digits, seconds).ptr};
 }
 
-void PostDspStatus(const PanObject& object) {
+void DspStatusMessage(PanObject& object) {
     if (object.Mute() == 1 || object.IsDisabled()) {
         Post(object, VelkMax::kDspMuted);
     } else {
         Post(object, object.Bypass() == 1 ? VelkMax::kDspBypassed : VelkMax::kDspEnabled);
     }
     Post(object, sys_getdspstate() != 0 ? VelkMax::kDspOn : VelkMax::kDspOff);
+}
+
+/// What the signal processing knows of each inlet, a line each.
+void DspStateMessage(PanObject& object) {
+    const Pan* engine = object.Engine();
+    for (unsigned inlet = 0; engine != nullptr && inlet < engine->NumInputs(); ++inlet) {
+        const bool isConnected = engine->InputConnected(inlet);
+        const char* const state = !isConnected                 ? "not connected"
+                                  : engine->InputActive(inlet) ? "connected, active"
+                                                               : "connected, silent";
+        const std::string line = "inlet " + std::to_string(inlet + 1) + " : " + state;
+        Post(object, VelkMax::kLine, line.c_str());
+    }
 }
 
 void InfoMessage(PanObject& object) {
@@ -72,7 +85,7 @@ void InfoMessage(PanObject& object) {
         const std::string autoMute = AutoMuteText(object.AutoMute());
         Post(object, kAutoMuteLine, autoMute.c_str());
     }
-    PostDspStatus(object);
+    DspStatusMessage(object);
 }
 
 void ClearMessage(PanObject& object) {
@@ -147,6 +160,8 @@ std::span<const VelkMax::MessageRow> PanMessages() {
     // clang-format off
     static constexpr VelkMax::MessageRow kMessages[] = {
         // name            handler                                  digest                                    description                                                   arguments
+        {"postdspstatus",  Handler<&DspStatusMessage>,              "Post the state of the processing",       "post information about the dsp status in the Max window."},
+        {"postdspstate",   Handler<&DspStateMessage>,               "Post the state of the inlets",           "post information about the dsp connections."},
         {"source",         PromptHandler<&SourceMessage>,           "Move a source or set its properties",    kSourceHelp,                                                  kSourceArguments},
         {"loudspeakers",   Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},
         {"speakers",       Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},

@@ -5,6 +5,7 @@
 #include "max/VelkMaxRestoring.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloKeywords.h"
+#include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloRecursivePanning.h"
 #include "pan/QuiloSubwoofersPanning.h"
 
@@ -135,6 +136,30 @@ void SetHoaMode(PanObject& object, t_symbol* mode) {
     const auto code = ReadKeyword(tav::HoaModeKeywords(), mode);
     if (!code) return Error(object, kInvalidHoaMode, mode->s_name);
     object.Engine()->SetComputationMode(*code);
+}
+
+max_long NfcHighPass(const PanObject& object) {
+    const auto* nfc = EngineAs<NFCHOAPanning>(object);
+    return nfc != nullptr && nfc->HighPass() ? 1 : 0;
+}
+
+void SetNfcHighPass(PanObject& object, max_long on) {
+    if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "nfchighpass");
+    auto* const nfc = EngineAs<NFCHOAPanning>(object);
+    if (nfc == nullptr) return Error(object, kNoPanner, "quilo_pan_update_nfchighpass");
+    nfc->SetHighPass(on != 0);
+}
+
+float SpeakersRadius(const PanObject& object) {
+    const auto* nfc = EngineAs<NFCHOAPanning>(object);
+    return nfc != nullptr ? nfc->SpeakersRadius() : 1.f;
+}
+
+void SetSpeakersRadius(PanObject& object, float metres) {
+    if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "speakersradius");
+    auto* const nfc = EngineAs<NFCHOAPanning>(object);
+    if (nfc == nullptr) return Error(object, kNoPanner, "quilo_pan_update_nfcradius");
+    nfc->SetSpeakersRadius(metres);
 }
 
 // ---- Subwoofers

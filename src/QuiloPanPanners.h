@@ -32,6 +32,11 @@ void SetEncoding(PanObject& object, t_symbol* encoding);
 t_symbol* HoaMode(const PanObject& object);
 void SetHoaMode(PanObject& object, t_symbol* mode);
 
+max_long NfcHighPass(const PanObject& object);
+void SetNfcHighPass(PanObject& object, max_long on);
+float SpeakersRadius(const PanObject& object);
+void SetSpeakersRadius(PanObject& object, float metres);
+
 // ---- Subwoofers
 
 float Cutoff(const PanObject& object);

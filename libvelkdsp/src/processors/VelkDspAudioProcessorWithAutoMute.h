@@ -53,6 +53,9 @@ public:
     virtual void SetAutoMuteTime(float seconds);
 
     // not virtual
+    bool InputConnected(unsigned input) const noexcept TAV_NONBLOCKING {
+        return InForce().InletConnected(input);
+    }
     bool AutoMute() const noexcept { return own_.AutoMute(); }
     /// Seconds
     float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
