@@ -101,7 +101,7 @@ TEST(RecursiveGains, EqualTheLawInDoublePrecisionOverRandomLayouts) {
 
 TEST(RecursiveGains, PlayEachLoudspeakerOfARingAlone) {
     // Corners and middles of sides. Twelve have no loudspeaker at a corner.
-    for (const std::size_t count : {4U, 6U, 8U}) {
+    for (const std::size_t count : {4U, 5U, 6U, 7U, 8U}) {
         const auto layout = DefaultSpeakers(LayoutKind::Horizontal, unsigned(count));
         for (std::size_t k = 0; k < count; ++k) {
             const Gains gains = GainsAt(layout, layout[k]);
@@ -114,6 +114,19 @@ TEST(RecursiveGains, PlayEachLoudspeakerOfARingAlone) {
         EXPECT_NEAR(gain, 0.5f, 1e-6f);
     }
     EXPECT_EQ(GainsAt(tav::CartesianArray(9), {0, 1, 0}), Gains(9));
+}
+
+TEST(RecursiveGains, StayFiniteWhereACornerIsRoundedAway) {
+    // The last two corners are one turn behind the first, where the source arrives by rounding.
+    const float corner = 300.f + 0x1p-15f;
+    const SquareCorners corners{corner, 310.f, corner, corner};
+    Gains gains(4);
+    for (float deg = -60.001f; deg < -59.999f; deg = std::nextafter(deg, 0.f)) {
+        RecursiveGains(tav::FromNavigational(deg, 0.f, 1.f), corners, 4, gains);
+        const float energy =
+            gains[0] * gains[0] + gains[1] * gains[1] + gains[2] * gains[2] + gains[3] * gains[3];
+        EXPECT_NEAR(energy, 1.f, 1e-5f) << deg;
+    }
 }
 
 TEST(RecursiveCorners, AreHalfSumsOfTwelve) {
