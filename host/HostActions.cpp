@@ -97,7 +97,7 @@ void Actions::Act(const Statement& statement) {
         case Directive::Inspect: return object_.PrintAttributes(console_);
         case Directive::Assist: return object_.PrintAssistance(console_);
         case Directive::Methods: return object_.PrintMethods(console_);
-        case Directive::Sync: HostApi::RunDeferred(); return;
+        case Directive::Sync: RunDueWork(); return;
         case Directive::Remake: return Remake(atoms.empty() ? script_.box : atoms);
         default: break;
     }

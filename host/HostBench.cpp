@@ -38,9 +38,11 @@ t_atom FloatAtom(double value) {
 }  // namespace
 
 Bench::Bench(std::vector<Atom> box) : box_(std::move(box)) {
-    HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object*) {
+    HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object* from) {
         constexpr const char* kHeads[] = {"post: ", "error: ", "warn: ", "bug: "};
-        heard_.push_back(kHeads[static_cast<int>(kind)] + std::string(text));
+        const bool isOurs = kind == HostApi::PostKind::Bug && !from;
+        heard_.push_back((isOurs ? "misuse: " : kHeads[static_cast<int>(kind)]) +
+                         std::string(text));
     });
     ListenToOutlets();
     object_.Make(box_);
@@ -79,7 +81,7 @@ bool Bench::MakeAndFree() {
         return true;
     }
     object_.Free();
-    HostApi::RunDeferred();
+    RunDueWork();
     return false;
 }
 
@@ -88,12 +90,12 @@ void Bench::Send(const std::string& words) {
     const auto split = SplitWords(words);
     for (const Word& word : split.value()) atoms.push_back(word.atom);
     object_.Send(atoms);
-    HostApi::RunDeferred();
+    RunDueWork();
 }
 
 void Bench::Send(const std::string& selector, std::span<const t_atom> atoms) {
     HostApi::DeliverMessage(Get(), 0, gensym(selector.c_str()), atoms);
-    HostApi::RunDeferred();
+    RunDueWork();
 }
 
 t_max_err Bench::Set(const std::string& attribute, std::vector<t_atom> values) {
@@ -125,7 +127,7 @@ Sound Bench::Play(unsigned vectors, std::uint64_t seed) {
                 sound.samples.push_back(static_cast<float>(sample));
             }
         }
-        HostApi::RunDeferred();
+        RunDueWork();
         HostApi::AdvanceClocks(1000 * chain_->Vector() / chain_->Rate());
     }
     return sound;

@@ -48,7 +48,8 @@ public:
     void Send(const std::string& selector, std::span<const t_atom> atoms);
     t_max_err Set(const std::string& attribute, std::vector<t_atom> values);
 
-    /// The console lines since the last call: "error: ...", "outlet: ...".
+    /// The console lines since the last call: "error: ...", "outlet: ..."; what the API says about
+    /// its misuse: "misuse: ...".
     std::vector<std::string> Take();
     /// The first line since the last call that begins so, "" for none.
     std::string TakeFirst(const std::string& head);

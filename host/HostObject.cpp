@@ -87,6 +87,11 @@ void LoadModule(const std::string& file) {
     reinterpret_cast<int (*)(void*)>(entry)(nullptr);
 }
 
+void RunDueWork() {
+    HostApi::AdvanceClocks(0);
+    HostApi::RunDeferred();
+}
+
 Object::Object(const Script& script) {
     t_symbol* name = gensym(AtomSpelling(script.box[0]).c_str());
     if (!class_findbyname(gensym("box"), name))

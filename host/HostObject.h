@@ -21,6 +21,9 @@ void LoadModule(const std::string& file);
 /// The atoms as the API has them.
 std::vector<t_atom> ApiAtoms(std::span<const Atom> atoms);
 
+/// Runs what is due now: clocks, as the scheduler, then everything deferred.
+void RunDueWork();
+
 /// Owns the object; everything here belongs to the main thread.
 class Object {
 public:

@@ -68,10 +68,10 @@ public:
     void Play() {
         while (next_ < script_.statements.size() && !script_.statements[next_].timed)
             actions_.Execute(script_.statements[next_++]);
-        HostApi::RunDeferred();
+        RunDueWork();
         chain_.Start();
         PlayVectors();
-        HostApi::RunDeferred();
+        RunDueWork();
         NoteUnsentStatements();
         chain_.Stop();
         object_.Free();
@@ -147,7 +147,7 @@ private:
             if (interrupted) throw Fault(ExitStatus::HostFailed, "interrupted");
             progress.Show(seconds);
             SendDueStatements(frame);
-            HostApi::RunDeferred();
+            RunDueWork();
             PlayVector(frame);
             HostApi::AdvanceClocks(1000 * chain_.Vector() / rateHz_);
         }

@@ -62,7 +62,7 @@ std::string Validation::Faults(unsigned vectors) {
     const Sound sound = bench.Play(vectors, random.Next());
     if (!sound.isWhole) return "samples were not written";
     if (!sound.isFinite) return "samples are no numbers";
-    return bench.TakeFirst("bug: ");
+    return bench.TakeFirst("misuse: ");
 }
 
 std::string Validation::Sensible(const std::string& message) {
@@ -89,7 +89,7 @@ void Validation::Walk() {
         const std::string name = attribute.name->s_name;
         bench.Set(name, LegalValues(attribute, HostApi::AttributeValue(bench.Get(), name), random));
     }
-    HostApi::RunDeferred();
+    RunDueWork();
 }
 
 ExitStatus Validate(const Options& options) {

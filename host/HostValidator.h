@@ -41,7 +41,7 @@ struct Validation {
     Report report;
     Random random;
 
-    /// "" when these vectors were whole and finite and no bug was posted since the last look.
+    /// "" when these vectors were whole and finite and the API was not misused since the last look.
     std::string Faults(unsigned vectors);
     /// Arguments under which a message does something, in the words of a script.
     std::string Sensible(const std::string& message);

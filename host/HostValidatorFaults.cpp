@@ -13,7 +13,7 @@ namespace {
 using Counts = std::array<std::size_t, 3>;
 
 Counts Count() {
-    HostApi::RunDeferred();
+    RunDueWork();
     HostApi::CheckFreedMemory();
     return {HostApi::CountObjects(), HostApi::CountBlocks(), CountAllocations()};
 }
@@ -33,7 +33,7 @@ bool MakeFailing(Validation& v, unsigned n, std::string& why) {
     const bool isOver = AllocationFailureWaits();
     FailAllocation(0);
     if (escaped) why = "an exception left the module";
-    if (why.empty()) why = v.bench.TakeFirst("bug: ");
+    if (why.empty()) why = v.bench.TakeFirst("misuse: ");
     v.bench.Take();
     return isOver;
 }

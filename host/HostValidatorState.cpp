@@ -119,8 +119,7 @@ void CheckState(Validation& v) {
             v.bench.Remake();
             v.bench.Take();
             (saved.*form.restore)();
-            why = v.bench.TakeFirst("error: ");
-            if (why.empty()) why = Difference(values, v.bench.Read());
+            why = Difference(values, v.bench.Read());
             v.bench.Play(kSettled, 5);
             // What glides comes to rest on slightly different ways.
             if (why.empty()) why = Difference(sound, v.bench.Play(20, 6), 1e-4);
@@ -150,8 +149,8 @@ void CheckThreads(Validation& v) {
                 }
             v.Walk();
         }
-        const std::string bug = v.bench.TakeFirst("bug: ");
-        HostApi::RunDeferred();
+        const std::string bug = v.bench.TakeFirst("misuse: ");
+        RunDueWork();
         const Values reached = v.bench.Read();
         if (kind == HostApi::ThreadKind::Main) expected = reached;
         const char* const name = kind == HostApi::ThreadKind::Main        ? "main"
@@ -167,7 +166,7 @@ void CheckThreads(Validation& v) {
             HostApi::DeliverMessage(v.bench.Get(), 0, gensym(message), {});
     }
     v.bench.Remake();  // with work that still waits
-    HostApi::RunDeferred();
+    RunDueWork();
     v.report.Check("is freed while its work waits", v.Faults(4));
 }
 

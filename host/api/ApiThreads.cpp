@@ -93,6 +93,7 @@ std::size_t RunDeferred() {
         const Work work = std::move(queue.waiting.front());
         queue.waiting.pop_front();
         lock.unlock();
+        const ThreadScope main(ThreadKind::Main);
         const int around = std::exchange(messagesAround, 0);
         work.run();
         messagesAround = around;
