@@ -15,7 +15,7 @@ namespace Quilo {
 /// Longest piece of audio that the filters take at once.
 inline constexpr unsigned kNFCHOAFrames = 64;
 /// What moves with the distance, but for the output mix, does so this often.
-inline constexpr unsigned kNFCHOAGrid = 16;
+inline constexpr unsigned kNFCHOAGrid = 8;
 inline constexpr std::size_t kNFCHOASteps = kNFCHOAFrames / kNFCHOAGrid + 1;
 
 /// Samples of a piece that share their settings.
