@@ -30,6 +30,19 @@ bool IsEngine(const PanObject& object, bool (*is)(const Pan&)) {
     return object.Engine() != nullptr && is(*object.Engine());
 }
 
+/// The panner behind an attribute. Null where another one stands in for that type: then `refusal`
+/// says so to whoever sets it, but not to a state that brings back what such an object answers.
+template <class Panner, class Refusal>
+Panner* PannerOf(const PanObject& object, Refusal&& refusal) {
+    auto* const panner = EngineAs<Panner>(object);
+    if (panner == nullptr && !VelkMax::RestoringState::IsActive()) refusal();
+    return panner;
+}
+template <class Panner>
+Panner* PannerOf(const PanObject& object, const char* handler) {
+    return PannerOf<Panner>(object, [&] { Error(object, kNoPanner, handler); });
+}
+
 /// The code of a word, by what the table accepts. A state that is restored brings printed words.
 template <class Code>
 std::optional<Code> ReadKeyword(const tav::KeywordTable<Code>& table, const t_symbol* word) {
@@ -73,9 +86,8 @@ max_long MuteOutside(const PanObject& object) {
 }
 
 void SetMuteOutside(PanObject& object, max_long on) {
-    auto* const dbap = EngineAs<DbapPanning>(object);
-    if (dbap == nullptr) return Error(object, kOnlyDbap);
-    dbap->SetMuteOutside(on != 0);
+    auto* const dbap = PannerOf<DbapPanning>(object, [&] { Error(object, kOnlyDbap); });
+    if (dbap != nullptr) dbap->SetMuteOutside(on != 0);
 }
 
 std::span<const float> SpreadXyz(const PanObject& object) {
@@ -145,9 +157,8 @@ max_long NfcHighPass(const PanObject& object) {
 
 void SetNfcHighPass(PanObject& object, max_long on) {
     if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "nfchighpass");
-    auto* const nfc = EngineAs<NFCHOAPanning>(object);
-    if (nfc == nullptr) return Error(object, kNoPanner, "quilo_pan_update_nfchighpass");
-    nfc->SetHighPass(on != 0);
+    auto* const nfc = PannerOf<NFCHOAPanning>(object, "quilo_pan_update_nfchighpass");
+    if (nfc != nullptr) nfc->SetHighPass(on != 0);
 }
 
 float SpeakersRadius(const PanObject& object) {
@@ -157,9 +168,8 @@ float SpeakersRadius(const PanObject& object) {
 
 void SetSpeakersRadius(PanObject& object, float metres) {
     if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "speakersradius");
-    auto* const nfc = EngineAs<NFCHOAPanning>(object);
-    if (nfc == nullptr) return Error(object, kNoPanner, "quilo_pan_update_nfcradius");
-    nfc->SetSpeakersRadius(metres);
+    auto* const nfc = PannerOf<NFCHOAPanning>(object, "quilo_pan_update_nfcradius");
+    if (nfc != nullptr) nfc->SetSpeakersRadius(metres);
 }
 
 // ---- Subwoofers
@@ -171,17 +181,15 @@ float Cutoff(const PanObject& object) {
 
 void SetCutoff(PanObject& object, float hz) {
     if (!IsEngine(object, IsSubwoofers)) return Error(object, kOnlySubwoofers, "cutoff");
-    auto* const subwoofers = EngineAs<SubwoofersPanning>(object);
-    if (subwoofers == nullptr) return Error(object, kNoPanner, "quilo_pan_update_subwoofers");
-    subwoofers->SetCutoff(hz);
+    auto* const subwoofers = PannerOf<SubwoofersPanning>(object, "quilo_pan_update_subwoofers");
+    if (subwoofers != nullptr) subwoofers->SetCutoff(hz);
 }
 
 // ---- The recursive panner
 
 void SetCorners(PanObject& object, std::span<const float> azimuthsDeg) {
-    auto* const panr = EngineAs<RecursivePanning>(object);
-    if (panr == nullptr) return Error(object, kNoPanner, "quilo_pan_corners");
-    panr->SetCorners(azimuthsDeg);
+    auto* const panr = PannerOf<RecursivePanning>(object, "quilo_pan_corners");
+    if (panr != nullptr) panr->SetCorners(azimuthsDeg);
 }
 
 }  // namespace Quilo

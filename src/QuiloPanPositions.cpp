@@ -4,6 +4,7 @@
 #include "QuiloPanObject.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Quilo {
 
@@ -11,6 +12,10 @@ using VelkMax::Error;
 using VelkMax::Warn;
 
 using Format = tav::Coordinates::Format;
+
+namespace {
+constexpr std::size_t kMostValues = 8;  // no format has as many
+}
 
 bool IsIndexed(Atoms atoms) {
     return atoms.Size() >= 2 && atoms.IsLong(0) && (atoms.IsSymbol(1) || atoms.IsNumber(1));
@@ -42,7 +47,8 @@ bool ReadPosition(const PanObject& object,
     if (given > needed) {
         Warn(object, *texts.tooMany, texts.countsPositions ? 1 : static_cast<int>(needed));
     }
-    const std::vector<float> values = formatted.values.First(needed).Numbers();
+    std::array<float, kMostValues> memory{};
+    const std::span<const float> values = formatted.values.First(needed).Numbers(memory);
     if (tav::Coordinates::Apply(position, formatted.format, values)) return true;
     Error(object, *texts.unreadable);
     return false;
@@ -62,7 +68,10 @@ bool ReadLayout(const PanObject& object,
     tav::CartesianArray read = positions;
     for (std::size_t index = 0; index < read.Size(); ++index) {
         const Atoms values = formatted.values.From(index * perPosition).First(perPosition);
-        if (tav::Coordinates::Apply(read[index], formatted.format, values.Numbers())) continue;
+        std::array<float, kMostValues> memory{};
+        if (tav::Coordinates::Apply(read[index], formatted.format, values.Numbers(memory))) {
+            continue;
+        }
         Error(object, kUnreadableNthSpeaker, static_cast<int>(index) + 1);
         return false;
     }
@@ -85,7 +94,8 @@ bool ReadTriplets(const PanObject& object,
     }
     tav::CartesianArray read = positions;
     for (std::size_t index = 0; index < count; ++index) {
-        const std::vector<float> values = xyz.From(3 * index).First(3).Numbers();
+        std::array<float, 3> memory{};
+        const std::span<const float> values = xyz.From(3 * index).Numbers(memory);
         if (tav::Coordinates::Apply(read[index], Format::Xyz, values)) continue;
         if (texts.unreadable != nullptr) Error(object, *texts.unreadable);
         if (texts.unreadableNth != nullptr) {

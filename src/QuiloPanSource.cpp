@@ -5,6 +5,7 @@
 #include "QuiloPanPositions.h"
 #include "max/VelkMaxHandlers.h"
 
+#include <array>
 #include <string_view>
 
 namespace Quilo {
@@ -34,8 +35,9 @@ void SourceSpread(PanObject& object, const SourceRequest& request) {
 
 void SourceSpreadXyz(PanObject& object, const SourceRequest& request) {
     if (!request.values.AreNumbers(3)) return Error(object, kInvalidSpreadXyz);
-    const std::vector<float> xyz = request.values.Numbers();
-    if (!SetSourceSpreadXyz(object, request.index, xyz)) Error(object, kNoSpreadXyz);
+    std::array<float, 3> xyz{};
+    if (!SetSourceSpreadXyz(object, request.index, request.values.Numbers(xyz)))
+        Error(object, kNoSpreadXyz);
 }
 
 void SourceNumNeighbors(PanObject& object, const SourceRequest& request) {

@@ -61,11 +61,18 @@ t_symbol* Atoms::Symbol(std::size_t index) const {
 }
 
 std::vector<float> Atoms::Numbers() const {
-    std::vector<float> numbers(Size(), std::numeric_limits<float>::quiet_NaN());
-    for (std::size_t index = 0; index < Size(); ++index) {
-        if (IsNumber(index)) numbers[index] = static_cast<float>(Float(index));
+    std::vector<float> values(Size());
+    Numbers(values);
+    return values;
+}
+
+std::span<float> Atoms::Numbers(std::span<float> values) const noexcept {
+    values = values.first(std::min(values.size(), Size()));
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        values[index] = IsNumber(index) ? static_cast<float>(Float(index))
+                                        : std::numeric_limits<float>::quiet_NaN();
     }
-    return numbers;
+    return values;
 }
 
 std::string Atoms::Text() const {

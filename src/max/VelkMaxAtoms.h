@@ -44,6 +44,8 @@ public:
 
     /// The values as single precision; an atom that is no number is NaN.
     std::vector<float> Numbers() const;
+    /// The same without memory of its own, as many as fit.  @return what was filled
+    std::span<float> Numbers(std::span<float> values) const noexcept;
 
     /// As a message box shows them, separated by one blank; floats with the fewest digits that
     /// read back to the same 32-bit value.
