@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "kernels/VelkDspFilterKernelsEight.h"
 #include "kernels/VelkDspFilterKernelsVector.h"
 
 #include <immintrin.h>
@@ -25,9 +26,8 @@ struct Avx2 {
 }  // namespace
 
 const FilterKernels& Avx2FilterKernels() noexcept {
-    static constexpr FilterKernels kKernels{
-        VectorFilterKernels<Avx2>::AllPass, VectorFilterKernels<Avx2>::NearField,
-        VectorFilterKernels<Avx2>::ToRows, VectorFilterKernels<Avx2>::FromRows};
+    static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx2>::NearField, ToRows,
+                                            FromRows};
     return kKernels;
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "kernels/VelkDspFilterKernelsEight.h"
 #include "kernels/VelkDspFilterKernelsVector.h"
 
 #include <immintrin.h>
@@ -25,9 +26,8 @@ struct Avx512 {
 }  // namespace
 
 const FilterKernels& Avx512FilterKernels() noexcept {
-    static constexpr FilterKernels kKernels{
-        VectorFilterKernels<Avx512>::AllPass, VectorFilterKernels<Avx512>::NearField,
-        VectorFilterKernels<Avx512>::ToRows, VectorFilterKernels<Avx512>::FromRows};
+    static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx512>::NearField, ToRows,
+                                            FromRows};
     return kKernels;
 }
 

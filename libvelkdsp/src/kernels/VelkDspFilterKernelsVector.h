@@ -19,23 +19,6 @@ class VectorFilterKernels {
     enum class HighPass { None, On, Leaking };
 
 public:
-    static void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING {
-        const Vec g = S::Broadcast(gain);
-        int k = 0;
-        for (; k + S::kLanes <= n; k += S::kLanes) {
-            const Vec old = S::Load(ring + k);
-            const Vec w = S::NegativeMultiplyAdd(g, old, S::Load(signal + k));
-            S::Store(ring + k, w);
-            S::Store(signal + k, S::MultiplyAdd(g, w, old));
-        }
-        for (; k < n; ++k) {
-            const float old = ring[k];
-            const float w = signal[k] - gain * old;
-            ring[k] = w;
-            signal[k] = gain * w + old;
-        }
-    }
-
     static void NearField(const NearFieldSection& section,
                           const NearFieldLanes& lanes,
                           float* states,
@@ -46,17 +29,6 @@ public:
         if (lanes.highPassG == nullptr) return Run<HighPass::None>(section, lanes, rows);
         if (lanes.highPassKeep == nullptr) return Run<HighPass::On>(section, lanes, rows);
         Run<HighPass::Leaking>(section, lanes, rows);
-    }
-
-    static void ToRows(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING {
-        for (int i = 0; i < kSourceLanes; ++i) {
-            for (int k = 0; k < n; ++k) rows[k * kSourceLanes + i] = signals[i][k];
-        }
-    }
-    static void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING {
-        for (int i = 0; i < kSourceLanes; ++i) {
-            for (int k = 0; k < n; ++k) signals[i][k] = rows[k * kSourceLanes + i];
-        }
     }
 
 private:
