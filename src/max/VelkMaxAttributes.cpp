@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "max/VelkMaxAttributes.h"
 
+#include "max/VelkMaxMaxAttribute.h"
+
 #include <algorithm>
 #include <charconv>
 #include <string_view>
@@ -61,17 +63,15 @@ void AddProperties(const AttributeRow& row,
 
 /// The value of an attribute as the text of a property.
 std::string ValueText(t_object* object, const AttributeRow& row) {
-    max_long count = 0;
-    t_atom* atoms = nullptr;
-    if (object_attr_getvalueof(object, gensym(row.name), &count, &atoms) != MAX_ERR_NONE) return {};
+    const AttributeValue value(object, gensym(row.name));
+    if (value.error != MAX_ERR_NONE) return {};
     std::string text;
-    const Atoms values(count, atoms);
+    const Atoms values = value.atoms.View();
     for (std::size_t index = 0; index < values.Size(); ++index) {
         if (!text.empty()) text += ' ';
         text += values.IsSymbol(index) ? std::string(values.Symbol(index)->s_name)
                                        : PropertyText(row.type, values.Float(index));
     }
-    sysmem_freeptr(atoms);
     return text;
 }
 
