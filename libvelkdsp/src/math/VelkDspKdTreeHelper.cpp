@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 #include <utility>
 
@@ -36,7 +37,7 @@ std::size_t WidestAxis(const Entries& entries) {
 
 }  // namespace
 
-/// One query: the best candidates so far, as a heap with the worst of them in front.
+/// One query: the best candidates so far, nearest first.
 class KdTreeHelper::Search {
 public:
     struct Candidate {
@@ -63,26 +64,27 @@ public:
         } else {
             Visit(0);
         }
-        std::sort_heap(best_.begin(), best_.end());
         return std::move(best_);
     }
 
 private:
     void Scan(std::span<const Entry> entries) {
         for (const Entry& entry : entries) {
-            Offer({SquaredDistance(entry.point, query_), entry.index});
+            const float squaredDistance = SquaredDistance(entry.point, query_);
+            if (squaredDistance <= worst_) Offer({squaredDistance, entry.index});
         }
     }
 
     void Offer(const Candidate& candidate) {
-        if (best_.size() == wanted_) {
-            if (!(candidate < best_.front())) return;
-            std::pop_heap(best_.begin(), best_.end());
-            best_.back() = candidate;
-        } else {
+        if (best_.size() < wanted_) {
             best_.push_back(candidate);
+        } else if (!(candidate < best_.back())) {
+            return;
         }
-        std::push_heap(best_.begin(), best_.end());
+        std::size_t place = best_.size() - 1;
+        for (; place > 0 && candidate < best_[place - 1]; --place) best_[place] = best_[place - 1];
+        best_[place] = candidate;
+        if (best_.size() == wanted_) worst_ = best_.back().squaredDistance;
     }
 
     void Visit(std::uint32_t index) {
@@ -95,7 +97,7 @@ private:
         Visit(beyond < 0.f ? index + 1 : node.upper);
         // Rounding keeps order, so no point over there is nearer than the plane; one that is as
         // near may win the tie.
-        if (best_.size() < wanted_ || beyond * beyond <= best_.front().squaredDistance) {
+        if (beyond * beyond <= worst_) {
             Visit(beyond < 0.f ? node.upper : index + 1);
         }
     }
@@ -104,6 +106,7 @@ private:
     NPoint<3> query_;
     std::size_t wanted_;
     std::vector<Candidate> best_;
+    float worst_ = std::numeric_limits<float>::infinity();  // of `wanted_` candidates
 };
 
 KdTreeHelper::KdTreeHelper(const CartesianArray& points, std::size_t treeFrom) {
