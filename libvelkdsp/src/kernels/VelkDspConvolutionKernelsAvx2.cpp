@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspConvolutionKernels.h"
 
-#include <cmath>
 #include <immintrin.h>
 
 namespace tav {
@@ -28,11 +27,15 @@ void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexce
     for (; k + 8 * kLanes <= n; k += 8 * kLanes) FirVectors<8>(y + k, x + k, taps, numTaps);
     for (; k + 2 * kLanes <= n; k += 2 * kLanes) FirVectors<2>(y + k, x + k, taps, numTaps);
     for (; k + kLanes <= n; k += kLanes) FirVectors<1>(y + k, x + k, taps, numTaps);
-    for (; k < n; ++k) {
-        float sum = 0.f;
-        for (int t = 0; t < numTaps; ++t) sum = std::fma(taps[t], x[k - t], sum);
-        y[k] = sum;
+    if (k == n) return;
+    const __m256i lanes = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+    const __m256i wanted = _mm256_cmpgt_epi32(_mm256_set1_epi32(n - k), lanes);
+    __m256 sum = _mm256_setzero_ps();
+    for (int t = 0; t < numTaps; ++t) {
+        const __m256 late = _mm256_maskload_ps(x + k - t, wanted);
+        sum = _mm256_fmadd_ps(_mm256_broadcast_ss(taps + t), late, sum);
     }
+    _mm256_maskstore_ps(y + k, wanted, sum);
 }
 
 // The same names for both widths, so that a butterfly is written once.

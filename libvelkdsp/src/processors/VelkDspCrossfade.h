@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// How a filter hands over to the next one without a click.
+#pragma once
+
+#include "text/VelkDspNonblocking.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <numbers>
+#include <span>
+
+namespace tav {
+
+/// Any other code fades as SquareCosine.
+enum class FadeShape : std::int32_t {
+    Linear,        // t and 1 - t
+    Cosine,        // equal power: alike filters swell by 3 dB
+    SquareCosine,  // equal gain, smooth at both ends
+};
+
+/// Weights of the old and the new at part t of a fade, 0 < t <= 1.
+struct FadeWeights {
+    float out;
+    float in;
+};
+
+/// Which response sounds, which one comes in, and which one waits. A response is loaded while
+/// another fades in: it waits for the end of that fade, and a newer one takes its place. So at most
+/// two filters run, a change begins within one fade time and is complete within two.
+/// @tparam Response  compared by ==; null is silence. The caller keeps what is loaded alive until
+/// it is replaced and faded out.
+/// Thread: audio.
+template <class Response>
+class Crossfade {
+public:
+    static constexpr float kDefaultMs = 5.f;
+
+    /// The new values count from the next fade on. @param ms  0 or less: no fade; not finite:
+    /// ignored
+    void SetTime(float ms) noexcept TAV_NONBLOCKING {
+        if (std::isfinite(ms)) ms_ = std::max(ms, 0.f);
+    }
+    void SetShape(FadeShape shape) noexcept TAV_NONBLOCKING { shape_ = shape; }
+    void SetSampleRate(float hz) noexcept TAV_NONBLOCKING { sampleRateHz_ = hz; }
+
+    /// A response equal to the one that sounds, or that is headed for, takes its place unheard;
+    /// what waited is dropped.
+    void Load(const Response* response) noexcept TAV_NONBLOCKING {
+        const Response*& heading = fading_ ? incoming_ : current_;
+        waits_ = !Same(response, heading);
+        (waits_ ? pending_ : heading) = response;
+    }
+
+    bool Fading() const noexcept TAV_NONBLOCKING { return fading_; }
+    bool Waiting() const noexcept TAV_NONBLOCKING { return waits_ && !fading_; }
+    const Response* Current() const noexcept TAV_NONBLOCKING { return current_; }
+    /// What fades in, or waits for its turn.
+    const Response* Incoming() const noexcept TAV_NONBLOCKING {
+        return fading_ ? incoming_ : pending_;
+    }
+
+    /// What waits begins to come in with the next sample.  @pre  Waiting()
+    /// @return false: there is no time to fade, it sounds now
+    bool Begin() noexcept TAV_NONBLOCKING {
+        incoming_ = pending_;
+        waits_ = false;
+        fading_ = true;
+        position_ = 0;
+        length_ = FadeLength();
+        fadeShape_ = shape_;
+        if (length_ == 0) current_ = incoming_;
+        fading_ = length_ > 0;
+        return fading_;
+    }
+    unsigned FramesLeft() const noexcept TAV_NONBLOCKING { return length_ - position_; }
+
+    /// sounding[k] = the weighted sum of sounding[k] and incoming[k].  @pre  Fading(), at most
+    /// FramesLeft() samples   @return true: the fade is over, the incoming one is the current one
+    bool Mix(std::span<float> sounding, std::span<const float> incoming) noexcept TAV_NONBLOCKING {
+        const double turn = std::numbers::pi / static_cast<double>(length_);
+        const double half = fadeShape_ == FadeShape::Cosine ? 0.5 * turn : turn;
+        // Rotation in double over at most a block: no call per sample, no error to speak of.
+        const double stepCos = std::cos(half);
+        const double stepSin = std::sin(half);
+        double c = std::cos(half * position_);
+        double s = std::sin(half * position_);
+        for (std::size_t k = 0; k < sounding.size(); ++k) {
+            const double turned = c * stepCos - s * stepSin;
+            s = s * stepCos + c * stepSin;
+            c = turned;
+            const FadeWeights w = Weights(++position_, c, s);
+            sounding[k] = w.out * sounding[k] + w.in * incoming[k];
+        }
+        if (position_ < length_) return false;
+        current_ = incoming_;
+        fading_ = false;
+        return true;
+    }
+
+private:
+    static bool Same(const Response* a, const Response* b) noexcept TAV_NONBLOCKING {
+        return a == b || (a != nullptr && b != nullptr && *a == *b);
+    }
+
+    std::uint32_t FadeLength() const noexcept TAV_NONBLOCKING {
+        const double samples =
+            std::round(static_cast<double>(ms_) * static_cast<double>(sampleRateHz_) * 0.001);
+        return static_cast<std::uint32_t>(std::min(samples, 1e9));
+    }
+
+    FadeWeights Weights(std::uint32_t done, double c, double s) const noexcept TAV_NONBLOCKING {
+        if (done >= length_) return {0.f, 1.f};
+        const auto part = [](double v) { return static_cast<float>(v); };
+        switch (fadeShape_) {
+            case FadeShape::Linear: {
+                const double t = static_cast<double>(done) / static_cast<double>(length_);
+                return {part(1.0 - t), part(t)};
+            }
+            case FadeShape::Cosine: return {part(c), part(s)};
+            default: return {part(0.5 + 0.5 * c), part(0.5 - 0.5 * c)};
+        }
+    }
+
+    float ms_ = kDefaultMs;
+    float sampleRateHz_ = 44100.f;
+    FadeShape shape_ = FadeShape::SquareCosine;
+    const Response* current_ = nullptr;
+    const Response* incoming_ = nullptr;
+    const Response* pending_ = nullptr;
+    bool fading_ = false;
+    bool waits_ = false;
+    // of the fade under way
+    FadeShape fadeShape_ = FadeShape::SquareCosine;
+    std::uint32_t position_ = 0;
+    std::uint32_t length_ = 0;
+};
+
+}  // namespace tav
