@@ -307,6 +307,27 @@ TEST_F(PanObjectAudio, MayBeFreedInTheRunningChain) {
     EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0}));
 }
 
+TEST_F(PanObjectAudio, LeavesNothingBehindWhereverItIsFreed) {
+    PanBox playing("1 2 angular");
+    const short counts[] = {1, 1, 1};
+    HostApi::DspChain chain(playing.Get(), counts);
+    Vectors vectors(1, 2, 64);
+    const auto count = [] { return std::pair(HostApi::CountObjects(), HostApi::CountBlocks()); };
+    const auto make = [] {
+        std::vector<t_atom> atoms = HostApi::ParseAtoms("2 4 dbap @spread 5 6 @spreadxyz 1 2 3");
+        return object_new_typed(gensym("box"), gensym("quilo.pan~"),
+                                static_cast<max_long>(atoms.size()), atoms.data());
+    };
+    object_free(make());  // what is made once for all objects
+    const auto before = count();
+    for (int round = 0; round < 100; ++round) {
+        void* const object = make();
+        vectors.Perform(chain);
+        object_free(object);
+    }
+    EXPECT_EQ(count(), before);
+}
+
 struct Arguments {
     const char* name;
     const char* text;

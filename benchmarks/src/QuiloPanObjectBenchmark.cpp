@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// What a patcher waits for: a box is typed, a box is deleted, a source is moved.
+#include "HostBridge.h"
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+extern "C" void ext_main(void*);
+
+namespace {
+
+t_object* MakeBox(const std::string& arguments) {
+    static const bool isRegistered = (ext_main(nullptr), true);
+    static_cast<void>(isRegistered);
+    std::vector<t_atom> atoms = HostApi::ParseAtoms(arguments);
+    return static_cast<t_object*>(object_new_typed(
+        gensym("box"), gensym("quilo.pan~"), static_cast<max_long>(atoms.size()), atoms.data()));
+}
+
+std::string Channels(const benchmark::State& state) {
+    return std::to_string(state.range(0)) + " " + std::to_string(state.range(1)) + " vbap2d";
+}
+
+/// With its attributes, its layout and its sources; freed again.
+void CreateObject(benchmark::State& state) {
+    const std::string arguments = Channels(state);
+    for (auto _ : state) {
+        t_object* const box = MakeBox(arguments);
+        benchmark::DoNotOptimize(box);
+        object_free(box);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+/// One message, from the patch cord to the new row of gains.
+void SourceMessage(benchmark::State& state) {
+    t_object* const box = MakeBox(Channels(state));
+    t_symbol* const source = gensym("source");
+    const std::vector<t_atom> atoms = HostApi::ParseAtoms("1 azim++ 7");
+    for (auto _ : state) HostApi::DeliverMessage(box, 0, source, atoms);
+    state.SetItemsProcessed(state.iterations());
+    object_free(box);
+}
+
+BENCHMARK(CreateObject)
+    ->ArgNames({"in", "out"})
+    ->Args({2, 8})
+    ->Args({250, 250})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(SourceMessage)->ArgNames({"in", "out"})->Args({2, 8})->Args({250, 250});
+
+}  // namespace
