@@ -60,13 +60,16 @@ t_dictionary* DictionaryOf(t_object* object) {
     t_object* kept = nullptr;
     object_obex_lookup(object, key, &kept);
     if (kept != nullptr) return reinterpret_cast<t_dictionary*>(kept);
-    OwnedDictionary made(dictionary_new());
+    t_dictionary* const made = dictionary_new();
+    if (made == nullptr) return nullptr;
     t_symbol* name = nullptr;
-    t_dictionary* const registered = dictobj_register(made.get(), &name);
-    if (registered == nullptr) return nullptr;
-    static_cast<void>(made.release());
-    object_obex_store(object, key, &registered->d_obj);
-    return registered;
+    t_dictionary* const registered = dictobj_register(made, &name);
+    if (registered != nullptr &&
+        object_obex_store(object, key, &registered->d_obj) == MAX_ERR_NONE) {
+        return registered;
+    }
+    object_free(made);
+    return nullptr;
 }
 
 // ---- Reading

@@ -50,16 +50,16 @@ using MessageRegistration = t_max_err (*)(t_class* type, const char* name);
 
 /// One argument of a message or of a box, one inlet or one outlet, for the reference page.
 struct ArgumentDoc {
-    const char* type;  // "int", "float", "symbol", "list of int or float or symbol", "signal", ...
-    const char* name;
+    const char* type = "";  // "int", "float", "symbol", "list of int or float or symbol", "signal"
+    const char* name = "";
     const char* description = "";
 };
 
 /// One message. Its documentation is written into the reference page as it stands: well-formed
 /// XML. A row without a digest is not documented: it is for Max or repeats another one.
 struct MessageRow {
-    const char* name;
-    MessageRegistration handler;  // Handler<&Function>
+    const char* name = nullptr;
+    MessageRegistration handler = nullptr;  // Handler<&Function>
     const char* digest = nullptr;
     const char* description = nullptr;
     std::span<const ArgumentDoc> arguments{};
