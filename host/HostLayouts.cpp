@@ -16,13 +16,18 @@ std::string FloatText(float number) {
     return HostApi::AtomText(atom);
 }
 
+/// The script knows only layouts that there are.
+std::vector<LoudspeakerPlace> PlacesOf(std::string_view name) {
+    return FindNamedLayout(name).value_or(std::vector<LoudspeakerPlace>());
+}
+
 }  // namespace
 
 void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
     for (const Statement& statement : script.statements) {
         if (statement.directive != Directive::Layout) continue;
         const std::string name = LayoutName(statement.atoms[0]);
-        const std::size_t numPlaces = FindNamedLayout(name).value().size();
+        const std::size_t numPlaces = PlacesOf(name).size();
         if (numPlaces != object.NumSignalOutlets())
             throw ScriptFault(script.name, statement.line,
                               "host layout " + name + ": the layout has " +
@@ -33,7 +38,7 @@ void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
 
 void SendLayout(std::string_view name, Object& object, Console& console) {
     if (!object.Get()) return;
-    const std::vector<LoudspeakerPlace> places = FindNamedLayout(name).value();
+    const std::vector<LoudspeakerPlace> places = PlacesOf(name);
     std::vector<Atom> message{"speakers", "ae"};
     for (const LoudspeakerPlace& place : places) {
         message.emplace_back(static_cast<double>(place.azimuthDeg));

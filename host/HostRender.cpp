@@ -192,8 +192,9 @@ private:
         for (std::size_t k = 0; k < channels.size(); ++k) {
             float* samples = samples_.data() + k * numFrames;
             channels_[k] = samples;
-            if (!channels[k].source) continue;
-            std::ranges::transform(chain_.Output(*channels[k].source).first(numFrames), samples,
+            const std::optional<unsigned> outlet = channels[k].source;
+            if (!outlet) continue;
+            std::ranges::transform(chain_.Output(*outlet).first(numFrames), samples,
                                    [gain = channels[k].gain](double sample) {
                                        return static_cast<float>(gain * sample);
                                    });
