@@ -145,6 +145,7 @@ bool ApplyDictionary(t_object* object, t_dictionary* dictionary) {
         }
     }
     entries.SetAttributes();
+    AnnounceState(object);
     return true;
 }
 

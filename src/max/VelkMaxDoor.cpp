@@ -2,6 +2,7 @@
 #include "max/VelkMaxDoor.h"
 
 #include "max/VelkMaxMethod.h"
+#include "max/VelkMaxRestoring.h"
 
 #include <algorithm>
 
@@ -86,11 +87,15 @@ void Door::Changed(t_symbol* attribute) noexcept {
 }
 
 void Door::Announce() {
+    auto* const object = static_cast<t_object*>(record_);
+    bool hasNews = false;
     for (std::atomic<t_symbol*>& place : changed_) {
         if (t_symbol* const attribute = place.exchange(nullptr)) {
-            object_attr_touch(static_cast<t_object*>(record_), attribute);
+            object_attr_touch(object, attribute);
+            hasNews = true;
         }
     }
+    if (hasNews) AnnounceState(object);
 }
 
 // ---- Off the audio thread

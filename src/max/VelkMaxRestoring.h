@@ -2,6 +2,8 @@
 // Whether an attribute is being set by a stored state.
 #pragma once
 
+#include "ext.h"
+
 namespace VelkMax {
 
 /// While one lives, the setters that its thread runs are told a state that the object itself gave
@@ -20,5 +22,12 @@ private:
     static inline thread_local bool isActive_ = false;
     bool before_;
 };
+
+/// Tells clients of the whole value, such as pattr, that it is another one now. While a state is
+/// being restored nothing is told: who restores it tells it once, or is the client itself.
+/// Thread: main or scheduler.
+inline void AnnounceState(t_object* object) {
+    if (!RestoringState::IsActive()) object_notify(object, gensym("modified"), nullptr);
+}
 
 }  // namespace VelkMax

@@ -99,7 +99,8 @@ void PostValueOfAttribute(t_object* object, const MaxAttribute& attribute) {
 }
 
 /// Sets the listed attributes from a state, each from its share of the atoms.
-void RestoreState(t_object* object, Atoms atoms) {
+/// @return false, and said, when the state does not fit
+bool RestoreState(t_object* object, Atoms atoms) {
     struct Share {
         MaxAttribute attribute;
         std::size_t count;
@@ -111,8 +112,9 @@ void RestoreState(t_object* object, Atoms atoms) {
         expected += shares.back().count;
     }
     if (atoms.Size() != expected) {
-        return Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
-                     static_cast<int>(expected));
+        Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
+              static_cast<int>(expected));
+        return false;
     }
     // Copied before anything is set: without memory for it everything stays as it is.
     std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
@@ -127,6 +129,7 @@ void RestoreState(t_object* object, Atoms atoms) {
             Error(object, kRestoredUnknownAtom);
         }
     }
+    return true;
 }
 
 t_max_err HandOutState(t_object* object, max_long* argc, t_atom** argv) {
@@ -183,7 +186,9 @@ void PresetMessage(t_object* object) {
     binbuf_insert(binbuf, nullptr, static_cast<short>(record.size()), record.data());
 }
 
-void RecallPresetMessage(t_object* object, Atoms atoms) { RestoreState(object, atoms); }
+void RecallPresetMessage(t_object* object, Atoms atoms) {
+    if (RestoreState(object, atoms)) AnnounceState(object);
+}
 
 void VersionMessage(t_object* object) {
     if (!MaxAttribute(object, gensym("externalversion")).Exists()) {
