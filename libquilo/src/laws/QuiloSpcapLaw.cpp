@@ -13,10 +13,13 @@ struct Direction {
     double y = 0.0;
 };
 
-/// Azimuths are 32-bit angles; everything else follows from them.
-Direction DirectionTo(const tav::CartesianVector& point) {
-    const auto azimuth = static_cast<double>(std::atan2(point.y, point.x));
-    return {std::cos(azimuth), std::sin(azimuth)};
+/// The unit vector of the azimuth atan2(y, x), without the angle.
+Direction DirectionTo(const tav::CartesianVector& point) noexcept {
+    const auto x = static_cast<double>(point.x);
+    const auto y = static_cast<double>(point.y);
+    const double length = std::sqrt(x * x + y * y);
+    if (length == 0.0) return {std::copysign(1.0, x), 0.0};
+    return {x / length, y / length};
 }
 
 }  // namespace
