@@ -101,7 +101,7 @@ public:
     /// @param spread  clamped to 0 .. 100
     virtual void SetSourceSpread(unsigned index, float spread);
     virtual void SetSpread(float spread);
-    /// @param values  x, y, z for each source
+    /// @param values  x, y, z, the same for all sources
     virtual void SetSpreadsByDirection(std::span<const float> values);
     /// @param values  x, y, z
     virtual void SetSpreadByDirection(unsigned index, std::span<const float> values);
