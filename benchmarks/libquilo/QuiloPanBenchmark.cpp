@@ -74,6 +74,10 @@ void Sizes(benchmark::internal::Benchmark* benchmark) {
 }
 BENCHMARK_CAPTURE(Process, angular, "angular")->Apply(Sizes);
 BENCHMARK_CAPTURE(Process, vbap2d, "vbap2d")->Apply(Sizes);
+BENCHMARK_CAPTURE(Process, subwoofers, "subwoofers")
+    ->ArgNames({"in", "out", "frames"})
+    ->Args({16, 4, 64})
+    ->Args({250, 8, 64});
 BENCHMARK_CAPTURE(Process, ab, "ab")
     ->ArgNames({"in", "out", "frames"})
     ->Args({16, 2, 64})

@@ -43,7 +43,8 @@ Fft::Fft(std::size_t size, const ConvolutionKernels& kernels)
         }
     }
     for (std::size_t k = 0; k <= half_ / 2; ++k) {
-        AppendTurn(static_cast<double>(k) / static_cast<double>(size), turnsRe_, turnsIm_);
+        // -i is a quarter of a turn.
+        AppendTurn(0.25 + static_cast<double>(k) / static_cast<double>(size), turnsRe_, turnsIm_);
     }
 }
 
@@ -81,43 +82,27 @@ void Fft::Forward(std::span<const float> signal,
     re[0] = z.re[0] + z.im[0];
     re[half_] = z.re[0] - z.im[0];
     im[0] = im[half_] = 0.f;
-    for (std::size_t k = 1; k <= half_ / 2; ++k) {
-        const std::size_t mirror = half_ - k;
-        const float evenRe = 0.5f * (z.re[k] + z.re[mirror]);
-        const float evenIm = 0.5f * (z.im[k] - z.im[mirror]);
-        // The odd samples' part is -i times this difference.
-        const float oddRe = 0.5f * (z.im[k] + z.im[mirror]);
-        const float oddIm = -0.5f * (z.re[k] - z.re[mirror]);
-        const float turnedRe = oddRe * turnsRe_[k] - oddIm * turnsIm_[k];
-        const float turnedIm = oddRe * turnsIm_[k] + oddIm * turnsRe_[k];
-        re[k] = evenRe + turnedRe;
-        im[k] = evenIm + turnedIm;
-        re[mirror] = evenRe - turnedRe;
-        im[mirror] = turnedIm - evenIm;
-    }
+    kernels_.fold({{z.re, z.im},
+                   {re.data(), im.data()},
+                   {turnsRe_.data(), turnsIm_.data()},
+                   static_cast<int>(half_),
+                   0.5f,
+                   1.f});
 }
 
 void Fft::Inverse(std::span<const float> re,
                   std::span<const float> im,
                   std::span<float> signal) noexcept TAV_NONBLOCKING {
     // Real and imaginary parts change places: so the forward transform is the inverse one.
-    std::vector<float>& zRe = scratch_[0].im;
-    std::vector<float>& zIm = scratch_[0].re;
-    zRe[0] = re[0] + re[half_];
-    zIm[0] = re[0] - re[half_];
-    for (std::size_t k = 1; k <= half_ / 2; ++k) {
-        const std::size_t mirror = half_ - k;
-        const float evenRe = re[k] + re[mirror];
-        const float evenIm = im[k] - im[mirror];
-        const float turnedRe = re[k] - re[mirror];
-        const float turnedIm = im[k] + im[mirror];
-        const float oddRe = turnedRe * turnsRe_[k] + turnedIm * turnsIm_[k];
-        const float oddIm = turnedIm * turnsRe_[k] - turnedRe * turnsIm_[k];
-        zRe[k] = evenRe - oddIm;
-        zIm[k] = evenIm + oddRe;
-        zRe[mirror] = evenRe + oddIm;
-        zIm[mirror] = oddRe - evenIm;
-    }
+    const ComplexParts swapped{scratch_[0].im.data(), scratch_[0].re.data()};
+    swapped.re[0] = re[0] + re[half_];
+    swapped.im[0] = re[0] - re[half_];
+    kernels_.fold({{re.data(), im.data()},
+                   swapped,
+                   {turnsRe_.data(), turnsIm_.data()},
+                   static_cast<int>(half_),
+                   1.f,
+                   -1.f});
     const ComplexParts z = Transform();
     const float scale = 0.5f / static_cast<float>(half_);
     for (std::size_t k = 0; k < half_; ++k) {

@@ -51,7 +51,7 @@ private:
     const ConvolutionKernels& kernels_;
     std::vector<float> twiddlesRe_;  // of the passes, one after the other
     std::vector<float> twiddlesIm_;
-    std::vector<float> turnsRe_;  // exp(-2 pi i k / size), k = 0 .. size / 4
+    std::vector<float> turnsRe_;  // -i exp(-2 pi i k / size), k = 0 .. size / 4
     std::vector<float> turnsIm_;
     Scratch scratch_[2];
 };

@@ -29,6 +29,19 @@ struct RadixPass {
     int stride;  // a power of 4
 };
 
+/// Takes a spectrum and its mirror image together: with a = from[k], b = conj from[half - k] and
+/// t = turns[k], whose imaginary part is multiplied by `sign`, to[k] = scale ((a + b) + t (a - b))
+/// and to[half - k] = conj scale ((a + b) - t (a - b)) for k = 1 .. half / 2. A forward transform
+/// of real samples ends with it, an inverse one begins with it.
+struct FoldPass {
+    ConstComplexParts from;
+    ComplexParts to;  // another place
+    ConstComplexParts turns;
+    int half;  // a multiple of 16
+    float scale;
+    float sign;
+};
+
 /// Counts may be anything from 0 unless said otherwise, alignment is free. Vector sets may fuse
 /// multiply and add.  Thread: any.
 struct ConvolutionKernels {
@@ -37,6 +50,7 @@ struct ConvolutionKernels {
     void (*fir)(float* y, const float* x, const float* taps, int numTaps, int n) noexcept
         TAV_NONBLOCKING;
     void (*radix4)(const RadixPass& pass) noexcept TAV_NONBLOCKING;
+    void (*fold)(const FoldPass& pass) noexcept TAV_NONBLOCKING;
     /// sum[k] += a[k] * b[k]
     void (*multiplyAdd)(const ComplexParts& sum,
                         const ConstComplexParts& a,

@@ -151,6 +151,33 @@ void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
     ScalarConvolutionKernels().radix4(pass);
 }
 
+__m256 Reversed(__m256 v) noexcept {
+    return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+}
+
+void Fold(const FoldPass& pass) noexcept TAV_NONBLOCKING {
+    const __m256 scale = _mm256_set1_ps(pass.scale);
+    const __m256 sign = _mm256_set1_ps(pass.sign);
+    for (int k = 1; k < pass.half / 2; k += kLanes) {
+        const int mirror = pass.half - k - (kLanes - 1);
+        const Numbers<Wide> a = LoadNumbers<Wide>(pass.from, k);
+        const Numbers<Wide> b{Reversed(_mm256_loadu_ps(pass.from.re + mirror)),
+                              Reversed(_mm256_loadu_ps(pass.from.im + mirror))};
+        const Numbers<Wide> sum{_mm256_add_ps(a.re, b.re), _mm256_sub_ps(a.im, b.im)};
+        const Numbers<Wide> turn{_mm256_loadu_ps(pass.turns.re + k),
+                                 _mm256_mul_ps(sign, _mm256_loadu_ps(pass.turns.im + k))};
+        const Numbers<Wide> turned =
+            Product<Wide>({_mm256_sub_ps(a.re, b.re), _mm256_add_ps(a.im, b.im)}, turn);
+        const auto store = [scale](float* p, __m256 v) {
+            _mm256_storeu_ps(p, _mm256_mul_ps(scale, v));
+        };
+        store(pass.to.re + k, _mm256_add_ps(sum.re, turned.re));
+        store(pass.to.im + k, _mm256_add_ps(sum.im, turned.im));
+        store(pass.to.re + mirror, Reversed(_mm256_sub_ps(sum.re, turned.re)));
+        store(pass.to.im + mirror, Reversed(_mm256_sub_ps(turned.im, sum.im)));
+    }
+}
+
 void MultiplyAdd(const ComplexParts& sum,
                  const ConstComplexParts& a,
                  const ConstComplexParts& b,
@@ -169,7 +196,7 @@ void MultiplyAdd(const ComplexParts& sum,
 }  // namespace
 
 const ConvolutionKernels& Avx2ConvolutionKernels() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, MultiplyAdd};
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
     return kKernels;
 }
 

@@ -53,6 +53,24 @@ void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
     }
 }
 
+void Fold(const FoldPass& pass) noexcept TAV_NONBLOCKING {
+    for (int k = 1; k <= pass.half / 2; ++k) {
+        const int mirror = pass.half - k;
+        const float sumRe = pass.from.re[k] + pass.from.re[mirror];
+        const float sumIm = pass.from.im[k] - pass.from.im[mirror];
+        const float differenceRe = pass.from.re[k] - pass.from.re[mirror];
+        const float differenceIm = pass.from.im[k] + pass.from.im[mirror];
+        const float re = pass.turns.re[k];
+        const float im = pass.sign * pass.turns.im[k];
+        const float turnedRe = differenceRe * re - differenceIm * im;
+        const float turnedIm = differenceRe * im + differenceIm * re;
+        pass.to.re[k] = pass.scale * (sumRe + turnedRe);
+        pass.to.im[k] = pass.scale * (sumIm + turnedIm);
+        pass.to.re[mirror] = pass.scale * (sumRe - turnedRe);
+        pass.to.im[mirror] = pass.scale * (turnedIm - sumIm);
+    }
+}
+
 void MultiplyAdd(const ComplexParts& sum,
                  const ConstComplexParts& a,
                  const ConstComplexParts& b,
@@ -66,7 +84,7 @@ void MultiplyAdd(const ComplexParts& sum,
 }  // namespace
 
 const ConvolutionKernels& ScalarConvolutionKernels() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, MultiplyAdd};
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
     return kKernels;
 }
 
