@@ -40,9 +40,9 @@ t_atom FloatAtom(double value) {
 Bench::Bench(std::vector<Atom> box) : box_(std::move(box)) {
     HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object* from) {
         constexpr const char* kHeads[] = {"post: ", "error: ", "warn: ", "bug: "};
-        const bool isOurs = kind == HostApi::PostKind::Bug && !from;
-        heard_.push_back((isOurs ? "misuse: " : kHeads[static_cast<int>(kind)]) +
-                         std::string(text));
+        heard_.push_back(kHeads[static_cast<int>(kind)] + std::string(text));
+        // The API's own reports are nobody's rows.
+        if (kind == HostApi::PostKind::Bug && !from && misuse_.empty()) misuse_ = text;
     });
     ListenToOutlets();
     object_.Make(box_);
@@ -104,6 +104,8 @@ t_max_err Bench::Set(const std::string& attribute, std::vector<t_atom> values) {
 }
 
 std::vector<std::string> Bench::Take() { return std::exchange(heard_, {}); }
+
+std::string Bench::TakeMisuse() { return std::exchange(misuse_, {}); }
 
 std::string Bench::TakeFirst(const std::string& head) {
     const std::vector<std::string> lines = Take();

@@ -48,11 +48,12 @@ public:
     void Send(const std::string& selector, std::span<const t_atom> atoms);
     t_max_err Set(const std::string& attribute, std::vector<t_atom> values);
 
-    /// The console lines since the last call: "error: ...", "outlet: ..."; what the API says about
-    /// its misuse: "misuse: ...".
+    /// The console lines since the last call: "error: ...", "outlet: ...".
     std::vector<std::string> Take();
     /// The first line since the last call that begins so, "" for none.
     std::string TakeFirst(const std::string& head);
+    /// What the API said first about its misuse since the last call, "" for nothing.
+    std::string TakeMisuse();
 
     /// What leaves outlets is heard (again).
     void ListenToOutlets();
@@ -67,6 +68,7 @@ public:
 private:
     std::vector<Atom> box_;
     std::vector<std::string> heard_;
+    std::string misuse_;
     Object object_;
     std::unique_ptr<Chain> chain_;
 };

@@ -62,7 +62,7 @@ std::string Validation::Faults(unsigned vectors) {
     const Sound sound = bench.Play(vectors, random.Next());
     if (!sound.isWhole) return "samples were not written";
     if (!sound.isFinite) return "samples are no numbers";
-    return bench.TakeFirst("misuse: ");
+    return bench.TakeMisuse();
 }
 
 std::string Validation::Sensible(const std::string& message) {

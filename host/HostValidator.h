@@ -25,7 +25,7 @@ public:
     /// One check; `why` is shown when it failed.
     void Check(bool good, const std::string& what, const std::string& why = "");
     /// The same, good when there is nothing to say against it.
-    void Check(const std::string& what, const std::string& why) { Check(why.empty(), what, why); }
+    void Refute(const std::string& what, const std::string& why) { Check(why.empty(), what, why); }
     void Skip(const std::string& what, const std::string& why);
 
     int NumPassed() const { return numPassed_; }

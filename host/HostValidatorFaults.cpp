@@ -36,7 +36,7 @@ bool MakeFailing(Validation& v, unsigned n, std::string& why) {
     const bool isOver = AllocationFailureWaits();
     FailAllocation(0);
     if (escaped) why = "an exception left the module";
-    if (why.empty()) why = v.bench.TakeFirst("misuse: ");
+    if (why.empty()) why = v.bench.TakeMisuse();
     v.bench.Take();
     return isOver;
 }
@@ -54,7 +54,7 @@ void CheckCreation(Validation& v) {
         if (why.empty()) why = Leak(before, Count());
         if (!why.empty()) why += ", allocation " + std::to_string(n);
     }
-    v.report.Check("creation, " + std::to_string(numFailed) + " of its allocations failing", why);
+    v.report.Refute("creation, " + std::to_string(numFailed) + " of its allocations failing", why);
     v.bench.Remake();
 }
 
@@ -95,8 +95,8 @@ void CheckHandlers(Validation& v) {
         if (name == "generatexml" || name == "enable") continue;
         unsigned numFailed = 0;
         const std::string why = MessageFault(v, v.Sensible(name), numFailed);
-        v.report.Check(name + ", " + std::to_string(numFailed) + " of its allocations failing",
-                       why);
+        v.report.Refute(name + ", " + std::to_string(numFailed) + " of its allocations failing",
+                        why);
     }
     v.bench.Remake();
     for (const HostApi::AttributeInfo& attribute : v.bench.Settable()) {
@@ -106,8 +106,8 @@ void CheckHandlers(Validation& v) {
             name + " " + HostApi::AtomText(LegalValues(attribute, now, v.random));
         unsigned numFailed = 0;
         const std::string why = MessageFault(v, words, numFailed);
-        v.report.Check(name + ", " + std::to_string(numFailed) + " of its allocations failing",
-                       why);
+        v.report.Refute(name + ", " + std::to_string(numFailed) + " of its allocations failing",
+                        why);
     }
     v.bench.Remake();
 }
@@ -133,7 +133,7 @@ void CheckCalls(Validation& v) {
             v.bench.Remake();
             why = v.Faults(2);
         }
-        v.report.Check(std::string(function) + " fails", why);
+        v.report.Refute(std::string(function) + " fails", why);
     }
 }
 
@@ -158,7 +158,7 @@ void CheckFailures(Validation& v) {
     };
     round();
     const Counts before = round();
-    v.report.Check("made and freed again and again, memory is flat", Leak(before, round()));
+    v.report.Refute("made and freed again and again, memory is flat", Leak(before, round()));
 }
 
 void CheckStorm(Validation& v) {
@@ -189,9 +189,9 @@ void CheckStorm(Validation& v) {
     }
     v.bench.TheChain().SetVector(64);
     v.bench.TheChain().SetRate(48000);
-    v.report.Check(std::to_string(kSteps) + " steps of anything", why);
+    v.report.Refute(std::to_string(kSteps) + " steps of anything", why);
     v.bench.Remake();
-    v.report.Check("plays on", v.Faults(10));
+    v.report.Refute("plays on", v.Faults(10));
 }
 
 }  // namespace Quilo::Host

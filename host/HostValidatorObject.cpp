@@ -65,7 +65,7 @@ std::vector<t_atom> AnyAtoms(Random& random) {
 }  // namespace
 
 void CheckThatItSounds(Validation& v) {
-    v.report.Check("is made without a bug", v.bench.TakeFirst("bug: "));
+    v.report.Refute("is made without a bug", v.bench.TakeFirst("bug: "));
     const Sound sound = v.bench.Play(100);
     v.report.Check(sound.isWhole, "writes every sample");
     v.report.Check(sound.isFinite, "gives numbers");
@@ -76,7 +76,7 @@ void CheckThatItSounds(Validation& v) {
         v.report.Check(sound.peak > 0, "noise in, something out");
     }
     v.bench.Remake();
-    v.report.Check("is freed and made again while audio runs", v.Faults(10));
+    v.report.Refute("is freed and made again while audio runs", v.Faults(10));
     const auto count = [&v] {
         v.bench.Remake();
         v.bench.Play(2);
@@ -116,14 +116,14 @@ void CheckAssistance(Validation& v) {
     const bool rest = std::all_of(outlets.begin(), outlets.end() - (hasDump ? 1 : 0),
                                   [](const std::string& type) { return type == "signal"; });
     v.report.Check(rest, "all others take signals");
-    v.report.Check("plays on", v.Faults(2));
+    v.report.Refute("plays on", v.Faults(2));
 }
 
 void CheckAttributes(Validation& v) {
     for (const HostApi::AttributeInfo& attribute : HostApi::Attributes(v.bench.Get())) {
         if (attribute.flags & (ATTR_GET_OPAQUE | ATTR_GET_OPAQUE_USER)) continue;
         const std::string name = attribute.name->s_name;
-        v.report.Check(name + " answers", AnswerFault(v.bench, attribute));
+        v.report.Refute(name + " answers", AnswerFault(v.bench, attribute));
     }
     for (const HostApi::AttributeInfo& attribute : v.bench.Settable()) {
         const std::string name = attribute.name->s_name;
@@ -131,7 +131,7 @@ void CheckAttributes(Validation& v) {
         if (now.empty()) continue;
         const bool isNumber = now[0].a_type == A_LONG || now[0].a_type == A_FLOAT;
         if (isNumber && Property(attribute, "enumvals").empty())
-            v.report.Check(name + " keeps to its range", ClipFault(v.bench, attribute));
+            v.report.Refute(name + " keeps to its range", ClipFault(v.bench, attribute));
         for (int k = 0; k < 4; ++k) {
             v.bench.Set(name, LegalValues(attribute, now, v.random));
             const Values once = v.bench.Read();
@@ -139,16 +139,16 @@ void CheckAttributes(Validation& v) {
             v.bench.Set(name, once.at(name));
             // A word that only the object itself may write is refused, and everything stays.
             const std::string other = Difference(once, v.bench.Read());
-            if (k == 3 || !other.empty()) v.report.Check(name + " is what it says", other);
+            if (k == 3 || !other.empty()) v.report.Refute(name + " is what it says", other);
             if (!other.empty()) break;
         }
         v.bench.Set(name, now);
         const Values before = v.bench.Read();
         v.bench.Set(name, {});
         v.bench.Set(name, now);
-        v.report.Check(name + " without values", Difference(before, v.bench.Read()));
+        v.report.Refute(name + " without values", Difference(before, v.bench.Read()));
     }
-    v.report.Check("plays on", v.Faults(20));
+    v.report.Refute("plays on", v.Faults(20));
 }
 
 void CheckMessages(Validation& v) {
@@ -165,7 +165,7 @@ void CheckMessages(Validation& v) {
             if (!why.empty()) why += " after " + HostApi::AtomText(atoms).substr(0, 200);
         }
         v.bench.Send("enable 1");
-        v.report.Check(name, why);
+        v.report.Refute(name, why);
     }
     v.bench.Send("no-such-message 1 2 3");
     v.report.Check(v.bench.TakeFirst("error: ") == "error: doesn't understand \"no-such-message\"",
@@ -177,11 +177,11 @@ void CheckChain(Validation& v) {
     Chain& chain = v.bench.TheChain();
     for (const double rate : {8000.0, 44100.0, 48000.0, 96000.0, 192000.0, 384000.0}) {
         chain.SetRate(rate);
-        v.report.Check(std::to_string(static_cast<int>(rate)) + " Hz", v.Faults(20));
+        v.report.Refute(std::to_string(static_cast<int>(rate)) + " Hz", v.Faults(20));
     }
     for (const unsigned frames : {1U, 2U, 16U, 512U, 4096U, 64U}) {
         chain.SetVector(frames);
-        v.report.Check("vectors of " + std::to_string(frames), v.Faults(6));
+        v.report.Refute("vectors of " + std::to_string(frames), v.Faults(6));
     }
     chain.SetRate(48000);
     const std::size_t numInlets = v.bench.TheObject().NumSignalInlets();
@@ -189,18 +189,18 @@ void CheckChain(Validation& v) {
         chain.SetConnected(k, false);
         const std::string cut = v.Faults(4);
         chain.SetConnected(k, true);
-        v.report.Check("inlet " + std::to_string(k + 1) + " is cut and connected",
-                       cut.empty() ? v.Faults(4) : cut);
+        v.report.Refute("inlet " + std::to_string(k + 1) + " is cut and connected",
+                        cut.empty() ? v.Faults(4) : cut);
     }
     chain.Stop();
     v.Walk();
     chain.Start();
-    v.report.Check("attributes are set while audio is off", v.Faults(10));
+    v.report.Refute("attributes are set while audio is off", v.Faults(10));
     v.bench.Send("enable 0");
     v.report.Check(v.bench.Play(2).peak == 0, "silent while its patcher is muted");
     v.bench.Send("enable 1");
     v.bench.Remake();
-    v.report.Check("plays on", v.Faults(10));
+    v.report.Refute("plays on", v.Faults(10));
 }
 
 }  // namespace Quilo::Host

@@ -124,10 +124,10 @@ void CheckState(Validation& v) {
             // What glides comes to rest on slightly different ways.
             if (why.empty()) why = Difference(sound, v.bench.Play(20, 6), 1e-4);
         }
-        v.report.Check(std::string(form.name) + ", " + std::to_string(kRounds) + " states", why);
+        v.report.Refute(std::string(form.name) + ", " + std::to_string(kRounds) + " states", why);
     }
     v.bench.Remake();
-    v.report.Check("plays on", v.Faults(10));
+    v.report.Refute("plays on", v.Faults(10));
 }
 
 void CheckThreads(Validation& v) {
@@ -149,16 +149,16 @@ void CheckThreads(Validation& v) {
                 }
             v.Walk();
         }
-        const std::string bug = v.bench.TakeFirst("misuse: ");
+        const std::string bug = v.bench.TakeMisuse();
         RunDueWork();
         const Values reached = v.bench.Read();
         if (kind == HostApi::ThreadKind::Main) expected = reached;
         const char* const name = kind == HostApi::ThreadKind::Main        ? "main"
                                  : kind == HostApi::ThreadKind::Scheduler ? "scheduler"
                                                                           : "audio";
-        v.report.Check(std::string("messages of the ") + name + " thread",
-                       bug.empty() ? Difference(expected, reached) : bug);
-        v.report.Check("plays on", v.Faults(10));
+        v.report.Refute(std::string("messages of the ") + name + " thread",
+                        bug.empty() ? Difference(expected, reached) : bug);
+        v.report.Refute("plays on", v.Faults(10));
     }
     for (const char* message : {"read", "load", "implementation", "dumpdict", "exportdict"}) {
         const HostApi::ThreadScope elsewhere(HostApi::ThreadKind::Scheduler);
@@ -167,7 +167,7 @@ void CheckThreads(Validation& v) {
     }
     v.bench.Remake();  // with work that still waits
     RunDueWork();
-    v.report.Check("is freed while its work waits", v.Faults(4));
+    v.report.Refute("is freed while its work waits", v.Faults(4));
 }
 
 void CheckWalk(Validation& v) {
@@ -177,9 +177,9 @@ void CheckWalk(Validation& v) {
         v.Walk();
         why = v.Faults(1 + static_cast<unsigned>(v.random.Below(6)));
     }
-    v.report.Check(std::to_string(kSteps) + " steps of every attribute", why);
+    v.report.Refute(std::to_string(kSteps) + " steps of every attribute", why);
     v.bench.Remake();
-    v.report.Check("plays on", v.Faults(10));
+    v.report.Refute("plays on", v.Faults(10));
 }
 
 }  // namespace Quilo::Host

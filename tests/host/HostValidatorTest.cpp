@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// The validator passes what is right and catches each mistake that a module can make.
+#include "support/HostProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace Tests;
+
+namespace {
+
+std::string Failures(const HostRun& run) {
+    std::string text;
+    for (const std::string& line : run.console)
+        if (line.starts_with("  FAIL")) text += line + "\n";
+    for (const std::string& line : run.errors) text += line + "\n";
+    return text;
+}
+
+class ValidatorOn : public testing::TestWithParam<const char*> {};
+
+TEST_P(ValidatorOn, FindsNoFault) {
+    const TemporaryFolder folder;
+    const HostRun run =
+        RunHost(folder, {"--validate", "10", std::string("quilo.pan~ ") + GetParam()});
+    EXPECT_EQ(run.status, 0) << Failures(run);
+    EXPECT_EQ(std::ranges::count_if(run.console,
+                                    [](const auto& line) { return line.starts_with("level "); }),
+              10);
+}
+
+INSTANTIATE_TEST_SUITE_P(Objects,
+                         ValidatorOn,
+                         testing::Values("2 4 vbap2d", "1 4 panr", "2 7 hoa2d"));
+
+struct Mistake {
+    const char* fault;
+    const char* caught;  // by the line that fails
+};
+
+class ValidatorOnMistake : public testing::TestWithParam<Mistake> {};
+
+TEST_P(ValidatorOnMistake, NamesIt) {
+    const TemporaryFolder folder;
+    const HostRun run = RunHost(folder, {"--module", QUILO_FAULTY_MODULE, "--validate", "10",
+                                         std::string("faulty~ ") + GetParam().fault});
+    const bool isFlawless = *GetParam().caught == '\0';
+    EXPECT_EQ(run.status, isFlawless ? 0 : 1);
+    EXPECT_NE(Failures(run).find(GetParam().caught), std::string::npos) << Failures(run);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modules,
+    ValidatorOnMistake,
+    testing::Values(Mistake{"none", ""},
+                    Mistake{"unwritten", "writes every sample"},
+                    Mistake{"nan", "gives numbers"},
+                    Mistake{"posting", "object_post: called in a perform routine"},
+                    Mistake{"leaking", "leaves nothing behind"},
+                    Mistake{"silent", "every outlet"},
+                    Mistake{"unclipped", "gain keeps to its range"},
+                    Mistake{"overrun", "written beyond their end"},
+                    Mistake{"twice", "the memory has been freed already"},
+                    Mistake{"late", "written to after they were freed"},
+                    Mistake{"dialog", "called in the stack of a message"},
+                    Mistake{"dead", "\"dictionary\" is used after it was freed"},
+                    Mistake{"escaping", "escaped"},
+                    Mistake{"forgetful", "pattr, 6 states: gain is"}),
+    [](const auto& mistake) { return std::string(mistake.param.fault); });
+
+}  // namespace
