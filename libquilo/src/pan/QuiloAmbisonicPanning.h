@@ -13,6 +13,11 @@ public:
     AmbisonicPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
+    /// "output #1 : W"
+    std::string OutputLabel(unsigned output) const override {
+        const std::string label = AmplitudePanning::OutputLabel(output);
+        return output < NumOutputs() && output < 4 ? label + " : " + "WXYZ"[output] : label;
+    }
     bool IsPlanar() const override { return NumOutputs() != 4; }
 
 protected:

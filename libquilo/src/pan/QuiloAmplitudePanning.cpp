@@ -51,12 +51,16 @@ void AmplitudePanning::SetSourcePosition(unsigned index,
                                          bool force) {
     const ControlLock lock = LockControl();
     if (!StoreSourcePosition(index, position, force)) return;
+    if (!IsMuted(index)) ComputeGains(index, StoredPosition(index), row_);
+    SetGains(index, row_, immediate);
+}
+
+void AmplitudePanning::SetGains(unsigned index, std::span<const float> gains, bool immediate) {
     if (IsMuted(index)) {
         row_.Fill(0.f);
-    } else {
-        ComputeGains(index, StoredPosition(index), row_);
+        gains = row_;
     }
-    matrix_.SetRow(index, row_, immediate);
+    matrix_.SetRow(index, gains, immediate);
 }
 
 void AmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray&) {}

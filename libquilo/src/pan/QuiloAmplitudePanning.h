@@ -50,6 +50,9 @@ public:
 protected:
     AmplitudePanning(unsigned numInputs, unsigned numOutputs);
 
+    /// The row of a source, or silence while it is muted.  The control lock is held.
+    void SetGains(unsigned index, std::span<const float> gains, bool immediate);
+
 private:
     void ApplySourceMute(unsigned index) override;
 

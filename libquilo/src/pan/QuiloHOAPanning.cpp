@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloHOAPanning.h"
 
+#include "kernels/VelkDspHoaBatch.h"
 #include "math/VelkDspKeywords.h"
+#include "math/VelkDspMatrix.h"
 #include "text/VelkDspStringHelper.h"
 
 #include <algorithm>
@@ -69,8 +71,11 @@ void HOAPanning::SetOrder(unsigned order) {
 void HOAPanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
     const ControlLock lock = LockControl();
     const unsigned dimension = encoding_.Dimension();
-    const bool allowed = SphericalHarmonic::IsAllowed(normalization, dimension);
-    encoding_.SetNormalization(allowed ? normalization : DefaultNormalization(dimension));
+    if (!SphericalHarmonic::IsAllowed(normalization, dimension)) {
+        normalization = DefaultNormalization(dimension);
+    }
+    if (normalization == encoding_.GetNormalization()) return;
+    encoding_.SetNormalization(normalization);
     RecomputeSources();
 }
 
@@ -109,6 +114,19 @@ void HOAPanning::ComputeGains(unsigned,
                               const tav::CartesianVector& source,
                               std::span<float> gains) {
     encoding_.Compute(source, gains);
+    LimitOrder(gains);
+}
+
+void HOAPanning::RecomputeAll(bool immediate) {
+    tav::Matrix<float> gains(NumInputs(), NumOutputs());
+    tav::ComputeHoaGains(encoding_, StoredPositions(), gains);
+    for (unsigned i = 0; i < NumInputs(); ++i) {
+        LimitOrder(gains.Row(i));
+        SetGains(i, gains.Row(i), immediate);
+    }
+}
+
+void HOAPanning::LimitOrder(std::span<float> gains) const {
     const unsigned inUse = SphericalHarmonic::NumChannels(order_, encoding_.Dimension());
     if (inUse < gains.size()) std::ranges::fill(gains.subspan(inUse), 0.f);
 }

@@ -53,6 +53,10 @@ protected:
                       std::span<float> gains) override;
 
 private:
+    void RecomputeAll(bool immediate) override;
+    /// Silence above the order in use.
+    void LimitOrder(std::span<float> gains) const;
+
     tav::HoaEncodingVector encoding_;
     unsigned order_;  // at most that of the encoding
 };

@@ -122,6 +122,10 @@ bool Pan::StoreSourcePosition(unsigned index, const tav::CartesianVector& positi
 
 void Pan::RecomputeSources(bool immediate) {
     const ControlLock lock = LockControl();
+    RecomputeAll(immediate);
+}
+
+void Pan::RecomputeAll(bool immediate) {
     for (unsigned i = 0; i < NumInputs(); ++i) {
         SetSourcePosition(i, tav::CartesianVector(positions_[i]), immediate, true);
     }

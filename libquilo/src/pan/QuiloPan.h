@@ -157,8 +157,11 @@ protected:
     bool StoreSourcePosition(unsigned index, const tav::CartesianVector& position, bool force);
     /// Computes every source where it stands.
     void RecomputeSources(bool immediate = false);
+    /// The same, with the control lock held; a panner that can do all at once overrides it.
+    virtual void RecomputeAll(bool immediate);
 
     const tav::CartesianVector& StoredPosition(unsigned index) const { return positions_[index]; }
+    const tav::CartesianArray& StoredPositions() const { return positions_; }
     bool IsMuted(unsigned index) const { return mutes_[index] == 1; }
 
 private:

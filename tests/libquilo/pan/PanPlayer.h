@@ -60,6 +60,8 @@ inline constexpr PanCase kAllPanners[] = {
     {"vbip2d", 5},
     {"bformat", 3},
     {"bformat", 4},
+    {"hoa2d", 7},
+    {"hoa3d", 16},
     {"vbap", 6},
     {"vbip", 4},
     {"subwoofers", 1},

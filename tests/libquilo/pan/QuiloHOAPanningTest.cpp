@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHOAPanning.h"
+
+#include "libquilo/pan/PanPlayer.h"
+#include "math/VelkDspSpherical.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numeric>
+
+namespace Quilo {
+namespace {
+
+using Mode = tav::HoaEncodingVector::Mode;
+using Normalization = tav::SphericalHarmonic::Normalization;
+using Tests::PanPlayer;
+
+struct Factors {
+    Normalization normalization;
+    double w, xyz;
+};
+
+// One positive factor a channel, whatever the direction: both have the same frame and signs.
+TEST(HOAPanning, EncodesTheFirstOrderAsBformatDoes) {
+    const double toN3D = std::sqrt(3.0) / std::sqrt(2.0);
+    const Factors factors[] = {{Normalization::N3D, std::sqrt(3.0), toN3D},
+                               {Normalization::SN3D, std::sqrt(3.0), std::sqrt(0.5)},
+                               {Normalization::FuMa, std::sqrt(1.5), std::sqrt(0.5)},
+                               {Normalization::MaxN, std::sqrt(3.0), std::sqrt(0.5)}};
+    constexpr std::size_t kBformatOf[] = {0, 2, 3, 1};  // W Y Z X
+    const auto bformat = Pan::Create(1, 4, "bformat", "direct");
+    HOA3DPanning hoa(1, 4);
+    PanPlayer bformatPlayer(*bformat);
+    PanPlayer hoaPlayer(hoa);
+    for (const Factors& f : factors) {
+        hoa.SetNormalization(f.normalization);
+        for (const float azimuth : {-170.f, -20.f, 0.f, 65.f, 90.f}) {
+            const tav::CartesianVector source = tav::FromNavigational(azimuth, 25.f, 4.f);
+            bformat->SetSourcePosition(0, source, true, true);
+            hoa.SetSourcePosition(0, source, true, true);
+            const auto expected = bformatPlayer.SteadyGains(0);
+            const auto gains = hoaPlayer.SteadyGains(0);
+            for (std::size_t c = 0; c < 4; ++c) {
+                const double factor = c == 0 ? f.w : f.xyz;
+                EXPECT_NEAR(gains[c], expected[kBformatOf[c]] * factor, 1e-6) << azimuth;
+            }
+        }
+    }
+}
+
+TEST(HOAPanning, PutsTheFrontIntoYAndTheRightIntoX) {
+    HOA2DPanning pan(1, 3);
+    PanPlayer player(pan);
+    pan.SetSourcePosition(0, {0, 1, 0}, true, true);
+    EXPECT_EQ(player.SteadyGains(0), (std::vector<double>{1, 1, 0}));
+    pan.SetSourcePosition(0, {1, 0, 0}, true, true);
+    EXPECT_EQ(player.SteadyGains(0), (std::vector<double>{1, 0, 1}));
+}
+
+TEST(HOAPanning, RecomputesAllSourcesAndLeavesTheMutedOnesSilent) {
+    constexpr unsigned kNumSources = 20;
+    HOA3DPanning pan(kNumSources, 25);
+    HOA3DPanning alone(kNumSources, 25);
+    for (unsigned i = 0; i < kNumSources; ++i) {
+        const auto place = static_cast<float>(i);
+        const tav::CartesianVector source{std::cos(place), std::sin(place), place / 10.f - 1.f};
+        pan.SetSourcePosition(i, source, true, false);
+        alone.SetSourcePosition(i, source, true, false);
+    }
+    pan.SetSourceMute(7, true);
+    pan.SetOrder(3);
+    pan.SetNormalization(Normalization::N3D);
+    alone.SetNormalization(Normalization::N3D);
+    PanPlayer player(pan);
+    PanPlayer alonePlayer(alone);
+    for (unsigned i = 0; i < kNumSources; ++i) {
+        alone.SetSourcePosition(i, alone.SourcePosition(i), true, true);
+        const auto expected = alonePlayer.SteadyGains(i);
+        const auto gains = player.SteadyGains(i);
+        for (std::size_t c = 0; c < 25; ++c) {
+            EXPECT_NEAR(gains[c], i == 7 || c >= 16 ? 0.0 : expected[c], 1e-6) << i << " " << c;
+        }
+    }
+}
+
+TEST(HOAPanning, LimitsItsOrderToTheOutputs) {
+    HOA2DPanning pan(1, 7);
+    EXPECT_EQ(pan.GetOrder(), 3u);
+    pan.SetOrder(0);
+    EXPECT_EQ(pan.GetOrder(), 0u);
+    pan.SetSourcePosition(0, {1, 2, 0}, true, false);
+    const auto gains = PanPlayer(pan).SteadyGains(0);
+    EXPECT_EQ(gains, (std::vector<double>{1, 0, 0, 0, 0, 0, 0}));
+    pan.SetOrder(9);
+    EXPECT_EQ(pan.GetOrder(), 3u);
+    HOA3DPanning notWhole(2, 8);  // no order has eight channels
+    notWhole.SetNormalization(Normalization::FuMa);
+    const auto w = PanPlayer(notWhole).SteadyGains(1);
+    EXPECT_NEAR(std::accumulate(w.begin(), w.end(), 0.0), std::sqrt(0.5), 1e-6);
+}
+
+struct Dimension {
+    const char* type;
+    unsigned numOutputs;
+    Normalization refused, byDefault;
+    const char* byDefaultName;
+};
+
+TEST(HOAPanning, DescribesItselfAndKeepsToItsDimension) {
+    const Dimension dimensions[] = {{"hoa2d", 9, Normalization::SN3D, Normalization::SN2D, "SN2D"},
+                                    {"hoa3d", 25, Normalization::N2D, Normalization::SN3D, "SN3D"}};
+    for (const Dimension& d : dimensions) {
+        const auto pan = Pan::Create(1, d.numOutputs, d.type, "direct");
+        EXPECT_EQ(pan->GetNormalization(), d.byDefault);
+        pan->SetNormalization(Normalization::MaxN);
+        EXPECT_EQ(pan->GetNormalization(), Normalization::MaxN);
+        pan->SetNormalization(d.refused);
+        EXPECT_EQ(pan->GetNormalization(), d.byDefault);
+        pan->SetNormalization(static_cast<Normalization>(8));
+        EXPECT_EQ(pan->GetNormalization(), d.byDefault);
+        pan->SetComputationMode("fast");
+        pan->SetComputationMode("faster");
+        EXPECT_EQ(pan->GetComputationMode(), Mode::Fast);
+        std::vector<std::string> lines;
+        pan->Dump(lines);
+        const std::vector<std::string> expected{std::string("panning type : ") + d.type,
+                                                "panning subtype : direct",
+                                                "order : 4",
+                                                std::string("encoding norm : ") + d.byDefaultName,
+                                                "nfc compensation : false",
+                                                "nfc high pass : false",
+                                                "nfc speakers radius : 1 m",
+                                                "computation mode : fast"};
+        EXPECT_EQ(lines, expected);
+        EXPECT_EQ(pan->OutputLabel(1), "output #2 : Y(1,-1) (Y)");
+        EXPECT_EQ(pan->OutputLabel(d.numOutputs - 1),
+                  "output #" + std::to_string(d.numOutputs) + " : Y(4,4)");
+        EXPECT_EQ(pan->OutputLabel(d.numOutputs), "dumpout");
+        EXPECT_EQ(pan->IsPlanar(), d.numOutputs == 9);
+    }
+    const auto bformat = Pan::Create(1, 4, "bformat", "direct");
+    EXPECT_EQ(bformat->OutputLabel(3), "output #4 : Z");
+    EXPECT_EQ(bformat->OutputLabel(4), "dumpout");
+}
+
+}  // namespace
+}  // namespace Quilo
