@@ -46,6 +46,7 @@ ROOMS = {
     "host": LIBVELKDSP + ("libquilo/src/laws", "maxapi", "host/api"),
     "tools": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
     "benchmarks": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
+    "benchmarks/src": ("host/api", "benchmarks"),
     "tests/reference": LIBVELKDSP + ("libquilo/src/laws",),
     "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
     # The tests of the object and of its host are the only others that see Max.

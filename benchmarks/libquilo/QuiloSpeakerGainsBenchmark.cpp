@@ -6,7 +6,7 @@
 #include "laws/QuiloDefaultLayouts.h"
 #include "laws/QuiloKnnLaw.h"
 #include "laws/QuiloSpcapLaw.h"
-#include "support/RandomPoints.h"
+#include "reference/RandomPoints.h"
 
 #include <benchmark/benchmark.h>
 

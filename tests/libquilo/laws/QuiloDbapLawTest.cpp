@@ -2,7 +2,7 @@
 #include "laws/QuiloDbapLaw.h"
 
 #include "kernels/VelkDspSpeakerKernels.h"
-#include "support/RandomPoints.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 

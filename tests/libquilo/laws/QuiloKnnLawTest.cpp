@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloKnnLaw.h"
 
-#include "support/RandomPoints.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 

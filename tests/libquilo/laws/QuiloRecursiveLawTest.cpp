@@ -3,7 +3,7 @@
 
 #include "laws/QuiloDefaultLayouts.h"
 #include "math/VelkDspSpherical.h"
-#include "support/RandomPoints.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 

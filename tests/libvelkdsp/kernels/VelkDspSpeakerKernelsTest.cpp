@@ -2,7 +2,7 @@
 #include "kernels/VelkDspSpeakerKernels.h"
 
 #include "kernels/VelkDspKernels.h"
-#include "support/RandomPoints.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
