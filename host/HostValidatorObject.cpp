@@ -167,6 +167,7 @@ void CheckMessages(Validation& v) {
         v.bench.Send("enable 1");
         v.report.Refute(name, why);
     }
+    v.bench.Take();
     v.bench.Send("no-such-message 1 2 3");
     v.report.Check(v.bench.TakeFirst("error: ") == "error: doesn't understand \"no-such-message\"",
                    "an unknown message is refused");
