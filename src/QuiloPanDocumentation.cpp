@@ -29,7 +29,7 @@ constexpr ArgumentDoc kInlets[] = {
 constexpr ArgumentDoc kOutlets[] = {
     // type     name                          description
     {"signal", "(signal) channels",          "One outlet for each loudspeaker, ambisonic component or ear."},
-    {"",       "dump",                       "The rightmost outlet: answers to <m>get</m> messages, <m>dump</m> and <m>dumpdict</m>."},
+    {"message", "dump",                       "The rightmost outlet: answers to <m>get</m> messages, <m>dump</m> and <m>dumpdict</m>."},
 };
 // clang-format on
 

@@ -14,17 +14,6 @@ using VelkMax::Error;
 
 namespace {
 
-/// Names of attributes that messages change too. Interned ahead: the audio thread only reads them.
-struct Names {
-    t_symbol* sources = gensym("sourcespositions");
-    t_symbol* speakers = gensym("speakerspositions");
-    t_symbol* spread = gensym("spread");
-};
-const Names& AttributeNames() {
-    static const Names names;
-    return names;
-}
-
 /// x, y, z of each position.
 std::span<const float> Flatten(const tav::CartesianArray& positions,
                                const VelkMax::AttributeStorage& storage) {
@@ -43,6 +32,11 @@ std::vector<t_atom> Copy(Atoms atoms) { return {atoms.Span().begin(), atoms.Span
 
 }  // namespace
 
+const PanAttributeNames& PanAttributeNames::Get() {
+    static const PanAttributeNames names;
+    return names;
+}
+
 // ---- Life
 
 PanObject::PanObject(t_pxobject& header)
@@ -51,7 +45,7 @@ PanObject::PanObject(t_pxobject& header)
       sourcesValues_(3 * kMaxChannels, kObjectSite),
       speakersValues_(3 * kMaxChannels, kObjectSite),
       perSourceValues_(3 * kMaxChannels, kObjectSite) {
-    AttributeNames();
+    PanAttributeNames::Get();
 }
 
 void PanObject::BuildEngine() {
@@ -94,12 +88,12 @@ bool PanObject::TakesSpeakers() const {
 void PanObject::MoveSource(unsigned index, const tav::CartesianVector& position) {
     sources_[index] = position;
     if (engine_ != nullptr) engine_->SetSourcePosition(index, position, false, false);
-    door_.Changed(AttributeNames().sources);
+    door_.Changed(PanAttributeNames::Get().sources);
 }
 
 void PanObject::SetSpeakers(const tav::CartesianArray& speakers) {
     speakers_ = speakers;
-    door_.Changed(AttributeNames().speakers);
+    door_.Changed(PanAttributeNames::Get().speakers);
     if (engine_ != nullptr) engine_->SetSpeakersPositions(speakers_);
 }
 
@@ -203,7 +197,7 @@ void PanObject::SetSpread(const std::vector<float>& spreads) {
 void PanObject::SetSourceSpread(unsigned index, float spread) {
     if (engine_ == nullptr) return;
     engine_->SetSourceSpread(index, spread);
-    door_.Changed(AttributeNames().spread);
+    door_.Changed(PanAttributeNames::Get().spread);
 }
 
 // ---- Audio

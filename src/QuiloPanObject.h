@@ -25,6 +25,19 @@ using VelkMax::Atoms;
 
 class PanObject;
 
+/// Names of the attributes that messages and aliases change too. Interned with the first object:
+/// the audio thread only reads them.
+struct PanAttributeNames {
+    static const PanAttributeNames& Get();
+
+    t_symbol* sources = gensym("sourcespositions");
+    t_symbol* speakers = gensym("speakerspositions");
+    t_symbol* spread = gensym("spread");
+    t_symbol* spreadXyz = gensym("spreadxyz");
+    t_symbol* encoding = gensym("encoding");
+    t_symbol* norm = gensym("norm");
+};
+
 /// Most channels on either side.
 inline constexpr unsigned kMaxChannels = 250;
 

@@ -115,7 +115,7 @@ void SetSpreadXyz(PanObject& object, const std::vector<float>& values) {
 bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz) {
     if (!IsEngine(object, IsDbap)) return false;
     object.Engine()->SetSpreadByDirection(index, xyz);
-    object.TheDoor().Changed(gensym("spreadxyz"));
+    object.TheDoor().Changed(PanAttributeNames::Get().spreadXyz);
     return true;
 }
 
@@ -134,6 +134,9 @@ void SetEncoding(PanObject& object, t_symbol* encoding) {
     const auto code = ReadKeyword(tav::NormalizationKeywords(), encoding);
     if (!code) return Error(object, kInvalidEncoding, encoding->s_name);
     object.Engine()->SetNormalization(*code);
+    // One value under two names.
+    object.TheDoor().Changed(PanAttributeNames::Get().encoding);
+    object.TheDoor().Changed(PanAttributeNames::Get().norm);
 }
 
 t_symbol* HoaMode(const PanObject& object) {

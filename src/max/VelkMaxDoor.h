@@ -39,7 +39,7 @@ private:
     static constexpr unsigned kAtoms = 1024;  // the positions of 250 loudspeakers are one letter
 
     std::array<Letter, kLetters> letters_;
-    std::array<t_atom, kAtoms> atoms_;
+    std::array<t_atom, kAtoms> atoms_{};
     unsigned numAtoms_ = 0;              // the writer's own; from 0 again whenever all is read
     std::atomic<unsigned> written_ = 0;  // letters, ever
     std::atomic<unsigned> read_ = 0;
