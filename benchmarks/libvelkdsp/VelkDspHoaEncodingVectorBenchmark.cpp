@@ -3,7 +3,6 @@
 #include "math/VelkDspHoaEncodingVector.h"
 
 #include "kernels/VelkDspHoaBatch.h"
-#include "kernels/VelkDspKernels.h"
 #include "math/VelkDspSpherical.h"
 
 #include <benchmark/benchmark.h>
@@ -18,6 +17,7 @@
 #include <cmath>
 #include <cstddef>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace {
@@ -93,33 +93,34 @@ void HoaGains2DPlain(benchmark::State& state) {
 }
 
 /// Items are sources: the time of one is that of an iteration over their number.
-void HoaGainsAll(benchmark::State& state, std::string_view kernels) {
+void HoaGainsAll(benchmark::State& state) {
     tav::HoaEncodingVector encoding(static_cast<unsigned>(state.range(0)), 3,
                                     SphericalHarmonic::Normalization::SN3D);
     const tav::CartesianArray all = Sources();
     const auto sources = std::span(all).first(static_cast<std::size_t>(state.range(1)));
     tav::Matrix<float> gains(sources.size(), encoding.NumChannels());
     for (auto _ : state) {
-        tav::ComputeHoaGains(encoding, sources, gains, tav::HoaKernelsNamed(kernels));
+        tav::ComputeHoaGains(encoding, sources, gains);
         benchmark::DoNotOptimize(gains.Data());
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * state.range(1));
 }
 
-const bool kRegistered = [] {
-    for (const tav::NamedKernels& set : tav::RunnableKernels()) {
-        if (!tav::HoaKernelsNamed(set.name)) continue;
-        const std::string name = "HoaGainsAll/" + std::string(set.name);
-        benchmark::RegisterBenchmark(name.c_str(), HoaGainsAll, set.name)
-            ->ArgNames({"order", "sources"})
-            ->Args({3, 250})
-            ->Args({7, 250})
-            ->Args({14, 250});
+void HoaLookupTable(benchmark::State& state) {
+    for (auto _ : state) {
+        const tav::HoaLookupTable table(static_cast<unsigned>(state.range(0)), 3,
+                                        SphericalHarmonic::Normalization::SN3D);
+        benchmark::DoNotOptimize(table.Gain(1, 0));
     }
-    return true;
-}();
+}
 
+BENCHMARK(HoaGainsAll)
+    ->ArgNames({"order", "sources"})
+    ->Args({3, 250})
+    ->Args({7, 250})
+    ->Args({14, 250});
+BENCHMARK(HoaLookupTable)->ArgName("order")->Arg(3)->Arg(14)->Unit(benchmark::kMillisecond);
 BENCHMARK(HoaGains3D)->ArgName("order")->Arg(3)->Arg(5)->Arg(7)->Arg(10)->Arg(14);
 BENCHMARK(HoaGainsFast3D)->ArgName("order")->Arg(3)->Arg(7)->Arg(14);
 BENCHMARK(HoaGains2D)->ArgName("order")->Arg(50)->Arg(124);
