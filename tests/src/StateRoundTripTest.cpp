@@ -100,15 +100,21 @@ void ByPreset(PanBox& from, PanBox& to) {
                             std::span(records[0]).subspan(3));
 }
 
-void ByDictionary(PanBox& from, PanBox& to) {
-    std::vector<t_atom> sent;
+/// What `dumpdict` sends: the name of a dictionary.
+t_atom DumpedDictionary(PanBox& box) {
+    t_atom name{};
     HostApi::SetOutletSink([&](const HostApi::OutletMessage& message) {
         EXPECT_EQ(message.selector, gensym("dictionary"));
-        sent.assign(message.atoms.begin(), message.atoms.end());
+        name = message.atoms[0];
     });
-    from.Send("dumpdict");
+    box.Send("dumpdict");
     HostApi::SetOutletSink({});
-    HostApi::DeliverMessage(to.Get(), 0, gensym("dictionary"), sent);
+    return name;
+}
+
+void ByDictionary(PanBox& from, PanBox& to) {
+    const t_atom name = DumpedDictionary(from);
+    HostApi::DeliverMessage(to.Get(), 0, gensym("dictionary"), {&name, 1});
 }
 
 void ByJson(PanBox& from, PanBox& to) {
@@ -188,6 +194,25 @@ TEST_P(StateRoundTrip, KeepsValuesAndSound) {
         }
     }
     EXPECT_TRUE(hasSounded) << "muted with every seed";
+}
+
+TEST(StateOfADumpedDictionary, MakesAnObjectInPlaceOfArguments) {
+    Random random(5);
+    PanBox saved("3 9 hoa3d");
+    SetAllAttributes(saved, random);
+    const t_atom name = DumpedDictionary(saved);
+    t_dictionary* const dictionary = dictobj_findregistered_clone(atom_getsym(&name));
+    dictionary_appendlong(dictionary, gensym("nonsense"), 1);
+    t_atom argument{};
+    atom_setobj(&argument, dictionary);
+    saved.TakeConsole();
+    void* const made = object_new_typed(gensym("box"), gensym("quilo.pan~"), 1, &argument);
+    EXPECT_EQ(AllValues(static_cast<t_object*>(made)), AllValues(saved.Get()));
+    const std::vector<std::string> console = saved.TakeConsole();
+    ASSERT_EQ(console.size(), 1u);
+    EXPECT_NE(console[0].find("nonsense"), std::string::npos) << console[0];
+    object_free(made);
+    object_free(dictionary);
 }
 
 INSTANTIATE_TEST_SUITE_P(Boxes,
