@@ -248,8 +248,8 @@ TEST_F(PanObjectAudio, NeitherAllocatesNorLocksWhilePositionsMove) {
     }
 }
 
-// Worth most under the thread sanitizer: main thread and scheduler send, a third one plays, and now
-// and then the chain is rebuilt.
+// Worth most under the thread sanitizer: main thread and scheduler send, a third one plays and
+// sends from the audio interrupt, and now and then the chain is rebuilt.
 TEST_F(PanObjectAudio, TakesMessagesFromTwoThreadsWhileItPlays) {
     constexpr const char* kMessages[] = {"source 1 azim++ 7",
                                          "source 2 mute 1",
@@ -284,9 +284,15 @@ TEST_F(PanObjectAudio, TakesMessagesFromTwoThreadsWhileItPlays) {
     const std::vector<short> counts(10, 1);
     Vectors vectors(2, 8, 64);
     while (sending > 0) {
+        HostApi::AdvanceClocks(1);
         HostApi::DspChain chain(box.Get(), counts);
         for (int round = 0; round < 50; ++round) {
             for (auto& channel : vectors.inputs) channel.assign(64, 0.5);
+            {
+                const HostApi::ThreadScope audio(HostApi::ThreadKind::Audio);
+                box.Send("source 2 azim++ 3");
+                if (round == 0) box.Send("speakers az 7 6 5 4 3 2 1 0");
+            }
             vectors.Perform(chain);
             for (const double sample : vectors.Row()) EXPECT_LE(std::abs(sample), 2.0);
         }
@@ -305,6 +311,32 @@ TEST_F(PanObjectAudio, MayBeFreedInTheRunningChain) {
     EXPECT_FALSE(chain.HasPerform());
     vectors.Perform(chain);
     EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0}));
+}
+
+// Such an object is left when there was no memory for any engine.
+TEST_F(PanObjectAudio, LivesWithoutAnEngine) {
+    PanBox box("2 4 dbap");
+    Quilo::PanObject*& object = reinterpret_cast<Quilo::PanRecord*>(box.Get())->object;
+    Quilo::PanObject* const made = object;
+    Quilo::PanObject bare(reinterpret_cast<Quilo::PanRecord*>(box.Get())->header);
+    object = &bare;
+    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(box.Get()))) {
+        const std::string name = message.name->s_name;
+        if (name == "dsp64" || name == "signal" || name == "generatexml") continue;
+        for (const char* atoms : {"", " 1 az 30", " 1 spread 3", " 1 mute 1", " word", " 1 2 3 4"})
+            box.Send(name + atoms);
+    }
+    for (const HostApi::AttributeInfo& attribute : HostApi::Attributes(box.Get())) {
+        const std::string name = attribute.name->s_name;
+        box.Send(name + " 1 2 3");
+        box.Ask(name);
+    }
+    const short counts[] = {1, 1, 1, 1, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    Vectors vectors(2, 4, 64);
+    vectors.Perform(chain);
+    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0, 0.0, 0.0}));
+    object = made;
 }
 
 TEST_F(PanObjectAudio, LeavesNothingBehindWhereverItIsFreed) {
