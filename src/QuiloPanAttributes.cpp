@@ -159,6 +159,7 @@ struct InstanceRow {
     AttributeRow attribute;
 };
 
+// In the order in which they are added; an inspector sorts by name what has no order.
 constexpr InstanceRow kInstanceAttributes[] = {
     // group         name              type       size              label                                  style    choices            default   units    category order    accessors and range                                                    help
     {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},

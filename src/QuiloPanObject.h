@@ -68,6 +68,10 @@ public:
     void PlaceSpeakers();
     void PlaceSources();
 
+    /// Until the box is complete.
+    bool IsBeingMade() const { return isBeingMade_; }
+    void Complete() { isBeingMade_ = false; }
+
     /// Null until BuildEngine, and for good when there was no memory for an engine.
     Pan* Engine() const { return engine_.get(); }
 
@@ -143,6 +147,8 @@ private:
     VelkMax::AttributeStorage sourcesValues_;
     VelkMax::AttributeStorage speakersValues_;
     VelkMax::AttributeStorage perSourceValues_;
+
+    bool isBeingMade_ = true;
 
     // Settings until the engine exists, then what it really has.
     max_long numInputs_ = 1;

@@ -33,14 +33,14 @@ bool IsEngine(const PanObject& object, bool (*is)(const Pan&)) {
 /// The panner behind an attribute. Null where another one stands in for that type: then `refusal`
 /// says so to whoever sets it, but not to a state that brings back what such an object answers.
 template <class Panner, class Refusal>
-Panner* PannerOf(const PanObject& object, Refusal&& refusal) {
+Panner* PannerElse(const PanObject& object, const Refusal& refusal) {
     auto* const panner = EngineAs<Panner>(object);
     if (panner == nullptr && !VelkMax::RestoringState::IsActive()) refusal();
     return panner;
 }
 template <class Panner>
 Panner* PannerOf(const PanObject& object, const char* handler) {
-    return PannerOf<Panner>(object, [&] { Error(object, kNoPanner, handler); });
+    return PannerElse<Panner>(object, [&] { Error(object, kNoPanner, handler); });
 }
 
 /// The code of a word, by what the table accepts. A state that is restored brings printed words.
@@ -86,7 +86,7 @@ max_long MuteOutside(const PanObject& object) {
 }
 
 void SetMuteOutside(PanObject& object, max_long on) {
-    auto* const dbap = PannerOf<DbapPanning>(object, [&] { Error(object, kOnlyDbap); });
+    auto* const dbap = PannerElse<DbapPanning>(object, [&] { Error(object, kOnlyDbap); });
     if (dbap != nullptr) dbap->SetMuteOutside(on != 0);
 }
 

@@ -105,6 +105,7 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
     Configure(*record.object,
               {argv, static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767))});
     Connect(record);
+    record.object->Complete();
     return x;
 }
 

@@ -146,10 +146,13 @@ struct GetterOf<Get> {
 template <class Object, class Value, Range kRange, class Set>
 void RunSetter(void* record, t_symbol* name, Atoms atoms, const Set& set) noexcept {
     Object& object = Object::Of(record);
-    Guarded(MaxObjectOf(object), &object_error, [&] {
-        ValueReader<std::remove_cvref_t<Value>>::Read(
-            atoms, kRange, [&](const auto& value) { set(object, value); });
-    });
+    Guarded(
+        MaxObjectOf(object), &object_error,
+        [&] {
+            ValueReader<std::remove_cvref_t<Value>>::Read(
+                atoms, kRange, [&](const auto& value) { set(object, value); });
+        },
+        [&](const char* what) { PostOutOfMemory(object, what); });
     object.TheDoor().Changed(name);
 }
 

@@ -43,6 +43,15 @@ bool Guarded(t_object* object, ConsoleRow row, Operation&& operation) noexcept {
                    [&](const char* what) { PostRow(row, object, kOutOfMemory, what); });
 }
 
+/// Says that memory ran short: while an object is being made that is one text for all that fails.
+template <class Object>
+void PostOutOfMemory(const Object& object, const char* what) {
+    if constexpr (requires { object.IsBeingMade(); }) {
+        if (object.IsBeingMade()) return Error(object, kNoMemory);
+    }
+    Error(object, kOutOfMemory, what);
+}
+
 // ---- Messages
 
 /// Adds one message to a class; null function pointers never reach Max.
