@@ -240,11 +240,24 @@ constexpr unsigned kSources = 4;
 struct Panner {
     const char* type;
     unsigned numOutputs;
+    const char* subtype = "direct";
 };
 
 constexpr Panner kPanners[] = {
-    {"xy", 2},       {"ms", 2},     {"ab", 2},     {"bformat", 4}, {"angular", 5},
-    {"surround", 4}, {"vbap2d", 6}, {"vbip2d", 6}, {"vbap", 8},    {"vbip", 8},
+    {"xy", 2},
+    {"ms", 2},
+    {"ab", 2},
+    {"bformat", 4},
+    {"angular", 5},
+    {"surround", 4},
+    {"vbap2d", 6},
+    {"vbip2d", 6},
+    {"vbap", 8},
+    {"vbip", 8},
+    {"nfchoa3d", 16},
+    {"nfchoa2d", 7},
+    {"angular", 5, "diffuse"},
+    {"hoa3d", 9, "diffuse"},
 };
 
 /// Near and far, all round, at times the listener's own place.
@@ -276,6 +289,10 @@ void Perform(Quilo::Pan& pan, std::mt19937& random) {
             std::vector<std::string> lines;
             return pan.Dump(lines);
         }
+        case 5: return pan.SetOrder(static_cast<unsigned>(random() % 4));
+        case 6: return pan.SetSpeakersRadius(static_cast<float>(random() % 5));
+        case 7: return pan.SetNearfieldCompensation(source, random() % 2 == 0);
+        case 8: return pan.SetNormalization(tav::SphericalHarmonic::Normalization(random() % 8));
         default: return pan.SetSourcePosition(source, SomePlace(random), random() % 8 == 0, false);
     }
 }
@@ -298,7 +315,7 @@ void RestartDsp(Quilo::Pan& pan, std::mt19937& random) {
 /// A patch, a host and the audio thread at a panner, all at once.
 Fault StormOver(const Panner& panner) {
     const std::unique_ptr<Quilo::Pan> pan =
-        Quilo::Pan::Create(kSources, panner.numOutputs, panner.type, "direct");
+        Quilo::Pan::Create(kSources, panner.numOutputs, panner.type, panner.subtype);
     if (pan == nullptr || pan->GetTypeName() != panner.type) return "was not made";
     HostBlock block(kSources, panner.numOutputs);
     const auto audio = [&]() -> Fault {

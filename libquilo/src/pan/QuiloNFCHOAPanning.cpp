@@ -15,6 +15,8 @@ using tav::SphericalHarmonic;
 namespace {
 
 constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
+constexpr float kShortestSwitchMs = 100.f;  // of the high-pass
+constexpr float kSwitchMsPerMetre = 40.f;   // so that no ratio grows faster than a source's may
 constexpr float kLeakSeconds = 0.005f;
 /// Gains come to rest within two segments of the longest interpolation time.
 constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
@@ -259,7 +261,11 @@ void NFCHOAPanning::TakeControls() noexcept TAV_NONBLOCKING {
     const Controls before = taken_;
     if (!shared_.Take(taken_)) return;
     if (taken_.radius != radius_.Target()) radius_.Set(taken_.radius, taken_.glideMs);
-    if (taken_.highPass != highPass_.Target()) highPass_.Set(taken_.highPass, taken_.glideMs);
+    if (taken_.highPass != highPass_.Target()) {
+        // Half of the glide takes the cap of the ratios through their whole range.
+        const float slowest = kSwitchMsPerMetre * taken_.radius;
+        highPass_.Set(taken_.highPass, std::max({taken_.glideMs, slowest, kShortestSwitchMs}));
+    }
     if (taken_.order != before.order) {
         ordersRun_ = std::max(ordersRun_, taken_.order);
         fadeSamples_ = static_cast<std::int64_t>(kFadeSeconds * rateHz_);

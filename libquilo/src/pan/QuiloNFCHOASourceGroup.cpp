@@ -24,7 +24,7 @@ NFCHOASourceGroup::NFCHOASourceGroup(std::span<NFCHOAPanningOneSource> sources,
       highPasses_(highPasses),
       orders_(order),
       states_(bank.NumSections(order) * tav::kNearFieldStates * kLanes) {
-    ratios_.fill(1.f);  // lanes without a source pass what they get
+    reached_.fill(1.f);  // lanes without a source pass what they get
 }
 
 void NFCHOASourceGroup::Clear() noexcept TAV_NONBLOCKING {
@@ -63,7 +63,7 @@ bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
     }
     kernels_.toRows(lanes.data(), input_.data(), piece.frames);
     loudest_.fill(0.f);
-    FillRatios(piece);
+    FillRatios(piece, wakes);
     FindRefreshes(piece, wakes);
     isPlain_ = !ratiosMove_ &&
                std::all_of(ratios_.begin(), ratios_.begin() + kLanes,
@@ -74,19 +74,37 @@ bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
     return true;
 }
 
-void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
+/// A ratio above 1 that grew faster would amplify bass which the filters took in before the
+/// high-pass could keep it out, by up to 80 dB; at this rate it has died away. What the filters
+/// start with when they wake is nothing, so then a ratio may begin anywhere.
+void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING {
+    constexpr float kFastestGrowth = 0.75f;  // logarithm, per radius / speed of sound
     const auto frames = static_cast<std::size_t>(piece.frames);
-    ratiosMove_ = std::ranges::any_of(
-        sources_, [](NFCHOAPanningOneSource& source) { return !source.Ratio().IsConstant(); });
+    const float growth = std::exp(kFastestGrowth * 2.f * piece.steps[0].settings.scale);
+    ratiosMove_ = false;
+    for (std::size_t i = 0; i < sources_.size(); ++i) {
+        const tav::Ramp& ratio = sources_[i].Ratio();
+        if (wakes) reached_[i] = ratio.Value();
+        ratiosMove_ = ratiosMove_ || !ratio.IsConstant() || reached_[i] != ratio.Target();
+    }
+    leads_.fill(reached_);
+    if (!ratiosMove_) {
+        std::ranges::copy(reached_, ratios_.begin());
+        return;
+    }
     std::array<float, kNFCHOAFrames> values;
     for (std::size_t i = 0; i < kLanes; ++i) {
-        if (!ratiosMove_) {
-            ratios_[i] = i < sources_.size() ? sources_[i].Ratio().Target() : 1.f;
-            continue;
-        }
         values.fill(1.f);
         if (i < sources_.size()) sources_[i].Ratio().Fill(std::span(values).first(frames));
-        for (std::size_t k = 0; k < frames; ++k) ratios_[k * kLanes + i] = values[k];
+        for (std::size_t s = 0; s < piece.numSteps; ++s) {
+            leads_[s][i] = values[static_cast<std::size_t>(piece.steps[s].first)];
+        }
+        float reached = reached_[i];
+        for (std::size_t k = 0; k < frames; ++k) {
+            reached = std::min(values[k], std::max(reached, 1.f) * growth);
+            ratios_[k * kLanes + i] = reached;
+        }
+        reached_[i] = reached;
     }
 }
 
@@ -96,9 +114,7 @@ void NFCHOASourceGroup::FindRefreshes(const NFCHOAPiece& piece,
     refreshes_ = false;
     for (std::size_t s = 0; s < piece.numSteps; ++s) {
         const NFCHOAStep& step = piece.steps[s];
-        NFCHOARow row;
-        const std::size_t first = ratiosMove_ ? static_cast<std::size_t>(step.first) * kLanes : 0;
-        std::copy_n(ratios_.data() + first, kLanes, row.data());
+        const NFCHOARow& row = leads_[s];
         const bool isNew = row != last_.ratios || step.settings != last_.settings;
         steps_[s].refreshes = isNew && (step.isOnGrid || (wakes && s == 0));
         if (steps_[s].refreshes) {

@@ -89,7 +89,7 @@ private:
     };
 
     std::span<float> States(unsigned order) noexcept TAV_NONBLOCKING;
-    void FillRatios(const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
+    void FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void FindRefreshes(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void RunStep(unsigned order, const NFCHOAStep& step, float keep) noexcept TAV_NONBLOCKING;
     void UpdateHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING;
@@ -110,7 +110,9 @@ private:
     bool ratiosMove_ = false;  // sample by sample
     bool refreshes_ = false;   // in any step
     NFCHOARow loudest_{};      // largest sum of states of any order, in this piece
-    Place last_;               // the one in force at the end of the piece
+    NFCHOARow reached_{};      // ratios at the end of the piece
+    std::array<NFCHOARow, kNFCHOASteps> leads_{};  // ratios of each step as the sources have them
+    Place last_;                                   // the one in force at the end of the piece
     std::array<Step, kNFCHOASteps> steps_;
     Rows input_{};
     Rows output_{};

@@ -224,6 +224,29 @@ TEST(NFCHOAPanning, WhateverMovesUnderASineAddsNoNoise) {
     }
 }
 
+// Bass that the filters hold from afar must not be let loose near by.
+TEST(NFCHOAPanning, RushingThroughTheListenerKeepsTheLimit) {
+    const auto bass = Sine(3.0);
+    for (const unsigned order : {3u, 7u}) {
+        Overhead overhead(order, 20.f, 50.f);
+        overhead.player.Play(48000, bass);
+        const auto expectBelow = [&](double most, const char* when) {
+            for (const auto& channel : overhead.player.Play(48000, bass)) {
+                for (const double x : channel) ASSERT_LE(std::fabs(x), most) << when << order;
+            }
+        };
+        overhead.pan.SetSourcePosition(0, {0, 0, 0}, false, false);
+        expectBelow(10.0, "there, order ");
+        overhead.pan.SetHighPass(false);
+        expectBelow(100.0, "uncut, order ");
+        overhead.pan.SetHighPass(true);
+        expectBelow(100.0, "cut again, order ");
+        overhead.pan.SetSourcePosition(0, {0, 0, 50}, true, false);
+        overhead.pan.SetSourcePosition(0, {0, 0, 0}, true, false);
+        expectBelow(10.0, "jumping, order ");
+    }
+}
+
 // What is left of two tones, one below and one above the high-pass, once both are taken away.
 TEST(NFCHOAPanning, RoundsFarBelowTheSignal) {
     struct Pair {
