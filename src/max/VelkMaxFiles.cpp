@@ -4,6 +4,7 @@
 #include "max/VelkMaxHandlers.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 namespace VelkMax {

@@ -4,7 +4,6 @@
 
 #include "ext.h"
 
-#include <array>
 #include <filesystem>
 #include <optional>
 #include <span>
