@@ -134,9 +134,9 @@ Maker FindMaker(unsigned inputs, unsigned outputs, Pan::Type type, Pan::SubType 
 }
 
 /// Null instead of an exception.
-std::unique_ptr<Pan> TryMake(Maker make, unsigned inputs, unsigned outputs) noexcept {
+std::unique_ptr<Pan> MakeSilent(unsigned inputs, unsigned outputs) noexcept {
     try {
-        return make(inputs, outputs);
+        return Make<NullPanning>(inputs, outputs);
     } catch (...) {
         return nullptr;
     }
@@ -160,14 +160,17 @@ std::unique_ptr<Pan> Pan::Create(unsigned numInputs,
                                  unsigned numOutputs,
                                  Type type,
                                  SubType subtype) noexcept {
-    const Maker maker = FindMaker(numInputs, numOutputs, type, subtype);
-    std::unique_ptr<Pan> pan = TryMake(maker, numInputs, numOutputs);
-    if (!pan) pan = TryMake(Make<NullPanning>, numInputs, numOutputs);
-    if (!pan || dynamic_cast<const NullPanning*>(pan.get())) return pan;
-    pan->type_ = type;
-    pan->subType_ = subtype;
-    pan->RecomputeSources(true);  // a source that nobody has placed yet sounds from the origin
-    return pan;
+    try {
+        std::unique_ptr<Pan> pan =
+            FindMaker(numInputs, numOutputs, type, subtype)(numInputs, numOutputs);
+        if (dynamic_cast<const NullPanning*>(pan.get())) return pan;
+        pan->type_ = type;
+        pan->subType_ = subtype;
+        pan->RecomputeSources(true);  // a source that nobody has placed yet sounds from the origin
+        return pan;
+    } catch (...) {
+        return MakeSilent(numInputs, numOutputs);
+    }
 }
 
 }  // namespace Quilo
