@@ -16,7 +16,9 @@ constexpr bool IsVectorSize(std::int64_t frames) {
            std::has_single_bit(static_cast<std::uint64_t>(frames));
 }
 
-/// A whole number of hertz, for a WAV file holds no other, up to 1 MHz.
-inline bool IsSamplingRate(double hz) { return hz >= 1 && hz <= 1e6 && std::floor(hz) == hz; }
+/// A whole number of hertz, for a WAV file holds no other, where the engine's own clock can follow.
+inline bool IsSamplingRate(double hz) {
+    return hz >= 1000 && hz <= 768'000 && std::floor(hz) == hz;
+}
 
 }  // namespace Quilo::Host

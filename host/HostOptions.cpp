@@ -28,7 +28,7 @@ std::optional<double> Number(const std::string& text) {
 void SetRate(Options& options, const std::string& value) {
     options.rate = Number(value);
     if (!options.rate || !IsSamplingRate(*options.rate))
-        Fail("--rate expects a whole number of hertz from 1 to 1000000, not '" + value + "'");
+        Fail("--rate expects a whole number of hertz from 1000 to 768000, not '" + value + "'");
 }
 
 void SetVector(Options& options, const std::string& value) {

@@ -106,7 +106,7 @@ struct DirectiveRow {
 constexpr DirectiveRow kDirectives[] = {
     // keyword       directive              fits              expects
     {"connect",    Directive::Connect,    InletAndFlag,     "INLET 0|1"},
-    {"rate",       Directive::Rate,       OneRate,          "HZ (a whole number, 1 to 1000000)"},
+    {"rate",       Directive::Rate,       OneRate,          "HZ (a whole number, 1000 to 768000)"},
     {"vector",     Directive::Vector,     OneVectorSize,    "N (a power of two, 1 to 4096)"},
     {"dsp",        Directive::Dsp,        OneFlag,          "0|1"},
     {"inspect",    Directive::Inspect,    None,             "nothing"},

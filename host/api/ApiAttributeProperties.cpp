@@ -19,6 +19,16 @@ t_max_err AddWithValue(
     return object_addattr(x, attribute_new_atoms(name, type, flags, count, atoms.data()));
 }
 
+t_max_err AddFormatted(void* x,
+                       const char* name,
+                       const t_symbol* type,
+                       max_long flags,
+                       const char* format,
+                       std::va_list arguments) {
+    return AddWithValue(x, name, const_cast<t_symbol*>(type), flags,
+                        FormatAtoms(format, arguments));
+}
+
 t_object* ClassAttribute(t_class* c, const char* name) {
     return static_cast<t_object*>(class_attr_get(c, gensym(name)));
 }
@@ -61,9 +71,9 @@ t_max_err object_addattr_format(
     t_object* x, const char* name, t_symbol* type, max_long flags, const char* fmt, ...) {
     std::va_list arguments;
     va_start(arguments, fmt);
-    std::vector<t_atom> atoms = FormatAtoms(fmt, arguments);
+    const t_max_err error = AddFormatted(x, name, type, flags, fmt, arguments);
     va_end(arguments);
-    return AddWithValue(x, name, type, flags, std::move(atoms));
+    return error;
 }
 
 // ---- On an attribute of a class
@@ -102,10 +112,10 @@ t_max_err class_attr_addattr_format(t_class* c,
     if (const auto code = InjectedFailure("class_attr_addattr_format")) return *code;
     std::va_list arguments;
     va_start(arguments, fmt);
-    std::vector<t_atom> atoms = FormatAtoms(fmt, arguments);
+    const t_max_err error =
+        AddFormatted(ClassAttribute(c, attrname), property, type, flags, fmt, arguments);
     va_end(arguments);
-    return AddWithValue(ClassAttribute(c, attrname), property, const_cast<t_symbol*>(type), flags,
-                        std::move(atoms));
+    return error;
 }
 
 t_object* class_attr_attr_get(t_class* c, t_symbol* attrname, t_symbol* property) {
@@ -161,9 +171,10 @@ t_max_err object_attr_addattr_format(t_object* x,
     if (const auto code = InjectedFailure("object_attr_addattr_format")) return *code;
     std::va_list arguments;
     va_start(arguments, fmt);
-    std::vector<t_atom> atoms = FormatAtoms(fmt, arguments);
+    const t_max_err error =
+        AddFormatted(LocalAttribute(x, attrname), property, type, flags, fmt, arguments);
     va_end(arguments);
-    return AddWithValue(LocalAttribute(x, attrname), property, type, flags, std::move(atoms));
+    return error;
 }
 
 t_object* object_attr_attr_get(t_object* x, t_symbol* attrname, t_symbol* property) {
