@@ -104,8 +104,7 @@ constexpr char kSpreadModeHelp[] =
     "With <m> omni </m> a source is widened equally in all directions, by <m> spread </m>. With "
     "<m> directional </m> it is widened along x, y and z, by <m> spreadxyz </m>.";
 constexpr char kMuteOutsideHelp[] =
-    "When it is 1 a source beyond the loudspeakers is silent, when it is 0 it fades with the "
-    "distance to them.";
+    "When it is 1 a source beyond the loudspeakers is silent, when it is 0 it stays audible.";
 constexpr char kSpreadXyzHelp[] =
     "Width of each source along x, y and z, in percent: three values for each. Used when "
     "<m> spreadmode </m> is <m> directional </m>. <br/> Example: <m> spreadxyz 100 0 0 </m> makes "
