@@ -56,7 +56,8 @@ ComplexParts Fft::Transform() noexcept TAV_NONBLOCKING {
     int stride = 1;
     for (; n >= 4; n /= 4, stride *= 4) {
         kernels_.radix4({{from.re, from.im}, to, twiddles, n, stride});
-        twiddles = {twiddles.re + 3 * (n / 4), twiddles.im + 3 * (n / 4)};
+        const int used = 3 * (n / 4);
+        twiddles = {twiddles.re + used, twiddles.im + used};
         std::swap(from, to);
     }
     if (n == 2) {

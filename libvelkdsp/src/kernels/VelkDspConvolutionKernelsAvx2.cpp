@@ -16,10 +16,11 @@ void FirVectors(float* y, const float* x, const float* taps, int numTaps) noexce
     for (int t = 0; t < numTaps; ++t) {
         const __m256 tap = _mm256_broadcast_ss(taps + t);
         for (int v = 0; v < kVectors; ++v) {
-            sums[v] = _mm256_fmadd_ps(tap, _mm256_loadu_ps(x + v * kLanes - t), sums[v]);
+            const int at = v * kLanes - t;
+            sums[v] = _mm256_fmadd_ps(tap, _mm256_loadu_ps(x + at), sums[v]);
         }
     }
-    for (int v = 0; v < kVectors; ++v) _mm256_storeu_ps(y + v * kLanes, sums[v]);
+    for (int v = 0; v < kVectors; ++v, y += kLanes) _mm256_storeu_ps(y, sums[v]);
 }
 
 void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexcept TAV_NONBLOCKING {
@@ -138,8 +139,9 @@ void FirstPass(const RadixPass& pass) noexcept {
         _MM_TRANSPOSE4_PS(out[0].re, out[1].re, out[2].re, out[3].re);
         _MM_TRANSPOSE4_PS(out[0].im, out[1].im, out[2].im, out[3].im);
         for (int i = 0; i < 4; ++i) {
-            Narrow::Store(pass.to.re + 4 * (p + i), out[i].re);
-            Narrow::Store(pass.to.im + 4 * (p + i), out[i].im);
+            const int at = 4 * (p + i);
+            Narrow::Store(pass.to.re + at, out[i].re);
+            Narrow::Store(pass.to.im + at, out[i].im);
         }
     }
 }

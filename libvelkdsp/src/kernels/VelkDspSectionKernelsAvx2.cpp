@@ -28,18 +28,14 @@ private:
     using Vec = __m256d;
     template <int kCount>
     using Vecs = Vec[static_cast<std::size_t>(kCount)];
-    static constexpr int kBlock = 32;  // samples that are turned at a time
-
-    /// A block of samples, a row of channels per sample.
-    struct Rows {
-        double samples[kBlock * kSectionLanes];
-        float unheard[kBlock];
-    };
+    static constexpr int kBlock = 32;                      // samples that are turned at a time
+    static constexpr std::ptrdiff_t kRow = kSectionLanes;  // from a sample to the next
 
     template <bool kMoving, int kVectors>
     static void RunVectors(const SectionRun& run) noexcept TAV_NONBLOCKING {
         constexpr int kUsed = kVectors * kVectorLanes;
-        Rows rows;
+        double rows[kBlock * kRow];
+        float unheard[kBlock];
         for (int done = 0; done < run.n; done += kBlock) {
             const int n = std::min(run.n - done, kBlock);
             const float* inputs[kSectionLanes];
@@ -47,11 +43,11 @@ private:
             for (int lane = 0; lane < kUsed; ++lane) {
                 const bool used = lane < run.numLanes;
                 inputs[lane] = run.inputs[used ? lane : 0] + done;
-                outputs[lane] = used ? run.outputs[lane] + done : rows.unheard;
+                outputs[lane] = used ? run.outputs[lane] + done : unheard;
             }
             for (int lane = 0; lane < kUsed; lane += 4) Gather(rows, inputs + lane, lane, n);
             for (int b = 0; b < run.numBanks; ++b) {
-                RunBank<kMoving, kVectors>(run.banks[b], rows.samples, n);
+                RunBank<kMoving, kVectors>(run.banks[b], rows, n);
             }
             for (int lane = 0; lane < kUsed; lane += 4) Scatter(outputs + lane, rows, lane, n);
         }
@@ -75,7 +71,7 @@ private:
         for (int k = 0; k < n; ++k) {
             for (int v = 0; v < kVectors; ++v) {
                 const int lane = v * kVectorLanes;
-                double* const row = rows + k * kSectionLanes + lane;
+                double* const row = rows + k * kRow + lane;
                 if constexpr (kMoving) {
                     m0[v] = _mm256_add_pd(m0[v], _mm256_loadu_pd(bank.step0 + lane));
                     m1[v] = _mm256_add_pd(m1[v], _mm256_loadu_pd(bank.step1 + lane));
@@ -108,44 +104,44 @@ private:
     }
 
     /// Four channels into the rows.
-    static void Gather(Rows& rows,
+    static void Gather(double* rows,
                        const float* const* inputs,
                        int lane,
                        int n) noexcept TAV_NONBLOCKING {
-        double* const first = rows.samples + lane;
+        double* const first = rows + lane;
         int k = 0;
         for (; k + 4 <= n; k += 4) {
             __m128 turned[4];
             for (int c = 0; c < 4; ++c) turned[c] = _mm_loadu_ps(inputs[c] + k);
             _MM_TRANSPOSE4_PS(turned[0], turned[1], turned[2], turned[3]);
             for (int r = 0; r < 4; ++r) {
-                _mm256_storeu_pd(first + (k + r) * kSectionLanes, _mm256_cvtps_pd(turned[r]));
+                _mm256_storeu_pd(first + (k + r) * kRow, _mm256_cvtps_pd(turned[r]));
             }
         }
         for (; k < n; ++k) {
             for (int c = 0; c < 4; ++c) {
-                first[k * kSectionLanes + c] = static_cast<double>(inputs[c][k]);
+                first[k * kRow + c] = static_cast<double>(inputs[c][k]);
             }
         }
     }
 
     static void Scatter(float* const* outputs,
-                        const Rows& rows,
+                        const double* rows,
                         int lane,
                         int n) noexcept TAV_NONBLOCKING {
-        const double* const first = rows.samples + lane;
+        const double* const first = rows + lane;
         int k = 0;
         for (; k + 4 <= n; k += 4) {
             __m128 turned[4];
             for (int r = 0; r < 4; ++r) {
-                turned[r] = _mm256_cvtpd_ps(_mm256_loadu_pd(first + (k + r) * kSectionLanes));
+                turned[r] = _mm256_cvtpd_ps(_mm256_loadu_pd(first + (k + r) * kRow));
             }
             _MM_TRANSPOSE4_PS(turned[0], turned[1], turned[2], turned[3]);
             for (int c = 0; c < 4; ++c) _mm_storeu_ps(outputs[c] + k, turned[c]);
         }
         for (; k < n; ++k) {
             for (int c = 0; c < 4; ++c) {
-                outputs[c][k] = static_cast<float>(first[k * kSectionLanes + c]);
+                outputs[c][k] = static_cast<float>(first[k * kRow + c]);
             }
         }
     }

@@ -2,7 +2,6 @@
 #include "processors/VelkDspCrossfadedCascade.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
 
@@ -82,7 +81,7 @@ void CrossfadedCascade::Perform(float* output,
 void CrossfadedCascade::PerformPiece(std::span<float> output,
                                      const float* input,
                                      unsigned& starts) noexcept TAV_NONBLOCKING {
-    std::array<float, kLargestBlock> incoming;
+    float incoming[kLargestBlock];
     for (std::size_t done = 0; done < output.size();) {
         if (fade_.Waiting() && starts > 0) {
             --starts;
@@ -107,11 +106,10 @@ void CrossfadedCascade::PerformPiece(std::span<float> output,
 
 void CrossfadedCascade::Begin() noexcept TAV_NONBLOCKING {
     incoming_.Clear();
-    std::array<float, kLargestBlock> unheard;
+    float unheard[kLargestBlock];
     for (std::size_t done = 0; done < past_.size();) {
         const std::size_t at = (position_ + done) % past_.size();
-        const std::size_t count =
-            std::min({past_.size() - done, past_.size() - at, unheard.size()});
+        const std::size_t count = std::min({past_.size() - done, past_.size() - at, kLargestBlock});
         Play(incoming_, fade_.Incoming(), std::span(unheard).first(count), past_.data() + at);
         done += count;
     }

@@ -37,7 +37,7 @@ void CrossfadedFir::Perform(float* output,
 void CrossfadedFir::PerformPiece(float* output,
                                  std::span<const float> input) noexcept TAV_NONBLOCKING {
     const float* const past = history_.Write(input);
-    Tail incoming;
+    float incoming[FirResponse::kPartition];
     for (std::size_t done = 0; done < input.size();) {
         if (fade_.Waiting()) Begin();
         const std::size_t left = input.size() - done;
