@@ -17,10 +17,10 @@ namespace {
 template <class Panner>
 std::unique_ptr<Panner> MakeLaw(unsigned numOutputs, std::string_view type) {
     std::unique_ptr<Pan> pan = Pan::Create(1, numOutputs, type, "direct");
-    auto* const panner = dynamic_cast<Panner*>(pan.get());
-    if (panner == nullptr) throw tav::Exception("cannot make the inner panner");
-    pan.release();
-    return std::unique_ptr<Panner>(panner);
+    if (dynamic_cast<Panner*>(pan.get()) == nullptr) {
+        throw tav::Exception("cannot make the inner panner");
+    }
+    return std::unique_ptr<Panner>(static_cast<Panner*>(pan.release()));
 }
 
 }  // namespace

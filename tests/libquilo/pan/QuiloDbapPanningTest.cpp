@@ -29,10 +29,8 @@ std::unique_ptr<Panner> Make(const char* type, unsigned numOutputs = 6) {
     std::unique_ptr<Pan> pan = Pan::Create(1, numOutputs, type, "direct");
     pan->SetSpeakersPositions(DefaultSpeakersFor(pan->GetType(), numOutputs));
     pan->SetSourcePosition(0, {0.5f, 0.5f, 0.f}, true, false);
-    auto* const panner = dynamic_cast<Panner*>(pan.get());
-    EXPECT_NE(panner, nullptr) << type;
-    pan.release();
-    return std::unique_ptr<Panner>(panner);
+    EXPECT_NE(dynamic_cast<Panner*>(pan.get()), nullptr) << type;
+    return std::unique_ptr<Panner>(dynamic_cast<Panner*>(pan.release()));
 }
 
 Gains GainsOf(Pan& pan) { return PanPlayer(pan, 8000.f).SteadyGains(0); }
