@@ -45,7 +45,7 @@ constexpr char kBypassHelp[] =
     "<br/> Example: <m> bypass 1 </m> sends the first source to the first output as it is.";
 constexpr char kAutoMuteHelp[] =
     "The <m> automute </m> attribute is used to save processing time. The object inspects its "
-    "inputs: those that have been inactive (exactly zero) for this time, in seconds from 0 to 500, "
+    "inputs: those that have been inactive (exactly zero) for this time, in seconds from 1 to 500, "
     "are muted automatically. They come back with their first sample that is not zero, so nothing "
     "is lost. 0 switches the inspection off. The default is 20 seconds. <br/> Example: "
     "<m> automute 2.5 </m> lets sources rest after two and a half seconds of silence.";

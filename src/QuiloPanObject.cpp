@@ -160,8 +160,9 @@ void PanObject::SetSubType(t_symbol* subType) {
 // ---- Other attributes
 
 float PanObject::InterpolationTime() const {
-    return engine_ != nullptr ? engine_->GetInterpolationTime()
-                              : interpolationTimeMs_.value_or(0.f);
+    // Not the engine's own: a panner without a glide keeps none.
+    if (interpolationTimeMs_) return *interpolationTimeMs_;
+    return engine_ != nullptr ? engine_->GetInterpolationTime() : 0.f;
 }
 
 void PanObject::SetInterpolationTime(float ms) {

@@ -109,7 +109,7 @@ public:
     void SetSourcesPositions(Atoms xyz);
     std::span<const float> SpeakersPositions() const;
     void SetSpeakersPositions(Atoms xyz);
-    /// What the engine glides over, milliseconds.
+    /// What the engine glides over, milliseconds; what was set last, whether it glides or not.
     float InterpolationTime() const;
     void SetInterpolationTime(float ms);
     max_long Mute() const { return mute_.load(std::memory_order_relaxed); }
