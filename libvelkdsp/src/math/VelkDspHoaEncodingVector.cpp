@@ -18,7 +18,7 @@ struct Lanes {
 };
 
 Lanes Load(const double* values) noexcept {
-    Lanes lanes;
+    Lanes lanes{};
     for (std::size_t j = 0; j < kLanes; ++j) lanes.v[j] = values[j];
     return lanes;
 }
@@ -116,7 +116,7 @@ void Encode3D(const HoaRecurrence& recurrence,
         Real* centre = gains + first * (first + 1);
         StoreRow(centre - first, centre + first, last, c, s, 1);
         const auto toOrder = [&](std::size_t n, std::size_t count) {
-            Lanes next;
+            Lanes next{};
             for (std::size_t j = 0; j < kLanes; ++j) {
                 next.v[j] = toLast[j] * z * last.v[j] - toBefore[j] * before.v[j];
             }

@@ -9,8 +9,6 @@ namespace {
 
 using Normalization = SphericalHarmonic::Normalization;
 
-constexpr std::size_t kLanes = HoaRecurrence::kLanes;
-
 double Factor(unsigned n, unsigned m, Normalization normalization) {
     return SphericalHarmonic::ExactConversionFactor(n, static_cast<int>(m), Normalization::N3D,
                                                     normalization);

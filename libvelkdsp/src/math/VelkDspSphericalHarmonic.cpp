@@ -166,7 +166,8 @@ std::string SphericalHarmonic::ChannelLabel(unsigned n, int m, bool withLetter) 
 std::string_view SphericalHarmonic::FuMaLetter(unsigned n, int m) {
     constexpr std::string_view kLetters = "WYZXVTRSUQOMKLNP";  // n = 0 .. 3, m = -n .. n
     if (n > kMaxFuMaOrder || Magnitude(m) > n) return {};
-    return kLetters.substr(static_cast<std::size_t>(Signed(n * (n + 1)) + m), 1);
+    const int channel = Signed(n * (n + 1)) + m;
+    return kLetters.substr(static_cast<std::size_t>(channel), 1);
 }
 
 float SphericalHarmonic::Legendre(unsigned n, float x) {
