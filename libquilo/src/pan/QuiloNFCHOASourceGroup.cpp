@@ -187,10 +187,10 @@ void NFCHOASourceGroup::RunStep(unsigned order,
                                 const NFCHOAStep& step,
                                 float keep) noexcept TAV_NONBLOCKING {
     const OrderState& state = orders_[order - 1];
-    const std::ptrdiff_t first = std::ptrdiff_t{step.first} * tav::kSourceLanes;
+    const std::ptrdiff_t first = step.first * tav::kSourceLanes;
     NFCHOARow keeps;
     tav::NearFieldLanes lanes;
-    lanes.ratios = ratiosInUse_ + std::ptrdiff_t{step.first} * ratioStride_;
+    lanes.ratios = ratiosInUse_ + step.first * ratioStride_;
     lanes.ratioStride = ratioStride_;
     if (state.hasHighPass || state.leaks) lanes.highPassG = state.highPassG.data();
     if (state.leaks) {

@@ -119,7 +119,7 @@ private:
     Rows ratios_{};  // one row alone when they do not move
     Rows capped_{};  // the same as an order may use them
     const float* ratiosInUse_ = nullptr;
-    int ratioStride_ = 0;
+    std::ptrdiff_t ratioStride_ = 0;
 };
 
 }  // namespace Quilo

@@ -7,12 +7,13 @@
 
 #include "text/VelkDspNonblocking.h"
 
+#include <cstddef>
 #include <string_view>
 
 namespace tav {
 
 /// Sources that are filtered side by side: a row holds one sample of each.
-inline constexpr int kSourceLanes = 16;
+inline constexpr std::ptrdiff_t kSourceLanes = 16;
 
 /// A pair of poles of the near-field filter with the pair of the high-pass before it, both in
 /// integrator form; or a real pole with a real pole.
@@ -29,7 +30,7 @@ struct NearFieldLanes {
     const float* highPassKeep = nullptr;  // a row: what is left of its states after a sample.
                                           // Null: all of them
     const float* ratios = nullptr;        // rows of array radius / source distance
-    int ratioStride = 0;                  // floats from a sample's row to the next: 0 where all
+    std::ptrdiff_t ratioStride = 0;       // floats from a sample's row to the next: 0 where all
                                           // samples have the same, else kSourceLanes
 };
 

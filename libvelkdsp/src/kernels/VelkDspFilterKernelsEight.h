@@ -51,14 +51,14 @@ inline void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_
 }
 
 inline void ToRows(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING {
-    for (int first = 0; first < kSourceLanes; first += 8) {
+    for (std::ptrdiff_t first = 0; first < kSourceLanes; first += 8) {
         const float* const* lane = signals + first;
         int k = 0;
         for (; k + 8 <= n; k += 8) {
             __m256 block[8];
             for (int i = 0; i < 8; ++i) block[i] = _mm256_loadu_ps(lane[i] + k);
             Transpose(block);
-            float* const row = rows + std::ptrdiff_t{k} * kSourceLanes + first;
+            float* const row = rows + k * kSourceLanes + first;
             for (int j = 0; j < 8; ++j) _mm256_storeu_ps(row + j * kSourceLanes, block[j]);
         }
         for (; k < n; ++k) {
@@ -68,12 +68,12 @@ inline void ToRows(const float* const* signals, float* rows, int n) noexcept TAV
 }
 
 inline void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING {
-    for (int first = 0; first < kSourceLanes; first += 8) {
+    for (std::ptrdiff_t first = 0; first < kSourceLanes; first += 8) {
         float* const* lane = signals + first;
         int k = 0;
         for (; k + 8 <= n; k += 8) {
             __m256 block[8];
-            const float* const row = rows + std::ptrdiff_t{k} * kSourceLanes + first;
+            const float* const row = rows + k * kSourceLanes + first;
             for (int j = 0; j < 8; ++j) block[j] = _mm256_loadu_ps(row + j * kSourceLanes);
             Transpose(block);
             for (int i = 0; i < 8; ++i) _mm256_storeu_ps(lane[i] + k, block[i]);

@@ -47,7 +47,7 @@ struct Lane {
     float highPassG;
     float keep;
     const float* ratios;
-    int ratioStride;
+    std::ptrdiff_t ratioStride;
     float* states;
     const float* in;
     float* out;
@@ -97,7 +97,7 @@ void NearField(const NearFieldSection& section,
                const float* in,
                float* out,
                int n) noexcept TAV_NONBLOCKING {
-    for (int i = 0; i < kSourceLanes; ++i) {
+    for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         // g = 0 and states of 0: the high-pass of nobody.
         const float g = lanes.highPassG == nullptr ? 0.f : lanes.highPassG[i];
         const float keep = lanes.highPassKeep == nullptr ? 1.f : lanes.highPassKeep[i];
@@ -116,13 +116,13 @@ void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOC
 }
 
 void ToRows(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING {
-    for (int i = 0; i < kSourceLanes; ++i) {
+    for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         for (int k = 0; k < n; ++k) rows[k * kSourceLanes + i] = signals[i][k];
     }
 }
 
 void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING {
-    for (int i = 0; i < kSourceLanes; ++i) {
+    for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         for (int k = 0; k < n; ++k) signals[i][k] = rows[k * kSourceLanes + i];
     }
 }

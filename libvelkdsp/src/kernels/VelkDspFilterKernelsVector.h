@@ -114,7 +114,7 @@ private:
     static void RunLanes(const NearFieldSection& section,
                          const NearFieldLanes& lanes,
                          const Span& rows) noexcept TAV_NONBLOCKING {
-        for (int lane = 0; lane < kSourceLanes; lane += S::kLanes) {
+        for (std::ptrdiff_t lane = 0; lane < kSourceLanes; lane += S::kLanes) {
             const bool hasHighPass = kHighPass != HighPass::None;
             float* const highState = rows.states + lane;
             float* const radialState = highState + 2 * kSourceLanes;
@@ -124,8 +124,7 @@ private:
             Vec keep = S::Zero();
             if constexpr (kHighPass == HighPass::Leaking) keep = S::Load(lanes.highPassKeep + lane);
             const float* u = lanes.ratios + lane;
-            for (std::ptrdiff_t k = lane; k < std::ptrdiff_t{rows.n} * kSourceLanes;
-                 k += kSourceLanes) {
+            for (std::ptrdiff_t k = lane; k < rows.n * kSourceLanes; k += kSourceLanes) {
                 Vec x = S::Load(rows.in + k);
                 if constexpr (kHighPass != HighPass::None) {
                     high.Take(x);

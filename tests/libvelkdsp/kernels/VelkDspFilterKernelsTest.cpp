@@ -70,7 +70,7 @@ TEST_P(FilterKernelsOf, RowsAndBackOfEveryLength) {
 TEST_P(FilterKernelsOf, NearFieldSectionsOfEveryKind) {
     for (const bool isReal : {false, true}) {
         for (const int highPass : {0, 1, 2}) {
-            for (const int stride : {0, kSourceLanes}) {
+            for (const std::ptrdiff_t stride : {std::ptrdiff_t{0}, kSourceLanes}) {
                 for (const std::size_t n :
                      {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{64}}) {
                     const NearFieldSection section{isReal, 0.2f, 1.2f, 0.9f};
