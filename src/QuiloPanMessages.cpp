@@ -152,7 +152,7 @@ constexpr char kListenerHelp[] =
     "values.";
 constexpr char kInfoHelp[] =
     "Posts the type, the settings and the state of the signal processing to the Max window.";
-constexpr char kClearHelp[] = "Clears what is still on its way: delay lines, filters and glides.";
+constexpr char kClearHelp[] = "Clears what is still on its way in delay lines and filters.";
 
 }  // namespace
 

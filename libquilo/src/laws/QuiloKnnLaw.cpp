@@ -5,11 +5,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Quilo {
 
 void KnnLaw::SetSpeakers(const tav::CartesianArray& speakers) {
-    tree_ = tav::KdTreeHelper(speakers);
+    tav::KdTreeHelper tree(speakers);
+    nearest_.reserve(speakers.Size());
+    distances_.reserve(speakers.Size());
+    tree_ = std::move(tree);
     isPlanar_ = std::ranges::all_of(speakers, [](const tav::CartesianVector& s) {
         return std::fabs(tav::ElevationDeg(s)) <= 0.1f;
     });

@@ -18,7 +18,7 @@ public:
 
     /// @param source  as the loudspeakers      @param numNeighbors  from 1, all where more
     /// @param gains   overwritten; 0 without loudspeakers and beyond them
-    /// Throws: nothing but for lack of memory.
+    /// Allocates nothing.
     void Gains(const tav::CartesianVector& source, unsigned numNeighbors, std::span<float> gains);
 
     /// Whether no loudspeaker is more than 0.1 degree above or below the listener's ears.
@@ -27,7 +27,7 @@ public:
 private:
     tav::KdTreeHelper tree_;
     bool isPlanar_ = true;
-    // of the last query
+    // of the last query; room for all loudspeakers
     std::vector<std::size_t> nearest_;
     std::vector<float> distances_;
 };

@@ -52,7 +52,6 @@ void StereoABVoice::Add(float* left,
                         unsigned frames,
                         Scratch& scratch) noexcept TAV_NONBLOCKING {
     TakeTargets();
-    if (IsSilent()) return Rest(frames);
     AddSide(sides_[0], left, input, frames, scratch);
     AddSide(sides_[1], right, input, frames, scratch);
 }
@@ -75,13 +74,6 @@ void StereoABVoice::TakeTargets() noexcept TAV_NONBLOCKING {
             sides_[s].gain.Set(taken_.target[s], taken_.glideMs);
         }
     }
-}
-
-bool StereoABVoice::IsSilent() const noexcept TAV_NONBLOCKING {
-    for (const Side& side : sides_) {
-        if (!side.gain.IsConstant() || side.gain.Target() != 0.f) return false;
-    }
-    return true;
 }
 
 void StereoABVoice::AddSide(Side& side,

@@ -58,7 +58,6 @@ private:
     };
 
     void TakeTargets() noexcept TAV_NONBLOCKING;
-    bool IsSilent() const noexcept TAV_NONBLOCKING;
     static void AddSide(Side& side,
                         float* output,
                         const float* input,

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 #include <span>
-#include <utility>
 
 namespace tav {
 namespace {
@@ -37,54 +36,61 @@ std::size_t WidestAxis(const Entries& entries) {
 
 }  // namespace
 
-/// One query: the best candidates so far, nearest first.
+/// One query: the best candidates so far, nearest first, in the caller's vectors.
 class KdTreeHelper::Search {
 public:
-    struct Candidate {
-        float squaredDistance;
-        std::size_t index;
-
-        // A tie goes to the lower index, whatever the order in which the points were met.
-        friend bool operator<(const Candidate& a, const Candidate& b) noexcept {
-            return a.squaredDistance < b.squaredDistance ||
-                   (a.squaredDistance == b.squaredDistance && a.index < b.index);
-        }
-    };
-
-    Search(const KdTreeHelper& helper, const NPoint<3>& query, std::size_t k)
+    /// @param indices, distances  overwritten; distances are squared until Finish
+    Search(const KdTreeHelper& helper,
+           const NPoint<3>& query,
+           std::size_t k,
+           std::vector<std::size_t>& indices,
+           std::vector<float>& distances)
         : helper_(helper),
           query_(query),
-          wanted_(k) {
-        best_.reserve(k);
+          wanted_(k),
+          indices_(indices),
+          distances_(distances) {
+        indices_.clear();
+        distances_.clear();
     }
 
-    std::vector<Candidate> NearestFirst() {
+    void Run() {
         if (helper_.nodes_.empty()) {
             Scan(helper_.points_);
         } else {
             Visit(0);
         }
-        return std::move(best_);
+        for (float& distance : distances_) distance = std::sqrt(distance);
     }
 
 private:
     void Scan(std::span<const Entry> entries) {
         for (const Entry& entry : entries) {
             const float squaredDistance = SquaredDistance(entry.point, query_);
-            if (squaredDistance <= worst_) Offer({squaredDistance, entry.index});
+            if (squaredDistance <= worst_) Offer(squaredDistance, entry.index);
         }
     }
 
-    void Offer(const Candidate& candidate) {
-        if (best_.size() < wanted_) {
-            best_.push_back(candidate);
-        } else if (!(candidate < best_.back())) {
+    void Offer(float squaredDistance, std::size_t index) {
+        // A tie goes to the lower index, whatever the order in which the points are met.
+        const auto isBefore = [&](std::size_t place) {
+            return squaredDistance < distances_[place] ||
+                   (squaredDistance == distances_[place] && index < indices_[place]);
+        };
+        if (indices_.size() < wanted_) {
+            indices_.push_back(index);
+            distances_.push_back(squaredDistance);
+        } else if (!isBefore(wanted_ - 1)) {
             return;
         }
-        std::size_t place = best_.size() - 1;
-        for (; place > 0 && candidate < best_[place - 1]; --place) best_[place] = best_[place - 1];
-        best_[place] = candidate;
-        if (best_.size() == wanted_) worst_ = best_.back().squaredDistance;
+        std::size_t place = indices_.size() - 1;
+        for (; place > 0 && isBefore(place - 1); --place) {
+            indices_[place] = indices_[place - 1];
+            distances_[place] = distances_[place - 1];
+        }
+        indices_[place] = index;
+        distances_[place] = squaredDistance;
+        if (indices_.size() == wanted_) worst_ = distances_.back();
     }
 
     void Visit(std::uint32_t index) {
@@ -105,7 +111,8 @@ private:
     const KdTreeHelper& helper_;
     NPoint<3> query_;
     std::size_t wanted_;
-    std::vector<Candidate> best_;
+    std::vector<std::size_t>& indices_;
+    std::vector<float>& distances_;
     float worst_ = std::numeric_limits<float>::infinity();  // of `wanted_` candidates
 };
 
@@ -147,13 +154,8 @@ void KdTreeHelper::Nearest(const CartesianVector& query,
         }
         return;
     }
-    indices.clear();
-    distances.clear();
-    if (k == 0 || Size() == 0) return;
-    for (const Search::Candidate& found : Search(*this, from, k).NearestFirst()) {
-        indices.push_back(found.index);
-        distances.push_back(std::sqrt(found.squaredDistance));
-    }
+    Search search(*this, from, std::min(k, Size()), indices, distances);
+    if (k > 0 && Size() > 0) search.Run();
 }
 
 }  // namespace tav

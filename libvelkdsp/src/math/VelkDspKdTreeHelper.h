@@ -31,7 +31,8 @@ public:
 
     /// The k points nearest to `query` with their Euclidean distances, nearest first. With k at or
     /// above the number of points (unless that is 1) all of them, in their own order.
-    /// @param query  finite  @param indices, distances  overwritten
+    /// @param query  finite
+    /// @param indices, distances  overwritten; nothing allocates where they have room for k
     void Nearest(const CartesianVector& query,
                  std::size_t k,
                  std::vector<std::size_t>& indices,

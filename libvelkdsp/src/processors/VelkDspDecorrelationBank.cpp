@@ -181,7 +181,7 @@ void DecorrelationBank::PerformPiece(float* const* outputs,
     const bool rest = quietSamples_ >= chains.silentAfter;
     bool isAllQuiet = isQuiet;
     for (unsigned o = 0; o < NumOutputs(); ++o) {
-        if (rest || !IsHeard(o)) {
+        if (rest || !OutputConnected(o)) {
             chains.Empty(o);
             weights_[o].Skip(frames);
             continue;
@@ -198,17 +198,13 @@ void DecorrelationBank::PerformPiece(float* const* outputs,
     quietSamples_ = isAllQuiet ? std::min(quietSamples_ + frames, chains.silentAfter) : 0;
 }
 
-bool DecorrelationBank::IsHeard(unsigned output) const noexcept TAV_NONBLOCKING {
-    const Ramp& weight = weights_[output];
-    return OutputConnected(output) && !(weight.IsConstant() && weight.Target() == 0.f);
-}
-
 void DecorrelationBank::AddWeighted(unsigned output,
                                     float* to,
                                     unsigned frames) noexcept TAV_NONBLOCKING {
     Ramp& weight = weights_[output];
     if (weight.IsConstant()) {
         const float gain = weight.Target();
+        if (gain == 0.f) return;
         for (unsigned k = 0; k < frames; ++k) to[k] += gain * work_[k];
         return;
     }

@@ -35,8 +35,9 @@ std::array<AllPassSection, kAllPassSections> DecorrelationChain(unsigned output,
                                                                 float sampleRateHz) noexcept;
 
 /// One input, any number of outputs, a weight each. A single output is the input itself.
-/// A channel whose weight is 0, or that nobody listens to, costs nothing, and so do all of them
-/// half a second after input and chains have fallen silent.
+/// A channel that is not connected costs nothing, and so do all of them half a second after input
+/// and chains have fallen silent. One whose weight is 0 runs on unheard: from an empty chain it
+/// would come back with a click for each of its delays.
 class DecorrelationBank : public AudioProcessorWithAutoMute {
 public:
     /// @param weights  one per output
@@ -74,7 +75,6 @@ private:
                       const float* input,
                       unsigned frames) noexcept TAV_NONBLOCKING;
     void AddWeighted(unsigned output, float* to, unsigned frames) noexcept TAV_NONBLOCKING;
-    bool IsHeard(unsigned output) const noexcept TAV_NONBLOCKING;
 
     // shared: control writes, audio reads
     GainRows targets_;  // one row of weights

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 
 namespace Quilo {
 namespace {
@@ -75,6 +76,25 @@ TEST(HoaDiffusePanning, OrderAndNormalizationAreThoseOfTheDimension) {
     HoaDiffusePanning2D mono(2, 1);  // order 0: the sum of the sources as it is
     PanPlayer player(mono);
     EXPECT_EQ(player.Play(64, Impulse)[0][0], 2.0);
+}
+
+// A chain that began empty would break in with a step for each of its delays.
+TEST(HoaDiffusePanning, ChannelsComeBackWithoutAClick) {
+    HoaDiffusePanning3D pan(1, 16);
+    pan.SetNormalization(Normalization::N3D);
+    PanPlayer player(pan);
+    const auto tone = [](unsigned, std::size_t frame) {  // moves by 0.013 a sample
+        return std::cos(2.0 * std::numbers::pi * 100.0 * static_cast<double>(frame) / 48000.0);
+    };
+    player.Play(9600, tone);
+    pan.SetOrder(0);
+    player.Play(9600, tone);
+    pan.SetOrder(3);
+    for (const auto& channel : player.Play(9600, tone)) {
+        for (std::size_t k = 1; k < channel.size(); ++k) {
+            ASSERT_LT(std::fabs(channel[k] - channel[k - 1]), 0.016) << "frame " << k;
+        }
+    }
 }
 
 // A beam of all channels towards any direction hears the same power.

@@ -54,23 +54,28 @@ TEST(StereoABPanning, DelaysAndWeighsASineByItsDirection) {
     }
 }
 
-// A 100 Hz sine of gain 0.9 moves by 0.012 a sample; a click would be far above.
+// A 100 Hz tone of gain 0.9 moves by 0.012 a sample; a click would be far above. It begins at its
+// peak, where a line that was empty would show.
 TEST(StereoABPanning, GlidesWhenMovedAndMuted) {
     StereoABPanning pan(1, 2);
     PanPlayer player(pan, kRate);
+    const auto tone = [](unsigned, std::size_t frame) {
+        return std::cos(2.0 * kPi * 100.0 * static_cast<double>(frame) /
+                        static_cast<double>(kRate));
+    };
     pan.SetSourcePosition(0, {-1, 1, 0}, false, true);
-    player.Play(4800, Sine(100.0));
+    player.Play(4800, tone);
     pan.SetSourcePosition(0, {1, 1, 0}, true, false);
-    for (const auto& side : player.Play(4800, Sine(100.0))) EXPECT_LT(LargestStep(side), 0.015);
+    for (const auto& side : player.Play(4800, tone)) EXPECT_LT(LargestStep(side), 0.015);
     pan.SetSourceMute(0, true);
-    for (const auto& side : player.Play(4800, Sine(100.0))) {
+    for (const auto& side : player.Play(4800, tone)) {
         EXPECT_LT(LargestStep(side), 0.015);
         EXPECT_EQ(side.back(), 0.0);
     }
     pan.SetSourcePosition(0, {0, 1, 0}, false, false);
     EXPECT_EQ(player.SteadyGains(0), (std::vector<double>{0.0, 0.0}));
     pan.SetSourceMute(0, false);
-    for (const auto& side : player.Play(4800, Sine(100.0))) EXPECT_LT(LargestStep(side), 0.015);
+    for (const auto& side : player.Play(4800, tone)) EXPECT_LT(LargestStep(side), 0.015);
     const std::vector<double> gains = player.SteadyGains(0);
     EXPECT_NEAR(gains[0], gains[1], 1e-6);
     EXPECT_NEAR(gains[0], 0.44936 * (1.0 + std::sqrt(0.5)), 1e-6);
@@ -98,7 +103,7 @@ TEST(StereoABPanning, ForgetsWhatCameBeforeAMute) {
     player.Play(640, [](unsigned, std::size_t) { return 1.0; });
     pan.SetSourceMute(0, true);
     const auto silence = [](unsigned, std::size_t) { return 0.0; };
-    player.Play(64, [](unsigned, std::size_t) { return 1.0; });
+    player.Play(640, silence);
     pan.SetSourceMute(0, false);
     for (const auto& side : player.Play(640, silence)) EXPECT_EQ(LargestStep(side), 0.0);
 }
