@@ -13,15 +13,6 @@ namespace Quilo {
 using tav::HoaEncodingVector;
 using tav::SphericalHarmonic;
 
-namespace {
-
-unsigned OrderOf(unsigned numOutputs, unsigned dimension) {
-    const int order = SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension);
-    return static_cast<unsigned>(std::max(order, 0));
-}
-
-}  // namespace
-
 void AppendHoaLines(std::vector<std::string>& lines, const HoaState& state) {
     const auto flag = [](bool on) { return std::string(tav::BooleanText(on)); };
     const std::string norm(tav::NormalizationKeywords().Print(state.normalization));
@@ -41,6 +32,11 @@ std::string HoaOutputLabel(unsigned output, unsigned dimension) {
            SphericalHarmonic::ChannelLabel(degree.n, degree.m, true);
 }
 
+unsigned HoaOrderOf(unsigned numOutputs, unsigned dimension) {
+    const int order = SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension);
+    return static_cast<unsigned>(std::max(order, 0));
+}
+
 SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension) {
     return dimension == 2 ? SphericalHarmonic::Normalization::SN2D
                           : SphericalHarmonic::Normalization::SN3D;
@@ -48,7 +44,7 @@ SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension) {
 
 HOAPanning::HOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
     : AmplitudePanning(numInputs, numOutputs),
-      encoding_(OrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
+      encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
       order_(encoding_.Order()) {}
 
 std::string HOAPanning::OutputLabel(unsigned output) const {

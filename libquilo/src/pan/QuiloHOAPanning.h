@@ -23,6 +23,9 @@ void AppendHoaLines(std::vector<std::string>& lines, const HoaState& state);
 /// "output #2 : Y(1,-1) (Y)" for output 1 of three dimensions.  @param output  below the outputs
 std::string HoaOutputLabel(unsigned output, unsigned dimension);
 
+/// The order whose channels `numOutputs` are; 0 where they are no whole order.
+unsigned HoaOrderOf(unsigned numOutputs, unsigned dimension);
+
 /// SN2D in two dimensions, SN3D otherwise.
 tav::SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension);
 

@@ -13,11 +13,6 @@ using tav::SphericalHarmonic;
 
 namespace {
 
-unsigned LargestOrder(unsigned numOutputs, unsigned dimension) {
-    return static_cast<unsigned>(
-        std::max(SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension), 0));
-}
-
 /// A harmonic in N3D has 1 as its mean square over the sphere.
 std::vector<float> SphereWeights(unsigned count, SphericalHarmonic::Normalization normalization) {
     std::vector<float> weights;
@@ -33,7 +28,7 @@ std::vector<float> SphereWeights(unsigned count, SphericalHarmonic::Normalizatio
 /// Squares of the gains are trigonometric polynomials of twice the order, so this many equally
 /// spaced directions give their mean exactly.
 std::vector<float> CircleWeights(unsigned count, SphericalHarmonic::Normalization normalization) {
-    const unsigned order = LargestOrder(count, 2);
+    const unsigned order = HoaOrderOf(count, 2);
     tav::HoaEncodingVector encoding(order, 2, normalization);
     const unsigned numDirections = 4 * order + 3;
     std::vector<double> powers(count);
@@ -58,7 +53,7 @@ std::vector<float> DiffuseWeights(unsigned numOutputs,
                                   unsigned dimension,
                                   unsigned order,
                                   SphericalHarmonic::Normalization normalization) {
-    const unsigned largest = LargestOrder(numOutputs, dimension);
+    const unsigned largest = HoaOrderOf(numOutputs, dimension);
     const unsigned count =
         std::min(numOutputs, SphericalHarmonic::NumChannels(std::min(order, largest), dimension));
     auto weights =
@@ -70,7 +65,7 @@ std::vector<float> DiffuseWeights(unsigned numOutputs,
 HoaDiffusePanning::HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
     : Pan(numInputs, numOutputs),
       dimension_(dimension),
-      order_(LargestOrder(numOutputs, dimension)),
+      order_(HoaOrderOf(numOutputs, dimension)),
       normalization_(DefaultNormalization(dimension)),
       mix_(*this, DiffuseWeights(numOutputs, dimension, order_, normalization_)) {}
 
@@ -123,7 +118,7 @@ float HoaDiffusePanning::GetInterpolationTime() const {
 
 void HoaDiffusePanning::SetOrder(unsigned order) {
     const ControlLock lock = LockControl();
-    order_ = std::min(order, LargestOrder(NumOutputs(), dimension_));
+    order_ = std::min(order, HoaOrderOf(NumOutputs(), dimension_));
     UpdateWeights();
 }
 

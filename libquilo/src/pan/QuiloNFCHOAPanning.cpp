@@ -21,16 +21,11 @@ constexpr float kLeakSeconds = 0.005f;
 /// Gains come to rest within two segments of the longest interpolation time.
 constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
 
-unsigned OrderOf(unsigned numOutputs, unsigned dimension) {
-    const int order = SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension);
-    return static_cast<unsigned>(std::max(order, 0));
-}
-
 }  // namespace
 
 NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
     : Pan(numInputs, numOutputs),
-      encoding_(OrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
+      encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
       bank_(encoding_.Order()),
       highPasses_(encoding_.Order()),
       sources_(numInputs),
