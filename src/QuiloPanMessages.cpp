@@ -6,7 +6,6 @@
 #include "QuiloPanPositions.h"
 #include "QuiloPanSource.h"
 
-#include <charconv>
 #include <string_view>
 
 namespace Quilo {
@@ -46,12 +45,6 @@ void SpeakerMessage(PanObject& object, Atoms atoms) {
     }
 }
 
-std::string AutoMuteText(float seconds) {
-    if (seconds <= 0.f) return "off";
-    char digits[32];
-    return {digits, std::to_chars(digits, digits + sizeof digits, seconds).ptr};
-}
-
 void DspStatusMessage(PanObject& object) {
     if (object.Mute() == 1 || object.IsDisabled()) {
         Post(object, VelkMax::kDspMuted);
@@ -82,8 +75,6 @@ void InfoMessage(PanObject& object) {
         engine->ReportState(state);
         lines.insert(lines.end(), state.begin(), state.end());
         for (const std::string& line : lines) Post(object, VelkMax::kLine, line.c_str());
-        const std::string autoMute = AutoMuteText(object.AutoMute());
-        Post(object, kAutoMuteLine, autoMute.c_str());
     }
     DspStatusMessage(object);
 }

@@ -66,9 +66,6 @@ inline constexpr Text<int> kInvalidSpeakerIndex{"invalid speaker index %d"};
 inline constexpr Text<int> kTooManySpeakerValues{"too many loudspeakers positions. only %d position will be read"};
 inline constexpr Text<>    kUnreadableSpeaker{"error reading speaker position"};
 
-// info: a line in the columns of the processor's own report
-inline constexpr Text<const char*> kAutoMuteLine{"automute             : %s"};
-
 // clang-format on
 
 }  // namespace Quilo
