@@ -25,6 +25,8 @@ std::span<const float> Flatten(const tav::CartesianArray& positions,
     return xyz;
 }
 
+constexpr std::size_t kMostValues = std::size_t{3} * kMaxChannels;
+
 /// Where memory for the values of attributes is asked for, as it is reported.
 constexpr tav::SourceSite kObjectSite{"..\\..\\src\\quilo.pan~", 0};
 
@@ -42,9 +44,9 @@ const PanAttributeNames& PanAttributeNames::Get() {
 PanObject::PanObject(t_pxobject& header)
     : header_(header),
       door_(&header),
-      sourcesValues_(3 * kMaxChannels, kObjectSite),
-      speakersValues_(3 * kMaxChannels, kObjectSite),
-      perSourceValues_(3 * kMaxChannels, kObjectSite) {
+      sourcesValues_(kMostValues, kObjectSite),
+      speakersValues_(kMostValues, kObjectSite),
+      perSourceValues_(kMostValues, kObjectSite) {
     PanAttributeNames::Get();
 }
 

@@ -13,6 +13,7 @@
 #include "z_dsp.h"
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 
 using Quilo::PanObject;
@@ -94,7 +95,8 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
     PanRecord& record = RecordOf(x);
     t_object* const object = &record.header.z_ob;
     Guarded(
-        object, &object_error, [&] { record.object = new PanObject(record.header); },
+        object, &object_error,
+        [&] { record.object = std::make_unique<PanObject>(record.header).release(); },
         [&](const char*) { VelkMax::Error(object, VelkMax::kNoMemory); });
     if (record.object == nullptr) {
         z_dsp_setup(&record.header, 0);  // the free routine takes it back
