@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Lets control threads and an audio thread loose on the processors, for the thread sanitizer and
-// for faults that need two threads to show. Each scenario lasts about a second, times the
-// environment variable QUILO_EFFORT.
+// for faults that need two threads to show. Each scenario lasts about a second, and each panner a
+// tenth, times the environment variable QUILO_EFFORT.
 //
 // A processor leaves it to its owner that one setter runs at a time; a panner sees to that itself.
+#include "pan/QuiloDbapPanning.h"
+#include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloPan.h"
+#include "pan/QuiloRecursivePanning.h"
+#include "pan/QuiloSubwoofersPanning.h"
 #include "processors/VelkDspDelay.h"
 #include "processors/VelkDspSignalMatrix.h"
 #include "text/VelkDspException.h"
@@ -254,9 +258,19 @@ constexpr Panner kPanners[] = {
     {"vbip2d", 6},
     {"vbap", 8},
     {"vbip", 8},
+    {"dbap", 6},
+    {"dbap3d", 6},
+    {"vdbap", 8},
+    {"knn", 30},
+    {"spcap", 20},
+    {"panr", 12},
+    {"subwoofers", 4},
+    {"hoa2d", 9},
+    {"hoa3d", 25},
     {"nfchoa3d", 16},
     {"nfchoa2d", 7},
     {"angular", 5, "diffuse"},
+    {"hoa2d", 9, "diffuse"},
     {"hoa3d", 9, "diffuse"},
 };
 
@@ -277,6 +291,22 @@ void RearrangeSpeakers(Quilo::Pan& pan, std::mt19937& random) {
     }
 }
 
+/// What few panners know; the others ignore it.
+void TurnTheirOwn(Quilo::Pan& pan, std::mt19937& random) {
+    const bool on = random() % 2 == 0;
+    const auto percent = [&random] { return static_cast<float>(random() % 101); };
+    const float values[] = {percent(), percent(), percent(), percent()};
+    const auto source = static_cast<unsigned>(random() % kSources);
+    pan.SetNumNeighbors(source, static_cast<unsigned>(random() % 8));
+    pan.SetSpreadByDirection(source, values);
+    pan.SetSpreadingMode(on ? "omni" : "directional");
+    pan.SetComputationMode(random() % 16 == 0 ? "fast" : "precise");
+    if (auto* dbap = dynamic_cast<Quilo::DbapPanning*>(&pan)) dbap->SetMuteOutside(!on);
+    if (auto* panr = dynamic_cast<Quilo::RecursivePanning*>(&pan)) panr->SetCorners(values);
+    if (auto* bass = dynamic_cast<Quilo::SubwoofersPanning*>(&pan)) bass->SetCutoff(values[0]);
+    if (auto* nfc = dynamic_cast<Quilo::NFCHOAPanning*>(&pan)) nfc->SetHighPass(on);
+}
+
 /// What a patch sends while the sound is on.
 void Perform(Quilo::Pan& pan, std::mt19937& random) {
     const auto source = static_cast<unsigned>(random() % kSources);
@@ -293,6 +323,7 @@ void Perform(Quilo::Pan& pan, std::mt19937& random) {
         case 6: return pan.SetSpeakersRadius(static_cast<float>(random() % 5));
         case 7: return pan.SetNearfieldCompensation(source, random() % 2 == 0);
         case 8: return pan.SetNormalization(tav::SphericalHarmonic::Normalization(random() % 8));
+        case 9: return TurnTheirOwn(pan, random);
         default: return pan.SetSourcePosition(source, SomePlace(random), random() % 8 == 0, false);
     }
 }
@@ -325,8 +356,7 @@ Fault StormOver(const Panner& panner) {
     };
     const auto perform = [&](std::mt19937& random) { Perform(*pan, random); };
     const auto restart = [&](std::mt19937& random) { RestartDsp(*pan, random); };
-    return RunThreads(audio, {perform, restart}, ScenarioTime() / std::size(kPanners),
-                      Setters::AllAtOnce);
+    return RunThreads(audio, {perform, restart}, ScenarioTime() / 10, Setters::AllAtOnce);
 }
 
 Fault PannersOutliveAStorm() {
