@@ -42,8 +42,9 @@ std::vector<float> CircleWeights(unsigned count, SphericalHarmonic::Normalizatio
             powers[c] += gain * gain / numDirections;
         }
     }
-    std::vector<float> weights;
-    for (const double power : powers) weights.push_back(static_cast<float>(std::sqrt(power)));
+    std::vector<float> weights(count);
+    std::ranges::transform(powers, weights.begin(),
+                           [](double power) { return static_cast<float>(std::sqrt(power)); });
     return weights;
 }
 

@@ -44,7 +44,7 @@ public:
 
 private:
     struct Order {
-        std::size_t first;  // section
+        std::size_t first = 0;  // section
         float scale = -1.f;
     };
 

@@ -271,7 +271,7 @@ void NFCHOAPanning::TakeControls() noexcept TAV_NONBLOCKING {
 
 /// Cuts the piece at the points of the grid.
 void NFCHOAPanning::MakePiece(unsigned frames) noexcept TAV_NONBLOCKING {
-    std::array<float, kNFCHOAFrames> radius;
+    std::array<float, kNFCHOAFrames> radius{};
     radius_.Fill(std::span(radius).first(frames));
     piece_.highPassMoves = !highPass_.IsConstant();
     highPass_.Fill(std::span(piece_.highPass).first(frames));
@@ -309,14 +309,15 @@ void NFCHOAPanning::PerformPiece(float* const* outputs,
     for (std::size_t o = 0; o < outputs_.size(); ++o) outputs_[o] = outputs[o] + offset;
     for (std::size_t g = 0; g < groups_.size(); ++g) {
         const std::size_t count = std::min(kLanes, feeds_.size() - g * kLanes);
-        awake_[g] = groups_[g].Prepare(piece_, std::span(feeds_).subspan(g * kLanes, count));
+        const auto own = std::span(feeds_).subspan(g * kLanes, count);
+        awake_[g] = groups_[g].Prepare(piece_, own) ? 1 : 0;
     }
     // Order by order, so that the signals of one order at a time have to be kept.
     mixers_[0]->Perform(outputs_.data(), inputs_.data(), frames);
     for (unsigned n = 1; n < mixers_.size(); ++n) {
         const bool runs = RunsOrder(n);
         for (std::size_t g = 0; g < groups_.size(); ++g) {
-            if (!awake_[g]) continue;
+            if (awake_[g] == 0) continue;
             if (runs) {
                 groups_[g].Run(n, piece_, signalPointers_.data() + g * kLanes);
             } else {
@@ -326,7 +327,7 @@ void NFCHOAPanning::PerformPiece(float* const* outputs,
         mixers_[n]->Perform(outputs_.data() + firstChannels_[n], signalPointers_.data(), frames);
     }
     for (std::size_t g = 0; g < groups_.size(); ++g) {
-        if (awake_[g]) groups_[g].Finish();
+        if (awake_[g] != 0) groups_[g].Finish();
     }
 }
 

@@ -56,7 +56,7 @@ bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
     }
     const bool wakes = !isAwake_;
     isAwake_ = isFed;  // Finish wakes it for what still rings
-    std::array<const float*, kLanes> lanes;
+    std::array<const float*, kLanes> lanes{};
     lanes.fill(kNothing.data());
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         if (inputs[i] != nullptr) lanes[i] = inputs[i];
@@ -92,7 +92,7 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
         std::ranges::copy(reached_, ratios_.begin());
         return;
     }
-    std::array<float, kNFCHOAFrames> values;
+    std::array<float, kNFCHOAFrames> values{};
     for (std::size_t i = 0; i < kLanes; ++i) {
         values.fill(1.f);
         if (i < sources_.size()) sources_[i].Ratio().Fill(std::span(values).first(frames));
@@ -188,7 +188,7 @@ void NFCHOASourceGroup::RunStep(unsigned order,
                                 float keep) noexcept TAV_NONBLOCKING {
     const OrderState& state = orders_[order - 1];
     const std::ptrdiff_t first = step.first * tav::kSourceLanes;
-    NFCHOARow keeps;
+    NFCHOARow keeps{};
     tav::NearFieldLanes lanes;
     lanes.ratios = ratiosInUse_ + step.first * ratioStride_;
     lanes.ratioStride = ratioStride_;
