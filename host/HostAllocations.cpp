@@ -24,7 +24,11 @@ bool FailAllocation(unsigned n) {
 
 bool AllocationFailureWaits() { return callsUntilFailure > 0; }
 
-bool RefuseAllocation() { return callsUntilFailure > 0 && --callsUntilFailure == 0; }
+bool RefuseAllocation() {
+    if (callsUntilFailure == 0) return false;
+    --callsUntilFailure;
+    return callsUntilFailure == 0;
+}
 
 std::size_t CountAllocations() { return liveAllocations; }
 

@@ -87,8 +87,9 @@ bool Bench::MakeAndFree() {
 
 void Bench::Send(const std::string& words) {
     std::vector<Atom> atoms;
-    const auto split = SplitWords(words);
-    for (const Word& word : split.value()) atoms.push_back(word.atom);
+    if (const auto split = SplitWords(words))
+        for (const Word& word : *split) atoms.push_back(word.atom);
+    if (atoms.empty()) return;
     object_.Send(atoms);
     RunDueWork();
 }
@@ -191,7 +192,7 @@ std::string Difference(const Values& a, const Values& b) {
         const auto other = b.find(name);
         if (other == b.end()) return name + " is missing";
         const std::string x = HostApi::AtomText(values), y = HostApi::AtomText(other->second);
-        if (x != y) return name + " is " + y + ", was " + x;
+        if (x != y) return std::string(name).append(" is ").append(y).append(", was ").append(x);
     }
     return "";
 }

@@ -47,7 +47,7 @@ std::string Ring(std::size_t count) {
 
 }  // namespace
 
-void Report::Line(const std::string& text) { std::cout << text << std::endl; }
+void Report::Line(const std::string& text) { std::cout << text << '\n' << std::flush; }
 
 void Report::Check(bool good, const std::string& what, const std::string& why) {
     ++(good ? numPassed_ : numFailed_);

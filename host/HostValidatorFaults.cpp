@@ -22,10 +22,10 @@ Counts Count() {
 }
 
 std::string Leak(const Counts& before, const Counts& after) {
-    constexpr const char* kKinds[] = {" objects", " blocks", " allocations"};
+    constexpr std::array<std::string_view, 3> kKinds{" objects", " blocks", " allocations"};
     for (std::size_t k = 0; k < before.size(); ++k)
         if (after[k] > before[k])
-            return std::to_string(after[k] - before[k]) + kKinds[k] + " stay behind";
+            return std::to_string(after[k] - before[k]) + std::string(kKinds[k]) + " stay behind";
     return "";
 }
 

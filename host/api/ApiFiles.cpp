@@ -66,7 +66,7 @@ std::optional<fs::path> Candidate(const fs::path& file, std::span<const t_fourcc
     if (fits && IsFile(file)) return file;
     for (const TypeRow& row : kTypes) {
         if (std::ranges::find(types, row.type) == types.end()) continue;
-        const fs::path extended = PathOf(PathText(file) + std::string(row.extension));
+        fs::path extended = PathOf(PathText(file) + std::string(row.extension));
         if (IsFile(extended)) return extended;
     }
     return {};
