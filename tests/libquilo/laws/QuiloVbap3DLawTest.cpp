@@ -6,6 +6,7 @@
 #include "laws/QuiloVbapLaw.h"
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainTriangulation.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
@@ -21,15 +22,7 @@ namespace {
 using tav::CartesianArray;
 using tav::CartesianVector;
 using Gains = tav::Vector<float>;
-
-/// In [-1, 1), the same on every platform.
-float Uniform(std::mt19937& generator) {
-    return static_cast<float>(static_cast<double>(generator()) / 2147483648.0 - 1.0);
-}
-
-CartesianVector RandomPoint(std::mt19937& generator) {
-    return {Uniform(generator), Uniform(generator), Uniform(generator)};
-}
+using Tests::RandomPoint;
 
 CartesianArray Sphere(unsigned count) { return DefaultSpeakers(LayoutKind::Periphonic, count); }
 
