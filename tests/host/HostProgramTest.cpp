@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 
@@ -156,6 +157,14 @@ TEST_F(HostProgram, PlaysSilenceOnceTheObjectIsFree) {
     EXPECT_EQ(audio.Channel(0)[2367], 1);
     EXPECT_TRUE(
         std::ranges::all_of(audio.Channel(0).subspan(2368), [](float s) { return s == 0; }));
+}
+
+TEST_F(HostProgram, KeepsTheClocksPaceWhereItIsAsked) {
+    const auto start = std::chrono::steady_clock::now();
+    const auto audio = Render(kQuad, {"--realtime", "--duration", "0.3"});
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(audio.NumFrames(), 14400u);
+    EXPECT_GE(spent.count(), 0.29) << "all vectors but the last have passed";
 }
 
 TEST_F(HostProgram, WritesTheConsoleWhereItIsAsked) {
