@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloSpeakerRows.h"
 
+#include <algorithm>
+
 namespace Quilo {
 
 SpeakerRows::SpeakerRows(std::span<const tav::CartesianVector> speakers)
@@ -12,6 +14,18 @@ SpeakerRows::SpeakerRows(std::span<const tav::CartesianVector> speakers)
         numbers_[stride_ + k] = speakers[k].y;
         numbers_[2 * stride_ + k] = speakers[k].z;
     }
+}
+
+tav::CartesianVector WithinReach(const tav::CartesianVector& point) noexcept {
+    constexpr float kReach = 1e18f;  // metres
+    return {std::clamp(point.x, -kReach, kReach), std::clamp(point.y, -kReach, kReach),
+            std::clamp(point.z, -kReach, kReach)};
+}
+
+tav::CartesianArray WithinReach(const tav::CartesianArray& speakers, std::size_t most) {
+    tav::CartesianArray reachable(std::min(speakers.Size(), most));
+    for (std::size_t k = 0; k < reachable.Size(); ++k) reachable[k] = WithinReach(speakers[k]);
+    return reachable;
 }
 
 }  // namespace Quilo

@@ -3,7 +3,6 @@
 
 #include "math/VelkDspCartesian.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -31,10 +30,8 @@ private:
 };
 
 /// The point, or one nearer where squares of its distances would not fit 32 bits.
-inline tav::CartesianVector WithinReach(const tav::CartesianVector& point) noexcept {
-    constexpr float kReach = 1e18f;  // metres
-    return {std::clamp(point.x, -kReach, kReach), std::clamp(point.y, -kReach, kReach),
-            std::clamp(point.z, -kReach, kReach)};
-}
+tav::CartesianVector WithinReach(const tav::CartesianVector& point) noexcept;
+/// The first `most` loudspeakers, likewise.  Throws: std::bad_alloc.
+tav::CartesianArray WithinReach(const tav::CartesianArray& speakers, std::size_t most);
 
 }  // namespace Quilo

@@ -68,7 +68,10 @@ void AmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray&) {}
 void AmplitudePanning::SetInterpolationTime(float ms) {
     const ControlLock lock = LockControl();
     if (!std::isfinite(ms)) return;
-    matrix_.SetInterpolationTime(std::clamp(ms, 0.f, kMaxInterpolationTimeMs));
+    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    // A new segment would throw a glide under way back to its start.
+    if (clamped == matrix_.InterpolationTime()) return;
+    matrix_.SetInterpolationTime(clamped);
 }
 
 void AmplitudePanning::SetSourceSpread(unsigned index, float spread) {

@@ -22,9 +22,7 @@ DbapPanning::DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar)
 
 void DbapPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();
-    tav::CartesianArray speakers(positions);
-    speakers.Resize(std::min<std::size_t>(speakers.Size(), NumOutputs()));
-    std::ranges::transform(speakers, speakers.begin(), WithinReach);
+    const tav::CartesianArray speakers = WithinReach(positions, NumOutputs());
     cloud_ = SpeakerCloud(speakers);
     LayoutChanged(speakers);
     RecomputeSources();

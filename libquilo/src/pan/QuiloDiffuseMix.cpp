@@ -37,6 +37,7 @@ void DiffuseMix::Reset() { bank_.Reset(); }
 void DiffuseMix::SetInterpolationTime(float ms) {
     if (!std::isfinite(ms)) return;
     const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    if (clamped == sum_.InterpolationTime()) return;
     sum_.SetInterpolationTime(clamped);
     bank_.SetInterpolationTime(clamped);
 }

@@ -42,6 +42,12 @@ SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension) {
                           : SphericalHarmonic::Normalization::SN3D;
 }
 
+SphericalHarmonic::Normalization NormalizationFor(unsigned dimension,
+                                                  SphericalHarmonic::Normalization wanted) {
+    const bool isAllowed = SphericalHarmonic::IsAllowed(wanted, dimension);
+    return isAllowed ? wanted : DefaultNormalization(dimension);
+}
+
 HOAPanning::HOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
     : AmplitudePanning(numInputs, numOutputs),
       encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
@@ -66,12 +72,9 @@ void HOAPanning::SetOrder(unsigned order) {
 
 void HOAPanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
     const ControlLock lock = LockControl();
-    const unsigned dimension = encoding_.Dimension();
-    if (!SphericalHarmonic::IsAllowed(normalization, dimension)) {
-        normalization = DefaultNormalization(dimension);
-    }
-    if (normalization == encoding_.GetNormalization()) return;
-    encoding_.SetNormalization(normalization);
+    const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
+    if (possible == encoding_.GetNormalization()) return;
+    encoding_.SetNormalization(possible);
     RecomputeSources();
 }
 

@@ -28,6 +28,9 @@ unsigned HoaOrderOf(unsigned numOutputs, unsigned dimension);
 
 /// SN2D in two dimensions, SN3D otherwise.
 tav::SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension);
+/// `wanted`, or the default of the dimension where it does not have that one.
+tav::SphericalHarmonic::Normalization NormalizationFor(
+    unsigned dimension, tav::SphericalHarmonic::Normalization wanted);
 
 /// The gains of a source are the harmonics in its direction; its distance does not matter.
 /// The frame is that of all positions: x right, y front. A source in front is encoded in (1, -1),

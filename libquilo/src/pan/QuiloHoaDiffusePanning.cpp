@@ -119,14 +119,17 @@ float HoaDiffusePanning::GetInterpolationTime() const {
 
 void HoaDiffusePanning::SetOrder(unsigned order) {
     const ControlLock lock = LockControl();
-    order_ = std::min(order, HoaOrderOf(NumOutputs(), dimension_));
+    const unsigned possible = std::min(order, HoaOrderOf(NumOutputs(), dimension_));
+    if (possible == order_) return;
+    order_ = possible;
     UpdateWeights();
 }
 
 void HoaDiffusePanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
     const ControlLock lock = LockControl();
-    const bool allowed = SphericalHarmonic::IsAllowed(normalization, dimension_);
-    normalization_ = allowed ? normalization : DefaultNormalization(dimension_);
+    const auto possible = NormalizationFor(dimension_, normalization);
+    if (possible == normalization_) return;
+    normalization_ = possible;
     UpdateWeights();
 }
 

@@ -19,10 +19,7 @@ KnnPanning::KnnPanning(unsigned numInputs, unsigned numOutputs)
 
 void KnnPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();
-    tav::CartesianArray speakers(positions);
-    speakers.Resize(std::min<std::size_t>(speakers.Size(), NumOutputs()));
-    std::ranges::transform(speakers, speakers.begin(), WithinReach);
-    law_.SetSpeakers(speakers);
+    law_.SetSpeakers(WithinReach(positions, NumOutputs()));
     RecomputeSources();
 }
 

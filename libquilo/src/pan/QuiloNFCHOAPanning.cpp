@@ -120,7 +120,9 @@ void NFCHOAPanning::SetSourcePosition(unsigned index,
 void NFCHOAPanning::SetInterpolationTime(float ms) {
     const ControlLock lock = LockControl();
     if (!std::isfinite(ms)) return;
-    newest_.glideMs = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    if (clamped == newest_.glideMs) return;
+    newest_.glideMs = clamped;
     for (const auto& mixer : mixers_) mixer->SetInterpolationTime(newest_.glideMs);
     PublishControls();
 }
@@ -179,9 +181,9 @@ bool NFCHOAPanning::HighPass() const {
 
 void NFCHOAPanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
     const ControlLock lock = LockControl();
-    const unsigned dimension = encoding_.Dimension();
-    const bool allowed = SphericalHarmonic::IsAllowed(normalization, dimension);
-    encoding_.SetNormalization(allowed ? normalization : DefaultNormalization(dimension));
+    const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
+    if (possible == encoding_.GetNormalization()) return;
+    encoding_.SetNormalization(possible);
     RecomputeSources();
 }
 

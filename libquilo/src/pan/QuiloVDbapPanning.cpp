@@ -5,7 +5,6 @@
 #include "pan/QuiloVectorBasedPanning.h"
 #include "text/VelkDspException.h"
 
-#include <algorithm>
 #include <cmath>
 #include <string_view>
 
@@ -35,9 +34,7 @@ VDbapPanning::~VDbapPanning() = default;
 
 void VDbapPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();
-    tav::CartesianArray speakers(positions);
-    speakers.Resize(std::min<std::size_t>(speakers.Size(), NumOutputs()));
-    std::ranges::transform(speakers, speakers.begin(), WithinReach);
+    const tav::CartesianArray speakers = WithinReach(positions, NumOutputs());
     cloud_ = SpeakerCloud(speakers);
     distanceBased_->SetSpeakersPositions(speakers);
     vectorBased_->SetSpeakersPositions(speakers);

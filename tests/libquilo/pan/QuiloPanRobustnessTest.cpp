@@ -139,6 +139,22 @@ TEST_P(PannerAnywhere, WorksWithoutSourcesAndInThousandsOfFrames) {
     EXPECT_EQ(longBlocks.Play(4000, Music), shortBlocks.Play(4000, Music));
 }
 
+// A preset that is recalled says again what is in force, at times in mid-glide.
+TEST_P(PannerAnywhere, GoesOnAsBeforeWhenToldTheSameAgain) {
+    const auto reminded = Make(GetParam()), left = Make(GetParam());
+    PanPlayer first(*reminded), second(*left);
+    for (Pan* pan : {reminded.get(), left.get()}) {
+        pan->SetSourcePosition(0, {1, 2, 0.5f}, false, false);
+    }
+    EXPECT_EQ(first.Play(640, Music), second.Play(640, Music));
+    reminded->SetInterpolationTime(reminded->GetInterpolationTime());
+    reminded->SetSourcePosition(0, {1, 2, 0.5f}, false, false);
+    reminded->SetSourceSpread(0, reminded->SourceSpread(0));
+    reminded->SetNormalization(reminded->GetNormalization());
+    reminded->SetSourceMute(0, false);
+    EXPECT_EQ(first.Play(640, Music), second.Play(640, Music));
+}
+
 INSTANTIATE_TEST_SUITE_P(Panners,
                          PannerAnywhere,
                          testing::ValuesIn(kAllPanners),
