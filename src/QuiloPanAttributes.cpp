@@ -114,7 +114,8 @@ constexpr char kNfcHighPassHelp[] =
 constexpr char kSpeakersRadiusHelp[] =
     "Distance of the loudspeakers of the reproduction, in metres from 0.2 to 20.";
 constexpr char kSpreadHelp[] =
-    "Width of each source, from 0 (a point) to 100, one value for each. The message "
+    "Width of each source, from 0 (a point) to 100, one value for each. It is heard with the types "
+    "<m> dbap </m>, <m> dbap3d </m> and <m> spcap </m>; the others keep it. The message "
     "<m> source 1 spread 30 </m> sets a single one. <br/> Example: <m> spread 0 50 </m>.";
 constexpr char kCutoffHelp[] =
     "Frequency, in Hz from 10 to 1000, above which the sources are kept from the subwoofers.";
