@@ -36,6 +36,7 @@ constexpr const char* kCreationArguments[] = {"numinputs", "numoutputs", "type",
 void SetPlainArguments(t_object* x, std::span<t_atom> atoms) {
     const std::size_t count = std::min(atoms.size(), std::size(kCreationArguments));
     for (std::size_t index = 0; index < count; ++index) {
+        if (atom_gettype(&atoms[index]) == A_OBJ) continue;  // a dictionary in place of arguments
         object_attr_setvalueof(x, gensym(kCreationArguments[index]), 1, &atoms[index]);
     }
 }

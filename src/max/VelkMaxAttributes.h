@@ -92,8 +92,8 @@ private:
 
 // ---- Accessors
 
-/// The values of an attribute as a setter wants them, clipped to the range. Nothing when a value is
-/// not finite: such a value changes no attribute.
+/// The values of an attribute as a setter wants them, clipped to the range. Read answers false, and
+/// uses nothing, when one of them is a word or not finite where numbers are wanted.
 template <class Value>
 struct ValueReader;
 
@@ -149,8 +149,9 @@ void RunSetter(void* record, t_symbol* name, Atoms atoms, const Set& set) noexce
     Guarded(
         MaxObjectOf(object), &object_error,
         [&] {
-            ValueReader<std::remove_cvref_t<Value>>::Read(
+            const bool isRead = ValueReader<std::remove_cvref_t<Value>>::Read(
                 atoms, kRange, [&](const auto& value) { set(object, value); });
+            if (!isRead) Error(object, kUnreadableValue, name->s_name);
         },
         [&](const char* what) { PostOutOfMemory(object, what); });
     object.TheDoor().Changed(name);
@@ -193,43 +194,50 @@ struct SetterOf<Set, kRange> {
 template <>
 struct ValueReader<max_long> {
     template <class Use>
-    static void Read(Atoms atoms, Range range, Use&& use) {
+    static bool Read(Atoms atoms, Range range, Use&& use) {
+        if (!atoms.IsNumber(0)) return false;
         const auto value = static_cast<double>(SaturatedInt(atoms.Long(0)));
         use(static_cast<max_long>(range.Clip(value)));
+        return true;
     }
 };
 template <>
 struct ValueReader<float> {
     template <class Use>
-    static void Read(Atoms atoms, Range range, Use&& use) {
-        if (std::isfinite(atoms.Float(0))) use(static_cast<float>(range.Clip(atoms.Float(0))));
+    static bool Read(Atoms atoms, Range range, Use&& use) {
+        if (!atoms.IsNumber(0) || !std::isfinite(atoms.Float(0))) return false;
+        use(static_cast<float>(range.Clip(atoms.Float(0))));
+        return true;
     }
 };
 template <>
 struct ValueReader<t_symbol*> {
     template <class Use>
-    static void Read(Atoms atoms, Range, Use&& use) {
+    static bool Read(Atoms atoms, Range, Use&& use) {
         use(atoms.Symbol(0));
+        return true;
     }
 };
 template <>
 struct ValueReader<std::vector<float>> {
     template <class Use>
-    static void Read(Atoms atoms, Range range, Use&& use) {
+    static bool Read(Atoms atoms, Range range, Use&& use) {
         std::vector<float> values(atoms.Size());
         for (std::size_t index = 0; index < values.size(); ++index) {
-            if (!std::isfinite(atoms.Float(index))) return;
+            if (!atoms.IsNumber(index) || !std::isfinite(atoms.Float(index))) return false;
             values[index] = static_cast<float>(range.Clip(atoms.Float(index)));
         }
         use(values);
+        return true;
     }
 };
 /// Setters that check the atoms themselves.
 template <>
 struct ValueReader<Atoms> {
     template <class Use>
-    static void Read(Atoms atoms, Range, Use&& use) {
+    static bool Read(Atoms atoms, Range, Use&& use) {
         use(atoms);
+        return true;
     }
 };
 

@@ -20,6 +20,7 @@ inline constexpr Text<const char*> kMethodNotAdded{"error when adding method %s"
 // Attributes
 inline constexpr Text<>            kNoMemoryForAttribute{"error allocating memory for attribute"};
 inline constexpr Text<const char*> kNoMemoryForGetter{"couldnt allocate memory for attribute %s getter"};
+inline constexpr Text<const char*> kUnreadableValue{"error reading value of attribute %s"};
 inline constexpr Text<const char*> kUnknownAttribute{"unknown attribute %s"};
 
 // A message that is refused as a whole: its text, then its arguments or only the blank

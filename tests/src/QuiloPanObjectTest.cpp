@@ -75,6 +75,7 @@ TEST(PanObject, RefusesValuesThatAreNotFinite) {
     EXPECT_EQ(box.Ask("spread"), "5 6");
     EXPECT_EQ(box.Ask("interpolationtime"), "10");
     EXPECT_EQ(box.Ask("automute"), "7");
+    EXPECT_EQ(box.TakeConsole().size(), 3u) << "one line for each";
     // Deliberate: Max's clip filter comes first, and to it infinity is merely beyond the range.
     setAll(kInfinity);
     EXPECT_EQ(box.Ask("spread"), "100 6");
@@ -389,5 +390,5 @@ INSTANTIATE_TEST_SUITE_P(
                     Arguments{"OnlyAttributes", "@numoutputs 2 @numinputs 3", 3, 2},
                     Arguments{"AttributesWithoutValues", "2 2 @type @spread @", 2, 2},
                     Arguments{"Unsupported", "1 7 ms", 1, 7},
-                    Arguments{"WordsForNumbers", "foo bar 3 4 5", 1, 1}),
+                    Arguments{"WordsForNumbers", "foo bar 3 4 5", 1, 4}),
     [](const auto& row) { return row.param.name; });
