@@ -111,7 +111,7 @@ void HoaLookupTable(benchmark::State& state) {
     for (auto _ : state) {
         const tav::HoaLookupTable table(static_cast<unsigned>(state.range(0)), 3,
                                         SphericalHarmonic::Normalization::SN3D);
-        benchmark::DoNotOptimize(table.Gain(1, 0));
+        benchmark::DoNotOptimize(table.Gains(0));
     }
 }
 

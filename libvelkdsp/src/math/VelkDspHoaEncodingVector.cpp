@@ -152,10 +152,8 @@ void HoaEncodingVector::ComputeInto(const CartesianVector& direction,
                                     std::span<Real> gains) noexcept {
     if (!IsFinite(direction) || gains.size() < numChannels_) return;
     if (mode_ == Mode::Fast) {
-        const std::size_t index = HoaLookupTable::IndexOf(direction);
-        for (std::size_t c = 0; c < numChannels_; ++c) {
-            gains[c] = static_cast<Real>(table_->Gain(c, index));
-        }
+        const auto tabled = table_->Gains(HoaLookupTable::IndexOf(direction));
+        std::ranges::copy(tabled, gains.begin());
         return;
     }
     const UnitVector d = UnitVectorOf(direction);

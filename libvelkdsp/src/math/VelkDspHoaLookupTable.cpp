@@ -14,34 +14,16 @@ namespace tav {
 HoaLookupTable::HoaLookupTable(unsigned order,
                                unsigned dimension,
                                SphericalHarmonic::Normalization normalization)
-    : order_(order),
-      dimension_(dimension),
-      channels_(SphericalHarmonic::NumChannels(order, dimension)) {
-    using Sorting = SphericalHarmonic::Sorting;
-    for (std::size_t c = 0; c < channels_.Size(); ++c) {
-        const auto index = static_cast<unsigned>(c);
-        const auto degree = SphericalHarmonic::FromChannelIndex(index, dimension, Sorting::ACN);
-        const bool isSingle = c == 0;
-        channels_[c] = {degree.n, degree.m, normalization,
-                        Matrix<float>(isSingle ? 1 : kNumElevations, isSingle ? 1 : kNumAzimuths)};
-    }
-    if (channels_.Empty()) return;
+    : gains_(kNumElevations * kNumAzimuths, SphericalHarmonic::NumChannels(order, dimension)) {
     HoaEncodingVector encoding(order, dimension, normalization);
-    Matrix<float> ring(kNumAzimuths, channels_.Size());
     for (std::size_t row = 0; row < kNumElevations; ++row) {
         const float elevationDeg = static_cast<float>(row) - 90.f;
         for (std::size_t column = 0; column < kNumAzimuths; ++column) {
             const auto azimuthDeg = static_cast<float>(column);
-            encoding.Compute(FromNavigational(azimuthDeg, elevationDeg, 1.f), ring.Row(column));
-        }
-        for (std::size_t c = 1; c < channels_.Size(); ++c) {
-            const std::span<float> gains = channels_[c].gains.Row(row);
-            for (std::size_t column = 0; column < kNumAzimuths; ++column) {
-                gains[column] = ring(column, c);
-            }
+            encoding.Compute(FromNavigational(azimuthDeg, elevationDeg, 1.f),
+                             gains_.Row(row * kNumAzimuths + column));
         }
     }
-    channels_[0].gains(0, 0) = ring(0, 0);
 }
 
 std::shared_ptr<const HoaLookupTable> HoaLookupTable::Shared(
