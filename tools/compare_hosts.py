@@ -57,9 +57,11 @@ def run(host, script, folder, kernels):
     for path in (wave, console):
         if os.path.exists(path):
             os.remove(path)
-    command = shlex.split(host) + ["--quiet", "--in", os.path.join(folder, "noise.wav"), "--out", wave,
-                                   "--console", console, script]
-    done = subprocess.run(command, env=dict(os.environ, TAV_SIMD=kernels), stdin=subprocess.DEVNULL,
+    words = [os.path.abspath(word) if os.path.exists(word) else word for word in shlex.split(host)]
+    command = words + ["--quiet", "--in", os.path.join(folder, "noise.wav"), "--out", wave,
+                                   "--console", console, os.path.abspath(script)]
+    # What scripts write stays in the folder.
+    done = subprocess.run(command, cwd=folder, env=dict(os.environ, TAV_SIMD=kernels), stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120)
     if not os.path.exists(wave):
         return done.returncode, done.stderr, None
