@@ -65,6 +65,7 @@ void Door::RunInside(const Letter& letter, Lock lock) {
     lock.unlock();
     if (!isLast) return;
     if (systhread_isaudiothread() == 0) return Announce();
+    if (clock_ == nullptr) return;  // told with the next message of another thread
     const bool hasNews =
         std::ranges::any_of(changed_, [](const auto& name) { return name.load(); });
     if (hasNews && !isAnnouncingSoon_.exchange(true)) clock_fdelay(clock_, kAnnounceMs);
