@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "HostScript.h"
 
+#include "ApiFailingCalls.h"
 #include "HostAtoms.h"
-#include "HostBridge.h"
 #include "HostFault.h"
 #include "HostLimits.h"
 #include "laws/QuiloNamedLayouts.h"

@@ -114,7 +114,7 @@ void CheckHandlers(Validation& v) {
 
 /// Each call of the API that can fail, failing once in a message that makes it.
 void CheckCalls(Validation& v) {
-    for (const std::string_view function : HostApi::FailingCalls()) {
+    for (const std::string_view function : HostApi::kFailingCalls) {
         std::string why;
         for (unsigned n = 1; n <= 3 && why.empty(); ++n) {
             v.bench.Remake();

@@ -3,52 +3,11 @@
 
 #include "HostBridge.h"
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <mutex>
 
 namespace HostApi {
 namespace {
-
-// The functions that ask InjectedFailure.
-constexpr std::array<std::string_view, 35> kFailing{
-    "atom_alloc",
-    "atom_alloc_array",
-    "attr_offset_array_new",
-    "attr_offset_new",
-    "binbuf_new",
-    "class_addattr",
-    "class_addmethod",
-    "class_attr_addattr_format",
-    "class_attr_addattr_parse",
-    "class_register",
-    "dictionary_appendatoms",
-    "dictionary_appendfloat",
-    "dictionary_appendlong",
-    "dictionary_appendsym",
-    "dictionary_copyatoms",
-    "dictionary_getatoms",
-    "dictionary_getkeys_ordered",
-    "dictionary_new",
-    "dictionary_read",
-    "dictionary_write",
-    "dictobj_register",
-    "locatefile_extended",
-    "object_addattr",
-    "object_alloc",
-    "object_attr_addattr_format",
-    "object_attr_addattr_parse",
-    "object_attr_getnames",
-    "object_attr_getvalueof",
-    "object_attr_setvalueof",
-    "object_obex_lookup",
-    "object_obex_store",
-    "outlet_anything",
-    "outlet_new",
-    "sysmem_newptr",
-    "sysmem_resizeptr",
-};
 
 struct Plan {
     std::mutex mutex;
@@ -80,12 +39,6 @@ void RefusePerform(const char* function) {
     const ThreadScope elsewhere(ThreadKind::Audio);  // the report is the host's, not the module's
     object_bug(nullptr, "%s: called in a perform routine", function);
 }
-
-bool CanFail(std::string_view function) {
-    return std::ranges::find(kFailing, function) != kFailing.end();
-}
-
-std::span<const std::string_view> FailingCalls() { return kFailing; }
 
 bool FailCall(std::string_view function, unsigned n, t_max_err code) {
     Plan& plan = ThePlan();

@@ -11,6 +11,8 @@
 // nothing.
 #pragma once
 
+#include "ApiFailingCalls.h"
+
 #include "ext.h"
 
 #include <cstddef>
@@ -133,12 +135,6 @@ using WatchSink = std::function<void(t_symbol* message, t_symbol* attribute)>;
 MAXAPI_EXPORT t_object* Watch(t_object* object, WatchSink sink);
 
 // ---- Faults
-
-/// Whether FailCall knows the function.
-MAXAPI_EXPORT bool CanFail(std::string_view function);
-
-/// All that it knows.
-MAXAPI_EXPORT std::span<const std::string_view> FailingCalls();
 
 /// Makes the n-th call of an API function from now on fail, with this code where it gives one.
 /// @param n  0: nothing fails, whatever was planned    @return whether a plan still waited
