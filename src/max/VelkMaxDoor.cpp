@@ -5,6 +5,7 @@
 #include "max/VelkMaxRestoring.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace VelkMax {
 
@@ -40,6 +41,7 @@ Door::Door(void* record) : record_(record), clock_(clock_new(this, AsMethod(&Tic
 
 Door::~Door() {
     if (clock_ != nullptr) object_free(clock_);
+    PostLines();
 }
 
 Door::Lock Door::Ask() const {
@@ -64,11 +66,12 @@ void Door::RunInside(const Letter& letter, Lock lock) {
     const bool isLast = --depth_ == 0;
     lock.unlock();
     if (!isLast) return;
-    if (systhread_isaudiothread() == 0) return Announce();
+    if (systhread_isaudiothread() == 0) {
+        PostLines();
+        return Announce();
+    }
     if (clock_ == nullptr) return;  // told with the next message of another thread
-    const bool hasNews =
-        std::ranges::any_of(changed_, [](const auto& name) { return name.load(); });
-    if (hasNews && !isAnnouncingSoon_.exchange(true)) clock_fdelay(clock_, kAnnounceMs);
+    if (HasNews() && !isAnnouncingSoon_.exchange(true)) clock_fdelay(clock_, kAnnounceMs);
 }
 
 void Door::RunWaiting() {
@@ -99,26 +102,54 @@ void Door::Announce() {
     if (hasNews) AnnounceState(object);
 }
 
+bool Door::HasNews() const noexcept {
+    return std::ranges::any_of(changed_, [](const auto& name) { return name.load(); }) ||
+           std::ranges::any_of(lines_, [](const Line& line) { return line.state == Line::Ready; });
+}
+
+// ---- Console lines
+
+void Door::KeepLine(ConsoleRow row, const char* text) const noexcept {
+    for (Line& line : lines_) {
+        Line::State found = Line::Free;
+        if (!line.state.compare_exchange_strong(found, Line::Written)) continue;
+        line.row = row;
+        std::ranges::copy_n(text, static_cast<std::ptrdiff_t>(std::strlen(text) + 1), line.text);
+        line.state = Line::Ready;
+        return;
+    }
+}
+
+void Door::PostLines() {
+    for (Line& line : lines_) {
+        Line::State found = Line::Ready;
+        if (!line.state.compare_exchange_strong(found, Line::Written)) continue;
+        line.row(static_cast<t_object*>(record_), "%s", line.text);
+        line.state = Line::Free;
+    }
+}
+
 // ---- Off the audio thread
+
+void Door::CatchUp() {
+    RunWaiting();
+    PostLines();
+    Announce();
+}
 
 void Door::Tick(void* door) noexcept {
     Door& self = *static_cast<Door*>(door);
     self.isAnnouncingSoon_ = false;
-    if (systhread_isaudiothread() == 0) {
-        self.RunWaiting();
-    } else if (!self.letters_.IsEmpty()) {
-        // The clock itself runs in the audio interrupt: the main thread is the only way out.
-        t_atom atom{};
-        atom_setobj(&atom, door);
-        defer_low(self.record_, AsMethod(&RunDeferred), nullptr, 1, &atom);
-    }
-    self.Announce();
+    if (systhread_isaudiothread() == 0) return self.CatchUp();
+    // The clock itself runs in the audio interrupt: the main thread is the only way out.
+    if (self.letters_.IsEmpty() && !self.HasNews()) return;
+    t_atom atom{};
+    atom_setobj(&atom, door);
+    defer_low(self.record_, AsMethod(&RunDeferred), nullptr, 1, &atom);
 }
 
 void Door::RunDeferred(void*, t_symbol*, short, t_atom* door) noexcept {
-    Door& self = *static_cast<Door*>(atom_getobj(door));
-    self.RunWaiting();
-    self.Announce();
+    static_cast<Door*>(atom_getobj(door))->CatchUp();
 }
 
 }  // namespace VelkMax

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "max/VelkMaxAtoms.h"
+#include "max/VelkMaxText.h"
 
 #include <array>
 #include <atomic>
@@ -75,12 +76,28 @@ public:
     /// @param attribute  its name.  Thread: any, inside
     void Changed(t_symbol* attribute) noexcept;
 
+    /// Whether the calling thread may not post.  Thread: any
+    bool KeepsLines() const noexcept { return systhread_isaudiothread() != 0; }
+    /// Keeps a console line until a thread comes that may post it. Of a flood the first are kept.
+    /// Thread: any
+    void KeepLine(ConsoleRow row, const char* text) const noexcept;
+
 private:
     static constexpr double kAnnounceMs = 40;
 
+    struct Line {
+        enum State : unsigned { Free, Written, Ready };
+        std::atomic<State> state = Free;
+        ConsoleRow row = nullptr;
+        char text[kKeptLineSize] = "";
+    };
+
+    bool HasNews() const noexcept;
     void RunInside(const Letter& letter, Lock lock);
     void RunWaiting();
+    void PostLines();
     void Announce();
+    void CatchUp();
     static void Tick(void* door) noexcept;
     static void RunDeferred(void*, t_symbol*, short, t_atom* door) noexcept;
 
@@ -89,6 +106,7 @@ private:
     int depth_ = 0;  // of callers inside each other; under the mutex
     LetterBox letters_;
     std::array<std::atomic<t_symbol*>, 40> changed_{};  // more than an object has attributes
+    mutable std::array<Line, 8> lines_;
     std::atomic<bool> isAnnouncingSoon_ = false;
     t_clock* clock_;
 };

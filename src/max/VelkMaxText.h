@@ -7,6 +7,8 @@
 
 #include "ext.h"
 
+#include <cstddef>
+#include <cstdio>
 #include <string_view>
 #include <type_traits>
 
@@ -70,31 +72,55 @@ void PostRow(ConsoleRow row,
     }
 }
 
+/// The longest line that waits for a thread that may post it; what is longer is cut.
+inline constexpr std::size_t kKeptLineSize = 256;
+
+/// As PostRow, except that an object with a door keeps what the audio thread says.
+template <class Object, class... Arguments>
+void Say(ConsoleRow row,
+         const Object& object,
+         const Text<Arguments...>& text,
+         std::type_identity_t<Arguments>... arguments) noexcept {
+    if constexpr (requires { object.TheDoor().KeepsLines(); }) {
+        if (object.TheDoor().KeepsLines()) {
+            char line[kKeptLineSize];
+            if constexpr (sizeof...(Arguments) == 0) {
+                std::snprintf(line, sizeof line, "%s", text.Format());
+            } else {
+                std::snprintf(line, sizeof line, text.Format(), arguments...);
+            }
+            return object.TheDoor().KeepLine(row, line);
+        }
+    }
+    PostRow(row, MaxObjectOf(object), text, arguments...);
+}
+
 /// `object` is a t_object* or whatever has a MaxObjectOf beside it.
-/// Thread: main or scheduler.  Throws: nothing.  No allocation on this side.
+/// Thread: any for an object with a door, else main or scheduler.  Throws: nothing.  No allocation
+/// on this side.
 template <class Object, class... Arguments>
 void Post(const Object& object,
           const Text<Arguments...>& text,
           std::type_identity_t<Arguments>... arguments) noexcept {
-    PostRow(&object_post, MaxObjectOf(object), text, arguments...);
+    Say(&object_post, object, text, arguments...);
 }
 template <class Object, class... Arguments>
 void Warn(const Object& object,
           const Text<Arguments...>& text,
           std::type_identity_t<Arguments>... arguments) noexcept {
-    PostRow(&object_warn, MaxObjectOf(object), text, arguments...);
+    Say(&object_warn, object, text, arguments...);
 }
 template <class Object, class... Arguments>
 void Error(const Object& object,
            const Text<Arguments...>& text,
            std::type_identity_t<Arguments>... arguments) noexcept {
-    PostRow(&object_error, MaxObjectOf(object), text, arguments...);
+    Say(&object_error, object, text, arguments...);
 }
 template <class Object, class... Arguments>
 void Bug(const Object& object,
          const Text<Arguments...>& text,
          std::type_identity_t<Arguments>... arguments) noexcept {
-    PostRow(&object_bug, MaxObjectOf(object), text, arguments...);
+    Say(&object_bug, object, text, arguments...);
 }
 
 }  // namespace VelkMax
