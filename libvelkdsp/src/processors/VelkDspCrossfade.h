@@ -37,13 +37,14 @@ class Crossfade {
 public:
     static constexpr float kDefaultMs = 5.f;
 
+    explicit Crossfade(float sampleRateHz) : sampleRateHz_(sampleRateHz) {}
+
     /// The new values count from the next fade on. @param ms  0 or less: no fade; not finite:
     /// ignored
-    void SetTime(float ms) noexcept TAV_NONBLOCKING {
+    void Set(float ms, FadeShape shape) noexcept TAV_NONBLOCKING {
         if (std::isfinite(ms)) ms_ = std::max(ms, 0.f);
+        shape_ = shape;
     }
-    void SetShape(FadeShape shape) noexcept TAV_NONBLOCKING { shape_ = shape; }
-    void SetSampleRate(float hz) noexcept TAV_NONBLOCKING { sampleRateHz_ = hz; }
 
     /// A response equal to the one that sounds, or that is headed for, takes its place unheard;
     /// what waited is dropped.
@@ -74,10 +75,13 @@ public:
         fading_ = length_ > 0;
         return fading_;
     }
-    unsigned FramesLeft() const noexcept TAV_NONBLOCKING { return length_ - position_; }
+    /// Of so many frames those up to the end of the fade, all of them where there is none.
+    std::size_t FramesWithin(std::size_t frames) const noexcept TAV_NONBLOCKING {
+        return fading_ ? std::min<std::size_t>(frames, length_ - position_) : frames;
+    }
 
     /// sounding[k] = the weighted sum of sounding[k] and incoming[k].  @pre  Fading(), at most
-    /// FramesLeft() samples   @return true: the fade is over, the incoming one is the current one
+    /// FramesWithin() samples   @return true: the fade is over, the incoming one is the current one
     bool Mix(std::span<float> sounding, std::span<const float> incoming) noexcept TAV_NONBLOCKING {
         const double turn = std::numbers::pi / static_cast<double>(length_);
         const double half = fadeShape_ == FadeShape::Cosine ? 0.5 * turn : turn;
@@ -124,7 +128,7 @@ private:
     }
 
     float ms_ = kDefaultMs;
-    float sampleRateHz_ = 44100.f;
+    float sampleRateHz_;
     FadeShape shape_ = FadeShape::SquareCosine;
     const Response* current_ = nullptr;
     const Response* incoming_ = nullptr;

@@ -48,14 +48,8 @@ bool Cascade::IsSane() const noexcept TAV_NONBLOCKING {
 CrossfadedCascade::CrossfadedCascade(std::size_t maxCells, float sampleRateHz)
     : sounding_(maxCells),
       incoming_(maxCells),
-      past_(PastLength(sampleRateHz)) {
-    fade_.SetSampleRate(sampleRateHz);
-}
-
-void CrossfadedCascade::SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING {
-    fade_.SetTime(ms);
-    fade_.SetShape(shape);
-}
+      fade_(sampleRateHz),
+      past_(PastLength(sampleRateHz)) {}
 
 void CrossfadedCascade::Load(const BiquadCells* cells) noexcept TAV_NONBLOCKING {
     if (cells == nullptr || cells->size() <= sounding_.MaxCells()) fade_.Load(cells);
@@ -87,9 +81,7 @@ void CrossfadedCascade::PerformPiece(std::span<float> output,
             --starts;
             Begin();
         }
-        const std::size_t left = output.size() - done;
-        const std::size_t count =
-            fade_.Fading() ? std::min<std::size_t>(left, fade_.FramesLeft()) : left;
+        const std::size_t count = fade_.FramesWithin(output.size() - done);
         const std::span sounding = output.subspan(done, count);
         Remember({input + done, count});
         const bool fading = fade_.Fading();

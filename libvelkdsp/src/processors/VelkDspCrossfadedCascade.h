@@ -42,7 +42,7 @@ public:
     /// @param sampleRateHz  the rate of the cells      Throws: std::bad_alloc.
     CrossfadedCascade(std::size_t maxCells, float sampleRateHz);
 
-    void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING;
+    void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING { fade_.Set(ms, shape); }
     /// Null and no cells: silence. More cells than announced are ignored.
     void Load(const BiquadCells* cells) noexcept TAV_NONBLOCKING;
     /// The input so far is forgotten; fades go on.

@@ -5,14 +5,9 @@
 
 namespace tav {
 
-CrossfadedFir::CrossfadedFir(std::size_t maxTaps, float sampleRateHz) : history_(maxTaps) {
-    fade_.SetSampleRate(sampleRateHz);
-}
-
-void CrossfadedFir::SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING {
-    fade_.SetTime(ms);
-    fade_.SetShape(shape);
-}
+CrossfadedFir::CrossfadedFir(std::size_t maxTaps, float sampleRateHz)
+    : history_(maxTaps),
+      fade_(sampleRateHz) {}
 
 void CrossfadedFir::Load(const FirResponse* response) noexcept TAV_NONBLOCKING {
     if (response == nullptr || response->NumTaps() <= history_.MaxTaps()) fade_.Load(response);
@@ -40,9 +35,7 @@ void CrossfadedFir::PerformPiece(float* output,
     float incoming[FirResponse::kPartition];
     for (std::size_t done = 0; done < input.size();) {
         if (fade_.Waiting()) Begin();
-        const std::size_t left = input.size() - done;
-        const std::size_t count =
-            fade_.Fading() ? std::min<std::size_t>(left, fade_.FramesLeft()) : left;
+        const std::size_t count = fade_.FramesWithin(input.size() - done);
         const std::span sounding(output + done, count);
         const std::size_t gridPosition = history_.GridPosition() + done;
         Play(fade_.Current(), soundingTail_, sounding, past + done, gridPosition);

@@ -18,7 +18,7 @@ public:
     /// @param maxTaps  of the longest response      Throws: std::bad_alloc.
     CrossfadedFir(std::size_t maxTaps, float sampleRateHz);
 
-    void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING;
+    void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING { fade_.Set(ms, shape); }
     /// Null: silence. A response longer than announced is ignored.
     void Load(const FirResponse* response) noexcept TAV_NONBLOCKING;
     /// The input so far is forgotten; fades go on.
