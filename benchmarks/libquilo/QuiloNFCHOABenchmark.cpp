@@ -2,6 +2,7 @@
 // Near-field compensated panners beside the plainest form of the same work: one section after the
 // other, one source after the other, and a loop per pair of source and channel. And the diffuse
 // panner, per output.
+#include "BenchmarkInputs.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
@@ -19,11 +20,8 @@ constexpr float kRate = 48000.f;
 
 struct Signals {
     Signals(unsigned numInputs, unsigned numOutputs, unsigned frames)
-        : input(std::size_t{numInputs} * frames),
+        : input(Noise(std::size_t{numInputs} * frames, 1)),
           output(std::size_t{numOutputs} * frames) {
-        std::minstd_rand generator(1);
-        std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-        for (float& x : input) x = uniform(generator);
         for (unsigned i = 0; i < numInputs; ++i) inputs.push_back(input.data() + i * frames);
         for (unsigned o = 0; o < numOutputs; ++o) outputs.push_back(output.data() + o * frames);
     }
@@ -31,11 +29,6 @@ struct Signals {
     std::vector<const float*> inputs;
     std::vector<float*> outputs;
 };
-
-tav::CartesianVector Place(std::minstd_rand& generator) {
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    return {uniform(generator), uniform(generator), uniform(generator)};
-}
 
 template <class Perform>
 void Measure(benchmark::State& state, Signals& signals, unsigned frames, Perform perform) {
@@ -60,16 +53,16 @@ void PlayPanner(benchmark::State& state, unsigned movedPerBlock) {
     Panner pan(sources, (order + 1) * (order + 1));
     pan.SetSampleRate(kRate);
     Signals signals(sources, pan.NumOutputs(), frames);
-    std::minstd_rand generator(2);
+    std::mt19937 generator(2);
     for (unsigned i = 0; i < sources; ++i) {
-        pan.SetSourcePosition(i, Place(generator), true, true);
+        pan.SetSourcePosition(i, Tests::RandomPoint(generator), true, true);
     }
     unsigned next = 0;
     Measure(state, signals, frames, [&] {
         if (movedPerBlock > 0) {
             state.PauseTiming();
             for (unsigned i = 0; i < movedPerBlock; ++i) {
-                pan.SetSourcePosition(next++ % sources, Place(generator), false, true);
+                pan.SetSourcePosition(next++ % sources, Tests::RandomPoint(generator), false, true);
             }
             state.ResumeTiming();
         }
@@ -154,12 +147,12 @@ void NfcHoaPlain(benchmark::State& state) {
     const unsigned channels = (order + 1) * (order + 1);
     const float scale = static_cast<float>(Quilo::kSpeedOfSound) / (2.f * kRate);
     Signals signals(sources, channels, frames);
-    std::minstd_rand generator(2);
+    std::mt19937 generator(2);
     tav::HoaEncodingVector encoding(order, 3, tav::SphericalHarmonic::Normalization::SN3D);
     std::vector<PlainSource> filters;
     std::vector<std::vector<float>> gains;
     for (unsigned i = 0; i < sources; ++i) {
-        const tav::CartesianVector place = Place(generator);
+        const tav::CartesianVector place = Tests::RandomPoint(generator);
         filters.emplace_back(order, 1.f / std::hypot(place.x, place.y, place.z), scale);
         gains.emplace_back(channels);
         encoding.Compute(place, gains.back());

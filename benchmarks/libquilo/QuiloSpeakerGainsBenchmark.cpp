@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Gains of one source over all loudspeakers, beside one pass of as many distances.
+#include "BenchmarkInputs.h"
 #include "kernels/VelkDspKernels.h"
 #include "kernels/VelkDspSpeakerKernels.h"
 #include "laws/QuiloDbapLaw.h"
 #include "laws/QuiloDefaultLayouts.h"
 #include "laws/QuiloKnnLaw.h"
 #include "laws/QuiloSpcapLaw.h"
-#include "reference/RandomPoints.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,8 +24,7 @@ tav::CartesianArray Layout(const benchmark::State& state) {
 /// @param computeGains  of a source into a row
 template <class ComputeGains>
 void Run(benchmark::State& state, ComputeGains computeGains) {
-    std::mt19937 generator(1);
-    const tav::CartesianArray sources = Tests::RandomLayout(generator, 1024, 1.f);
+    const tav::CartesianArray sources = Sources();
     tav::Vector<float> gains(static_cast<std::size_t>(state.range(0)));
     std::size_t next = 0;
     for (auto _ : state) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Gains of one source over loudspeakers in space, beside the plain choice of the triplet.
+#include "BenchmarkInputs.h"
 #include "kernels/VelkDspTripletKernels.h"
 #include "laws/QuiloDefaultLayouts.h"
 #include "laws/QuiloTriangulation.h"
@@ -9,23 +10,12 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
-#include <random>
 
 namespace {
 
 tav::Vector<Quilo::Triplet> Triplets(const benchmark::State& state) {
     const auto count = static_cast<unsigned>(state.range(0));
     return Quilo::Triangulate(Quilo::DefaultSpeakers(Quilo::LayoutKind::Periphonic, count));
-}
-
-/// Positions all round the listener.
-tav::CartesianArray Sources() {
-    std::mt19937 generator(1);
-    std::uniform_real_distribution<float> coordinate(-1.f, 1.f);
-    tav::CartesianArray sources(1024);
-    for (auto& s : sources)
-        s = {coordinate(generator), coordinate(generator), coordinate(generator)};
-    return sources;
 }
 
 template <class ComputeGains>

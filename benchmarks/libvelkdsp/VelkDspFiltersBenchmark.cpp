@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The filters beside what one would write first, and the transform beside FFTW.
+#include "BenchmarkInputs.h"
 #include "filterdesign/VelkDspFft.h"
 #include "processors/VelkDspCrossfadedCascade.h"
 #include "processors/VelkDspCrossfadedFir.h"
@@ -15,21 +16,12 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <random>
 #include <vector>
 
 namespace {
 
 constexpr float kSampleRate = 48000.f;
 constexpr tav::FilterSetting kLowPass{tav::FilterKind::LowPass, 125.f, 0.7f, 0.f};
-
-std::vector<float> Noise(std::size_t count, unsigned seed) {
-    std::mt19937 generator(seed);
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    std::vector<float> values(count);
-    std::ranges::generate(values, [&] { return uniform(generator); });
-    return values;
-}
 
 std::size_t Argument(const benchmark::State& state, std::size_t index) {
     return static_cast<std::size_t>(state.range(index));

@@ -2,6 +2,7 @@
 // Encoding gains of one source, beside other ways to the same harmonics.
 #include "math/VelkDspHoaEncodingVector.h"
 
+#include "BenchmarkInputs.h"
 #include "kernels/VelkDspHoaBatch.h"
 #include "math/VelkDspSpherical.h"
 
@@ -16,23 +17,12 @@
 
 #include <cmath>
 #include <cstddef>
-#include <random>
 #include <span>
 #include <vector>
 
 namespace {
 
 using tav::SphericalHarmonic;
-
-/// Positions all round the listener.
-tav::CartesianArray Sources() {
-    std::mt19937 generator(1);
-    std::uniform_real_distribution<float> coordinate(-1.f, 1.f);
-    tav::CartesianArray sources(1024);
-    for (auto& s : sources)
-        s = {coordinate(generator), coordinate(generator), coordinate(generator)};
-    return sources;
-}
 
 template <class Encode>
 void Run(benchmark::State& state, Encode encode) {

@@ -3,6 +3,7 @@
 // Only the time in the audio thread counts; gains are set while the clock stands.
 #include "processors/VelkDspSignalMatrix.h"
 
+#include "BenchmarkInputs.h"
 #include "reference/PlainSignalMatrix.h"
 
 #include <benchmark/benchmark.h>
@@ -15,7 +16,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <random>
 #include <span>
 #include <vector>
 
@@ -23,14 +23,6 @@ namespace {
 
 constexpr float kSampleRate = 44100.f;
 constexpr float kRampMs = 30.f;
-
-std::vector<float> Noise(std::size_t count, unsigned seed) {
-    std::mt19937 generator(seed);
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    std::vector<float> values(count);
-    std::ranges::generate(values, [&] { return uniform(generator); });
-    return values;
-}
 
 /// inputs x frames samples and outputs x frames sums, channel after channel, from the start of a
 /// cache line on.
