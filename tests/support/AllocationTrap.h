@@ -12,8 +12,8 @@ namespace Tests {
 /// Keep assertions outside: a failing one allocates.
 ///
 ///     unsigned violations = 0;
-///     { AllocationTrap trap; processor.Process(outputs, inputs, 64); violations =
-///     trap.Violations(); } EXPECT_EQ(violations, 0u);
+///     { AllocationTrap trap; Play(); violations = trap.Violations(); }
+///     EXPECT_EQ(violations, 0u);
 class AllocationTrap {
 public:
     AllocationTrap() noexcept;
@@ -30,5 +30,13 @@ public:
 private:
     unsigned before_;
 };
+
+/// Of `action` alone.
+template <class Action>
+unsigned ViolationsOf(Action action) {
+    const AllocationTrap trap;
+    action();
+    return trap.Violations();
+}
 
 }  // namespace Tests

@@ -2,27 +2,18 @@
 #include "filterdesign/VelkDspFft.h"
 
 #include "kernels/VelkDspKernels.h"
+#include "support/Signals.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <numbers>
-#include <random>
 #include <vector>
 
 namespace tav {
 namespace {
-
-std::vector<float> Noise(std::size_t count) {
-    std::mt19937 random(static_cast<unsigned>(count));
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    std::vector<float> values(count);
-    std::ranges::generate(values, [&] { return uniform(random); });
-    return values;
-}
 
 /// One bin by its definition, in double, from a table of turns.
 class Dft {
@@ -49,7 +40,7 @@ class FftOfSize : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(FftOfSize, AgreesWithTheDefinitionAndComesBack) {
     const std::size_t size = GetParam();
-    const std::vector<float> signal = Noise(size);
+    const std::vector<float> signal = Tests::Noise(size, static_cast<unsigned>(size));
     const Dft dft(size);
     // All bins of small sizes, some hundred of large ones; a bin's magnitude is about sqrt(size /
     // 3).

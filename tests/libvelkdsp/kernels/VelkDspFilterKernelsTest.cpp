@@ -3,11 +3,11 @@
 #include "kernels/VelkDspFilterKernels.h"
 
 #include "kernels/VelkDspKernels.h"
+#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
 namespace tav {
@@ -16,12 +16,10 @@ namespace {
 constexpr std::size_t kLanes = static_cast<std::size_t>(kSourceLanes);
 constexpr int kLongest = 67;
 
+/// Other numbers at every call.
 std::vector<float> Noise(std::size_t count, float low = -1.f, float high = 1.f) {
-    static std::minstd_rand generator(7);
-    std::uniform_real_distribution<float> uniform(low, high);
-    std::vector<float> values(count);
-    for (float& value : values) value = uniform(generator);
-    return values;
+    static unsigned seed = 7;
+    return Tests::Noise(count, ++seed, low, high);
 }
 
 class FilterKernelsOf : public testing::TestWithParam<NamedKernels> {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspKernels.h"
 
+#include "support/Signals.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,7 +12,6 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -18,19 +19,12 @@ namespace {
 
 using tav::Kernels;
 using tav::MixPair;
+using Tests::Noise;
 
 constexpr int kLongest = 67;       // a vector set's largest step and then some
 constexpr int kOffsets = 16;       // every alignment of a 64-byte vector
 constexpr float kGuard = 12345.f;  // stands around what a kernel may write
 constexpr double kEpsilon = std::numeric_limits<float>::epsilon();
-
-std::vector<float> Noise(std::size_t count, unsigned seed) {
-    std::mt19937 generator(seed);
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    std::vector<float> values(count);
-    std::ranges::generate(values, [&] { return uniform(generator); });
-    return values;
-}
 
 /// One sample in double precision, and what a float result may differ from it: each product and
 /// each sum rounds by at most half an epsilon of the magnitudes summed so far.
@@ -227,13 +221,5 @@ INSTANTIATE_TEST_SUITE_P(All,
                          testing::ValuesIn(tav::RunnableKernels().begin(),
                                            tav::RunnableKernels().end()),
                          [](const auto& tested) { return std::string(tested.param.name); });
-
-TEST(RunnableKernels, StartWithTheScalarSetAndHoldTheBestOne) {
-    const auto sets = tav::RunnableKernels();
-    ASSERT_FALSE(sets.empty());
-    EXPECT_EQ(sets.front().kernels, &tav::ScalarKernels());
-    const auto isBest = [](const auto& set) { return set.kernels == tav::BestKernels().kernels; };
-    EXPECT_TRUE(std::ranges::any_of(sets, isBest));
-}
 
 }  // namespace

@@ -2,10 +2,10 @@
 #include "kernels/VelkDspSectionKernels.h"
 
 #include "kernels/VelkDspKernels.h"
+#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <random>
 #include <span>
@@ -59,10 +59,9 @@ protected:
     }
 
     std::vector<std::vector<float>> Noise() const {
-        std::mt19937 random(7);
-        std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-        std::vector<std::vector<float>> signals(kSectionLanes, std::vector<float>(kMostFrames));
-        for (auto& signal : signals) std::ranges::generate(signal, [&] { return uniform(random); });
+        std::vector<std::vector<float>> signals;
+        for (unsigned lane = 0; lane < kSectionLanes; ++lane)
+            signals.push_back(Tests::Noise(kMostFrames, lane));
         return signals;
     }
 };

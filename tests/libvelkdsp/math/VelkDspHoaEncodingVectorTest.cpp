@@ -167,53 +167,6 @@ INSTANTIATE_TEST_SUITE_P(Orders,
                          testing::ValuesIn(kEncodings),
                          [](const auto& test) { return std::string(test.param.name); });
 
-/// Nodes and weights of the integral over [-1, 1] that is exact up to degree 2 count - 1.
-std::vector<std::array<double, 2>> GaussNodes(unsigned count) {
-    std::vector<std::array<double, 2>> nodes(count);
-    for (unsigned i = 0; i < count; ++i) {
-        double x = std::cos(std::numbers::pi * (i + 0.75) / (count + 0.5));
-        double slope = 1.0;
-        for (int step = 0; step < 6; ++step) {
-            const double value = std::legendre(count, x);
-            slope = count * (x * value - std::legendre(count - 1, x)) / (x * x - 1.0);
-            x -= value / slope;
-        }
-        nodes[i] = {x, 2.0 / ((1.0 - x * x) * slope * slope)};
-    }
-    return nodes;
-}
-
-// Harmonics of order 35 are orthonormal exactly where a field of random components, played on a
-// grid that integrates products of two of them, is read back as it was. 32-bit positions miss the
-// grid by 6e-8, which a harmonic of order n magnifies by n at most.
-TEST(HoaEncodingVector, ReadsAFieldBackFromAGaussGrid) {
-    constexpr unsigned kOrder = 35;
-    HoaEncodingVector encoding(kOrder, 3, Normalization::N3D);
-    std::mt19937 generator(9);
-    std::normal_distribution<double> component;
-    Vector<double> field(encoding.NumChannels());
-    for (double& c : field) c = component(generator);
-    Vector<double> read(field.Size());
-    Vector<double> gains;
-    constexpr unsigned kNumAzimuths = 2 * kOrder + 2;
-    for (const auto& [height, weight] : GaussNodes(kOrder + 1)) {
-        for (unsigned k = 0; k < kNumAzimuths; ++k) {
-            const double azimuth = 2.0 * std::numbers::pi * (k + 0.3) / kNumAzimuths;
-            const double ground = std::sqrt(1.0 - height * height);
-            encoding.Compute(
-                {static_cast<float>(ground * std::cos(azimuth)),
-                 static_cast<float>(ground * std::sin(azimuth)), static_cast<float>(height)},
-                gains);
-            double pressure = 0.0;
-            for (std::size_t c = 0; c < gains.Size(); ++c) pressure += field[c] * gains[c];
-            for (std::size_t c = 0; c < gains.Size(); ++c) {
-                read[c] += pressure * gains[c] * weight / (2.0 * kNumAzimuths);
-            }
-        }
-    }
-    for (std::size_t c = 0; c < field.Size(); ++c) EXPECT_NEAR(read[c], field[c], 1e-5) << c;
-}
-
 TEST(HoaEncodingVector, TakesTheOriginAsADirection) {
     HoaEncodingVector encoding(3, 3, Normalization::N3D);
     Vector<float> origin, right, before;

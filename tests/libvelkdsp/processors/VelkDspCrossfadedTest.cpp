@@ -3,6 +3,7 @@
 #include "filterdesign/VelkDspFft.h"
 #include "processors/VelkDspCrossfadedCascade.h"
 #include "processors/VelkDspCrossfadedFir.h"
+#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
@@ -18,15 +19,8 @@ namespace tav {
 namespace {
 
 constexpr float kRate = 48000.f;
-using Signal = std::vector<float>;
-
-Signal Noise(std::size_t count, unsigned seed) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> uniform(-1.f, 1.f);
-    Signal values(count);
-    std::ranges::generate(values, [&] { return uniform(random); });
-    return values;
-}
+using Tests::Noise;
+using Tests::Signal;
 
 /// What comes out of `filter` in blocks; `before(frame)` is called in front of each of them.
 template <class Perform, class Before>
@@ -156,15 +150,6 @@ double HighEnergyDb(const Signal& signal) {
     return 10.0 * std::log10(high / all);
 }
 
-Signal Sine500() {
-    Signal sine(66000);
-    for (std::size_t k = 0; k < sine.size(); ++k) {
-        sine[k] = static_cast<float>(
-            0.5 * std::sin(2.0 * std::numbers::pi * 500.0 * static_cast<double>(k) / 48000.0));
-    }
-    return sine;
-}
-
 /// As rough as a measured ear: six peaks and dips of up to 15 dB from 800 Hz to 16 kHz.
 BiquadCells RandomCells(std::mt19937& random) {
     std::uniform_real_distribution<double> uniform(0.0, 1.0);
@@ -185,7 +170,7 @@ BiquadCells RandomCells(std::mt19937& random) {
 // Four responses follow each other in the middle, the last three inside the first fade.
 TEST(CrossfadedFilters, DoNotClick) {
     std::mt19937 random(5);
-    const Signal sine = Sine500();
+    const Signal sine = Tests::Sine(500.0, 48000.0, 66000, 0.5);
     for (const unsigned numChanges : {1u, 4u}) {
         double worst = -300.0;
         for (int round = 0; round < 20; ++round) {

@@ -71,13 +71,10 @@ TEST(HandOver, NewestWinsAndTheReplacedIsFreedByControl) {
         handOver.TakeNext();
         handOver.Publish(std::make_unique<Guest>(alive, 3));
         int from = 0;
-        unsigned violations = 0;
-        {
-            const Tests::AllocationTrap trap;
+        const unsigned violations = Tests::ViolationsOf([&] {
             handOver.TakeNext([&](Guest&, const Guest* replaced) { from = replaced->number; });
             handOver.TakeNext([&](Guest&, const Guest*) { from = -1; });
-            violations = trap.Violations();
-        }
+        });
         EXPECT_EQ(violations, 0u);
         EXPECT_EQ(from, 2);
         EXPECT_EQ(handOver.Live()->number, 3);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspMultiEqualizer.h"
 
+#include "support/Signals.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,7 +15,8 @@
 namespace tav {
 namespace {
 
-using Signal = std::vector<float>;
+using Tests::Signal;
+using Tests::Sine;
 using Complex = std::complex<double>;
 
 /// Plays the same signal through every channel in blocks of one size.
@@ -27,15 +30,6 @@ std::vector<Signal> Play(MultiEqualizer& equalizer, const Signal& input, unsigne
         equalizer.Process(out.data(), in.data(), static_cast<unsigned>(n));
     }
     return outputs;
-}
-
-Signal Sine(double hz, double rate, std::size_t frames) {
-    Signal signal(frames);
-    for (std::size_t k = 0; k < frames; ++k) {
-        const double turns = hz * static_cast<double>(k) / rate;
-        signal[k] = static_cast<float>(std::sin(2.0 * std::numbers::pi * turns));
-    }
-    return signal;
 }
 
 Complex ResponseAt(double hz, double rate, const Signal& impulseResponse) {
@@ -81,8 +75,7 @@ TEST_P(EqualizerBand, HasTheResponseOfTheAnalogSection) {
     equalizer.SetSampleRate(static_cast<float>(kRate));
     equalizer.SetBand(1, 0, settings[0]);
     equalizer.SetBand(1, 1, settings[1]);
-    Signal impulse(1 << 14);
-    impulse[0] = 1.f;
+    const Signal impulse = Tests::Impulse(1 << 14);
     const auto outputs = Play(equalizer, impulse, 512);
     EXPECT_EQ(outputs[0], impulse);
     for (const double hz : {20.0, 150.0, 300.0, 700.0, 1000.0, 2500.0, 9000.0, 20000.0}) {

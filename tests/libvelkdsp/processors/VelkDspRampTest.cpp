@@ -33,12 +33,10 @@ TEST(Ramp, EndsOnTheTargetBitForBitAndLiesOnTheLine) {
         const std::uint32_t n = length(random);
         Ramp ramp(start);
         ramp.SetOverSamples(target, n);
-        {
-            const Tests::AllocationTrap trap;
+        violations += Tests::ViolationsOf([&] {
             ramp.Fill({values.data(), n / 2});
             ramp.Fill({values.data() + n / 2, values.size() - n / 2});
-            violations += trap.Violations();
-        }
+        });
         for (std::size_t k = n - 1; k < values.size(); ++k) ASSERT_EQ(values[k], target);
         const double distance = static_cast<double>(target) - static_cast<double>(start);
         const std::uint32_t k = length(random) % n;
