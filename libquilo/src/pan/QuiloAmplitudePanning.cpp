@@ -15,30 +15,6 @@ AmplitudePanning::AmplitudePanning(unsigned numInputs, unsigned numOutputs)
     matrix_.SetInterpolationTime(kDefaultInterpolationTimeMs);
 }
 
-void AmplitudePanning::Process(float* const* outputs,
-                               const float* const* inputs,
-                               unsigned frames) noexcept TAV_NONBLOCKING {
-    matrix_.Process(outputs, inputs, frames);
-}
-
-void AmplitudePanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    matrix_.SetSampleRate(SampleRate());
-}
-
-void AmplitudePanning::SetBufferSize(unsigned frames) {
-    const ControlLock lock = LockControl();
-    Pan::SetBufferSize(frames);
-    matrix_.SetBufferSize(frames);
-}
-
-void AmplitudePanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    matrix_.Reset();
-}
-
 void AmplitudePanning::Perform(float* const* outputs,
                                const float* const* inputs,
                                unsigned frames) noexcept TAV_NONBLOCKING {
@@ -65,27 +41,13 @@ void AmplitudePanning::SetGains(unsigned index, std::span<const float> gains, bo
 
 void AmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray&) {}
 
-void AmplitudePanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    if (!std::isfinite(ms)) return;
-    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
-    // A new segment would throw a glide under way back to its start.
-    if (clamped == matrix_.InterpolationTime()) return;
-    matrix_.SetInterpolationTime(clamped);
-}
-
 void AmplitudePanning::SetSourceSpread(unsigned index, float spread) {
     const ControlLock lock = LockControl();
     if (index >= NumInputs() || !std::isfinite(spread)) return;
     const float clamped = std::clamp(spread, 0.f, 100.f);
     if (clamped == spreads_[index]) return;
     spreads_[index] = clamped;
-    SetSourcePosition(index, StoredPosition(index), false, true);
-}
-
-float AmplitudePanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return matrix_.InterpolationTime();
+    RecomputeSource(index);
 }
 
 float AmplitudePanning::SourceSpread(unsigned index) const {
@@ -93,8 +55,8 @@ float AmplitudePanning::SourceSpread(unsigned index) const {
     return index < NumInputs() ? spreads_[index] : 0.f;
 }
 
-void AmplitudePanning::ApplySourceMute(unsigned index) {
-    SetSourcePosition(index, StoredPosition(index), false, true);
-}
+void AmplitudePanning::ApplySampleRate() { matrix_.SetSampleRate(SampleRate()); }
+
+void AmplitudePanning::ApplyInterpolationTime(float ms) { matrix_.SetInterpolationTime(ms); }
 
 }  // namespace Quilo

@@ -13,15 +13,6 @@ namespace Quilo {
 
 class AmplitudePanning : public Pan {
 public:
-    using Pan::Process;
-    /// Zeroes the connected outputs and adds the mix.
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSampleRate(float hz) override;
-    void SetBufferSize(unsigned frames) override;
-    void Reset() override;
-
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -31,11 +22,9 @@ public:
                            bool force) override;
     /// Nothing here: a law without loudspeakers ignores them.
     void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    void SetInterpolationTime(float ms) override;
     void SetSourceSpread(unsigned index, float spread) override;
     bool SupportsSpread() const override { return true; }
     bool IsPlanar() const override { return false; }
-    float GetInterpolationTime() const override;
     float SourceSpread(unsigned index) const override;
 
     /// The law: gains of one source, for this panner's own use and for panners made of others;
@@ -54,7 +43,8 @@ protected:
     void SetGains(unsigned index, std::span<const float> gains, bool immediate);
 
 private:
-    void ApplySourceMute(unsigned index) override;
+    void ApplySampleRate() override;
+    void ApplyInterpolationTime(float ms) override;
 
     tav::SignalMatrix matrix_;
     tav::Vector<float> spreads_;  // one per source, 0 .. 100

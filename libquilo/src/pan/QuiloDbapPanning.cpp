@@ -58,7 +58,7 @@ void DbapPanning::SetSpreadByDirection(unsigned index, std::span<const float> va
     if (spread == directionalSpreads_[index]) return;
     directionalSpreads_[index] = spread;
     if (spreadingMode_ != SpreadingMode::Directional) return;  // not heard yet
-    SetSourcePosition(index, StoredPosition(index), false, true);
+    RecomputeSource(index);
 }
 
 Pan::SpreadingMode DbapPanning::GetSpreadingMode() const {

@@ -4,7 +4,6 @@
 #include "pan/QuiloPan.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Quilo {
 
@@ -35,11 +34,8 @@ void DiffuseMix::SetSampleRate(float hz) {
 void DiffuseMix::Reset() { bank_.Reset(); }
 
 void DiffuseMix::SetInterpolationTime(float ms) {
-    if (!std::isfinite(ms)) return;
-    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
-    if (clamped == sum_.InterpolationTime()) return;
-    sum_.SetInterpolationTime(clamped);
-    bank_.SetInterpolationTime(clamped);
+    sum_.SetInterpolationTime(ms);
+    bank_.SetInterpolationTime(ms);
 }
 
 void DiffuseMix::SetSourceMute(unsigned index, bool muted) {

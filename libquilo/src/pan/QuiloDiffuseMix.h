@@ -20,9 +20,7 @@ public:
 
     void SetSampleRate(float hz);
     void Reset();
-    /// @param ms  clamped to the range of the panners; not finite: ignored
     void SetInterpolationTime(float ms);
-    float InterpolationTime() const { return sum_.InterpolationTime(); }
     /// Glides.
     void SetSourceMute(unsigned index, bool muted);
     void SetWeights(std::span<const float> weights) { bank_.SetWeights(weights); }

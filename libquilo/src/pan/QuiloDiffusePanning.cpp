@@ -16,27 +16,13 @@ std::vector<float> EqualWeights(unsigned numOutputs) {
 }  // namespace
 
 DiffusePanning::DiffusePanning(unsigned numInputs, unsigned numOutputs)
+    : DiffusePanning(numInputs, numOutputs, EqualWeights(numOutputs)) {}
+
+DiffusePanning::DiffusePanning(unsigned numInputs,
+                               unsigned numOutputs,
+                               std::span<const float> weights)
     : Pan(numInputs, numOutputs),
-      mix_(*this, EqualWeights(numOutputs)) {}
-
-void DiffusePanning::Process(float* const* outputs,
-                             const float* const* inputs,
-                             unsigned frames) noexcept TAV_NONBLOCKING {
-    ZeroOutputs(outputs, frames);
-    Perform(outputs, inputs, frames);
-}
-
-void DiffusePanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    mix_.SetSampleRate(SampleRate());
-}
-
-void DiffusePanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    mix_.Reset();
-}
+      mix_(*this, weights) {}
 
 void DiffusePanning::Perform(float* const* outputs,
                              const float* const* inputs,
@@ -52,15 +38,11 @@ void DiffusePanning::SetSourcePosition(unsigned index,
     StoreSourcePosition(index, position, force);
 }
 
-void DiffusePanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    mix_.SetInterpolationTime(ms);
-}
+void DiffusePanning::ApplySampleRate() { mix_.SetSampleRate(SampleRate()); }
 
-float DiffusePanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return mix_.InterpolationTime();
-}
+void DiffusePanning::ApplyReset() { mix_.Reset(); }
+
+void DiffusePanning::ApplyInterpolationTime(float ms) { mix_.SetInterpolationTime(ms); }
 
 void DiffusePanning::ApplySourceMute(unsigned index) { mix_.SetSourceMute(index, IsMuted(index)); }
 

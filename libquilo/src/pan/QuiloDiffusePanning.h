@@ -14,13 +14,6 @@ class DiffusePanning : public Pan {
 public:
     DiffusePanning(unsigned numInputs, unsigned numOutputs);
 
-    using Pan::Process;
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSampleRate(float hz) override;
-    void Reset() override;
-
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -29,11 +22,18 @@ public:
                            bool immediate,
                            bool force) override;
     void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    void SetInterpolationTime(float ms) override;
     bool IsPlanar() const override { return false; }
-    float GetInterpolationTime() const override;
+
+protected:
+    /// @param weights  one per output, in place of equal ones
+    DiffusePanning(unsigned numInputs, unsigned numOutputs, std::span<const float> weights);
+
+    void SetWeights(std::span<const float> weights) { mix_.SetWeights(weights); }
 
 private:
+    void ApplySampleRate() override;
+    void ApplyReset() override;
+    void ApplyInterpolationTime(float ms) override;
     void ApplySourceMute(unsigned index) override;
 
     DiffuseMix mix_;

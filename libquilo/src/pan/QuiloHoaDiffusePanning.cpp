@@ -64,57 +64,18 @@ std::vector<float> DiffuseWeights(unsigned numOutputs,
 }
 
 HoaDiffusePanning::HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
-    : Pan(numInputs, numOutputs),
+    : DiffusePanning(numInputs,
+                     numOutputs,
+                     DiffuseWeights(numOutputs,
+                                    dimension,
+                                    HoaOrderOf(numOutputs, dimension),
+                                    DefaultNormalization(dimension))),
       dimension_(dimension),
       order_(HoaOrderOf(numOutputs, dimension)),
-      normalization_(DefaultNormalization(dimension)),
-      mix_(*this, DiffuseWeights(numOutputs, dimension, order_, normalization_)) {}
-
-void HoaDiffusePanning::Process(float* const* outputs,
-                                const float* const* inputs,
-                                unsigned frames) noexcept TAV_NONBLOCKING {
-    ZeroOutputs(outputs, frames);
-    Perform(outputs, inputs, frames);
-}
+      normalization_(DefaultNormalization(dimension)) {}
 
 std::string HoaDiffusePanning::OutputLabel(unsigned output) const {
     return output < NumOutputs() ? HoaOutputLabel(output, dimension_) : "dumpout";
-}
-
-void HoaDiffusePanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    mix_.SetSampleRate(SampleRate());
-}
-
-void HoaDiffusePanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    mix_.Reset();
-}
-
-void HoaDiffusePanning::Perform(float* const* outputs,
-                                const float* const* inputs,
-                                unsigned frames) noexcept TAV_NONBLOCKING {
-    mix_.Perform(outputs, inputs, frames);
-}
-
-void HoaDiffusePanning::SetSourcePosition(unsigned index,
-                                          const tav::CartesianVector& position,
-                                          bool,
-                                          bool force) {
-    const ControlLock lock = LockControl();
-    StoreSourcePosition(index, position, force);
-}
-
-void HoaDiffusePanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    mix_.SetInterpolationTime(ms);
-}
-
-float HoaDiffusePanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return mix_.InterpolationTime();
 }
 
 void HoaDiffusePanning::SetOrder(unsigned order) {
@@ -138,12 +99,8 @@ SphericalHarmonic::Normalization HoaDiffusePanning::GetNormalization() const {
     return normalization_;
 }
 
-void HoaDiffusePanning::ApplySourceMute(unsigned index) {
-    mix_.SetSourceMute(index, IsMuted(index));
-}
-
 void HoaDiffusePanning::UpdateWeights() {
-    mix_.SetWeights(DiffuseWeights(NumOutputs(), dimension_, order_, normalization_));
+    SetWeights(DiffuseWeights(NumOutputs(), dimension_, order_, normalization_));
 }
 
 }  // namespace Quilo

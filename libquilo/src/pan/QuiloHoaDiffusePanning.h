@@ -3,51 +3,30 @@
 #pragma once
 
 #include "math/VelkDspHoaEncodingVector.h"
-#include "pan/QuiloDiffuseMix.h"
-#include "pan/QuiloPan.h"
+#include "pan/QuiloDiffusePanning.h"
 
 namespace Quilo {
 
 /// Every channel carries the mono sum of the sources through a decorrelation chain of its own, as
 /// loud as the channels of a direct source are on average over all directions: however the field is
 /// decoded, it comes alike from everywhere. Positions are kept and do not matter.
-class HoaDiffusePanning : public Pan {
+class HoaDiffusePanning : public DiffusePanning {
 public:
     /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
     HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
-    using Pan::Process;
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
     std::string OutputLabel(unsigned output) const override;
-    void SetSampleRate(float hz) override;
-    void Reset() override;
-
-    void Perform(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    void SetInterpolationTime(float ms) override;
     /// Channels above `order` glide to silence.
     void SetOrder(unsigned order) override;
     void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
     tav::SphericalHarmonic::Normalization GetNormalization() const override;
-    bool IsPlanar() const override { return false; }
-    float GetInterpolationTime() const override;
 
 private:
-    void ApplySourceMute(unsigned index) override;
     void UpdateWeights();
 
     const unsigned dimension_;
     unsigned order_;
     tav::SphericalHarmonic::Normalization normalization_;
-    DiffuseMix mix_;
 };
 
 class HoaDiffusePanning2D : public HoaDiffusePanning {

@@ -29,7 +29,7 @@ void KnnPanning::SetNumNeighbors(unsigned index, unsigned count) {
     const unsigned limited = std::min(std::max(count, 1u), NumOutputs());
     if (limited == numNeighbors_[index]) return;
     numNeighbors_[index] = limited;
-    SetSourcePosition(index, StoredPosition(index), false, true);
+    RecomputeSource(index);
 }
 
 unsigned KnnPanning::NumNeighbors(unsigned index) const {

@@ -60,28 +60,8 @@ NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned d
     taken_ = newest_;
 }
 
-void NFCHOAPanning::Process(float* const* outputs,
-                            const float* const* inputs,
-                            unsigned frames) noexcept TAV_NONBLOCKING {
-    ZeroOutputs(outputs, frames);
-    Perform(outputs, inputs, frames);
-}
-
 std::string NFCHOAPanning::OutputLabel(unsigned output) const {
     return output < NumOutputs() ? HoaOutputLabel(output, encoding_.Dimension()) : "dumpout";
-}
-
-void NFCHOAPanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    for (const auto& mixer : mixers_) mixer->SetSampleRate(SampleRate());
-}
-
-void NFCHOAPanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    ++newest_.numResets;
-    PublishControls();
 }
 
 void NFCHOAPanning::SetConnections(std::span<const short> inletCounts,
@@ -117,21 +97,6 @@ void NFCHOAPanning::SetSourcePosition(unsigned index,
     sources_[index].SetPlace(place, newest_.radius, newest_.glideMs, immediate);
 }
 
-void NFCHOAPanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    if (!std::isfinite(ms)) return;
-    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
-    if (clamped == newest_.glideMs) return;
-    newest_.glideMs = clamped;
-    for (const auto& mixer : mixers_) mixer->SetInterpolationTime(newest_.glideMs);
-    PublishControls();
-}
-
-float NFCHOAPanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return newest_.glideMs;
-}
-
 unsigned NFCHOAPanning::GetOrder() const {
     const ControlLock lock = LockControl();
     return newest_.order;
@@ -150,7 +115,7 @@ void NFCHOAPanning::SetNearfieldCompensation(unsigned index, bool on) {
     const ControlLock lock = LockControl();
     if (index >= NumInputs() || sources_[index].Compensation() == on) return;
     sources_[index].SetCompensation(on);
-    SetSourcePosition(index, StoredPosition(index), false, true);
+    RecomputeSource(index);
 }
 
 void NFCHOAPanning::SetSpeakersRadius(float metres) {
@@ -222,8 +187,19 @@ void NFCHOAPanning::Dump(std::vector<std::string>& lines) {
     AppendHoaLines(lines, state);
 }
 
-void NFCHOAPanning::ApplySourceMute(unsigned index) {
-    SetSourcePosition(index, StoredPosition(index), false, true);
+void NFCHOAPanning::ApplySampleRate() {
+    for (const auto& mixer : mixers_) mixer->SetSampleRate(SampleRate());
+}
+
+void NFCHOAPanning::ApplyReset() {
+    ++newest_.numResets;
+    PublishControls();
+}
+
+void NFCHOAPanning::ApplyInterpolationTime(float ms) {
+    newest_.glideMs = ms;
+    for (const auto& mixer : mixers_) mixer->SetInterpolationTime(ms);
+    PublishControls();
 }
 
 void NFCHOAPanning::PublishControls() { shared_.Store(newest_); }

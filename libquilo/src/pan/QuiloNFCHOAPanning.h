@@ -24,13 +24,7 @@ public:
     /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
     NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
-    using Pan::Process;
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
     std::string OutputLabel(unsigned output) const override;
-    void SetSampleRate(float hz) override;
-    void Reset() override;
     void SetConnections(std::span<const short> inletCounts,
                         std::span<const short> outletCounts) override;
 
@@ -42,7 +36,6 @@ public:
                            bool immediate,
                            bool force) override;
     void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    void SetInterpolationTime(float ms) override;
     unsigned GetOrder() const override;
     /// Channels above `order` glide to silence.
     void SetOrder(unsigned order) override;
@@ -57,7 +50,6 @@ public:
     tav::HoaEncodingVector::Mode GetComputationMode() const override;
     bool IsPlanar() const override { return encoding_.Dimension() == 2; }
     void Dump(std::vector<std::string>& lines) override;
-    float GetInterpolationTime() const override;
 
     float SpeakersRadius() const;
     /// On: each order is cut where its gain would pass 20 dB. Off: near sources are held where the
@@ -75,7 +67,9 @@ private:
         std::uint32_t numResets = 0;
     };
 
-    void ApplySourceMute(unsigned index) override;
+    void ApplySampleRate() override;
+    void ApplyReset() override;
+    void ApplyInterpolationTime(float ms) override;
     void PublishControls();
 
     void TakeControls() noexcept TAV_NONBLOCKING;

@@ -20,6 +20,7 @@ public:
                  unsigned frames) noexcept TAV_NONBLOCKING override;
     void SetSourcePosition(unsigned, const tav::CartesianVector&, bool, bool) override {}
     void ApplySpeakersPositions(const tav::CartesianArray&) override {}
+    void SetInterpolationTime(float) override {}
     bool IsPlanar() const override { return false; }
 };
 

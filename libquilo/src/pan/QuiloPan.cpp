@@ -4,6 +4,7 @@
 #include "pan/QuiloKeywords.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Quilo {
 
@@ -18,11 +19,19 @@ std::string_view Pan::GetSubTypeName() const {
     return PanSubTypeKeywords().Print(subType_, "null");
 }
 
+void Pan::Process(float* const* outputs,
+                  const float* const* inputs,
+                  unsigned frames) noexcept TAV_NONBLOCKING {
+    ZeroOutputs(outputs, frames);
+    Perform(outputs, inputs, frames);
+}
+
 std::string Pan::Name() const { return "panner"; }
 
 void Pan::SetSampleRate(float hz) {
     const ControlLock lock = LockControl();
     AudioProcessorWithAutoMute::SetSampleRate(hz);
+    ApplySampleRate();
 }
 
 void Pan::SetBufferSize(unsigned frames) {
@@ -33,6 +42,7 @@ void Pan::SetBufferSize(unsigned frames) {
 void Pan::Reset() {
     const ControlLock lock = LockControl();
     AudioProcessorWithAutoMute::Reset();
+    ApplyReset();
 }
 
 void Pan::SetConnections(std::span<const short> inletCounts, std::span<const short> outletCounts) {
@@ -62,7 +72,15 @@ void Pan::SetSpeakersPositions(const tav::CartesianArray& positions) {
     ApplySpeakersPositions(positions);
 }
 
-void Pan::SetInterpolationTime(float) {}
+void Pan::SetInterpolationTime(float ms) {
+    const ControlLock lock = LockControl();
+    if (!std::isfinite(ms)) return;
+    const float clamped = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
+    if (clamped == interpolationTimeMs_) return;
+    interpolationTimeMs_ = clamped;
+    ApplyInterpolationTime(clamped);
+}
+
 void Pan::SetSpreadingMode(SpreadingMode) {}
 void Pan::SetSpreadingMode(std::string_view) {}
 void Pan::SetSourceSpread(unsigned, float) {}
@@ -92,7 +110,10 @@ void Pan::Dump(std::vector<std::string>& lines) {
     lines.push_back("panning subtype : " + std::string(GetSubTypeName()));
 }
 
-float Pan::GetInterpolationTime() const { return kDefaultInterpolationTimeMs; }
+float Pan::GetInterpolationTime() const {
+    const ControlLock lock = LockControl();
+    return interpolationTimeMs_;
+}
 
 tav::CartesianVector Pan::SourcePosition(unsigned index) const {
     const ControlLock lock = LockControl();
@@ -120,6 +141,10 @@ bool Pan::StoreSourcePosition(unsigned index, const tav::CartesianVector& positi
     return true;
 }
 
+void Pan::RecomputeSource(unsigned index) {
+    SetSourcePosition(index, StoredPosition(index), false, true);
+}
+
 void Pan::RecomputeSources(bool immediate) {
     const ControlLock lock = LockControl();
     RecomputeAll(immediate);
@@ -131,6 +156,6 @@ void Pan::RecomputeAll(bool immediate) {
     }
 }
 
-void Pan::ApplySourceMute(unsigned) {}
+void Pan::ApplySourceMute(unsigned index) { RecomputeSource(index); }
 
 }  // namespace Quilo

@@ -61,6 +61,12 @@ public:
     std::string_view GetTypeName() const;
     std::string_view GetSubTypeName() const;
 
+    using AudioProcessorWithAutoMute::Process;
+    /// Perform into zeroed outputs.
+    void Process(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+
     // What the frame has, under the control lock.
     std::string Name() const override;
     void SetSampleRate(float hz) override;
@@ -93,7 +99,8 @@ public:
     /// Throws: tav::Exception where the panner cannot work well with it; the layout is in force.
     virtual void ApplySpeakersPositions(const tav::CartesianArray& positions) = 0;
 
-    /// Duration of a glide.  @param ms  clamped to 0 .. 200; 0 lets sources jump
+    /// Duration of a glide. The one in force throws no glide under way back to its start.
+    /// @param ms  clamped to 0 .. 200; 0 lets sources jump
     virtual void SetInterpolationTime(float ms);
 
     virtual void SetSpreadingMode(SpreadingMode mode);
@@ -134,7 +141,7 @@ public:
 
     /// What the engine glides over, milliseconds; the default where a panner has no glide of its
     /// own.
-    virtual float GetInterpolationTime() const;
+    float GetInterpolationTime() const;
 
     /// The origin for an index out of range.
     tav::CartesianVector SourcePosition(unsigned index) const;
@@ -155,6 +162,8 @@ protected:
     /// The first half of every SetSourcePosition: stores the position and says whether the source
     /// has to be computed.  The control lock is held.
     bool StoreSourcePosition(unsigned index, const tav::CartesianVector& position, bool force);
+    /// Computes a source where it stands; it glides.  The control lock is held.
+    void RecomputeSource(unsigned index);
     /// Computes every source where it stands.
     void RecomputeSources(bool immediate = false);
     /// The same, with the control lock held; a panner that can do all at once overrides it.
@@ -165,13 +174,18 @@ protected:
     bool IsMuted(unsigned index) const { return mutes_[index] == 1; }
 
 private:
-    /// A source's mute changed: start its glide.  The control lock is held.
+    // What a setter has stored goes to the signal blocks of the panner.  The control lock is held.
+    virtual void ApplySampleRate() {}
+    virtual void ApplyReset() {}
+    virtual void ApplyInterpolationTime(float) {}
+    /// A source's mute changed: start its glide, here by computing it again.
     virtual void ApplySourceMute(unsigned index);
 
     tav::CartesianArray positions_;
     tav::Vector<short> mutes_;  // 1: muted
     Type type_ = Type::Null;
     SubType subType_ = SubType::Direct;
+    float interpolationTimeMs_ = kDefaultInterpolationTimeMs;
     mutable std::recursive_mutex controlMutex_;
 };
 

@@ -2,33 +2,13 @@
 #include "pan/QuiloStereoABPanning.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Quilo {
 
 StereoABPanning::StereoABPanning(unsigned numInputs, unsigned numOutputs)
     : Pan(numInputs, numOutputs),
       voices_(numInputs) {
-    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(interpolationTimeMs_);
-}
-
-void StereoABPanning::Process(float* const* outputs,
-                              const float* const* inputs,
-                              unsigned frames) noexcept TAV_NONBLOCKING {
-    ZeroOutputs(outputs, frames);
-    Perform(outputs, inputs, frames);
-}
-
-void StereoABPanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    for (StereoABVoice& voice : voices_) voice.SetSampleRate(SampleRate());
-}
-
-void StereoABPanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    for (StereoABVoice& voice : voices_) voice.Reset();
+    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(kDefaultInterpolationTimeMs);
 }
 
 void StereoABPanning::Perform(float* const* outputs,
@@ -61,16 +41,16 @@ void StereoABPanning::SetSourcePosition(unsigned index,
     SetVoiceGains(index, pair, force);
 }
 
-void StereoABPanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    if (!std::isfinite(ms)) return;
-    interpolationTimeMs_ = std::clamp(ms, 0.f, kMaxInterpolationTimeMs);
-    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(interpolationTimeMs_);
+void StereoABPanning::ApplySampleRate() {
+    for (StereoABVoice& voice : voices_) voice.SetSampleRate(SampleRate());
 }
 
-float StereoABPanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return interpolationTimeMs_;
+void StereoABPanning::ApplyReset() {
+    for (StereoABVoice& voice : voices_) voice.Reset();
+}
+
+void StereoABPanning::ApplyInterpolationTime(float ms) {
+    for (StereoABVoice& voice : voices_) voice.SetInterpolationTime(ms);
 }
 
 void StereoABPanning::ApplySourceMute(unsigned index) {

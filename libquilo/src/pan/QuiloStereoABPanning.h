@@ -15,13 +15,6 @@ class StereoABPanning : public Pan {
 public:
     StereoABPanning(unsigned numInputs, unsigned numOutputs);
 
-    using Pan::Process;
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSampleRate(float hz) override;
-    void Reset() override;
-
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -31,17 +24,17 @@ public:
                            bool immediate,
                            bool force) override;
     void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    void SetInterpolationTime(float ms) override;
     bool IsPlanar() const override { return false; }
-    float GetInterpolationTime() const override;
 
 private:
+    void ApplySampleRate() override;
+    void ApplyReset() override;
+    void ApplyInterpolationTime(float ms) override;
     void ApplySourceMute(unsigned index) override;
     void SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate);
 
     std::vector<StereoABVoice> voices_;  // one per source
     StereoABVoice::Scratch scratch_;     // audio only
-    float interpolationTimeMs_ = kDefaultInterpolationTimeMs;
 };
 
 }  // namespace Quilo

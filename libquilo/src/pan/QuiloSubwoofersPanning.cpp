@@ -28,27 +28,6 @@ SubwoofersPanning::SubwoofersPanning(unsigned numInputs, unsigned numOutputs)
     SetCutoff(kDefaultCutoffHz);
 }
 
-void SubwoofersPanning::Process(float* const* outputs,
-                                const float* const* inputs,
-                                unsigned frames) noexcept TAV_NONBLOCKING {
-    ZeroOutputs(outputs, frames);
-    Perform(outputs, inputs, frames);
-}
-
-void SubwoofersPanning::SetSampleRate(float hz) {
-    const ControlLock lock = LockControl();
-    Pan::SetSampleRate(hz);
-    equalizer_.SetSampleRate(SampleRate());
-    ring_.SetSampleRate(SampleRate());
-}
-
-void SubwoofersPanning::Reset() {
-    const ControlLock lock = LockControl();
-    Pan::Reset();
-    equalizer_.Reset();
-    ring_.Reset();
-}
-
 void SubwoofersPanning::Perform(float* const* outputs,
                                 const float* const* inputs,
                                 unsigned frames) noexcept TAV_NONBLOCKING {
@@ -76,17 +55,7 @@ void SubwoofersPanning::ApplySpeakersPositions(const tav::CartesianArray& positi
     ring_.SetSpeakersPositions(positions);
 }
 
-void SubwoofersPanning::SetInterpolationTime(float ms) {
-    const ControlLock lock = LockControl();
-    ring_.SetInterpolationTime(ms);
-}
-
 bool SubwoofersPanning::IsPlanar() const { return ring_.IsPlanar(); }
-
-float SubwoofersPanning::GetInterpolationTime() const {
-    const ControlLock lock = LockControl();
-    return ring_.GetInterpolationTime();
-}
 
 void SubwoofersPanning::SetCutoff(float hz) {
     const ControlLock lock = LockControl();
@@ -101,6 +70,15 @@ float SubwoofersPanning::Cutoff() const {
     const ControlLock lock = LockControl();
     return cutoffHz_;
 }
+
+void SubwoofersPanning::ApplySampleRate() {
+    equalizer_.SetSampleRate(SampleRate());
+    ring_.SetSampleRate(SampleRate());
+}
+
+void SubwoofersPanning::ApplyReset() { equalizer_.Reset(); }
+
+void SubwoofersPanning::ApplyInterpolationTime(float ms) { ring_.SetInterpolationTime(ms); }
 
 void SubwoofersPanning::ApplySourceMute(unsigned index) {
     ring_.SetSourceMute(index, IsMuted(index));

@@ -19,13 +19,6 @@ public:
 
     SubwoofersPanning(unsigned numInputs, unsigned numOutputs);
 
-    using Pan::Process;
-    void Process(float* const* outputs,
-                 const float* const* inputs,
-                 unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSampleRate(float hz) override;
-    void Reset() override;
-
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -36,9 +29,7 @@ public:
     /// Throws: tav::Exception when three or more subwoofers do not surround the listener; the new
     /// layout is in force all the same.
     void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    void SetInterpolationTime(float ms) override;
     bool IsPlanar() const override;
-    float GetInterpolationTime() const override;
 
     /// Of every source. Glides.  @param hz  clamped to 10 .. 1000
     void SetCutoff(float hz);
@@ -47,6 +38,9 @@ public:
 private:
     static constexpr unsigned kMaxFrames = 512;
 
+    void ApplySampleRate() override;
+    void ApplyReset() override;
+    void ApplyInterpolationTime(float ms) override;
     void ApplySourceMute(unsigned index) override;
 
     tav::MultiEqualizer equalizer_;  // a channel per source, one band
