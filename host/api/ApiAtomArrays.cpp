@@ -34,17 +34,9 @@ void ShowAtoms(AtomArray& array) {
 
 }  // namespace
 
-AtomArray* AsAtomArray(const void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &AtomArrayClass()) return nullptr;
-    return AtomArray::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
-}
+AtomArray* AsAtomArray(const void* pointer) { return AsOwn<AtomArray>(AtomArrayClass, pointer); }
 
-String* AsString(const void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &StringClass()) return nullptr;
-    return String::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
-}
+String* AsString(const void* pointer) { return AsOwn<String>(StringClass, pointer); }
 
 }  // namespace HostApi
 

@@ -184,11 +184,7 @@ const ValueType& FindValueType(const t_symbol* name) {
     return kValueTypes[0];
 }
 
-Attribute* AsAttribute(void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &AttributeClass()) return nullptr;
-    return Attribute::FromObject(static_cast<t_object*>(pointer));
-}
+Attribute* AsAttribute(void* pointer) { return AsOwn<Attribute>(AttributeClass, pointer); }
 
 Attribute* FindAttribute(const std::vector<Attribute*>& list, const t_symbol* name) {
     for (Attribute* attribute : list)

@@ -22,11 +22,7 @@ Class& BinbufClass() {
     return type;
 }
 
-Binbuf* AsBinbuf(void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &BinbufClass()) return nullptr;
-    return Binbuf::FromObject(static_cast<t_object*>(pointer));
-}
+Binbuf* AsBinbuf(void* pointer) { return AsOwn<Binbuf>(BinbufClass, pointer); }
 
 void Add(void* pointer, short argc, const t_atom* argv, bool ends) {
     Binbuf* const binbuf = AsBinbuf(pointer);

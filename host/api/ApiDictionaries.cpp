@@ -122,9 +122,7 @@ void FreeValue(t_atom& value) {
 }
 
 Dictionary* AsDictionary(const void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &DictionaryClass()) return nullptr;
-    return Dictionary::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
+    return AsOwn<Dictionary>(DictionaryClass, pointer);
 }
 
 }  // namespace HostApi

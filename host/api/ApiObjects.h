@@ -89,6 +89,14 @@ Class& OwnClass(const char* name) {
     return type;
 }
 
+/// The record behind a pointer; null when it is no live object of the library's own class `type`.
+template <class T>
+T* AsOwn(Class& (*type)(), const void* pointer) {
+    const ObjectRecord* record = FindObject(pointer);
+    if (!record || record->type != &type()) return nullptr;
+    return T::FromObject(static_cast<t_object*>(const_cast<void*>(pointer)));
+}
+
 /// Frees an object whether or not others hold references.
 void DestroyObject(t_object* object);
 

@@ -37,11 +37,7 @@ Class& ProxyClass() {
     return type;
 }
 
-Outlet* AsOutlet(void* pointer) {
-    const ObjectRecord* record = FindObject(pointer);
-    if (!record || record->type != &OutletClass()) return nullptr;
-    return Outlet::FromObject(static_cast<t_object*>(pointer));
-}
+Outlet* AsOutlet(void* pointer) { return AsOwn<Outlet>(OutletClass, pointer); }
 
 /// Whether an outlet lets a message through; posts the refusal.
 bool Accepts(const Outlet& outlet, const t_symbol* selector) {
