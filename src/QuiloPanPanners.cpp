@@ -30,6 +30,13 @@ bool IsEngine(const PanObject& object, bool (*is)(const Pan&)) {
     return object.Engine() != nullptr && is(*object.Engine());
 }
 
+/// What a panner of that type answers; `otherwise` for any other engine.
+template <class Panner, class Value>
+Value Answer(const PanObject& object, Value (Panner::*get)() const, Value otherwise) {
+    const auto* panner = EngineAs<Panner>(object);
+    return panner != nullptr ? (panner->*get)() : otherwise;
+}
+
 /// The panner behind an attribute. Null where another one stands in for that type: then `refusal`
 /// says so to whoever sets it, but not to a state that brings back what such an object answers.
 template <class Panner, class Refusal>
@@ -44,11 +51,16 @@ Panner* PannerOf(const PanObject& object, const char* handler) {
 }
 
 /// The code of a word, by what the table accepts. A state that is restored brings printed words.
+/// Where there is none, `invalid` says so.
 template <class Code>
-std::optional<Code> ReadKeyword(const tav::KeywordTable<Code>& table, const t_symbol* word) {
-    const auto code = table.Parse(word->s_name);
-    if (code || !VelkMax::RestoringState::IsActive()) return code;
-    return table.FindPrinted(word->s_name);
+std::optional<Code> ReadKeyword(const PanObject& object,
+                                const tav::KeywordTable<Code>& table,
+                                const t_symbol* word,
+                                const VelkMax::Text<const char*>& invalid) {
+    auto code = table.Parse(word->s_name);
+    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word->s_name);
+    if (!code) Error(object, invalid, word->s_name);
+    return code;
 }
 
 t_symbol* Symbol(std::string_view text) { return gensym(std::string(text).c_str()); }
@@ -68,21 +80,18 @@ bool IsSubwoofers(const Pan& engine) { return Is(engine, {Pan::Type::Subwoofers}
 // ---- Distance-based panners
 
 t_symbol* SpreadMode(const PanObject& object) {
-    const auto* dbap = EngineAs<DbapPanning>(object);
-    const auto mode = dbap != nullptr ? dbap->GetSpreadingMode() : Pan::SpreadingMode::Omni;
+    const auto mode = Answer(object, &DbapPanning::GetSpreadingMode, Pan::SpreadingMode::Omni);
     return Symbol(PanSpreadingModeKeywords().Print(mode));
 }
 
 void SetSpreadMode(PanObject& object, t_symbol* mode) {
     if (!IsEngine(object, IsDbap)) return Error(object, kOnlyDbap);
-    const auto code = ReadKeyword(PanSpreadingModeKeywords(), mode);
-    if (!code) return Error(object, kInvalidSpreadMode, mode->s_name);
-    object.Engine()->SetSpreadingMode(*code);
+    const auto code = ReadKeyword(object, PanSpreadingModeKeywords(), mode, kInvalidSpreadMode);
+    if (code) object.Engine()->SetSpreadingMode(*code);
 }
 
 max_long MuteOutside(const PanObject& object) {
-    const auto* dbap = EngineAs<DbapPanning>(object);
-    return dbap != nullptr && dbap->MuteOutside() ? 1 : 0;
+    return Answer(object, &DbapPanning::MuteOutside, false) ? 1 : 0;
 }
 
 void SetMuteOutside(PanObject& object, max_long on) {
@@ -131,8 +140,8 @@ t_symbol* Encoding(const PanObject& object) {
 
 void SetEncoding(PanObject& object, t_symbol* encoding) {
     if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "encoding");
-    const auto code = ReadKeyword(tav::NormalizationKeywords(), encoding);
-    if (!code) return Error(object, kInvalidEncoding, encoding->s_name);
+    const auto code = ReadKeyword(object, tav::NormalizationKeywords(), encoding, kInvalidEncoding);
+    if (!code) return;
     object.Engine()->SetNormalization(*code);
     // One value under two names.
     object.TheDoor().Changed(PanAttributeNames::Get().encoding);
@@ -148,14 +157,12 @@ t_symbol* HoaMode(const PanObject& object) {
 
 void SetHoaMode(PanObject& object, t_symbol* mode) {
     if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "hoamode");
-    const auto code = ReadKeyword(tav::HoaModeKeywords(), mode);
-    if (!code) return Error(object, kInvalidHoaMode, mode->s_name);
-    object.Engine()->SetComputationMode(*code);
+    const auto code = ReadKeyword(object, tav::HoaModeKeywords(), mode, kInvalidHoaMode);
+    if (code) object.Engine()->SetComputationMode(*code);
 }
 
 max_long NfcHighPass(const PanObject& object) {
-    const auto* nfc = EngineAs<NFCHOAPanning>(object);
-    return nfc != nullptr && nfc->HighPass() ? 1 : 0;
+    return Answer(object, &NFCHOAPanning::HighPass, false) ? 1 : 0;
 }
 
 void SetNfcHighPass(PanObject& object, max_long on) {
@@ -165,8 +172,7 @@ void SetNfcHighPass(PanObject& object, max_long on) {
 }
 
 float SpeakersRadius(const PanObject& object) {
-    const auto* nfc = EngineAs<NFCHOAPanning>(object);
-    return nfc != nullptr ? nfc->SpeakersRadius() : 1.f;
+    return Answer(object, &NFCHOAPanning::SpeakersRadius, 1.f);
 }
 
 void SetSpeakersRadius(PanObject& object, float metres) {
@@ -178,8 +184,7 @@ void SetSpeakersRadius(PanObject& object, float metres) {
 // ---- Subwoofers
 
 float Cutoff(const PanObject& object) {
-    const auto* subwoofers = EngineAs<SubwoofersPanning>(object);
-    return subwoofers != nullptr ? subwoofers->Cutoff() : SubwoofersPanning::kDefaultCutoffHz;
+    return Answer(object, &SubwoofersPanning::Cutoff, SubwoofersPanning::kDefaultCutoffHz);
 }
 
 void SetCutoff(PanObject& object, float hz) {
