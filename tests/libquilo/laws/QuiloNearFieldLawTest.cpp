@@ -55,17 +55,5 @@ TEST(NearFieldOrder, StaysBelow20DecibelsWithItsHighPass) {
     }
 }
 
-// r = 0.2 m, R = 2 m
-TEST(NearFieldOrder, LimitIsAtKnownFrequencies) {
-    const auto hertz = [](unsigned n) {
-        const float limit = NearFieldOrderOf(n).LimitFrequency(std::log(10.f));
-        return static_cast<double>(limit) * kSpeedOfSound / 0.2;
-    };
-    EXPECT_EQ(hertz(1), 0.0);
-    EXPECT_NEAR(hertz(2), 149.0, 1.0);
-    EXPECT_NEAR(hertz(3), 326.0, 1.0);
-    EXPECT_NEAR(hertz(7), 1189.0, 1.0);
-}
-
 }  // namespace
 }  // namespace Quilo

@@ -85,7 +85,7 @@ TEST(RecursiveGains, EqualTheLawInDoublePrecisionOverRandomLayouts) {
         // Clockwise from front left, unevenly; corners of random order too.
         if (n % 3 != 0) layout = DefaultSpeakers(LayoutKind::Horizontal, unsigned(layout.Size()));
         for (auto& s : layout) s.x += 0.1f * Tests::Uniform(generator);
-        const auto p = Tests::RandomPoint(generator, 1.2f);
+        const auto p = n % 50 == 0 ? tav::CartesianVector{} : Tests::RandomPoint(generator, 1.2f);
         const Gains gains = GainsAt(layout, p);
         const Shares expected = PlainEnergies(p, RecursiveCorners(layout), layout.Size());
         double energy = 0.0;
@@ -97,23 +97,6 @@ TEST(RecursiveGains, EqualTheLawInDoublePrecisionOverRandomLayouts) {
         }
         EXPECT_NEAR(energy, 1.0, 1e-6);
     }
-}
-
-TEST(RecursiveGains, PlayEachLoudspeakerOfARingAlone) {
-    // Corners and middles of sides. Twelve have no loudspeaker at a corner.
-    for (const std::size_t count : {4U, 5U, 6U, 7U, 8U}) {
-        const auto layout = DefaultSpeakers(LayoutKind::Horizontal, unsigned(count));
-        for (std::size_t k = 0; k < count; ++k) {
-            const Gains gains = GainsAt(layout, layout[k]);
-            for (std::size_t i = 0; i < count; ++i) {
-                EXPECT_NEAR(gains[i], i == k ? 1.f : 0.f, 1e-3f) << count << " " << k;
-            }
-        }
-    }
-    for (const float gain : GainsAt(DefaultSpeakers(LayoutKind::Horizontal, 4), {0, 0, 0})) {
-        EXPECT_NEAR(gain, 0.5f, 1e-6f);
-    }
-    EXPECT_EQ(GainsAt(tav::CartesianArray(9), {0, 1, 0}), Gains(9));
 }
 
 TEST(RecursiveGains, StayFiniteWhereACornerIsRoundedAway) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloSurroundLaw.h"
 
-#include "math/VelkDspSpherical.h"
+#include "libquilo/RingsAndGains.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,7 @@ namespace {
 
 constexpr double kTolerance = 2e-3;  // square roots of powers whose roundings are near 1e-7
 
-tav::CartesianArray At(std::initializer_list<float> azimuthsDeg) {
-    tav::CartesianArray layout(azimuthsDeg.size());
-    std::size_t i = 0;
-    for (const float azimuth : azimuthsDeg) layout[i++] = tav::FromNavigational(azimuth, 0.f, 2.f);
-    return layout;
-}
+using Tests::At;
 
 std::vector<double> Gains(const SurroundLaw& law, std::size_t count, tav::CartesianVector source) {
     std::vector<float> gains(count);
@@ -68,12 +63,9 @@ TEST(SurroundLaw, KeepsEnergyWhateverTheLayout) {
             law.SetSpeakers(layout, count);
             for (float azimuth = -180.f; azimuth <= 180.f; azimuth += 2.5f) {
                 for (const float distance : {0.f, 0.4f, 1.f, 1e30f}) {
-                    double energy = 0.0;
-                    for (const double g :
-                         Gains(law, count, tav::FromNavigational(azimuth, 15.f, distance))) {
-                        energy += g * g;
-                    }
-                    ASSERT_NEAR(energy, 1.0, 1e-6) << azimuth << " at " << distance;
+                    const auto source = tav::FromNavigational(azimuth, 15.f, distance);
+                    ASSERT_NEAR(Tests::Energy(Gains(law, count, source)), 1.0, 1e-6)
+                        << azimuth << " at " << distance;
                 }
             }
         }

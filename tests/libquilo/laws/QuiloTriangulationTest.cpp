@@ -5,18 +5,15 @@
 #include "laws/QuiloTriangulationArcs.h"
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainTriangulation.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <random>
-#include <set>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace Quilo {
 namespace {
@@ -24,18 +21,10 @@ namespace {
 using tav::CartesianArray;
 using tav::CartesianVector;
 using Generator = std::mt19937;
-
-/// In [-1, 1), the same on every platform.
-float Uniform(Generator& generator) {
-    return static_cast<float>(static_cast<double>(generator()) / 2147483648.0 - 1.0);
-}
+using Tests::Uniform;
 
 CartesianArray InCube(std::size_t count, Generator& generator) {
-    CartesianArray layout(count);
-    for (CartesianVector& v : layout) {
-        v = {Uniform(generator), Uniform(generator), Uniform(generator)};
-    }
-    return layout;
+    return Tests::RandomLayout(generator, count, 1.f);
 }
 
 CartesianArray OnSphere(std::size_t count, Generator&) {
@@ -140,33 +129,6 @@ INSTANTIATE_TEST_SUITE_P(Layouts,
                          testing::ValuesIn(kFamilies),
                          [](const auto& test) { return std::string(test.param.name); });
 
-using Corners = std::set<std::uint16_t>;
-
-/// The triplets without their order.
-std::set<Corners> Faces(const tav::Vector<Triplet>& triplets) {
-    std::set<Corners> faces;
-    for (const Triplet& t : triplets) faces.insert(Corners(t.speakers.begin(), t.speakers.end()));
-    return faces;
-}
-
-TEST(Triangulation, CoversTheSphereOnce) {
-    // Euler: a closed surface of triangles over n corners has 2 n - 4 of them, and each of its
-    // edges belongs to two.
-    Generator generator(1);
-    for (const std::size_t count : {4U, 6U, 8U, 16U, 32U, 40U}) {
-        const auto triplets = Triangulate(OnSphere(count, generator));
-        EXPECT_EQ(triplets.Size(), 2 * count - 4);
-        std::multiset<std::pair<int, int>> edges;
-        for (const Triplet& t : triplets) {
-            const auto [a, b, c] = t.speakers;
-            for (const auto& edge : {std::pair<int, int>(a, b), {a, c}, {b, c}}) {
-                edges.insert(edge);
-            }
-        }
-        for (const auto& edge : edges) EXPECT_EQ(edges.count(edge), 2U);
-    }
-}
-
 TEST(Triangulation, RaisesTheThresholdForLargeLayouts) {
     // 182 loudspeakers have just under a million triples. Those of an even layout of 250 need the
     // threshold 0.25, which is about what its faces are worth: some are lost.
@@ -191,25 +153,6 @@ TEST(Triangulation, RaisesTheThresholdForLargeLayouts) {
     EXPECT_LT(leastAbove, 0.252f);
 }
 
-TEST(Triangulation, RemovesTheLongerOfTwoCrossingArcs) {
-    // The foot is a rhombus whose short diagonal stays; seen from every order of its corners.
-    const std::array<CartesianVector, 4> rhombus{
-        {{0.8f, 0.f, 1.f}, {-0.8f, 0.f, 1.f}, {0.f, 0.4f, 1.f}, {0.f, -0.4f, 1.f}}};
-    std::array<std::uint16_t, 4> order{0, 1, 2, 3};
-    do {
-        CartesianArray layout(4);
-        for (std::size_t i = 0; i < 4; ++i) layout[order[i]] = rhombus[i];
-        EXPECT_EQ(Faces(Triangulate(layout)), (std::set<Corners>{{order[0], order[2], order[3]},
-                                                                 {order[1], order[2], order[3]}}));
-    } while (std::ranges::next_permutation(order).found);
-}
-
-TEST(Triangulation, PrefersTheLaterOfEqualArcs) {
-    // A square: both diagonals are equally long. The pair found later, 1-3, removes 0-2.
-    const CartesianArray square{{1, 1, 1}, {-1, 1, 1}, {-1, -1, 1}, {1, -1, 1}};
-    EXPECT_EQ(Faces(Triangulate(square)), (std::set<Corners>{{0, 1, 3}, {1, 2, 3}}));
-}
-
 TEST(Triangulation, MeasuresFromTheOriginByAzimuth) {
     const Ray origin = MakeRay({0, 0, 0});
     const Ray left = MakeRay({-2, 0, 5});
@@ -217,19 +160,6 @@ TEST(Triangulation, MeasuresFromTheOriginByAzimuth) {
     EXPECT_FLOAT_EQ(AngleBetween(left, origin), 3.1415927f);
     EXPECT_EQ(AngleBetween(origin, origin), 0.f);
     EXPECT_FLOAT_EQ(AngleBetween(MakeRay({0, 3, 0}), left), 1.5707964f);
-}
-
-TEST(InverseOfColumns, GivesTheWeightsOfASum) {
-    Generator generator(11);
-    const CartesianArray l = InCube(3, generator);
-    const auto m = InverseOfColumns(l[0], l[1], l[2]);
-    const CartesianVector p{0.5f * l[0].x + 2.f * l[1].x - 3.f * l[2].x,
-                            0.5f * l[0].y + 2.f * l[1].y - 3.f * l[2].y,
-                            0.5f * l[0].z + 2.f * l[1].z - 3.f * l[2].z};
-    EXPECT_NEAR(Dot({m[0], m[1], m[2]}, p), 0.5f, 1e-5f);
-    EXPECT_NEAR(Dot({m[3], m[4], m[5]}, p), 2.f, 1e-5f);
-    EXPECT_NEAR(Dot({m[6], m[7], m[8]}, p), -3.f, 1e-5f);
-    EXPECT_EQ(InverseOfColumns({1, 0, 0}, {0, 1, 0}, {1, 1, 0}), (std::array<float, 9>{}));
 }
 
 }  // namespace

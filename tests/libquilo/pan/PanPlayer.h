@@ -5,6 +5,7 @@
 #include "pan/QuiloPan.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,21 @@ private:
     std::vector<const double*> inputPointers_;
     std::vector<double*> outputPointers_;
 };
+
+inline double Impulse(unsigned, std::size_t frame) { return frame == 0 ? 1.0 : 0.0; }
+inline double Silence(unsigned, std::size_t) { return 0.0; }
+inline double Ones(unsigned, std::size_t) { return 1.0; }
+PanPlayer::Signal Sine(double hz, double rateHz = 48000.0);
+PanPlayer::Signal Cosine(double hz, double rateHz = 48000.0);  // begins at its peak
+
+/// The largest difference of neighbouring samples.
+double LargestStep(const std::vector<double>& signal);
+
+/// A panner on the default loudspeakers, which it may report and uses.
+std::unique_ptr<Quilo::Pan> OnDefaultSpeakers(unsigned numInputs,
+                                              unsigned numOutputs,
+                                              const char* type,
+                                              const char* subtype = "direct");
 
 /// A panner that is on air already.
 struct PanCase {

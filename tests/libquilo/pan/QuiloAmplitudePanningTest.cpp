@@ -11,6 +11,7 @@
 namespace Quilo {
 namespace {
 
+using Tests::Ones;
 using Tests::PanPlayer;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -32,8 +33,6 @@ protected:
         gains[2] = source.z;
     }
 };
-
-double Ones(unsigned, std::size_t) { return 1.0; }
 
 using Gains = std::vector<double>;
 

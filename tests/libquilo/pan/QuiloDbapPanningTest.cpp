@@ -2,8 +2,8 @@
 // What the panners without triangulation do with their settings, heard in their outputs.
 #include "pan/QuiloDbapPanning.h"
 
+#include "libquilo/RingsAndGains.h"
 #include "libquilo/pan/PanPlayer.h"
-#include "math/VelkDspSpherical.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloPanDefaults.h"
 #include "pan/QuiloRecursivePanning.h"
@@ -18,6 +18,7 @@ namespace Quilo {
 namespace {
 
 using tav::CartesianVector;
+using Tests::Energy;
 using Tests::PanPlayer;
 using Gains = std::vector<double>;
 
@@ -26,8 +27,7 @@ constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 /// One source 0.7 m to the front right, in the default layout.
 template <class Panner = Pan>
 std::unique_ptr<Panner> Make(const char* type, unsigned numOutputs = 6) {
-    std::unique_ptr<Pan> pan = Pan::Create(1, numOutputs, type, "direct");
-    pan->SetSpeakersPositions(DefaultSpeakersFor(pan->GetType(), numOutputs));
+    std::unique_ptr<Pan> pan = Tests::OnDefaultSpeakers(1, numOutputs, type);
     pan->SetSourcePosition(0, {0.5f, 0.5f, 0.f}, true, false);
     EXPECT_NE(dynamic_cast<Panner*>(pan.get()), nullptr) << type;
     return std::unique_ptr<Panner>(dynamic_cast<Panner*>(pan.release()));
@@ -38,12 +38,6 @@ Gains GainsOf(Pan& pan) { return PanPlayer(pan, 8000.f).SteadyGains(0); }
 Gains GainsAt(Pan& pan, const CartesianVector& p) {
     pan.SetSourcePosition(0, p, true, false);
     return GainsOf(pan);
-}
-
-double Energy(const Gains& gains) {
-    double energy = 0.0;
-    for (const double gain : gains) energy += gain * gain;
-    return energy;
 }
 
 template <class Panner>
@@ -90,13 +84,11 @@ TEST_P(PannerSetting, GlidesAndIsKeptAgainstWhatIsNoNumber) {
     PanPlayer player(*pan, 48000.f);
     const Gains before = player.SteadyGains(0);
     GetParam().set(*pan);
-    const auto audio = player.Play(9600, [](unsigned, std::size_t) { return 1.0; });
+    const auto audio = player.Play(9600, Tests::Ones);
     double change = 0.0;
     for (std::size_t o = 0; o < audio.size(); ++o) {
         EXPECT_NEAR(audio[o].front(), before[o], 2e-3);
-        for (std::size_t k = 1; k < audio[o].size(); ++k) {
-            ASSERT_NEAR(audio[o][k], audio[o][k - 1], 2e-3);  // at most 1 in 30 ms
-        }
+        EXPECT_LE(Tests::LargestStep(audio[o]), 2e-3);  // at most 1 in 30 ms
         change += std::fabs(audio[o].back() - before[o]);
     }
     EXPECT_GT(change, 0.05);

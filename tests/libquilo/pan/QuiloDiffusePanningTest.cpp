@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloDiffusePanning.h"
 
+#include "libquilo/RingsAndGains.h"
 #include "libquilo/pan/PanPlayer.h"
 #include "reference/PlainFourier.h"
 
@@ -14,21 +15,14 @@
 namespace Quilo {
 namespace {
 
+using Tests::Impulse;
 using Tests::PanPlayer;
-
-double Impulse(unsigned, std::size_t frame) { return frame == 0 ? 1.0 : 0.0; }
 
 PanPlayer::Signal Noise(unsigned seed) {
     auto generator = std::make_shared<std::minstd_rand>(seed);
     return [generator](unsigned, std::size_t) {
         return std::uniform_real_distribution<double>(-1.0, 1.0)(*generator);
     };
-}
-
-double Power(const std::vector<double>& signal) {
-    double sum = 0.0;
-    for (const double x : signal) sum += x * x;
-    return sum;
 }
 
 // Each output alone is the input at every frequency, at its share of the power.
@@ -38,7 +32,7 @@ TEST(DiffusePanning, ColoursNothingAndKeepsThePower) {
         PanPlayer player(pan);
         double power = 0.0;
         for (const auto& response : player.Play(32768, Impulse)) {
-            power += Power(response);
+            power += Tests::Energy(response);
             for (const auto& value : Plain::Spectrum(response, 32768)) {
                 const double share = std::norm(value) * numOutputs;
                 ASSERT_NEAR(10.0 * std::log10(share), 0.0, 0.01) << numOutputs;
@@ -137,8 +131,7 @@ TEST(DiffusePanning, RestsInSilenceAndWakesAtOnce) {
     DiffusePanning pan(1, 8);
     PanPlayer player(pan);
     const auto first = player.Play(9600, Impulse);
-    const auto silence = [](unsigned, std::size_t) { return 0.0; };
-    for (const auto& output : player.Play(96000, silence)) EXPECT_EQ(output.back(), 0.0);
+    for (const auto& output : player.Play(96000, Tests::Silence)) EXPECT_EQ(output.back(), 0.0);
     const auto again = player.Play(9600, Impulse);
     for (std::size_t o = 0; o < first.size(); ++o) {
         for (std::size_t k = 0; k < 9600; ++k) ASSERT_NEAR(again[o][k], first[o][k], 1e-9);

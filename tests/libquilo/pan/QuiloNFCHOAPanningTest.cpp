@@ -14,18 +14,15 @@
 namespace Quilo {
 namespace {
 
+using Tests::Impulse;
 using Tests::PanPlayer;
+using Tests::Silence;
+using Tests::Sine;
 using Complex = std::complex<double>;
 
 constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr double kRate = 48000.0;
 
-double Impulse(unsigned, std::size_t frame) { return frame == 0 ? 1.0 : 0.0; }
-PanPlayer::Signal Sine(double hz) {
-    return [hz](unsigned, std::size_t frame) {
-        return std::sin(kTwoPi * hz / kRate * static_cast<double>(frame));
-    };
-}
 double InDecibels(double gain) { return 20.0 * std::log10(gain); }
 
 /// theta_n(s) / s^n by the recurrence of the polynomials, 1 far above.
@@ -52,7 +49,7 @@ struct Overhead {
           player(pan, static_cast<float>(kRate)) {
         pan.SetSpeakersRadius(radius);
         pan.SetSourcePosition(0, {0, 0, distance}, true, true);
-        player.Play(24000, [](unsigned, std::size_t) { return 0.0; });  // glides end
+        player.Play(24000, Silence);  // glides end
     }
     std::vector<double> Play(unsigned order, std::size_t frames, const PanPlayer::Signal& signal) {
         return player.Play(frames, signal)[order * (order + 1)];
@@ -98,7 +95,7 @@ TEST(NFCHOAPanning, GainHasItsLimitWithAndWithoutTheHighPass) {
         Overhead overhead(14, radius, distance);
         for (const bool highPass : {true, false}) {
             overhead.pan.SetHighPass(highPass);
-            overhead.player.Play(24000, [](unsigned, std::size_t) { return 0.0; });
+            overhead.player.Play(24000, Silence);
             const auto audio = overhead.player.Play(32768, Impulse);
             for (const unsigned n : {1u, 2u, 3u, 7u, 14u}) {
                 double highest = 0.0;
@@ -146,7 +143,7 @@ TEST(NFCHOAPanning, IsPlainAmbisonicsAtTheRadius) {
     });
     fieldPlayer.Play(4800, Sine(100.0));
     for (unsigned i = 0; i < kSources; ++i) field.SetNearfieldCompensation(i, false);
-    fieldPlayer.Play(96000, [](unsigned, std::size_t) { return 0.0; });
+    fieldPlayer.Play(96000, Silence);
     expectSame();
     EXPECT_EQ(fieldPlayer.Violations(), 0u);
 }

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "pan/QuiloKeywords.h"
 #include "pan/QuiloNullPanning.h"
 #include "pan/QuiloPan.h"
 
@@ -95,31 +94,6 @@ TEST(PanFactory, RefusesCodesOutsideTheEnumerations) {
     const auto odd = Pan::Create(1, 4, Pan::Type::Angular, static_cast<Pan::SubType>(99));
     EXPECT_EQ(odd->GetTypeName(), "angular");
     EXPECT_EQ(odd->GetSubTypeName(), "null");
-}
-
-struct Alias {
-    const char* accepted;
-    const char* printed;
-};
-
-TEST(PanTypeKeywords, ReadAliasesBackCanonically) {
-    const Alias aliases[] = {
-        {"vbap3d", "vbap"},          {"vbip3d", "vbip"},     {"dbap2d", "dbap"},
-        {"b-format", "bformat"},     {"hoa", "hoa3d"},       {"ambisonic", "hoa3d"},
-        {"nfchoa3D", "nfchoa3d"},    {"nfchoa", "nfchoa3d"}, {"nfc-hoa", "nfchoa3d"},
-        {"subwoofer", "subwoofers"}, {"lfe", "subwoofers"},  {"knn", "knn"}};
-    for (const Alias& alias : aliases) {
-        const auto type = PanTypeKeywords().Parse(alias.accepted);
-        ASSERT_TRUE(type) << alias.accepted;
-        EXPECT_EQ(PanTypeKeywords().Print(*type), alias.printed);
-    }
-    // The codes are promises: each row's place is its value.
-    std::int32_t code = 0;
-    for (const auto& row : PanTypeKeywords().Rows()) {
-        EXPECT_EQ(static_cast<std::int32_t>(row.code), code++) << row.printed;
-    }
-    EXPECT_EQ(code, 23);
-    EXPECT_EQ(PanSpreadingModeKeywords().Parse("xyz"), Pan::SpreadingMode::Directional);
 }
 
 }  // namespace

@@ -21,17 +21,8 @@ using Tests::PanPlayer;
 constexpr unsigned kNumInputs = 4;
 constexpr float kRates[] = {8000.f, 44100.f, 48000.f, 96000.f, 384000.f};
 
-void SetLayout(Pan& pan, const tav::CartesianArray& layout) {
-    try {
-        pan.SetSpeakersPositions(layout);
-    } catch (const tav::Exception&) {  // reported, and in force
-    }
-}
-
 std::unique_ptr<Pan> Make(const PanCase& c, unsigned numInputs = kNumInputs) {
-    auto pan = Pan::Create(numInputs, c.numOutputs, c.type, c.subtype);
-    SetLayout(*pan, DefaultSpeakersFor(pan->GetType(), c.numOutputs));
-    return pan;
+    return Tests::OnDefaultSpeakers(numInputs, c.numOutputs, c.type, c.subtype);
 }
 
 /// An input each: not a number, infinite, far too large, denormal.
@@ -70,11 +61,10 @@ TEST_P(PannerUnderFire, RecoversFromEverythingThatIsNoSignal) {
             }
         }
         // 2. Half a second later nothing is heard of it, another half second later nothing is left.
-        const auto silence = [](unsigned, std::size_t) { return 0.0; };
-        for (const auto& output : player.Play(5 * tenth, silence)) {
+        for (const auto& output : player.Play(5 * tenth, Tests::Silence)) {
             EXPECT_LE(std::fabs(output.back()), 1e-5 * peak);
         }
-        player.Play(5 * tenth, silence);
+        player.Play(5 * tenth, Tests::Silence);
         // 3. A signal comes out as from a panner that saw none of this.
         const auto fresh = Make(panCase);
         PanPlayer undisturbed(*fresh, rate, blockSize);
@@ -104,19 +94,34 @@ INSTANTIATE_TEST_SUITE_P(Panners,
 class PannerAnywhere : public testing::TestWithParam<PanCase> {};
 
 TEST_P(PannerAnywhere, StaysFiniteInDegenerateGeometry) {
-    const tav::CartesianVector odd[] = {{0, 0, 0},   {1, 0, 0},      {-1, 0, 0},
-                                        {0, 0, 1},   {1e-30f, 0, 0}, {3e38f, 3e38f, -3e38f},
-                                        {0, -0.f, 0}};
-    tav::CartesianArray layouts[] = {{},
-                                     {{0, 0, 0}},
-                                     tav::CartesianArray(8, {0, 0, 0}),
-                                     tav::CartesianArray(8, {1, 2, 3}),
-                                     {{-2, 1, 0}, {-1, 1, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}},
-                                     {{1, 0, 0}, {-1, 0, 0}, {0, 0, 0}}};
+    const tav::CartesianVector odd[] = {{0, 0, 0},
+                                        {1, 0, 0},
+                                        {-1, 0, 0},
+                                        {0, 0, 1},
+                                        {1e-38f, 0, 0},
+                                        {1e-30f, 0, 0},
+                                        {0, -0.f, 0},
+                                        {1e15f, 1e15f, 1e15f},
+                                        {3e38f, 1, 0},
+                                        {1e30f, 0, -1e30f},
+                                        {3e38f, 3e38f, -3e38f}};
+    const tav::CartesianArray layouts[] = {
+        DefaultSpeakersFor(Pan::Type::Vbap, 12),
+        {},
+        {{0, 0, 0}},
+        tav::CartesianArray(8, {0, 0, 0}),
+        tav::CartesianArray(8, {1, 2, 3}),
+        {{-2, 1, 0}, {-1, 1, 0}, {0, 1, 0}, {1, 1, 0}, {2, 1, 0}},
+        {{-1, 0, 0}, {2, 0, 0}, {3, 0, 0}},
+        {{1, 0, 0}, {-1, 0, 0}, {0, 0, 0}},
+        {{1e38f, 0, 0}, {-1e38f, 1e38f, 0}, {0, -1e-38f, 0}}};
     const auto pan = Make(GetParam(), 1);
     PanPlayer player(*pan, 8000.f);
     for (const auto& layout : layouts) {
-        SetLayout(*pan, layout);
+        try {
+            pan->SetSpeakersPositions(layout);
+        } catch (const tav::Exception&) {  // reported, and in force
+        }
         for (const auto& position : odd) {
             pan->SetSourcePosition(0, position, true, true);
             for (const double gain : player.SteadyGains(0)) {  // one that is not finite fails
@@ -163,11 +168,9 @@ INSTANTIATE_TEST_SUITE_P(Panners,
 // The sum of 250 sources on as many loudspeakers: each plays its own one.
 TEST(LargestPanner, FeedsEachSourceToItsLoudspeaker) {
     constexpr unsigned kCount = 250;
-    for (const char* type : {"angular", "vbap2d", "vbip2d"}) {
-        const auto pan = Pan::Create(kCount, kCount, type, "direct");
-        const auto layout = DefaultSpeakersFor(pan->GetType(), kCount);
-        pan->SetSpeakersPositions(layout);
-        pan->SetSourcesPositions(layout, true);
+    for (const char* type : {"angular", "vbap2d", "vbip2d", "subwoofers"}) {
+        const auto pan = Tests::OnDefaultSpeakers(kCount, kCount, type);
+        pan->SetSourcesPositions(DefaultSpeakersFor(pan->GetType(), kCount), true);
         PanPlayer player(*pan, 8000.f);
         const auto numbered = [](unsigned input, std::size_t) { return input + 1.0; };
         const PanPlayer::Audio audio = player.Play(6400, numbered);

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the horizontal loudspeaker panners do with a layout, heard in their outputs.
+#include "libquilo/RingsAndGains.h"
 #include "libquilo/pan/PanPlayer.h"
-#include "math/VelkDspSpherical.h"
-#include "pan/QuiloPanDefaults.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -13,15 +12,9 @@
 namespace Quilo {
 namespace {
 
+using Tests::At;
 using Tests::PanPlayer;
 using Gains = std::vector<double>;
-
-tav::CartesianArray At(std::initializer_list<float> azimuthsDeg) {
-    tav::CartesianArray layout(azimuthsDeg.size());
-    std::size_t i = 0;
-    for (const float azimuth : azimuthsDeg) layout[i++] = tav::FromNavigational(azimuth, 0.f, 1.f);
-    return layout;
-}
 
 /// Gains of one source at an azimuth, in a panner that already has its layout.
 Gains GainsAt(Pan& pan, float azimuthDeg) {
@@ -36,8 +29,7 @@ protected:
 };
 
 TEST_P(LayoutPanners, PlayASourceOnALoudspeakerThereAlone) {
-    const auto pan = Make(4);
-    pan->SetSpeakersPositions(DefaultSpeakersFor(pan->GetType(), 4));
+    const auto pan = Tests::OnDefaultSpeakers(1, 4, GetParam());
     const float azimuths[] = {-45.f, 45.f, 135.f, -135.f};
     for (std::size_t speaker = 0; speaker < 4; ++speaker) {
         const Gains gains = GainsAt(*pan, azimuths[speaker]);
@@ -70,20 +62,22 @@ INSTANTIATE_TEST_SUITE_P(Types,
                          [](const auto& test) { return std::string(test.param); });
 
 TEST(Vbap2DPanning, PansOverALayoutThatItReports) {
-    const auto pan = Pan::Create(1, 3, "vbap2d", "direct");
-    try {
-        pan->SetSpeakersPositions(At({-30, 0, 30}));
-        FAIL() << "a layout in front only was accepted";
-    } catch (const tav::Exception& fault) {
-        EXPECT_EQ(fault.Message(), "reference position must be inside the speakers setup!");
-        EXPECT_EQ(fault.File(), "libquilo/src/pan/QuiloVbap2DPanning");
-        EXPECT_EQ(fault.Line(), 282);
+    for (const char* type : {"vbap2d", "subwoofers"}) {
+        const auto pan = Pan::Create(1, 3, type, "direct");
+        try {
+            pan->SetSpeakersPositions(At({-30, 0, 30}));
+            ADD_FAILURE() << "a layout in front only was accepted";
+        } catch (const tav::Exception& fault) {
+            EXPECT_EQ(fault.Message(), "reference position must be inside the speakers setup!");
+            EXPECT_EQ(fault.File(), "libquilo/src/pan/QuiloVbap2DPanning");
+            EXPECT_EQ(fault.Line(), 282);
+        }
+        EXPECT_NEAR(GainsAt(*pan, 30.f)[2], 1.0, 1e-5) << type;
+        EXPECT_NEAR(GainsAt(*pan, -15.f)[0], std::sqrt(0.5), 1e-5) << type;
+        EXPECT_NO_THROW(pan->SetSpeakersPositions(At({-30, 30})));  // two surround nobody
+        // The listener on the edge is inside.
+        EXPECT_NO_THROW(pan->SetSpeakersPositions({{-1, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
     }
-    EXPECT_NEAR(GainsAt(*pan, 30.f)[2], 1.0, 1e-5);
-    EXPECT_NEAR(GainsAt(*pan, -15.f)[0], std::sqrt(0.5), 1e-5);
-    EXPECT_NO_THROW(pan->SetSpeakersPositions(At({-30, 30})));  // two surround nobody
-    // The listener on the edge is inside.
-    EXPECT_NO_THROW(pan->SetSpeakersPositions({{-1, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
 }
 
 TEST(SurroundPanning, StartsWithALayoutAndTakesAnother) {

@@ -12,24 +12,13 @@
 namespace Quilo {
 namespace {
 
+using Tests::LargestStep;
+using Tests::Ones;
 using Tests::PanPlayer;
+using Tests::Silence;
 
 constexpr double kPi = std::numbers::pi;
 constexpr float kRate = 48000.f;
-
-PanPlayer::Signal Sine(double hz) {
-    return [hz](unsigned, std::size_t frame) {
-        return std::sin(2.0 * kPi * hz * static_cast<double>(frame) / static_cast<double>(kRate));
-    };
-}
-
-double LargestStep(const std::vector<double>& signal) {
-    double largest = 0.0;
-    for (std::size_t k = 1; k < signal.size(); ++k) {
-        largest = std::max(largest, std::fabs(signal[k] - signal[k - 1]));
-    }
-    return largest;
-}
 
 TEST(StereoABPanning, DelaysAndWeighsASineByItsDirection) {
     for (const double azimuthDeg : {0.0, 90.0, -90.0, 30.0, 180.0}) {
@@ -37,7 +26,7 @@ TEST(StereoABPanning, DelaysAndWeighsASineByItsDirection) {
         PanPlayer player(pan, kRate);
         pan.SetSourcePosition(0, tav::FromNavigational(static_cast<float>(azimuthDeg), 0.f, 2.f),
                               false, true);
-        const PanPlayer::Audio audio = player.Play(4800, Sine(500.0));
+        const PanPlayer::Audio audio = player.Play(4800, Tests::Sine(500.0));
         const double a = azimuthDeg * kPi / 180.0;
         const double gains[] = {0.44936 * (1.0 + std::sin(kPi / 4.0 - a)),
                                 0.44936 * (1.0 + std::sin(kPi / 4.0 + a))};
@@ -59,10 +48,7 @@ TEST(StereoABPanning, DelaysAndWeighsASineByItsDirection) {
 TEST(StereoABPanning, GlidesWhenMovedAndMuted) {
     StereoABPanning pan(1, 2);
     PanPlayer player(pan, kRate);
-    const auto tone = [](unsigned, std::size_t frame) {
-        return std::cos(2.0 * kPi * 100.0 * static_cast<double>(frame) /
-                        static_cast<double>(kRate));
-    };
+    const auto tone = Tests::Cosine(100.0);
     pan.SetSourcePosition(0, {-1, 1, 0}, false, true);
     player.Play(4800, tone);
     pan.SetSourcePosition(0, {1, 1, 0}, true, false);
@@ -88,11 +74,10 @@ TEST(StereoABPanning, JumpsWhenForced) {
     PanPlayer player(pan, kRate);
     pan.SetSourcePosition(0, {0, 0, 0}, false, true);
     player.SteadyGains(0);
-    const auto ones = [](unsigned, std::size_t) { return 1.0; };
     pan.SetSourcePosition(0, {1, 1, 0}, true, false);
-    EXPECT_LT(player.Play(64, ones)[1].back(), 0.5);
+    EXPECT_LT(player.Play(64, Ones)[1].back(), 0.5);
     pan.SetSourcePosition(0, {1, 1, 0}, false, true);
-    EXPECT_NEAR(player.Play(64, ones)[1].back(), 2 * 0.44936, 1e-6);
+    EXPECT_NEAR(player.Play(64, Ones)[1].back(), 2 * 0.44936, 1e-6);
 }
 
 TEST(StereoABPanning, ForgetsWhatCameBeforeAMute) {
@@ -100,12 +85,11 @@ TEST(StereoABPanning, ForgetsWhatCameBeforeAMute) {
     PanPlayer player(pan, kRate);
     pan.SetInterpolationTime(0.f);
     pan.SetSourcePosition(0, {}, false, true);
-    player.Play(640, [](unsigned, std::size_t) { return 1.0; });
+    player.Play(640, Ones);
     pan.SetSourceMute(0, true);
-    const auto silence = [](unsigned, std::size_t) { return 0.0; };
-    player.Play(640, silence);
+    player.Play(640, Silence);
     pan.SetSourceMute(0, false);
-    for (const auto& side : player.Play(640, silence)) EXPECT_EQ(LargestStep(side), 0.0);
+    for (const auto& side : player.Play(640, Silence)) EXPECT_EQ(LargestStep(side), 0.0);
 }
 
 TEST(StereoABPanning, LeavesSourcesOutThatAreNotConnected) {
