@@ -21,23 +21,9 @@ tav::CartesianArray Layout(const benchmark::State& state) {
                                   static_cast<unsigned>(state.range(0)));
 }
 
-/// @param computeGains  of a source into a row
-template <class ComputeGains>
-void Run(benchmark::State& state, ComputeGains computeGains) {
-    const tav::CartesianArray sources = Sources();
-    tav::Vector<float> gains(static_cast<std::size_t>(state.range(0)));
-    std::size_t next = 0;
-    for (auto _ : state) {
-        computeGains(sources[next++ % sources.Size()], gains);
-        benchmark::DoNotOptimize(gains.Data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations());
-}
-
 void RunDbap(benchmark::State& state, const tav::SpeakerKernels& kernels) {
     const Quilo::SpeakerCloud cloud(Layout(state));
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         const auto metric = Quilo::OmniMetric(0.2f, source, cloud.centroid, false);
         Quilo::DbapGains(cloud.rows, source, metric, kernels.gainsByDistance, gains);
     });
@@ -47,7 +33,7 @@ void RunSpcap(benchmark::State& state, const tav::SpeakerKernels& kernels) {
     Quilo::SpcapLaw law(kernels.gainsByAngle);
     law.SetSpeakers(Layout(state));
     const auto spread = static_cast<float>(state.range(1));
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         law.Gains(source, spread, gains);
     });
 }
@@ -58,7 +44,7 @@ void SpcapGains(benchmark::State& state) { RunSpcap(state, tav::BestSpeakerKerne
 void KnnGains(benchmark::State& state) {
     Quilo::KnnLaw law;
     law.SetSpeakers(Layout(state));
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         law.Gains(source, static_cast<unsigned>(state.range(1)), gains);
     });
 }
@@ -66,7 +52,7 @@ void KnnGains(benchmark::State& state) {
 void SquareRoots(benchmark::State& state) {
     const Quilo::SpeakerRows rows(Layout(state));
     const auto count = state.range(0);
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& distances) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& distances) {
         const float* const x = rows.Data();
         const float* const y = x + rows.Stride();
         const float* const z = y + rows.Stride();

@@ -18,29 +18,16 @@ tav::Vector<Quilo::Triplet> Triplets(const benchmark::State& state) {
     return Quilo::Triangulate(Quilo::DefaultSpeakers(Quilo::LayoutKind::Periphonic, count));
 }
 
-template <class ComputeGains>
-void Run(benchmark::State& state, ComputeGains computeGains) {
-    const tav::CartesianArray sources = Sources();
-    tav::Vector<float> gains(static_cast<std::size_t>(state.range(0)));
-    std::size_t next = 0;
-    for (auto _ : state) {
-        computeGains(sources[next++ % sources.Size()], gains);
-        benchmark::DoNotOptimize(gains.Data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations());
-}
-
 void VbapGains(benchmark::State& state) {
     const Quilo::TripletBank bank(Triplets(state), tav::BestTripletKernels().findPeaks);
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         Quilo::Vbap3DGains(bank, source, gains);
     });
 }
 
 void VbapGainsPlain(benchmark::State& state) {
     const auto triplets = Triplets(state);
-    Run(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
+    MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         Plain::VbapGains(triplets, source, gains);
     });
 }

@@ -24,17 +24,6 @@ namespace {
 
 using tav::SphericalHarmonic;
 
-template <class Encode>
-void Run(benchmark::State& state, Encode encode) {
-    const tav::CartesianArray sources = Sources();
-    std::size_t next = 0;
-    for (auto _ : state) {
-        encode(sources[next++ % sources.Size()]);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations());
-}
-
 void RunEncoding(benchmark::State& state,
                  unsigned dimension,
                  SphericalHarmonic::Normalization normalization,
@@ -42,7 +31,7 @@ void RunEncoding(benchmark::State& state,
     const auto order = static_cast<unsigned>(state.range(0));
     tav::HoaEncodingVector encoding(order, dimension, normalization, mode);
     tav::Vector<float> gains(encoding.NumChannels());
-    Run(state, [&](const tav::CartesianVector& source) {
+    MeasureSources(state, [&](const tav::CartesianVector& source) {
         encoding.Compute(source, std::span<float>(gains));
         benchmark::DoNotOptimize(gains.Data());
     });
@@ -67,7 +56,7 @@ void HoaGains2D(benchmark::State& state) {
 void HoaGains2DPlain(benchmark::State& state) {
     const auto order = static_cast<unsigned>(state.range(0));
     std::vector<float> gains(2 * order + 1);
-    Run(state, [&](const tav::CartesianVector& source) {
+    MeasureSources(state, [&](const tav::CartesianVector& source) {
         const double phi = std::atan2(static_cast<double>(source.y), static_cast<double>(source.x));
         const double cosine = std::cos(static_cast<double>(tav::ElevationRad(source)));
         for (std::size_t c = 0; c < gains.size(); ++c) {
@@ -124,7 +113,7 @@ void GslHarmonics(benchmark::State& state) {
     std::vector<double> legendre(gsl_sf_legendre_array_n(order));
     std::vector<double> sines(order + 1);
     std::vector<double> cosines(order + 1);
-    Run(state, [&](const tav::CartesianVector& source) {
+    MeasureSources(state, [&](const tav::CartesianVector& source) {
         const double phi = std::atan2(static_cast<double>(source.y), static_cast<double>(source.x));
         const double height = std::sin(static_cast<double>(tav::ElevationRad(source)));
         gsl_sf_legendre_array(GSL_SF_LEGENDRE_SCHMIDT, order, height, legendre.data());
@@ -146,7 +135,7 @@ void SpatialAudioEncoder(benchmark::State& state) {
     if (!encoder.Configure(static_cast<unsigned>(state.range(0)), true, 0)) {
         return state.SkipWithError("the encoder refuses the order");
     }
-    Run(state, [&](const tav::CartesianVector& source) {
+    MeasureSources(state, [&](const tav::CartesianVector& source) {
         encoder.SetPosition(
             {std::atan2(source.y, source.x), tav::ElevationRad(source), tav::Distance(source)});
         encoder.Refresh();
