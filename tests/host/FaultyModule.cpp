@@ -83,6 +83,10 @@ t_class*& FaultyClass() {
     return type;
 }
 
+void Free(Faulty* x) {
+    if (!Is(x, "staying")) z_dsp_free(&x->ob);
+}
+
 void* New(t_symbol*, max_long argc, t_atom* argv) {
     auto* const x = static_cast<Faulty*>(object_alloc(FaultyClass()));
     if (!x) return nullptr;
@@ -101,7 +105,7 @@ void* New(t_symbol*, max_long argc, t_atom* argv) {
 }  // namespace
 
 extern "C" MAX_EXPORTED void ext_main(void*) {
-    t_class* const type = class_new("faulty~", MaxApi::ToMethod(New), MaxApi::ToMethod(z_dsp_free),
+    t_class* const type = class_new("faulty~", MaxApi::ToMethod(New), MaxApi::ToMethod(Free),
                                     static_cast<max_long>(sizeof(Faulty)), nullptr, A_GIMME, 0);
     class_addmethod(type, MaxApi::ToMethod(Dsp64), "dsp64", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(Assist), "assist", A_CANT, 0);

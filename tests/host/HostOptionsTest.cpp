@@ -23,13 +23,6 @@ TEST(Options, AreReadInAnyOrder) {
     EXPECT_TRUE(options.loop && options.strict && options.quiet && options.realtime);
     EXPECT_EQ(options.script + options.output + options.picture + options.console + options.module,
               "s.txto.wavp.svgc.txtm.so");
-}
-
-TEST(Options, StandUnsetUnlessGiven) {
-    const Options options = ParseOptions(Words{"-"});
-    EXPECT_EQ(options.script, "-");
-    EXPECT_FALSE(options.rate || options.duration || options.loop || options.strict);
-    EXPECT_EQ(options.vector, 64u);
     EXPECT_NO_THROW(ParseOptions(Words{"s", "--out", ".", "--picture", "."})) << "no plain file";
 }
 

@@ -32,7 +32,7 @@ TEST_P(ValidatorOn, FindsNoFault) {
 
 INSTANTIATE_TEST_SUITE_P(Objects,
                          ValidatorOn,
-                         testing::Values("2 4 vbap2d", "1 4 panr", "2 7 hoa2d"));
+                         testing::Values("2 4 vbap2d", "1 4 panr", "2 7 hoa2d", "2 6 dbap"));
 
 struct Mistake {
     const char* fault;
@@ -68,5 +68,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Mistake{"escaping", "escaped"},
                     Mistake{"forgetful", "pattr, 6 states: gain is"}),
     [](const auto& mistake) { return std::string(mistake.param.fault); });
+
+TEST(FreedInTheChain, IsReported) {
+    const TemporaryFolder folder;
+    const HostRun run = RunHost(folder, {"--module", QUILO_FAULTY_MODULE, "-"},
+                                "object faulty~ staying\nhost free\n");
+    EXPECT_EQ(run.console, std::vector<std::string>{"bug: freed without z_dsp_free"});
+}
 
 }  // namespace

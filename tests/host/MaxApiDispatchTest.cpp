@@ -51,19 +51,6 @@ INSTANTIATE_TEST_SUITE_P(Messages, Dispatch, testing::ValuesIn(kExchanges), [](c
     return row.param.name;
 });
 
-TEST_F(MaxApiTest, MessagesTellTheirInlet) {
-    EXPECT_EQ(Send("raw 1", 2), Lines{"raw raw (1) inlet 2"});
-    EXPECT_EQ(proxy_getinlet(object_), 0);
-    EXPECT_EQ(inlet_count(object_), 3);
-}
-
-TEST_F(MaxApiTest, DirectCallsReachUntypedMethodsAndGiveNullElsewhere) {
-    object_method_imp(object_, gensym("hidden"), 0, 0, 0, 0, 0, 0, 0, 0);
-    EXPECT_EQ(Take(), Lines{"nothing"});
-    EXPECT_EQ(object_method_imp(object_, gensym("nobody"), 0, 0, 0, 0, 0, 0, 0, 0), nullptr);
-    EXPECT_EQ(object_getmethod(object_, gensym("nobody")), MaxApi::ToMethod(method_false));
-}
-
 TEST_F(MaxApiTest, AMessageForADeadObjectIsRefused) {
     object_free(object_);
     EXPECT_EQ(Take(), Lines{"freed"});
@@ -71,34 +58,6 @@ TEST_F(MaxApiTest, AMessageForADeadObjectIsRefused) {
     EXPECT_NE(object_free(object_), MAX_ERR_NONE);
     EXPECT_EQ(Take(), (Lines{"bug: an object of class \"probe\" is used after it was freed",
                              "bug: object_free: the object is not alive"}));
-}
-
-t_object* Made(t_symbol* name, max_long argc, t_atom*) {
-    t_class* const type = class_findbyname(gensym("nobox"), gensym("made"));
-    t_object* const object = static_cast<t_object*>(object_alloc(type));
-    object_obex_storelong(object, gensym("argc"), argc);
-    object_obex_storesym(object, gensym("typed"), name);
-    return object;
-}
-
-TEST_F(MaxApiTest, ABoxTextMakesAnObjectWithAllItsAtoms) {
-    t_class* const type = class_new("made", MaxApi::ToMethod(Made), nullptr,
-                                    static_cast<max_long>(sizeof(t_object)), nullptr, A_GIMME, 0);
-    class_register(gensym("nobox"), type);
-    EXPECT_NE(class_dumpout_wrap(type), MAX_ERR_NONE);  // too late
-    auto atoms = HostApi::ParseAtoms("2 4 @gain 3");
-    auto* const made =
-        static_cast<t_object*>(object_new_typed(gensym("nobox"), gensym("made"), 4, atoms.data()));
-    ASSERT_NE(made, nullptr);
-    t_atom_long argc = 0;
-    t_symbol* typed = nullptr;
-    object_obex_lookuplong(made, gensym("argc"), &argc);
-    object_obex_lookupsym(made, gensym("typed"), &typed);
-    EXPECT_EQ(argc, 4);
-    EXPECT_EQ(typed, gensym("made"));
-    EXPECT_EQ(object_classname(made), gensym("made"));
-    object_free(made);
-    EXPECT_EQ(object_new_typed(gensym("nobox"), gensym("nothere"), 0, nullptr), nullptr);
 }
 
 }  // namespace

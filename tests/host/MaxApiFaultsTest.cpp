@@ -56,19 +56,4 @@ TEST_F(MaxApiTest, TheNthCallFailsAndOnlyThat) {
     EXPECT_EQ(sysmem_newptr(1), nullptr);
 }
 
-TEST_F(MaxApiTest, DialogsBelongIntoTheQueueOfTheMainThread) {
-    char name[MAX_PATH_CHARS] = "";
-    short path = 0;
-    EXPECT_NE(saveasdialog_extended(name, &path, nullptr, nullptr, 0), 0) << "cancelled";
-    HostApi::AnswerDialog(HostApi::Dialog::SaveAs, "folder/answer.json");
-    EXPECT_EQ(saveasdialog_extended(name, &path, nullptr, nullptr, 0), 0);
-    EXPECT_STREQ(name, "answer.json");
-    EXPECT_NE(saveasdialog_extended(name, &path, nullptr, nullptr, 0), 0) << "one answer a dialog";
-    EXPECT_EQ(Take(), Lines{});
-    const HostApi::ThreadScope scheduler(HostApi::ThreadKind::Scheduler);
-    HostApi::AnswerDialog(HostApi::Dialog::Open, "x");
-    EXPECT_NE(open_dialog(name, &path, nullptr, nullptr, 0), 0);
-    EXPECT_EQ(Take(), Lines{"bug: open_dialog: called outside the main thread"});
-}
-
 }  // namespace

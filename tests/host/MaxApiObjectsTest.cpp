@@ -6,37 +6,11 @@
 
 namespace {
 
-TEST_F(MaxApiTest, OutletsCountFromTheLeftThoughMadeFromTheRight) {
-    EXPECT_EQ(HostApi::OutletTypes(object_), (Lines{"signal", "int", ""}));
-    EXPECT_EQ(outlet_nth(object_, 1), probe_->outlets[1]);
-    outlet_int(probe_->outlets[1], 5);
-    t_atom atoms[2];
-    atom_setlong(&atoms[0], 1);
-    atom_setfloat(&atoms[1], 0.5);
-    outlet_list(probe_->outlets[2], nullptr, 2, atoms);
-    outlet_anything(probe_->outlets[2], gensym("pos"), 2, atoms);
-    outlet_bang(probe_->outlets[2]);
-    EXPECT_EQ(Take(), (Lines{"outlet 1: int 5", "outlet 2 dumpout: list 1 0.5",
-                             "outlet 2 dumpout: pos 1 0.5", "outlet 2 dumpout: bang "}));
-}
-
 TEST_F(MaxApiTest, OutletsRefuseWhatIsNotOfTheirType) {
     EXPECT_EQ(outlet_bang(probe_->outlets[0]), nullptr);
     EXPECT_EQ(outlet_float(probe_->outlets[1], 1), nullptr);
     EXPECT_EQ(Take(), (Lines{"error: outlet of type \"signal\" does not send \"bang\"",
                              "error: outlet of type \"int\" does not send \"float\""}));
-}
-
-TEST_F(MaxApiTest, StoredObjectsAreFreedWithTheirOwner) {
-    auto* const stored = static_cast<t_object*>(object_alloc(object_class(object_)));
-    object_obex_store(object_, gensym("inner"), stored);
-    t_object* found = nullptr;
-    EXPECT_EQ(object_obex_lookup(object_, gensym("inner"), &found), MAX_ERR_NONE);
-    EXPECT_EQ(found, stored);
-    EXPECT_NE(object_obex_lookup(object_, gensym("#P"), &found), MAX_ERR_NONE);
-    object_free(object_);
-    EXPECT_EQ(Take(), (Lines{"freed", "freed"}));
-    EXPECT_TRUE(object_isnogood(stored));
 }
 
 // ---- Deferral
@@ -108,61 +82,7 @@ TEST_F(Deferral, WorkOfADeadObjectIsDroppedAndNewWorkWaitsForTheNextRound) {
     EXPECT_EQ(HostApi::RunDeferred(), 0u);
 }
 
-TEST_F(Deferral, ClocksRunByTimeAsTheScheduler) {
-    const auto tick = MaxApi::ToMethod(+[](const char* name) {
-        Say(std::string(name) + (isr() ? " in the scheduler" : " elsewhere"));
-    });
-    char late[] = "late", early[] = "early", never[] = "never";
-    t_clock* const clocks[] = {clock_new(late, tick), clock_new(early, tick),
-                               clock_new(never, tick)};
-    clock_fdelay(clocks[0], 7);
-    clock_delay(clocks[1], 5);
-    clock_fdelay(clocks[2], 1);
-    clock_unset(clocks[2]);
-    const double start = systimer_gettime();
-    HostApi::AdvanceClocks(6);
-    EXPECT_EQ(Take(), Lines{"early in the scheduler"});
-    HostApi::AdvanceClocks(6);
-    EXPECT_EQ(Take(), Lines{"late in the scheduler"});
-    EXPECT_EQ(systimer_gettime() - start, 12);
-    for (t_clock* clock : clocks) object_free(clock);
-}
-
 // ---- Dictionaries
-
-TEST_F(MaxApiTest, DictionariesKeepOrderReplaceAndOwn) {
-    t_dictionary* const d = dictionary_new();
-    auto atoms = HostApi::ParseAtoms("1 0.5 x");
-    dictionary_appendlong(d, gensym("z"), 3);
-    dictionary_appendatoms(d, gensym("list"), 3, atoms.data());
-    dictionary_appendstring(d, gensym("text"), "two words");
-    dictionary_appendfloat(d, gensym("z"), 4.5);  // keeps its place
-    t_dictionary* const inner = dictionary_new();
-    dictionary_appenddictionary(d, gensym("inner"), reinterpret_cast<t_object*>(inner));
-
-    max_long count = 0;
-    t_symbol** keys = nullptr;
-    dictionary_getkeys_ordered(d, &count, &keys);
-    ASSERT_EQ(count, 4);
-    EXPECT_TRUE(keys[0] == gensym("z") && keys[1] == gensym("list") && keys[3] == gensym("inner"));
-    dictionary_freekeys(d, count, keys);
-
-    double number = 0;
-    EXPECT_EQ(dictionary_getfloat(d, gensym("z"), &number), MAX_ERR_NONE);
-    EXPECT_EQ(number, 4.5);
-    EXPECT_NE(dictionary_getfloat(d, gensym("list"), &number), MAX_ERR_NONE);
-    EXPECT_TRUE(dictionary_entryisatomarray(d, gensym("list")));
-
-    t_dictionary* const copy = dictionary_clone(d);
-    object_free(d);
-    EXPECT_TRUE(object_isnogood(inner));
-    t_atom* argv = nullptr;
-    max_long argc = 0;
-    ASSERT_EQ(dictionary_copyatoms(copy, gensym("list"), &argc, &argv), MAX_ERR_NONE);
-    EXPECT_EQ(HostApi::AtomText(std::span(argv, static_cast<std::size_t>(argc))), "1 0.5 x");
-    sysmem_freeptr(argv);
-    object_free(copy);
-}
 
 TEST_F(MaxApiTest, ADictionaryFoundByNameOutlivesItsMakersFree) {
     t_symbol* name = nullptr;

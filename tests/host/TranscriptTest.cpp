@@ -88,8 +88,6 @@ INSTANTIATE_TEST_SUITE_P(Scripts,
                          });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TranscriptOf);
 
-TEST(Transcripts, AreThere) { EXPECT_FALSE(TranscriptNames().empty()); }
-
 TEST(Examples, PlayWithoutAComplaint) {
     const TemporaryFolder folder;
     for (const auto& entry : std::filesystem::directory_iterator(QUILO_SOURCE_DIR "/examples")) {

@@ -9,47 +9,43 @@ namespace Tests {
 
 namespace {
 
-const char* KindText(HostApi::PostKind kind) {
-    switch (kind) {
-        case HostApi::PostKind::Post: return "post: ";
-        case HostApi::PostKind::Error: return "error: ";
-        case HostApi::PostKind::Warning: return "warn: ";
-        case HostApi::PostKind::Bug: return "bug: ";
-    }
-    return "";
+const char* ClassName() {
+    static const bool isRegistered = (ext_main(nullptr), true);
+    return isRegistered ? "quilo.pan~" : "";
 }
 
 }  // namespace
 
-PanBox::PanBox(const std::string& arguments) {
-    static const bool isRegistered = (ext_main(nullptr), true);
-    static_cast<void>(isRegistered);
+Box::Box(const char* className, const std::string& arguments) {
     HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object*) {
-        console_.push_back(KindText(kind) + std::string(text));
+        constexpr const char* kKinds[] = {"post: ", "error: ", "warn: ", "bug: "};
+        console_.push_back(kKinds[static_cast<int>(kind)] + std::string(text));
     });
     std::vector<t_atom> atoms = HostApi::ParseAtoms(arguments);
     object_ = static_cast<t_object*>(object_new_typed(
-        gensym("box"), gensym("quilo.pan~"), static_cast<max_long>(atoms.size()), atoms.data()));
+        gensym("box"), gensym(className), static_cast<max_long>(atoms.size()), atoms.data()));
 }
 
-PanBox::~PanBox() {
+Box::~Box() {
     Free();
     HostApi::SetConsoleSink({});
 }
 
-void PanBox::Free() {
+void Box::Free() {
     if (object_ != nullptr) object_free(std::exchange(object_, nullptr));
 }
 
-void PanBox::Send(const std::string& message) {
+void Box::Send(const std::string& message) {
     const std::vector<t_atom> atoms = HostApi::ParseAtoms(message);
     HostApi::DeliverMessage(object_, 0, atom_getsym(atoms.data()), std::span(atoms).subspan(1));
 }
 
-std::string PanBox::Ask(const std::string& attribute) const {
+std::string Box::Ask(const std::string& attribute) const {
     return HostApi::AtomText(HostApi::AttributeValue(object_, attribute));
 }
 
-std::vector<std::string> PanBox::TakeConsole() { return std::exchange(console_, {}); }
+std::vector<std::string> Box::TakeConsole() { return std::exchange(console_, {}); }
+
+PanBox::PanBox(const std::string& arguments) : Box(ClassName(), arguments) {}
 
 }  // namespace Tests

@@ -1,24 +1,23 @@
 // SPDX-License-Identifier: MIT
-// A quilo.pan~ in this process, with what it says.
+// An object in this process, with what it says.
 #pragma once
 
 #include "HostAudioBridge.h"
 #include "HostBridge.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace Tests {
 
 /// An object made from a box text as a patcher makes it. One at a time: the console is global.
-class PanBox {
+class Box {
 public:
     /// @param arguments  what follows the class name in the box
-    explicit PanBox(const std::string& arguments);
-    ~PanBox();
-    PanBox(const PanBox&) = delete;
-    PanBox& operator=(const PanBox&) = delete;
+    Box(const char* className, const std::string& arguments);
+    ~Box();
+    Box(const Box&) = delete;
+    Box& operator=(const Box&) = delete;
 
     t_object* Get() const { return object_; }
     /// Frees the object ahead of time.
@@ -35,6 +34,12 @@ public:
 private:
     t_object* object_ = nullptr;
     std::vector<std::string> console_;
+};
+
+/// A quilo.pan~.
+class PanBox : public Box {
+public:
+    explicit PanBox(const std::string& arguments);
 };
 
 }  // namespace Tests

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What scripts cannot do to an object: values that only C programs send, other hosts' vectors, the
 // end of its life.
-#include "QuiloPanPanners.h"
+#include "QuiloPanObject.h"
+
 #include "src/PanBox.h"
 #include "support/AllocationTrap.h"
 
@@ -104,117 +105,6 @@ TEST(PanObject, IsNotMadeWithoutMemoryForItsAttributes) {
     HostApi::FailCall("sysmem_newptr", 0, MAX_ERR_NONE);
 }
 
-// Scripts never get there: an object has no attributes of other panners.
-TEST(PanObject, SaysForWhichPannersAnAttributeIs) {
-    PanBox box("1 4 vbap2d");
-    Quilo::PanObject& object = Quilo::PanObject::Of(box.Get());
-    Quilo::SetEncoding(object, gensym("SN3D"));
-    Quilo::SetHoaMode(object, gensym("fast"));
-    Quilo::SetCutoff(object, 100.f);
-    EXPECT_EQ(box.TakeConsole(), (Lines{"error: message only supported by hoa : encoding",
-                                        "error: message only supported by hoa : hoamode",
-                                        "error: message only supported by subwoofers : cutoff"}));
-}
-
-TEST(PanObject, AnswersIntoMemoryThatIsHandedIn) {
-    PanBox box("2 4 angular @sourcespositions 1 2 3 4 5 6");
-    std::array<t_atom, 6> memory{};
-    t_atom* atoms = memory.data();
-    max_long count = 6;
-    ASSERT_EQ(object_attr_getvalueof(box.Get(), gensym("sourcespositions"), &count, &atoms),
-              MAX_ERR_NONE);
-    EXPECT_EQ(atoms, memory.data());
-    EXPECT_EQ(HostApi::AtomText(memory), "1 2 3 4 5 6");
-}
-
-namespace {
-/// Names of the attributes that a client of the object was told of.
-Lines announced;
-
-t_max_err Notify(void*, t_symbol*, t_symbol* message, void*, void* attribute) {
-    if (message == gensym("attr_modified")) {
-        announced.emplace_back(
-            static_cast<t_symbol*>(object_method_imp(attribute, gensym("getname"), nullptr, nullptr,
-                                                     nullptr, nullptr, nullptr, nullptr, nullptr,
-                                                     nullptr))
-                ->s_name);
-    }
-    return MAX_ERR_NONE;
-}
-t_class* clientClass = nullptr;
-void* MakeClient(t_symbol*, max_long, t_atom*) { return object_alloc(clientClass); }
-template <class Function>
-method AsMethod(Function* function) {
-    return reinterpret_cast<method>(reinterpret_cast<void (*)()>(function));
-}
-}  // namespace
-
-TEST(PanObject, TellsClientsOfEveryChange) {
-    clientClass = class_new("test.client", AsMethod(&MakeClient), nullptr, sizeof(t_object),
-                            nullptr, A_GIMME, 0);
-    class_addmethod(clientClass, AsMethod(&Notify), "notify", A_CANT, 0);
-    class_register(gensym("nobox"), clientClass);
-    void* const client = object_new_typed(gensym("nobox"), gensym("test.client"), 0, nullptr);
-    struct Case {
-        const char* message;
-        const char* attribute;
-    };
-    constexpr Case kCases[] = {{"source 1 az 30", "sourcespositions"},
-                               {"source 1 spread 3", "spread"},
-                               {"speaker 1 az 30", "speakerspositions"},
-                               {"speakers az 1 2 3 4", "speakerspositions"},
-                               {"interpolationtime 5", "interpolationtime"},
-                               // an inspector goes back to the value that stands
-                               {"numinputs 5", "numinputs"}};
-    PanBox box("1 4 angular");
-    object_attach_byptr_register(client, box.Get(), gensym("nobox"));
-    for (const Case& row : kCases) {
-        announced.clear();
-        box.Send(row.message);
-        ASSERT_FALSE(announced.empty()) << row.message;
-        EXPECT_EQ(announced.front(), row.attribute);
-    }
-    object_detach_byptr(client, box.Get());
-    object_free(client);
-}
-
-TEST_F(PanObjectAudio, SendsASourceToTheLoudspeakerWhereItStands) {
-    PanBox box("2 4 vbap2d @interpolationtime 0");
-    box.Send("speakers az -45 45 135 -135");
-    box.Send("source 1 az 45");
-    box.Send("source 2 az -135");
-    const short counts[] = {1, 1, 1, 1, 1, 1};
-    HostApi::DspChain chain(box.Get(), counts);
-    Vectors vectors(2, 4, 64);
-    vectors.inputs[0].assign(64, 0.5);
-    vectors.inputs[1].assign(64, -0.25);
-    vectors.Perform(chain);
-    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.5, 0.0, -0.25}));
-    // The attributes act at once, with the same vectors.
-    box.Send("bypass 1");
-    vectors.Perform(chain);
-    EXPECT_EQ(vectors.Row(), (std::vector{0.5, -0.25, 0.0, 0.0}));
-    box.Send("mute 1");
-    vectors.Perform(chain);
-    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0, 0.0, 0.0}));
-    EXPECT_EQ(box.TakeConsole(), Lines{});
-}
-
-TEST_F(PanObjectAudio, HearsNoInletThatIsNotConnected) {
-    PanBox box("2 2 angular @interpolationtime 0");
-    box.Send("speakers az 0 180");
-    box.Send("source 1 az 0");
-    box.Send("source 2 az 180");
-    const short counts[] = {0, 3, 1, 1};
-    HostApi::DspChain chain(box.Get(), counts);
-    Vectors vectors(2, 2, 64);
-    vectors.inputs[0].assign(64, 1.0);
-    vectors.inputs[1].assign(64, 1.0);
-    vectors.Perform(chain);
-    EXPECT_NEAR(vectors.Row()[0], 0.0, 1e-6);
-    EXPECT_NEAR(vectors.Row()[1], 1.0, 1e-6);
-}
-
 TEST_F(PanObjectAudio, IsSilentForNumbersOfChannelsThatAreNotItsOwn) {
     PanBox box("1 2 angular");
     const short counts[] = {1, 1, 1};
@@ -302,18 +192,6 @@ TEST_F(PanObjectAudio, TakesMessagesFromTwoThreadsWhileItPlays) {
     scheduler.join();
 }
 
-TEST_F(PanObjectAudio, MayBeFreedInTheRunningChain) {
-    PanBox box("1 2 angular");
-    const short counts[] = {1, 1, 1};
-    HostApi::DspChain chain(box.Get(), counts);
-    Vectors vectors(1, 2, 64);
-    vectors.Perform(chain);
-    box.Free();
-    EXPECT_FALSE(chain.HasPerform());
-    vectors.Perform(chain);
-    EXPECT_EQ(vectors.Row(), (std::vector{0.0, 0.0}));
-}
-
 // Such an object is left when there was no memory for any engine.
 TEST_F(PanObjectAudio, LivesWithoutAnEngine) {
     PanBox box("2 4 dbap");
@@ -340,55 +218,23 @@ TEST_F(PanObjectAudio, LivesWithoutAnEngine) {
     object = made;
 }
 
-TEST_F(PanObjectAudio, LeavesNothingBehindWhereverItIsFreed) {
-    PanBox playing("1 2 angular");
-    const short counts[] = {1, 1, 1};
-    HostApi::DspChain chain(playing.Get(), counts);
-    Vectors vectors(1, 2, 64);
-    const auto count = [] { return std::pair(HostApi::CountObjects(), HostApi::CountBlocks()); };
-    const auto make = [] {
-        std::vector<t_atom> atoms = HostApi::ParseAtoms("2 4 dbap @spread 5 6 @spreadxyz 1 2 3");
-        return object_new_typed(gensym("box"), gensym("quilo.pan~"),
-                                static_cast<max_long>(atoms.size()), atoms.data());
+TEST(PanObject, HasInletsAndOutletsOfTheBoxText) {
+    struct Case {
+        const char* text;
+        std::size_t inlets, outlets;
     };
-    object_free(make());  // what is made once for all objects
-    const auto before = count();
-    for (int round = 0; round < 100; ++round) {
-        void* const object = make();
-        vectors.Perform(chain);
-        object_free(object);
-    }
-    EXPECT_EQ(count(), before);
-}
-
-struct Arguments {
-    const char* name;
-    const char* text;
-    std::size_t inlets, outlets;
-};
-class PanBoxText : public testing::TestWithParam<Arguments> {};
-
-TEST_P(PanBoxText, GivesInletsAndOutletsAndLives) {
-    for (int round = 0; round < 3; ++round) {
-        PanBox box(GetParam().text);
+    for (const auto& [text, inlets, outlets] : {Case{"250 250 vbap2d", 250, 250},
+                                                {"1e9 -7", 250, 1},
+                                                {"@numoutputs 2 @numinputs 3", 3, 2},
+                                                {"2 2 @type @spread @", 2, 2},
+                                                {"1 7 ms", 1, 7}}) {
+        PanBox box(text);
         ASSERT_NE(box.Get(), nullptr);
-        EXPECT_EQ(HostApi::InletTypes(box.Get()).size(), GetParam().inlets);
-        const auto outlets = HostApi::OutletTypes(box.Get());
-        ASSERT_EQ(outlets.size(), GetParam().outlets + 1);
-        EXPECT_EQ(outlets.front(), "signal");
-        EXPECT_EQ(outlets.back(), "") << "the dump outlet is the rightmost";
+        EXPECT_EQ(HostApi::InletTypes(box.Get()).size(), inlets);
+        const auto types = HostApi::OutletTypes(box.Get());
+        ASSERT_EQ(types.size(), outlets + 1);
+        EXPECT_EQ(types.front(), "signal");
+        EXPECT_EQ(types.back(), "") << "the dump outlet is the rightmost";
         EXPECT_EQ(HostApi::SignalFlags(box.Get()) & Z_NO_INPLACE, Z_NO_INPLACE);
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Texts,
-    PanBoxText,
-    testing::Values(Arguments{"Empty", "", 1, 4},
-                    Arguments{"Largest", "250 250 vbap2d", 250, 250},
-                    Arguments{"BeyondTheRange", "1e9 -7", 250, 1},
-                    Arguments{"OnlyAttributes", "@numoutputs 2 @numinputs 3", 3, 2},
-                    Arguments{"AttributesWithoutValues", "2 2 @type @spread @", 2, 2},
-                    Arguments{"Unsupported", "1 7 ms", 1, 7},
-                    Arguments{"WordsForNumbers", "foo bar 3 4 5", 1, 4}),
-    [](const auto& row) { return row.param.name; });

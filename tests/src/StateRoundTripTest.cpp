@@ -122,7 +122,9 @@ void ByJson(PanBox& from, PanBox& to) {
     HostApi::AnswerDialog(HostApi::Dialog::SaveAs, folder / "state.json");
     from.Send("exportdict");
     HostApi::RunDeferred();
-    to.Send("readdict \"" + (folder / "state.json").generic_string() + "\"");
+    HostApi::AnswerDialog(HostApi::Dialog::Open, folder / "state.json");
+    to.Send("readdict");
+    HostApi::RunDeferred();
 }
 
 // ---- Sound

@@ -4,8 +4,6 @@
 #include "max/VelkMaxDocumentation.h"
 #include "max/VelkMaxStandardMessages.h"
 
-#include <utility>
-
 namespace Tests {
 
 namespace {
@@ -35,6 +33,7 @@ void* MakeToy(t_symbol*, max_long, t_atom*) { return object_alloc(toyClass); }
 void FreeToy(void*) {}
 
 void RegisterClass() {
+    if (toyClass != nullptr) return;
     toyClass = class_new("toy", AsMethod(&MakeToy), AsMethod(&FreeToy), sizeof(ToyRecord), nullptr,
                          A_GIMME, 0);
     VelkMax::AddMessages(toyClass, VelkMax::StandardMessages<ToyRecord>());
@@ -47,43 +46,22 @@ void RegisterClass() {
     class_register(gensym("box"), toyClass);
 }
 
-const char* KindText(HostApi::PostKind kind) {
-    constexpr const char* kTexts[] = {"post: ", "error: ", "warn: ", "bug: "};
-    return kTexts[static_cast<int>(kind)];
-}
-
 }  // namespace
 
-ToyBox::ToyBox() {
-    current = this;
-    if (toyClass == nullptr) RegisterClass();
-    HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object*) {
-        console_.push_back(KindText(kind) + std::string(text));
-    });
-    object_ = static_cast<t_object*>(object_new_typed(gensym("box"), gensym("toy"), 0, nullptr));
-}
+ToyBox::ToyBox() : Box((RegisterClass(), "toy"), "") { current = this; }
 
 ToyBox::~ToyBox() {
-    object_free(object_);
     HostApi::FailCall("object_attr_getvalueof", 0, MAX_ERR_NONE);
-    HostApi::SetConsoleSink({});
     current = nullptr;
 }
 
-void ToyBox::Send(const std::string& message) {
-    const std::vector<t_atom> atoms = HostApi::ParseAtoms(message);
-    HostApi::DeliverMessage(object_, 0, atom_getsym(atoms.data()), std::span(atoms).subspan(1));
-}
-
 void ToyBox::AddProperty(const char* property, const char* type, const char* text) {
-    object_attr_addattr_parse(object_, "odd", property, gensym(type), 0, text);
+    object_attr_addattr_parse(Get(), "odd", property, gensym(type), 0, text);
 }
 
 void ToyBox::AddUnreadableProperty(const char* property) {
-    object_attr_addattr(object_, gensym("odd"),
+    object_attr_addattr(Get(), gensym("odd"),
                         attribute_new(property, gensym("long"), 0, AsMethod(&Unreadable), nullptr));
 }
-
-std::vector<std::string> ToyBox::TakeConsole() { return std::exchange(console_, {}); }
 
 }  // namespace Tests

@@ -22,31 +22,6 @@ std::vector<std::string> SendAndWait(PanBox& box, const std::string& message) {
 
 }  // namespace
 
-TEST(StateFiles, BringBackWhatWasExported) {
-    const TemporaryFolder folder;
-    const std::filesystem::path file = folder / "a state.json";
-    PanBox saved("2 4 vbap2d");
-    saved.Send("source 1 xyz 1 2 0.1");
-    saved.Send("interpolationtime 12.3");
-    HostApi::AnswerDialog(Dialog::SaveAs, file);
-    EXPECT_EQ(SendAndWait(saved, "exportdict"), std::vector<std::string>());
-    const std::string json = ReadText(file);
-    for (const char* attribute : {"interpolationtime", "sourcespositions", "mute", "type"}) {
-        EXPECT_NE(json.find("\"" + std::string(attribute) + "\""), json.npos) << json;
-    }
-    saved.Free();
-
-    for (const bool isByName : {false, true}) {
-        PanBox restored("2 4 vbap2d");
-        if (!isByName) HostApi::AnswerDialog(Dialog::Open, file);
-        const std::string message =
-            isByName ? "readdict \"" + file.generic_string() + "\"" : "readdict";
-        EXPECT_EQ(SendAndWait(restored, message), std::vector<std::string>());
-        EXPECT_EQ(restored.Ask("interpolationtime"), "12.3");
-        EXPECT_TRUE(restored.Ask("sourcespositions").starts_with("1 2 0.1 "));
-    }
-}
-
 TEST(StateFiles, ThatFailAreSaidAndChangeNothing) {
     const TemporaryFolder folder;
     PanBox box("2 4 vbap2d");

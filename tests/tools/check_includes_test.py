@@ -27,18 +27,15 @@ TREE = {
 FAULTS = (
     # file that gets it                  line                            what is said about it
     ("libvelkdsp/src/text/Text.h",       '#include "math/Math.h"',       "must not know"),
-    ("libvelkdsp/src/math/Math.h",       '#include "files/Files.h"',     "must not know"),
     ("libvelkdsp/src/math/Math.h",       '  #  include "Law.h"',         "nowhere"),
     ("libvelkdsp/src/files/Files.h",     '#include "../math/Math.h"',    "climbs"),
     ("libvelkdsp/src/files/Files.h",     "#include <unistd.h>",          "standard library"),
-    ("libvelkdsp/src/files/Files.h",     "#include <sys/stat>",          "standard library"),
     ("libquilo/src/laws/Law.h",          '#include "text/Text.h"',       "must not know"),
     ("libquilo/src/pan/Pan.h",           '#include "ext.h"',             "must not know"),
     ("src/max/Atoms.h",                  '#include "pan/Pan.h"',         "must not know"),
     ("maxapi/ext.h",                     '#include "text/Text.h"',       "must not know"),
     ("host/Host.cpp",                    '#include "Object.cpp"',        "must not know"),
     ("host/Host.cpp",                    "#include <dlfcn.h>",           "standard library"),
-    ("tests/libquilo/PanTest.cpp",       '#include "ext.h"',             "must not know"),
     ("libvelkdsp/src/other/Other.h",     "",                             "is in no room"),
 )
 
@@ -70,11 +67,6 @@ class CheckIncludes(unittest.TestCase):
                 self.assertTrue(output.startswith(f"{name}:{number}: "), output)
                 self.assertIn(said, output.splitlines()[0])
                 self.assertIn(" 1 forbidden", output)
-
-    def test_an_empty_tree_does_not_pass(self):
-        with tempfile.TemporaryDirectory() as folder:
-            run = subprocess.run([sys.executable, CHECKER, folder], capture_output=True)
-            self.assertEqual(1, run.returncode)
 
 
 if __name__ == "__main__":
