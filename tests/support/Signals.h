@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Signals that many tests play, the same on every platform's run.
+// Signals that many tests play, the same on every platform.
 #pragma once
 
 #include <cmath>
@@ -14,9 +14,11 @@ using Signal = std::vector<float>;
 
 inline Signal Noise(std::size_t count, unsigned seed, float low = -1.f, float high = 1.f) {
     std::mt19937 random(seed);
-    std::uniform_real_distribution<float> uniform(low, high);
     Signal noise(count);
-    for (float& sample : noise) sample = uniform(random);
+    for (float& sample : noise) {
+        const double part = static_cast<double>(random()) / 4294967296.0;
+        sample = low + (high - low) * static_cast<float>(part);
+    }
     return noise;
 }
 

@@ -59,6 +59,8 @@ std::string Ds64(std::uint64_t dataBytes) {
 // Two frames of two channels.
 const std::string kPcm16 = Chunk("fmt ", Format(1, 2, 16));
 const std::string kFourWords("\x00\x40\x00\x80\x01\x00\xFF\xFF", 8);
+const std::string kEndless = "data" + Number(0xFFFFFFFF, 4) + kFourWords;  // its size is in ds64
+const std::string kSound = Chunk("data", kFourWords);
 const std::vector<float> kFourWordSamples = {0.5f, -1.f, 0x1p-15f, -0x1p-15f};
 
 struct Case {
@@ -128,42 +130,30 @@ const std::string kFloats =
 const std::vector<float> kFloatSamples = {1.5f, -2.f, 0x1p-149f, 1.f};
 const std::string kThreeBytes("\x00\x00\xC0\xFF\xFF\x7F\x01\x00\x00", 9);
 
-INSTANTIATE_TEST_SUITE_P(
-    Bytes,
-    WavFileRead,
-    testing::Values(
-        Case{"Pcm16", Riff(kPcm16 + Chunk("data", kFourWords)), 2, kFourWordSamples},
-        Case{"Pcm24OddAndPadded",
-             Riff(Chunk("fmt ", Format(1, 3, 24)) + Chunk("data", kThreeBytes)),
-             3,
-             {-0.5f, 1.f - 0x1p-23f, 0x1p-23f}},
-        Case{"Pcm24OddAndUnpadded",
-             Riff(Chunk("fmt ", Format(1, 1, 24)) + "data" + Number(3, 4) + "\xFF\xFF\xFF"),
-             1,
-             {-0x1p-23f}},
-        Case{"Pcm32",
-             Riff(Chunk("fmt ", Format(1, 1, 32)) +
-                  Chunk("data", Number(0x80000000, 4) + Number(0x20000000, 4) + Number(1, 4))),
-             1,
-             {-1.f, 0.25f, 0x1p-31f}},
-        Case{"FloatIsNotScaled",
-             Riff(Chunk("fmt ", Format(3, 2, 32) + Number(0, 2)) + Chunk("fact", Number(2, 4)) +
-                  Chunk("data", kFloats)),
-             2, kFloatSamples},
-        Case{"ExtensiblePcm", Riff(Chunk("fmt ", Extensible(1, 2, 16)) + Chunk("data", kFourWords)),
-             2, kFourWordSamples},
-        Case{"ExtensibleFloat", Riff(Chunk("fmt ", Extensible(3, 1, 32)) + Chunk("data", kFloats)),
-             1, kFloatSamples},
-        Case{"ForeignChunksOfOddLength",
-             Riff(Chunk("LIST", "odd") + Chunk("bext", "12345") + kPcm16 + Chunk("junk", "") +
-                  Chunk("data", kFourWords) + Chunk("id3 ", "behind")),
-             2, kFourWordSamples},
-        Case{"Rf64", Rf64(Ds64(8), kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords), 2,
-             kFourWordSamples},
-        Case{"Rf64WithASizeInItsPlace", Rf64(Ds64(1u << 30), kPcm16 + Chunk("data", kFourWords)), 2,
-             kFourWordSamples},
-        Case{"NoFrames", Riff(kPcm16 + Chunk("data", "")), 2, {}}),
-    NameOf);
+// clang-format off
+const Case kReadable[] = {
+    {"Pcm16", Riff(kPcm16 + kSound), 2, kFourWordSamples},
+    {"Pcm24OddAndPadded", Riff(Chunk("fmt ", Format(1, 3, 24)) + Chunk("data", kThreeBytes)), 3,
+     {-0.5f, 1.f - 0x1p-23f, 0x1p-23f}},
+    {"Pcm24OddAndUnpadded", Riff(Chunk("fmt ", Format(1, 1, 24)) + "data" + Number(3, 4) + "\xFF\xFF\xFF"), 1,
+     {-0x1p-23f}},
+    {"Pcm32", Riff(Chunk("fmt ", Format(1, 1, 32)) +
+     Chunk("data", Number(0x80000000, 4) + Number(0x20000000, 4) + Number(1, 4))), 1,
+     {-1.f, 0.25f, 0x1p-31f}},
+    {"FloatIsNotScaled", Riff(Chunk("fmt ", Format(3, 2, 32) + Number(0, 2)) + Chunk("fact", Number(2, 4)) +
+     Chunk("data", kFloats)), 2, kFloatSamples},
+    {"ExtensiblePcm", Riff(Chunk("fmt ", Extensible(1, 2, 16)) + kSound), 2, kFourWordSamples},
+    {"ExtensibleFloat", Riff(Chunk("fmt ", Extensible(3, 1, 32)) + Chunk("data", kFloats)), 1, kFloatSamples},
+    {"ForeignChunksOfOddLength",
+     Riff(Chunk("LIST", "odd") + Chunk("bext", "12345") + kPcm16 + Chunk("junk", "") +
+     kSound + Chunk("id3 ", "behind")), 2, kFourWordSamples},
+    {"Rf64", Rf64(Ds64(8), kPcm16 + kEndless), 2, kFourWordSamples},
+    {"Rf64WithASizeInItsPlace", Rf64(Ds64(1u << 30), kPcm16 + kSound), 2, kFourWordSamples},
+    {"NoFrames", Riff(kPcm16 + Chunk("data", "")), 2, {}},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Bytes, WavFileRead, testing::ValuesIn(kReadable), NameOf);
 
 class WavFileRefuse : public WavFileTest, public testing::WithParamInterface<Case> {};
 
@@ -176,40 +166,37 @@ TEST_P(WavFileRefuse, NamesTheFileAndTheFault) {
     EXPECT_GT(fault.size(), at + named.size()) << "no fault named: " << fault;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Bytes,
-    WavFileRefuse,
-    testing::Values(
-        Case{"Empty", ""},
-        Case{"CutInTheHead", "RIFF\x10"},
-        Case{"NotRiff", "RIFX" + Riff(kPcm16 + Chunk("data", kFourWords)).substr(4)},
-        Case{"NotWave", "RIFF" + Number(4, 4) + "AVI "},
-        Case{"NoChunks", Riff("")},
-        Case{"NoData", Riff(kPcm16 + Chunk("LIST", "even"))},
-        Case{"NoFormat", Riff(Chunk("data", kFourWords))},
-        Case{"FormatBehindTheData", Riff(Chunk("data", kFourWords) + kPcm16)},
-        Case{"FormatTooSmall", Riff(Chunk("fmt ", std::string(14, '\1')) + Chunk("data", ""))},
-        Case{"FormatCut", Riff(kPcm16.substr(0, 16))},
-        Case{"DataCut", Riff(kPcm16 + Chunk("data", kFourWords).substr(0, 14))},
-        Case{"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6)))},
-        Case{"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords)},
-        Case{"ForeignChunkOf4GiB", Riff("LIST" + Number(0xFFFFFFFF, 4) + kPcm16)},
-        Case{"Rf64Of16EiB",
-             Rf64(Ds64(0xFFFFFFFFFFFFFFFC), kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords)},
-        Case{"Rf64WithoutDs64", Rf64("", kPcm16 + "data" + Number(0xFFFFFFFF, 4) + kFourWords)},
-        Case{"Ds64TooSmall", Rf64(Chunk("ds64", "tiny"), kPcm16 + Chunk("data", kFourWords))},
-        Case{"NoChannels", Riff(Chunk("fmt ", Format(1, 0, 16)) + Chunk("data", kFourWords))},
-        Case{"NoSampleRate", Riff(Chunk("fmt ", Format(1, 2, 16, 0)) + Chunk("data", kFourWords))},
-        Case{"UnknownTag", Riff(Chunk("fmt ", Format(85, 2, 16)) + Chunk("data", kFourWords))},
-        Case{"Pcm8", Riff(Chunk("fmt ", Format(1, 2, 8)) + Chunk("data", kFourWords))},
-        Case{"Float64", Riff(Chunk("fmt ", Format(3, 1, 64)) + Chunk("data", kFourWords))},
-        Case{"ExtensibleUnknownTag",
-             Riff(Chunk("fmt ", Extensible(85, 2, 16)) + Chunk("data", kFourWords))},
-        Case{"ExtensibleForeignGuid", Riff(Chunk("fmt ", Extensible(1, 2, 16).substr(0, 39) + "x") +
-                                           Chunk("data", kFourWords))},
-        Case{"ExtensibleTooSmall",
-             Riff(Chunk("fmt ", Format(0xFFFE, 2, 16)) + Chunk("data", kFourWords))}),
-    NameOf);
+// clang-format off
+const Case kRefused[] = {
+    {"Empty", ""},
+    {"CutInTheHead", "RIFF\x10"},
+    {"NotRiff", "RIFX" + Riff(kPcm16 + kSound).substr(4)},
+    {"NotWave", "RIFF" + Number(4, 4) + "AVI "},
+    {"NoChunks", Riff("")},
+    {"NoData", Riff(kPcm16 + Chunk("LIST", "even"))},
+    {"NoFormat", Riff(kSound)},
+    {"FormatBehindTheData", Riff(kSound + kPcm16)},
+    {"FormatTooSmall", Riff(Chunk("fmt ", std::string(14, '\1')) + Chunk("data", ""))},
+    {"FormatCut", Riff(kPcm16.substr(0, 16))},
+    {"DataCut", Riff(kPcm16 + kSound.substr(0, 14))},
+    {"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6)))},
+    {"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords)},
+    {"ForeignChunkOf4GiB", Riff("LIST" + Number(0xFFFFFFFF, 4) + kPcm16)},
+    {"Rf64Of16EiB", Rf64(Ds64(0xFFFFFFFFFFFFFFFC), kPcm16 + kEndless)},
+    {"Rf64WithoutDs64", Rf64("", kPcm16 + kEndless)},
+    {"Ds64TooSmall", Rf64(Chunk("ds64", "tiny"), kPcm16 + kSound)},
+    {"NoChannels", Riff(Chunk("fmt ", Format(1, 0, 16)) + kSound)},
+    {"NoSampleRate", Riff(Chunk("fmt ", Format(1, 2, 16, 0)) + kSound)},
+    {"UnknownTag", Riff(Chunk("fmt ", Format(85, 2, 16)) + kSound)},
+    {"Pcm8", Riff(Chunk("fmt ", Format(1, 2, 8)) + kSound)},
+    {"Float64", Riff(Chunk("fmt ", Format(3, 1, 64)) + kSound)},
+    {"ExtensibleUnknownTag", Riff(Chunk("fmt ", Extensible(85, 2, 16)) + kSound)},
+    {"ExtensibleForeignGuid", Riff(Chunk("fmt ", Extensible(1, 2, 16).substr(0, 39) + "x") + kSound)},
+    {"ExtensibleTooSmall", Riff(Chunk("fmt ", Format(0xFFFE, 2, 16)) + kSound)},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Bytes, WavFileRefuse, testing::ValuesIn(kRefused), NameOf);
 
 TEST_F(WavFileTest, WhatIsWrittenReadsBack) {
     tav::AudioBuffer audio(3, 7001, 44100.0);  // more than a block, of an odd number of bytes
