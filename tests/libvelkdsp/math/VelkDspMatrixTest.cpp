@@ -98,22 +98,16 @@ struct Printed {
 };
 
 void ExpectPrinted(const Matrix<float>& matrix, const String& name, const Printed& expected) {
-    const auto printed = [&](auto print, auto digits) {
-        std::ostringstream stream;
-        print(stream, digits);
-        return stream.str();
+    const auto expect = [](auto print, const char* text) {
+        std::ostringstream whole, rounded;
+        print(whole, 3);
+        print(rounded, 3.0);
+        EXPECT_EQ(whole.str(), text);
+        EXPECT_EQ(rounded.str(), text);
     };
-    const auto text = [&](auto& stream, auto digits) { matrix.Print(stream, digits, name); };
-    const auto matlab = [&](auto& stream, auto digits) {
-        matrix.PrintMatlab(stream, digits, name);
-    };
-    const auto latex = [&](auto& stream, auto digits) { matrix.PrintLatex(stream, digits, name); };
-    EXPECT_EQ(printed(text, 3), expected.text);
-    EXPECT_EQ(printed(text, 3.0), expected.text);
-    EXPECT_EQ(printed(matlab, 3), expected.matlab);
-    EXPECT_EQ(printed(matlab, 3.0), expected.matlab);
-    EXPECT_EQ(printed(latex, 3), expected.latex);
-    EXPECT_EQ(printed(latex, 3.0), expected.latex);
+    expect([&](auto& out, auto digits) { matrix.Print(out, digits, name); }, expected.text);
+    expect([&](auto& out, auto digits) { matrix.PrintMatlab(out, digits, name); }, expected.matlab);
+    expect([&](auto& out, auto digits) { matrix.PrintLatex(out, digits, name); }, expected.latex);
 }
 
 TEST(MatrixPrinters, WriteTheirExactTexts) {

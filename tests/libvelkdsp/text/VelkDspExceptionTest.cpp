@@ -14,18 +14,9 @@
 namespace tav {
 namespace {
 
-class Recorder : public MaxConsoleNotifier::Listener {
-public:
-    Recorder() { MaxConsoleNotifier::Instance().AddListener(*this); }
-    ~Recorder() override { MaxConsoleNotifier::Instance().RemoveListener(*this); }
-    Recorder(const Recorder&) = delete;
-    Recorder& operator=(const Recorder&) = delete;
-
-    void LogMessage(std::string_view message) override { text_ += std::string(message) + "\n"; }
-    const std::string& Text() const { return text_; }
-
-private:
-    std::string text_;
+struct Recorder : MaxConsoleNotifier::Listener {
+    void LogMessage(std::string_view message) override { text += std::string(message) + "\n"; }
+    std::string text;
 };
 
 struct Foreign {
@@ -72,16 +63,18 @@ TEST(Exception, PrintsItsPlaceWhereKnown) {
     const Exception placed("no room", SourceSite{"libvelkdsp/src/text/VelkDspString", 12});
     const Exception unplaced("no room", Exception::NoSite());
     EXPECT_FALSE(unplaced.HasLocation());
-    const Recorder recorder;
+    Recorder recorder;
+    MaxConsoleNotifier::Instance().AddListener(recorder);
     testing::internal::CaptureStderr();
     placed.Print();
     unplaced.Print();
+    MaxConsoleNotifier::Instance().RemoveListener(recorder);
     const std::string expected =
         "Exception occured in : libvelkdsp/src/text/VelkDspString at line 12 : \n"
         "  no room\n\n"
         "Exception occured : no room\n\n";
     EXPECT_EQ(testing::internal::GetCapturedStderr(), expected);
-    EXPECT_EQ(recorder.Text(), expected);
+    EXPECT_EQ(recorder.text, expected);
 }
 
 TEST(ExceptionDeathTest, EndsTheProcessOnlyWhenAsked) {
