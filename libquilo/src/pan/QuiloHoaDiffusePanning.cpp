@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloHoaDiffusePanning.h"
 
-#include "pan/QuiloHOAPanning.h"
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -75,7 +73,7 @@ HoaDiffusePanning::HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, un
       normalization_(DefaultNormalization(dimension)) {}
 
 std::string HoaDiffusePanning::OutputLabel(unsigned output) const {
-    return output < NumOutputs() ? HoaOutputLabel(output, dimension_) : "dumpout";
+    return HoaOutputLabel(output, NumOutputs(), dimension_);
 }
 
 void HoaDiffusePanning::SetOrder(unsigned order) {

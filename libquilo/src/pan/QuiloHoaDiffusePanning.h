@@ -2,8 +2,8 @@
 // An isotropic diffuse field in ambisonic channels.
 #pragma once
 
-#include "math/VelkDspHoaEncodingVector.h"
 #include "pan/QuiloDiffusePanning.h"
+#include "pan/QuiloHoaEncoding.h"
 
 namespace Quilo {
 
@@ -29,17 +29,8 @@ private:
     tav::SphericalHarmonic::Normalization normalization_;
 };
 
-class HoaDiffusePanning2D : public HoaDiffusePanning {
-public:
-    HoaDiffusePanning2D(unsigned numInputs, unsigned numOutputs)
-        : HoaDiffusePanning(numInputs, numOutputs, 2) {}
-};
-
-class HoaDiffusePanning3D : public HoaDiffusePanning {
-public:
-    HoaDiffusePanning3D(unsigned numInputs, unsigned numOutputs)
-        : HoaDiffusePanning(numInputs, numOutputs, 3) {}
-};
+using HoaDiffusePanning2D = HoaOfDimension<HoaDiffusePanning, 2>;
+using HoaDiffusePanning3D = HoaOfDimension<HoaDiffusePanning, 3>;
 
 /// Root mean square, over all directions of the dimension, of the gain of each channel; 0 for
 /// channels above `order`.  @return numOutputs weights

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloNFCHOAPanning.h"
 
-#include "math/VelkDspKeywords.h"
-#include "pan/QuiloHOAPanning.h"
-
 #include <algorithm>
 #include <cmath>
 
 namespace Quilo {
 
-using tav::HoaEncodingVector;
 using tav::SphericalHarmonic;
 
 namespace {
@@ -24,17 +20,16 @@ constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
 }  // namespace
 
 NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
-    : Pan(numInputs, numOutputs),
-      encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
-      bank_(encoding_.Order()),
-      highPasses_(encoding_.Order()),
+    : HoaEncoding(numInputs, numOutputs, dimension),
+      bank_(Encoding().Order()),
+      highPasses_(Encoding().Order()),
       sources_(numInputs),
-      row_(encoding_.NumChannels()),
-      ordersRun_(encoding_.Order()),
+      row_(Encoding().NumChannels()),
+      ordersRun_(Encoding().Order()),
       inputs_(numInputs),
       feeds_(numInputs),
       outputs_(numOutputs) {
-    const unsigned numOrders = encoding_.Order() + 1;
+    const unsigned numOrders = Encoding().Order() + 1;
     for (unsigned n = 0; n <= numOrders; ++n) {
         const unsigned before = n == 0 ? 0 : SphericalHarmonic::NumChannels(n - 1, dimension);
         firstChannels_.push_back(std::min(before, numOutputs));
@@ -49,19 +44,15 @@ NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned d
     for (std::size_t first = 0; first < numInputs; first += kLanes) {
         const std::size_t count = std::min<std::size_t>(kLanes, numInputs - first);
         groups_.emplace_back(std::span(sources_).subspan(first, count), bank_, highPasses_,
-                             encoding_.Order());
+                             Encoding().Order());
     }
     signals_.resize(numGroups * kLanes * kNFCHOAFrames);
     for (std::size_t i = 0; i < numGroups * kLanes; ++i) {
         signalPointers_.push_back(signals_.data() + i * kNFCHOAFrames);
     }
     awake_.resize(numGroups);
-    newest_.order = encoding_.Order();
+    newest_.order = Encoding().Order();
     taken_ = newest_;
-}
-
-std::string NFCHOAPanning::OutputLabel(unsigned output) const {
-    return output < NumOutputs() ? HoaOutputLabel(output, encoding_.Dimension()) : "dumpout";
 }
 
 void NFCHOAPanning::SetConnections(std::span<const short> inletCounts,
@@ -84,31 +75,12 @@ void NFCHOAPanning::SetSourcePosition(unsigned index,
     if (!StoreSourcePosition(index, position, force)) return;
     const tav::CartesianVector place = StoredPosition(index);
     std::ranges::fill(row_, 0.f);
-    if (!IsMuted(index)) {
-        encoding_.Compute(place, row_);
-        std::fill(
-            row_.begin() + SphericalHarmonic::NumChannels(newest_.order, encoding_.Dimension()),
-            row_.end(), 0.f);
-    }
+    if (!IsMuted(index)) Encode(place, row_);
     for (std::size_t n = 0; n < mixers_.size(); ++n) {
         mixers_[n]->SetRow(
             index, std::span(row_).subspan(firstChannels_[n], mixers_[n]->NumOutputs()), immediate);
     }
     sources_[index].SetPlace(place, newest_.radius, newest_.glideMs, immediate);
-}
-
-unsigned NFCHOAPanning::GetOrder() const {
-    const ControlLock lock = LockControl();
-    return newest_.order;
-}
-
-void NFCHOAPanning::SetOrder(unsigned order) {
-    const ControlLock lock = LockControl();
-    const unsigned possible = std::min(order, encoding_.Order());
-    if (possible == newest_.order) return;
-    newest_.order = possible;
-    PublishControls();
-    RecomputeSources();
 }
 
 void NFCHOAPanning::SetNearfieldCompensation(unsigned index, bool on) {
@@ -144,47 +116,13 @@ bool NFCHOAPanning::HighPass() const {
     return newest_.highPass == 1.f;
 }
 
-void NFCHOAPanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
-    const ControlLock lock = LockControl();
-    const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
-    if (possible == encoding_.GetNormalization()) return;
-    encoding_.SetNormalization(possible);
-    RecomputeSources();
-}
-
-SphericalHarmonic::Normalization NFCHOAPanning::GetNormalization() const {
-    const ControlLock lock = LockControl();
-    return encoding_.GetNormalization();
-}
-
-void NFCHOAPanning::SetComputationMode(std::string_view keyword) {
-    if (const auto mode = tav::HoaModeKeywords().Parse(keyword)) SetComputationMode(*mode);
-}
-
-void NFCHOAPanning::SetComputationMode(HoaEncodingVector::Mode mode) {
-    const ControlLock lock = LockControl();
-    if (mode == encoding_.GetMode()) return;
-    encoding_.SetMode(mode);
-    RecomputeSources();
-}
-
-HoaEncodingVector::Mode NFCHOAPanning::GetComputationMode() const {
-    const ControlLock lock = LockControl();
-    return encoding_.GetMode();
-}
-
-void NFCHOAPanning::Dump(std::vector<std::string>& lines) {
-    const ControlLock lock = LockControl();
-    Pan::Dump(lines);
-    HoaState state;
-    state.order = newest_.order;
-    state.normalization = encoding_.GetNormalization();
+HoaState NFCHOAPanning::State() const {
+    HoaState state = HoaEncoding::State();
     state.nearfieldCompensation =
         std::ranges::any_of(sources_, &NFCHOAPanningOneSource::Compensation);
     state.highPass = newest_.highPass == 1.f;
     state.speakersRadius = newest_.radius;
-    state.mode = encoding_.GetMode();
-    AppendHoaLines(lines, state);
+    return state;
 }
 
 void NFCHOAPanning::ApplySampleRate() {
@@ -199,6 +137,11 @@ void NFCHOAPanning::ApplyReset() {
 void NFCHOAPanning::ApplyInterpolationTime(float ms) {
     newest_.glideMs = ms;
     for (const auto& mixer : mixers_) mixer->SetInterpolationTime(ms);
+    PublishControls();
+}
+
+void NFCHOAPanning::ApplyOrder(unsigned order) {
+    newest_.order = order;
     PublishControls();
 }
 

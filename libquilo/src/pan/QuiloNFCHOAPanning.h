@@ -2,9 +2,8 @@
 // Ambisonic encoding that knows how far a source is.
 #pragma once
 
-#include "math/VelkDspHoaEncodingVector.h"
+#include "pan/QuiloHoaEncoding.h"
 #include "pan/QuiloNFCHOASourceGroup.h"
-#include "pan/QuiloPan.h"
 #include "processors/VelkDspSignalMatrix.h"
 
 #include <memory>
@@ -16,7 +15,7 @@ namespace Quilo {
 /// curvature of the source's wave front asks for on an array of loudspeakers of a given radius.
 /// Sources at the radius sound as in plain ambisonics, nearer ones gain bass in the higher orders,
 /// farther ones lose it. Order 0 is untouched: no level and no delay follows the distance.
-class NFCHOAPanning : public Pan {
+class NFCHOAPanning : public HoaEncoding<Pan> {
 public:
     static constexpr float kNearestSpeakers = 0.2f;  // metres
     static constexpr float kFarthestSpeakers = 20.f;
@@ -24,7 +23,6 @@ public:
     /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
     NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
-    std::string OutputLabel(unsigned output) const override;
     void SetConnections(std::span<const short> inletCounts,
                         std::span<const short> outletCounts) override;
 
@@ -36,20 +34,10 @@ public:
                            bool immediate,
                            bool force) override;
     void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    unsigned GetOrder() const override;
-    /// Channels above `order` glide to silence.
-    void SetOrder(unsigned order) override;
     /// Off: this source sounds as in plain ambisonics. On at first.
     void SetNearfieldCompensation(unsigned index, bool on) override;
     /// @param metres  clamped to 0.2 .. 20; 1 at first
     void SetSpeakersRadius(float metres) override;
-    void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
-    tav::SphericalHarmonic::Normalization GetNormalization() const override;
-    void SetComputationMode(std::string_view keyword) override;
-    void SetComputationMode(tav::HoaEncodingVector::Mode mode) override;
-    tav::HoaEncodingVector::Mode GetComputationMode() const override;
-    bool IsPlanar() const override { return encoding_.Dimension() == 2; }
-    void Dump(std::vector<std::string>& lines) override;
 
     float SpeakersRadius() const;
     /// On: each order is cut where its gain would pass 20 dB. Off: near sources are held where the
@@ -70,6 +58,8 @@ private:
     void ApplySampleRate() override;
     void ApplyReset() override;
     void ApplyInterpolationTime(float ms) override;
+    void ApplyOrder(unsigned order) override;
+    HoaState State() const override;
     void PublishControls();
 
     void TakeControls() noexcept TAV_NONBLOCKING;
@@ -81,7 +71,6 @@ private:
                       unsigned frames) noexcept TAV_NONBLOCKING;
     bool RunsOrder(unsigned order) const noexcept TAV_NONBLOCKING;
 
-    tav::HoaEncodingVector encoding_;
     NFCHOAFilterBank bank_;
     const NFCHOAHighPassFilterBank highPasses_;
     std::vector<NFCHOAPanningOneSource> sources_;
@@ -112,16 +101,7 @@ private:
     std::vector<char> awake_;  // per group, in this piece
 };
 
-class NFCHOAPanning2D : public NFCHOAPanning {
-public:
-    NFCHOAPanning2D(unsigned numInputs, unsigned numOutputs)
-        : NFCHOAPanning(numInputs, numOutputs, 2) {}
-};
-
-class NFCHOAPanning3D : public NFCHOAPanning {
-public:
-    NFCHOAPanning3D(unsigned numInputs, unsigned numOutputs)
-        : NFCHOAPanning(numInputs, numOutputs, 3) {}
-};
+using NFCHOAPanning2D = HoaOfDimension<NFCHOAPanning, 2>;
+using NFCHOAPanning3D = HoaOfDimension<NFCHOAPanning, 3>;
 
 }  // namespace Quilo

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHoaEncoding.h"
+
+#include "math/VelkDspKeywords.h"
+#include "text/VelkDspStringHelper.h"
+
+#include <algorithm>
+
+namespace Quilo {
+
+using tav::HoaEncodingVector;
+using tav::SphericalHarmonic;
+
+namespace {
+
+/// Appends a line for each.
+void AppendHoaLines(std::vector<std::string>& lines, const HoaState& state) {
+    const auto flag = [](bool on) { return std::string(tav::BooleanText(on)); };
+    const std::string norm(tav::NormalizationKeywords().Print(state.normalization));
+    const std::string mode(tav::HoaModeKeywords().Print(state.mode, "precise"));
+    lines.push_back("order : " + std::to_string(state.order));
+    lines.push_back("encoding norm : " + norm);
+    lines.push_back("nfc compensation : " + flag(state.nearfieldCompensation));
+    lines.push_back("nfc high pass : " + flag(state.highPass));
+    lines.push_back("nfc speakers radius : " + tav::NumberText(state.speakersRadius) + " m");
+    lines.push_back("computation mode : " + mode);
+}
+
+}  // namespace
+
+std::string HoaOutputLabel(unsigned output, unsigned numOutputs, unsigned dimension) {
+    if (output >= numOutputs) return "dumpout";
+    const auto degree =
+        SphericalHarmonic::FromChannelIndex(output, dimension, SphericalHarmonic::Sorting::ACN);
+    return "output #" + std::to_string(output + 1) + " : " +
+           SphericalHarmonic::ChannelLabel(degree.n, degree.m, true);
+}
+
+unsigned HoaOrderOf(unsigned numOutputs, unsigned dimension) {
+    const int order = SphericalHarmonic::OrderFromChannelCount(numOutputs, dimension);
+    return static_cast<unsigned>(std::max(order, 0));
+}
+
+SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension) {
+    return dimension == 2 ? SphericalHarmonic::Normalization::SN2D
+                          : SphericalHarmonic::Normalization::SN3D;
+}
+
+SphericalHarmonic::Normalization NormalizationFor(unsigned dimension,
+                                                  SphericalHarmonic::Normalization wanted) {
+    const bool isAllowed = SphericalHarmonic::IsAllowed(wanted, dimension);
+    return isAllowed ? wanted : DefaultNormalization(dimension);
+}
+
+template <class Base>
+HoaEncoding<Base>::HoaEncoding(unsigned numInputs, unsigned numOutputs, unsigned dimension)
+    : Base(numInputs, numOutputs),
+      encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
+      order_(encoding_.Order()) {}
+
+template <class Base>
+std::string HoaEncoding<Base>::OutputLabel(unsigned output) const {
+    return HoaOutputLabel(output, this->NumOutputs(), encoding_.Dimension());
+}
+
+template <class Base>
+unsigned HoaEncoding<Base>::GetOrder() const {
+    const ControlLock lock = this->LockControl();
+    return order_;
+}
+
+template <class Base>
+void HoaEncoding<Base>::SetOrder(unsigned order) {
+    const ControlLock lock = this->LockControl();
+    const unsigned possible = std::min(order, encoding_.Order());
+    if (possible == order_) return;
+    order_ = possible;
+    ApplyOrder(possible);
+    this->RecomputeSources();
+}
+
+template <class Base>
+void HoaEncoding<Base>::SetNormalization(SphericalHarmonic::Normalization normalization) {
+    const ControlLock lock = this->LockControl();
+    const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
+    if (possible == encoding_.GetNormalization()) return;
+    encoding_.SetNormalization(possible);
+    this->RecomputeSources();
+}
+
+template <class Base>
+SphericalHarmonic::Normalization HoaEncoding<Base>::GetNormalization() const {
+    const ControlLock lock = this->LockControl();
+    return encoding_.GetNormalization();
+}
+
+template <class Base>
+void HoaEncoding<Base>::SetComputationMode(std::string_view keyword) {
+    if (const auto mode = tav::HoaModeKeywords().Parse(keyword)) SetComputationMode(*mode);
+}
+
+template <class Base>
+void HoaEncoding<Base>::SetComputationMode(HoaEncodingVector::Mode mode) {
+    const ControlLock lock = this->LockControl();
+    if (mode == encoding_.GetMode()) return;
+    encoding_.SetMode(mode);
+    this->RecomputeSources();
+}
+
+template <class Base>
+HoaEncodingVector::Mode HoaEncoding<Base>::GetComputationMode() const {
+    const ControlLock lock = this->LockControl();
+    return encoding_.GetMode();
+}
+
+template <class Base>
+void HoaEncoding<Base>::Dump(std::vector<std::string>& lines) {
+    const ControlLock lock = this->LockControl();
+    Base::Dump(lines);
+    AppendHoaLines(lines, State());
+}
+
+template <class Base>
+void HoaEncoding<Base>::Encode(const tav::CartesianVector& source, std::span<float> gains) {
+    encoding_.Compute(source, gains);
+    LimitOrder(gains);
+}
+
+template <class Base>
+void HoaEncoding<Base>::LimitOrder(std::span<float> gains) const {
+    const unsigned inUse = SphericalHarmonic::NumChannels(order_, encoding_.Dimension());
+    if (inUse < gains.size()) std::ranges::fill(gains.subspan(inUse), 0.f);
+}
+
+template <class Base>
+HoaState HoaEncoding<Base>::State() const {
+    HoaState state;
+    state.order = order_;
+    state.normalization = encoding_.GetNormalization();
+    state.mode = encoding_.GetMode();
+    return state;
+}
+
+template class HoaEncoding<Pan>;
+template class HoaEncoding<AmplitudePanning>;
+
+}  // namespace Quilo

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// What the ambisonic panners have in common: channels, conventions, and the encoding in use.
+#pragma once
+
+#include "math/VelkDspHoaEncodingVector.h"
+#include "pan/QuiloAmplitudePanning.h"
+
+namespace Quilo {
+
+/// What the description of an ambisonic panner says beyond its type.
+struct HoaState {
+    unsigned order = 0;
+    tav::SphericalHarmonic::Normalization normalization =
+        tav::SphericalHarmonic::Normalization::SN3D;
+    bool nearfieldCompensation = false;
+    bool highPass = false;
+    float speakersRadius = 1.f;  ///< metres
+    tav::HoaEncodingVector::Mode mode = tav::HoaEncodingVector::Mode::Precise;
+};
+
+/// "output #2 : Y(1,-1) (Y)" for output 1 of three dimensions; "dumpout" beyond the outputs.
+std::string HoaOutputLabel(unsigned output, unsigned numOutputs, unsigned dimension);
+
+/// The order whose channels `numOutputs` are; 0 where they are no whole order.
+unsigned HoaOrderOf(unsigned numOutputs, unsigned dimension);
+
+/// SN2D in two dimensions, SN3D otherwise.
+tav::SphericalHarmonic::Normalization DefaultNormalization(unsigned dimension);
+/// `wanted`, or the default of the dimension where it does not have that one.
+tav::SphericalHarmonic::Normalization NormalizationFor(
+    unsigned dimension, tav::SphericalHarmonic::Normalization wanted);
+
+/// A panner that encodes directions in the channels of an order.
+/// The frame is that of all positions: x right, y front. A source in front is encoded in (1, -1),
+/// one on the right in (1, 1).
+/// @tparam Base  Pan or AmplitudePanning
+template <class Base>
+class HoaEncoding : public Base {
+public:
+    std::string OutputLabel(unsigned output) const override;
+    unsigned GetOrder() const override;
+    /// Channels above `order` glide to silence; an order beyond the outputs is the largest there
+    /// is.
+    void SetOrder(unsigned order) override;
+    void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
+    tav::SphericalHarmonic::Normalization GetNormalization() const override;
+    void SetComputationMode(std::string_view keyword) override;
+    void SetComputationMode(tav::HoaEncodingVector::Mode mode) override;
+    tav::HoaEncodingVector::Mode GetComputationMode() const override;
+    bool IsPlanar() const override { return encoding_.Dimension() == 2; }
+    void Dump(std::vector<std::string>& lines) override;
+
+protected:
+    using typename Base::ControlLock;
+
+    /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
+    HoaEncoding(unsigned numInputs, unsigned numOutputs, unsigned dimension);
+
+    tav::HoaEncodingVector& Encoding() { return encoding_; }
+    /// The gains of a source in this direction.  @param gains  at least the channels, overwritten
+    void Encode(const tav::CartesianVector& source, std::span<float> gains);
+    /// Silence above the order in use.
+    void LimitOrder(std::span<float> gains) const;
+    /// What Dump says.  The control lock is held, here and below.
+    virtual HoaState State() const;
+
+private:
+    /// Another order is in use; the sources follow.
+    virtual void ApplyOrder(unsigned) {}
+
+    tav::HoaEncodingVector encoding_;
+    unsigned order_;  // at most that of the encoding
+};
+
+extern template class HoaEncoding<Pan>;
+extern template class HoaEncoding<AmplitudePanning>;
+
+/// An ambisonic panner of fixed dimension, built from the numbers of inputs and outputs alone.
+template <class Panner, unsigned dimension>
+class HoaOfDimension : public Panner {
+public:
+    HoaOfDimension(unsigned numInputs, unsigned numOutputs)
+        : Panner(numInputs, numOutputs, dimension) {}
+};
+
+}  // namespace Quilo
