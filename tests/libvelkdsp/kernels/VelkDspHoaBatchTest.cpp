@@ -2,6 +2,7 @@
 #include "kernels/VelkDspHoaBatch.h"
 
 #include "kernels/VelkDspKernels.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
@@ -17,11 +18,7 @@ constexpr float kUntouched = 42.f;
 /// With the origin, axes and positions whose squares are beyond 32 bits among them.
 CartesianArray Directions(std::size_t count) {
     std::mt19937 generator(3);
-    std::uniform_real_distribution<float> coordinate(-3.f, 3.f);
-    CartesianArray directions(count);
-    for (CartesianVector& d : directions) {
-        d = {coordinate(generator), coordinate(generator), coordinate(generator)};
-    }
+    CartesianArray directions = Tests::RandomLayout(generator, count, 3.f);
     const CartesianVector special[] = {{0, 0, 0}, {-0.f, 0, 0}, {0, 0, -1}, {2e25f, 1e25f, -3e25f}};
     for (std::size_t i = 0; i < 4 && i < count; ++i) directions[i * count / 4] = special[i];
     return directions;

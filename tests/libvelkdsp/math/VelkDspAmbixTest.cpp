@@ -3,6 +3,7 @@
 
 #include "math/VelkDspHoaEncodingVector.h"
 #include "math/VelkDspKeywords.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
@@ -34,9 +35,8 @@ TEST_P(AmbixOf, IsTheEncodingOfTheTurnedSource) {
     HoaEncodingVector encoding(order, dimension, normalization);
     HoaEncodingVector standard(order, 3, Normalization::SN3D);
     std::mt19937 random(5);
-    std::normal_distribution<float> length;
     for (int k = 0; k < 50; ++k) {
-        const CartesianVector source{length(random), length(random), length(random)};
+        const CartesianVector source = Tests::RandomPoint(random);
         Vector<double> gains, expected;
         encoding.Compute(source, gains);
         standard.Compute({source.y, -source.x, source.z}, expected);

@@ -3,6 +3,7 @@
 
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainHarmonics.h"
+#include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
 
@@ -40,11 +41,8 @@ CartesianArray Directions() {
                               {3e19f, -2e19f, 1e19f},
                               {1e-20f, 2e-20f, 3e-20f}};
     std::mt19937 generator(5);
-    std::uniform_real_distribution<float> coordinate(-2.f, 2.f);
     directions.Resize(60);
-    for (std::size_t i = 10; i < 60; ++i) {
-        directions[i] = {coordinate(generator), coordinate(generator), coordinate(generator)};
-    }
+    for (std::size_t i = 10; i < 60; ++i) directions[i] = Tests::RandomPoint(generator, 2.f);
     return directions;
 }
 
