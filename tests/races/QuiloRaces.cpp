@@ -4,14 +4,10 @@
 // tenth, times the environment variable QUILO_EFFORT.
 //
 // A processor leaves it to its owner that one setter runs at a time; a panner sees to that itself.
-#include "pan/QuiloDbapPanning.h"
-#include "pan/QuiloNFCHOAPanning.h"
-#include "pan/QuiloPan.h"
-#include "pan/QuiloRecursivePanning.h"
-#include "pan/QuiloSubwoofersPanning.h"
+#include "libquilo/pan/PanPlayer.h"
 #include "processors/VelkDspDelay.h"
 #include "processors/VelkDspSignalMatrix.h"
-#include "text/VelkDspException.h"
+#include "realtime/BusyPan.h"
 
 #include <algorithm>
 #include <atomic>
@@ -21,7 +17,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <random>
 #include <span>
@@ -239,130 +234,21 @@ Fault DelaysKeepTheirHistoryWhileTheyGrow() {
     return RunThreads(audio, {move, rebuild});
 }
 
-constexpr unsigned kSources = 4;
-
-struct Panner {
-    const char* type;
-    unsigned numOutputs;
-    const char* subtype = "direct";
-};
-
-constexpr Panner kPanners[] = {
-    {"xy", 2},
-    {"ms", 2},
-    {"ab", 2},
-    {"bformat", 4},
-    {"angular", 5},
-    {"surround", 4},
-    {"vbap2d", 6},
-    {"vbip2d", 6},
-    {"vbap", 8},
-    {"vbip", 8},
-    {"dbap", 6},
-    {"dbap3d", 6},
-    {"vdbap", 8},
-    {"knn", 30},
-    {"spcap", 20},
-    {"panr", 12},
-    {"subwoofers", 4},
-    {"hoa2d", 9},
-    {"hoa3d", 25},
-    {"nfchoa3d", 16},
-    {"nfchoa2d", 7},
-    {"angular", 5, "diffuse"},
-    {"hoa2d", 9, "diffuse"},
-    {"hoa3d", 9, "diffuse"},
-};
-
-/// Near and far, all round, at times the listener's own place.
-tav::CartesianVector SomePlace(std::mt19937& random) {
-    const auto coordinate = [&random] { return static_cast<float>(random() % 41) * 0.1f - 2.f; };
-    const float x = coordinate();
-    const float y = coordinate();
-    return {x, y, coordinate()};
-}
-
-void RearrangeSpeakers(Quilo::Pan& pan, std::mt19937& random) {
-    tav::CartesianArray places(pan.NumOutputs());
-    for (tav::CartesianVector& place : places) place = SomePlace(random);
-    try {
-        pan.SetSpeakersPositions(places);
-    } catch (const tav::Exception&) {  // a layout that panner cannot work well with; in force
-    }
-}
-
-/// What few panners know; the others ignore it.
-void TurnTheirOwn(Quilo::Pan& pan, std::mt19937& random) {
-    const bool on = random() % 2 == 0;
-    const auto percent = [&random] { return static_cast<float>(random() % 101); };
-    const float values[] = {percent(), percent(), percent(), percent()};
-    const auto source = static_cast<unsigned>(random() % kSources);
-    pan.SetNumNeighbors(source, static_cast<unsigned>(random() % 8));
-    pan.SetSpreadByDirection(source, values);
-    pan.SetSpreadingMode(on ? "omni" : "directional");
-    pan.SetComputationMode(random() % 16 == 0 ? "fast" : "precise");
-    if (auto* dbap = dynamic_cast<Quilo::DbapPanning*>(&pan)) dbap->SetMuteOutside(!on);
-    if (auto* panr = dynamic_cast<Quilo::RecursivePanning*>(&pan)) panr->SetCorners(values);
-    if (auto* bass = dynamic_cast<Quilo::SubwoofersPanning*>(&pan)) bass->SetCutoff(values[0]);
-    if (auto* nfc = dynamic_cast<Quilo::NFCHOAPanning*>(&pan)) nfc->SetHighPass(on);
-}
-
-/// What a patch sends while the sound is on.
-void Perform(Quilo::Pan& pan, std::mt19937& random) {
-    const auto source = static_cast<unsigned>(random() % kSources);
-    switch (random() % 16) {
-        case 0: return RearrangeSpeakers(pan, random);
-        case 1: return pan.SetInterpolationTime(static_cast<float>(random() % 5) * 10.f);
-        case 2: return pan.SetSourceMute(source, random() % 2 == 0);
-        case 3: return pan.SetSourceSpread(source, static_cast<float>(random() % 101));
-        case 4: {
-            std::vector<std::string> lines;
-            return pan.Dump(lines);
-        }
-        case 5: return pan.SetOrder(static_cast<unsigned>(random() % 4));
-        case 6: return pan.SetSpeakersRadius(static_cast<float>(random() % 5));
-        case 7: return pan.SetNearfieldCompensation(source, random() % 2 == 0);
-        case 8: return pan.SetNormalization(tav::SphericalHarmonic::Normalization(random() % 8));
-        case 9: return TurnTheirOwn(pan, random);
-        default: return pan.SetSourcePosition(source, SomePlace(random), random() % 8 == 0, false);
-    }
-}
-
-/// What a host does when its audio starts anew.
-void RestartDsp(Quilo::Pan& pan, std::mt19937& random) {
-    constexpr float kRates[] = {8000.f, 44100.f, 48000.f, 192000.f};
-    std::vector<short> inlets(pan.NumInputs());
-    std::vector<short> outlets(pan.NumOutputs());
-    for (short& count : inlets) count = random() % 4 == 0 ? 0 : 1;
-    for (short& count : outlets) count = random() % 4 == 0 ? 0 : 1;
-    pan.SetSampleRate(kRates[random() % std::size(kRates)]);
-    pan.SetBufferSize(static_cast<unsigned>(random() % 600));
-    pan.SetConnections(inlets, outlets);
-    if (random() % 4 == 0) pan.Reset();
-    pan.SetAutoMuteTime(static_cast<float>(random() % 3));
-    std::this_thread::yield();
-}
-
 /// A patch, a host and the audio thread at a panner, all at once.
-Fault StormOver(const Panner& panner) {
-    const std::unique_ptr<Quilo::Pan> pan =
-        Quilo::Pan::Create(kSources, panner.numOutputs, panner.type, panner.subtype);
-    if (pan == nullptr || pan->GetTypeName() != panner.type) return "was not made";
-    HostBlock block(kSources, panner.numOutputs);
+Fault StormOver(Tests::BusyPan& pan) {
     const auto audio = [&]() -> Fault {
-        block.Play(*pan, SomeFrames());
-        const auto isFinite = [](double sample, double) { return std::isfinite(sample); };
-        return block.AllOf(isFinite) ? "" : "an output was no number";
+        pan.Play();
+        return pan.Finite() ? "" : "an output was no number";
     };
-    const auto perform = [&](std::mt19937& random) { Perform(*pan, random); };
-    const auto restart = [&](std::mt19937& random) { RestartDsp(*pan, random); };
-    return RunThreads(audio, {perform, restart}, ScenarioTime() / 10, Setters::AllAtOnce);
+    const auto disturb = [&](std::mt19937& random) { pan.Disturb(random); };
+    return RunThreads(audio, {disturb, disturb}, ScenarioTime() / 20, Setters::AllAtOnce);
 }
 
 Fault PannersOutliveAStorm() {
-    for (const Panner& panner : kPanners) {
-        const Fault fault = StormOver(panner);
-        if (!fault.empty()) return std::string(panner.type) + ": " + fault;
+    for (const Tests::PanCase& c : Tests::kAllPanners) {
+        Tests::BusyPan pan(Quilo::Pan::Create(4, c.numOutputs, c.type, c.subtype));
+        const Fault fault = StormOver(pan);
+        if (!fault.empty()) return Tests::NameOf(c) + ": " + fault;
     }
     return {};
 }

@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "realtime/BusyPan.h"
 
+#include "pan/QuiloDbapPanning.h"
+#include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloPanDefaults.h"
+#include "pan/QuiloRecursivePanning.h"
+#include "pan/QuiloSubwoofersPanning.h"
 #include "text/VelkDspException.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <string>
+#include <utility>
 
 namespace Tests {
 
@@ -29,11 +36,15 @@ float Up(float most, std::mt19937& random) {
 }  // namespace
 
 BusyPan::BusyPan(Quilo::Pan::Type type, Quilo::Pan::SubType subtype, PanSize size)
-    : pan_(Quilo::Pan::Create(size.numInputs, size.numOutputs, type, subtype)),
+    : BusyPan(Quilo::Pan::Create(size.numInputs, size.numOutputs, type, subtype)) {}
+
+BusyPan::BusyPan(std::unique_ptr<Quilo::Pan> pan)
+    : pan_(std::move(pan)),
       doubles_(kMostFrames),
       floats_(kMostFrames),
-      doubleInputs_(size.numInputs, doubles_.data()),
-      floatInputs_(size.numInputs, floats_.data()) {
+      doubleInputs_(pan_->NumInputs(), doubles_.data()),
+      floatInputs_(pan_->NumInputs(), floats_.data()) {
+    const unsigned numOutputs = pan_->NumOutputs();
     for (unsigned k = 0; k < kMostFrames; ++k) {
         floats_[k] = std::sin(0.1f * static_cast<float>(k));
         doubles_[k] = static_cast<double>(floats_[k]);
@@ -42,18 +53,18 @@ BusyPan::BusyPan(Quilo::Pan::Type type, Quilo::Pan::SubType subtype, PanSize siz
     doubles_[8] = -std::numeric_limits<double>::infinity();
     doubles_[9] = 1e-310;
     // The outputs follow the inputs in the same memory, a row each.
-    doubles_.resize(kMostFrames * (1 + std::size_t{size.numOutputs}));
+    doubles_.resize(kMostFrames * (1 + std::size_t{numOutputs}));
     floats_.resize(doubles_.size());
     for (auto& input : doubleInputs_) input = doubles_.data();
     for (auto& input : floatInputs_) input = floats_.data();
-    for (std::size_t o = 1; o <= size.numOutputs; ++o) {
+    for (std::size_t o = 1; o <= numOutputs; ++o) {
         doubleOutputs_.push_back(&doubles_[o * kMostFrames]);
         floatOutputs_.push_back(&floats_[o * kMostFrames]);
     }
     pan_->SetSampleRate(48000.f);
     pan_->SetBufferSize(64);
     try {
-        pan_->SetSpeakersPositions(Quilo::DefaultSpeakersFor(type, size.numOutputs));
+        pan_->SetSpeakersPositions(Quilo::DefaultSpeakersFor(pan_->GetType(), numOutputs));
     } catch (const tav::Exception&) {  // in force all the same
     }
 }
@@ -67,20 +78,34 @@ void BusyPan::Disturb(std::mt19937& random) {
 void BusyPan::Move(std::mt19937& random) {
     const auto source = static_cast<unsigned>(random() % (pan_->NumInputs() + 1));
     const std::array<float, 3> direction = {Up(1.f, random), Up(1.f, random), Up(1.f, random)};
-    switch (random() % 8) {
+    switch (random() % 12) {
         case 0: pan_->SetSourcesPositions({SomePosition(random), {0, 1, 0}}, true); break;
         case 1: pan_->SetSourceMute(source, random() % 2 == 0); break;
         case 2: pan_->SetSourceSpread(source, Up(100.f, random)); break;
         case 3: pan_->SetSpreadByDirection(source, direction); break;
+        case 4: pan_->SetNearfieldCompensation(source, random() % 2 == 0); break;
+        case 5: TurnTheirOwn(source, random); break;
         default:
             pan_->SetSourcePosition(source, SomePosition(random), random() % 4 == 0,
                                     random() % 2 == 0);
     }
 }
 
+/// What few panners know; the others ignore it.
+void BusyPan::TurnTheirOwn(unsigned source, std::mt19937& random) {
+    const bool on = random() % 2 == 0;
+    const float values[] = {Up(100.f, random), Up(100.f, random), Up(100.f, random)};
+    pan_->SetNumNeighbors(source, static_cast<unsigned>(random() % 8));
+    pan_->SetComputationMode(random() % 16 == 0 ? "fast" : "precise");
+    if (auto* dbap = dynamic_cast<Quilo::DbapPanning*>(pan_.get())) dbap->SetMuteOutside(!on);
+    if (auto* panr = dynamic_cast<Quilo::RecursivePanning*>(pan_.get())) panr->SetCorners(values);
+    if (auto* bass = dynamic_cast<Quilo::SubwoofersPanning*>(pan_.get())) bass->SetCutoff(*values);
+    if (auto* nfc = dynamic_cast<Quilo::NFCHOAPanning*>(pan_.get())) nfc->SetHighPass(on);
+}
+
 void BusyPan::Reshape(std::mt19937& random) {
     tav::CartesianArray speakers(pan_->NumOutputs());
-    switch (random() % 6) {
+    switch (random() % 8) {
         case 0:
             for (auto& speaker : speakers) speaker = SomePosition(random);
             [[fallthrough]];
@@ -91,7 +116,12 @@ void BusyPan::Reshape(std::mt19937& random) {
         case 2: pan_->SetInterpolationTime(Up(50.f, random)); break;
         case 3: pan_->SetSpreadingMode(random() % 2 == 0 ? "omni" : "directional"); break;
         case 4: pan_->SetOrder(static_cast<unsigned>(random() % 5)); break;
-        default: pan_->SetNumNeighbors(0, static_cast<unsigned>(random() % 5)); break;
+        case 5: pan_->SetSpeakersRadius(Up(5.f, random)); break;
+        case 6: pan_->SetNormalization(tav::SphericalHarmonic::Normalization(random() % 8)); break;
+        default: {
+            std::vector<std::string> lines;
+            pan_->Dump(lines);
+        }
     }
 }
 
@@ -121,6 +151,12 @@ void BusyPan::Play() noexcept {
     frame.Process(doubleOutputs_.data(), doubleInputs_.data(), 64);
     frame.Process(floatOutputs_.data(), floatInputs_.data(), 64);
     pan_->Perform(floatOutputs_.data(), floatInputs_.data(), 33);
+}
+
+bool BusyPan::Finite() const {
+    const auto isFinite = [](auto sample) { return std::isfinite(sample); };
+    return std::all_of(doubles_.begin() + kMostFrames, doubles_.end(), isFinite) &&
+           std::all_of(floats_.begin() + kMostFrames, floats_.end(), isFinite);
 }
 
 }  // namespace Tests

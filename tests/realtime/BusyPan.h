@@ -24,7 +24,8 @@ class BusyPan {
 public:
     BusyPan(Quilo::Pan::Type type, Quilo::Pan::SubType subtype, PanSize size);
 
-    Quilo::Pan& Engine() { return *pan_; }
+    /// A panner with its default loudspeakers, on air.
+    explicit BusyPan(std::unique_ptr<Quilo::Pan> pan);
 
     /// One to three changes of anything.  Thread: control, any number at a time.
     void Disturb(std::mt19937& random);
@@ -33,10 +34,14 @@ public:
     /// Some inputs are no numbers.  Thread: audio.
     void Play() noexcept;
 
+    /// Nothing that Play left in the outputs is no number.
+    bool Finite() const;
+
 private:
     void Move(std::mt19937& random);
     void Reshape(std::mt19937& random);
     void Announce(std::mt19937& random);
+    void TurnTheirOwn(unsigned source, std::mt19937& random);
 
     const std::unique_ptr<Quilo::Pan> pan_;
     std::vector<double> doubles_;

@@ -11,10 +11,8 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -119,15 +117,11 @@ struct Sin {
 
 const Sin kSins[] = {
     {"malloc", [] { kept = std::malloc(10); }},
-    {"free", [] { std::free(kept); }},
     {"pthread_mutex_lock",
      [] {
          std::mutex mutex;
          const std::scoped_lock lock(mutex);
      }},
-    {"pthread_cond_signal", [] { std::condition_variable().notify_one(); }},
-    {"open", [] { close(open("/dev/null", O_RDONLY)); }},
-    {"usleep", [] { usleep(1); }},
 };
 
 /// The run-time lets the same pass outside, and ends the process inside with a report.

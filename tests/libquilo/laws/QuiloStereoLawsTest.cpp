@@ -71,5 +71,12 @@ INSTANTIATE_TEST_SUITE_P(Placements,
                                          Placement{"AtTheListener", 0, 0, 0}),
                          [](const auto& test) { return test.param.name; });
 
+// Deliberate: the factor is no square root.
+TEST(XyGains, KeepsItsOwnFactor) {
+    std::array<float, 2> gains{};
+    XyGains(tav::FromNavigational(-45.f, 0.f, 1.f), gains);
+    EXPECT_FLOAT_EQ(gains[0], 2.f * 0.41421f);
+}
+
 }  // namespace
 }  // namespace Quilo

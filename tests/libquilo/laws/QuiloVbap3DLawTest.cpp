@@ -81,7 +81,7 @@ TEST(Vbap3DGains, PointsAtTheSourceWithUnitEnergy) {
 }
 
 // Weights of a coarse grid: ties, one to three below the tolerance, none above the least minimum.
-TEST(Vbap3DGains, EqualsThePlainChoiceAmongEquals) {
+TEST(TripletBank, ComparesWithTheOneTakenLast) {
     constexpr float kWeights[] = {-200000.f, -0.5f, -0.02f, -0.015f, 0.1f, 0.2f, 0.3f};
     std::mt19937 generator(3);
     for (int n = 0; n < 5000; ++n) {
