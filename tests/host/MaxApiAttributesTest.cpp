@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Attributes: storage, clipping, instance ones, properties, arguments of a box, notification.
+// Attributes: storage, and the properties of one object.
 #include "MaxApiProbe.h"
 
 namespace {

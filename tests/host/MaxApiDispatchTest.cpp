@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Messages from outside: type lists, attributes, get messages, lists, refusals.
+// Messages from outside: type lists, attributes, get messages, refusals.
 #include "MaxApiProbe.h"
 
 namespace {

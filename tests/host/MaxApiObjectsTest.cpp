@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Outlets, stored values, deferral, clocks, dictionaries.
+// Outlets, deferral, named dictionaries.
 #include "MaxApiProbe.h"
 
 #include <thread>

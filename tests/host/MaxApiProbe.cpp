@@ -37,11 +37,6 @@ void Real(Probe* x, double v) {
     atom_setfloat(&atom, v);
     heard.push_back("float " + Text(1, &atom) + " inlet " + std::to_string(proxy_getinlet(&x->ob)));
 }
-void Notify(Probe*, t_symbol*, t_symbol* message, void*, void* data) {
-    const auto* name = static_cast<const t_symbol*>(
-        data ? object_method_imp(data, gensym("getname"), 0, 0, 0, 0, 0, 0, 0, 0) : gensym("-"));
-    heard.push_back(std::string("notify ") + message->s_name + " " + name->s_name);
-}
 t_max_err SetMode(Probe* x, void*, max_long argc, t_atom* argv) {
     heard.push_back("set mode (" + Text(argc, argv) + ")");
     if (argc > 0) x->mode = static_cast<max_long>(atom_getlong(argv));
@@ -73,8 +68,6 @@ void AddAttributes(t_class* type) {
     attr_addfilter_clip(class_attr_get(type, gensym("mode")), -2, 3, 1, 1);
     attr_addfilter_clip(class_attr_get(type, gensym("gain")), 0, 0, 1, 0);
     class_attr_addattr_parse(type, "gain", "order", gensym("long"), 0, "1");
-    class_attr_addattr_format(type, "gain", "label", gensym("symbol"), 0, "s", gensym("the gain"));
-    class_attr_addattr_parse(type, "points", "order", gensym("long"), 0, "-1");
 }
 
 t_class* ProbeClass() {
@@ -95,7 +88,6 @@ t_class* ProbeClass() {
         add(MaxApi::ToMethod(Nothing), "hidden", A_CANT);
         add(MaxApi::ToMethod(Number), "int", A_LONG);
         add(MaxApi::ToMethod(Real), "float", A_FLOAT);
-        add(MaxApi::ToMethod(Notify), "notify", A_CANT);
         AddAttributes(made);
         class_dumpout_wrap(made);
         class_register(gensym("nobox"), made);

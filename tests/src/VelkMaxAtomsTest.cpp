@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 using VelkMax::Atoms;
 
 TEST(Atoms, BeyondTheListAreNothing) {
