@@ -171,6 +171,8 @@ protected:
 }  // namespace
 
 TEST_P(StateRoundTrip, KeepsValuesAndSound) {
+    PanBox{GetParam()};  // the first one registers the class
+    const std::size_t objects = HostApi::CountObjects();
     bool hasSounded = false;
     for (unsigned seed = 1; seed <= 4; ++seed) {
         Random random(seed);
@@ -196,6 +198,7 @@ TEST_P(StateRoundTrip, KeepsValuesAndSound) {
         }
     }
     EXPECT_TRUE(hasSounded) << "muted with every seed";
+    EXPECT_EQ(HostApi::CountObjects(), objects) << "a dictionary, say, that nobody released";
 }
 
 TEST(StateOfADumpedDictionary, MakesAnObjectInPlaceOfArguments) {
