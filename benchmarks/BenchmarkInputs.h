@@ -3,7 +3,7 @@
 #pragma once
 
 #include "reference/RandomPoints.h"
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <benchmark/benchmark.h>
 

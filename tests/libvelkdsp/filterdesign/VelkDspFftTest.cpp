@@ -3,7 +3,7 @@
 
 #include "kernels/VelkDspKernels.h"
 #include "reference/PlainFourier.h"
-#include "support/Signals.h"
+#include "reference/Signals.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 #include "kernels/VelkDspFilterKernels.h"
 
 #include "kernels/VelkDspKernels.h"
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 

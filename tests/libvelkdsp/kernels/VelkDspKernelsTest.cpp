@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspKernels.h"
 
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "kernels/VelkDspSectionKernels.h"
 
 #include "kernels/VelkDspKernels.h"
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "processors/VelkDspCrossfadedCascade.h"
 #include "processors/VelkDspCrossfadedFir.h"
 #include "reference/PlainFourier.h"
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 

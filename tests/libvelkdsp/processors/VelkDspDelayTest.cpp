@@ -2,8 +2,8 @@
 #include "processors/VelkDspDelay.h"
 
 #include "reference/PlainDelay.h"
+#include "reference/Signals.h"
 #include "support/AllocationTrap.h"
-#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspMultiEqualizer.h"
 
-#include "support/Signals.h"
+#include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 #include "processors/VelkDspSignalMatrix.h"
 
 #include "reference/PlainSignalMatrix.h"
+#include "reference/Signals.h"
 #include "support/AllocationTrap.h"
-#include "support/Signals.h"
 
 #include <gtest/gtest.h>
 
