@@ -150,18 +150,19 @@ void NFCHOAPanning::PublishControls() { shared_.Store(newest_); }
 void NFCHOAPanning::Perform(float* const* outputs,
                             const float* const* inputs,
                             unsigned frames) noexcept TAV_NONBLOCKING {
-    TakeSampleRate();
+    const bool isNewRate = SampleRate() != rateHz_;
+    rateHz_ = SampleRate();
     TakeControls();
     for (NFCHOAPanningOneSource& source : sources_) source.TakeTarget();
+    if (isNewRate) StartAtRate();
     for (unsigned offset = 0; offset < frames; offset += kNFCHOAFrames) {
         PerformPiece(outputs, inputs, offset, std::min(frames - offset, kNFCHOAFrames));
     }
 }
 
-/// After a change of the rate all is silent and every glide has ended.
-void NFCHOAPanning::TakeSampleRate() noexcept TAV_NONBLOCKING {
-    if (SampleRate() == rateHz_) return;
-    rateHz_ = SampleRate();
+/// At a new rate all is silent and every glide has ended, so what was set before the audio started
+/// holds from its first sample.
+void NFCHOAPanning::StartAtRate() noexcept TAV_NONBLOCKING {
     piece_.keep = std::exp(-1.f / (kLeakSeconds * rateHz_));
     for (tav::Ramp* ramp : {&radius_, &highPass_}) {
         ramp->SetSampleRate(rateHz_);

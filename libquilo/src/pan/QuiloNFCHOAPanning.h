@@ -63,7 +63,7 @@ private:
     void PublishControls();
 
     void TakeControls() noexcept TAV_NONBLOCKING;
-    void TakeSampleRate() noexcept TAV_NONBLOCKING;
+    void StartAtRate() noexcept TAV_NONBLOCKING;
     void MakePiece(unsigned frames) noexcept TAV_NONBLOCKING;
     void PerformPiece(float* const* outputs,
                       const float* const* inputs,

@@ -90,6 +90,19 @@ TEST(NFCHOAPanning, FiltersEachOrderAsTheWaveFrontAsks) {
     }
 }
 
+TEST(NFCHOAPanning, SettingsMadeBeforeTheAudioHoldFromItsFirstSample) {
+    Overhead settled(3, 2.f, 0.7f);
+    settled.pan.SetHighPass(false);
+    settled.player.Play(24000, Silence);
+
+    NFCHOAPanning3D pan(1, 16);
+    PanPlayer player(pan, static_cast<float>(kRate));
+    pan.SetSourcePosition(0, {0, 0, 0.7f}, true, true);
+    pan.SetSpeakersRadius(2.f);
+    pan.SetHighPass(false);
+    EXPECT_EQ(player.Play(640, Impulse), settled.player.Play(640, Impulse));
+}
+
 TEST(NFCHOAPanning, GainHasItsLimitWithAndWithoutTheHighPass) {
     for (const auto& [radius, distance] : {std::pair{1.f, 0.3f}, {20.f, 0.05f}}) {
         Overhead overhead(14, radius, distance);
