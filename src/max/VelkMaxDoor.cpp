@@ -61,6 +61,7 @@ void Door::Enter(const Letter& letter, Pace pace) {
 }
 
 void Door::RunInside(const Letter& letter, Lock lock) {
+    if (!KeepsLines()) PostLines();  // they are older than what the letter has to say
     ++depth_;
     letter.run(record_, letter.name, letter.atoms);
     const bool isLast = --depth_ == 0;
@@ -132,8 +133,8 @@ void Door::PostLines() {
 // ---- Off the audio thread
 
 void Door::CatchUp() {
-    RunWaiting();
     PostLines();
+    RunWaiting();
     Announce();
 }
 
