@@ -27,12 +27,13 @@ struct Avx2 {
     static Vec Multiply(Vec a, Vec b) noexcept { return _mm256_mul_ps(a, b); }
     static Vec Divide(Vec a, Vec b) noexcept { return _mm256_div_ps(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) noexcept { return _mm256_fmadd_ps(a, b, c); }
+    static Vec MultiplySubtract(Vec a, Vec b, Vec c) noexcept { return _mm256_fmsub_ps(a, b, c); }
     static Vec Sqrt(Vec v) noexcept { return _mm256_sqrt_ps(v); }
     static Vec Round(Vec v) noexcept {
         return _mm256_round_ps(v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
     }
-    static Vec IfBelow(Vec v, Vec limit, Vec yes, Vec no) noexcept {
-        return _mm256_blendv_ps(no, yes, _mm256_cmp_ps(v, limit, _CMP_LT_OQ));
+    static Vec ZeroBelow(Vec v, Vec limit, Vec other) noexcept {
+        return _mm256_andnot_ps(_mm256_cmp_ps(v, limit, _CMP_LT_OQ), other);
     }
     static float Sum(Vec v) noexcept {
         __m128 sum = _mm_add_ps(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1));

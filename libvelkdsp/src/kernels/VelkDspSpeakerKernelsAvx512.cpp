@@ -30,12 +30,13 @@ struct Avx512 {
     static Vec Multiply(Vec a, Vec b) noexcept { return _mm512_mul_ps(a, b); }
     static Vec Divide(Vec a, Vec b) noexcept { return _mm512_div_ps(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) noexcept { return _mm512_fmadd_ps(a, b, c); }
+    static Vec MultiplySubtract(Vec a, Vec b, Vec c) noexcept { return _mm512_fmsub_ps(a, b, c); }
     static Vec Sqrt(Vec v) noexcept { return _mm512_maskz_sqrt_ps(kAll, v); }
     static Vec Round(Vec v) noexcept {
         return _mm512_maskz_roundscale_ps(kAll, v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
     }
-    static Vec IfBelow(Vec v, Vec limit, Vec yes, Vec no) noexcept {
-        return _mm512_mask_mov_ps(no, _mm512_cmp_ps_mask(v, limit, _CMP_LT_OQ), yes);
+    static Vec ZeroBelow(Vec v, Vec limit, Vec other) noexcept {
+        return _mm512_maskz_mov_ps(_mm512_cmp_ps_mask(v, limit, _CMP_NLT_UQ), other);
     }
     static float Sum(Vec v) noexcept {
         alignas(64) float lanes[kLanes];

@@ -5,13 +5,14 @@
 // Only the translation unit of an instruction set includes this; `S` lives in an anonymous
 // namespace there. S offers Vec, kLanes, Load(p), Store(p, v), LoadFirst(p, count), StoreFirst(p,
 // v, count), First(v, count) that is 0 from lane `count` on, Broadcast(value), Add, Subtract,
-// Multiply, Divide(a, b), MultiplyAdd(a, b, c), Sqrt(v), Round(v) to integers, IfBelow(v, limit,
-// yes, no), Sum(v), Split(v, exponent) that gives the mantissa of a positive v in [sqrt(1/2),
-// sqrt(2)), and TimesPowerOfTwo(v, n) with integers n.
+// Multiply, Divide(a, b), MultiplyAdd(a, b, c), MultiplySubtract(a, b, c) for a b - c, Sqrt(v),
+// Round(v) to integers, ZeroBelow(v, limit, other), Sum(v), Split(v, exponent) that gives the
+// mantissa of a v from 0 on in [sqrt(1/2), sqrt(2)), and TimesPowerOfTwo(v, n) with integers n.
 #pragma once
 
 #include "kernels/VelkDspSpeakerKernels.h"
 
+#include <bit>
 #include <cstddef>
 
 namespace tav {
@@ -47,9 +48,12 @@ public:
                              float y,
                              float exponent,
                              float* gains) noexcept {
+        // With the exponent 0 no base is too small.
+        const float least = exponent == 0.f ? 0.f : kCosineResolution;
         const float energy =
-            exponent == 1.f ? FillByAngle(rows, stride, count, x, y, gains, [](Vec v) { return v; })
-                            : FillByAngle(rows, stride, count, x, y, gains, Power{exponent});
+            exponent == 1.f
+                ? FillByAngle(rows, stride, count, x, y, least, gains, [](Vec v) { return v; })
+                : FillByAngle(rows, stride, count, x, y, least, gains, Power{exponent});
         if (energy == 0.f) return false;
         Scale(gains, count, energy);
         return true;
@@ -92,60 +96,68 @@ private:
                              int count,
                              float x,
                              float y,
+                             float least,
                              float* gains,
                              PowerOf power) noexcept {
-        const Vec half = S::Broadcast(0.5f);
-        const Vec resolution = S::Broadcast(kCosineResolution);
+        const Vec limit = S::Broadcast(2.f * least);
         return Fill(gains, count, [&](int k, auto keep) {
             const Vec sumX = S::Add(S::Load(rows + k), S::Broadcast(x));
             const Vec sumY = S::Add(S::Load(rows + stride + k), S::Broadcast(y));
-            const Vec base = S::Multiply(half, S::MultiplyAdd(sumX, sumX, S::Multiply(sumY, sumY)));
-            const Vec cardioid = power(S::IfBelow(base, resolution, S::Broadcast(0.f), base));
+            // Twice the base: what that makes of the gains, their scaling undoes.
+            const Vec base = S::MultiplyAdd(sumX, sumX, S::Multiply(sumY, sumY));
+            const Vec cardioid = S::ZeroBelow(base, limit, power(base));
             const Vec gain = keep(S::Multiply(cardioid, S::Load(rows + 2 * stride + k)));
             return Part{gain, S::Multiply(gain, gain)};
         });
     }
 
-    /// v^exponent of 0 and of numbers from kCosineResolution to little above 2.
+    /// v^exponent of numbers from 2 kCosineResolution to little above 4. With the exponent 0 it is
+    /// 1 for 0 too.
     struct Power {
         float exponent;
 
         Vec operator()(Vec v) const noexcept {
-            const Vec zero = S::Broadcast(0.f);
             const Vec one = S::Broadcast(1.f);
-            const Vec least = S::Broadcast(kCosineResolution);
             const Vec factor = S::Broadcast(exponent);
             Vec whole;
-            const Vec mantissa = S::Split(S::IfBelow(v, least, one, v), whole);
+            const Vec mantissa = S::Split(v, whole);
             // log2 m = 2 / ln 2 * artanh(s), s = (m - 1) / (m + 1), |s| < 0.172; the term behind
             // the last one is below 2^-24.
             const Vec s = S::Divide(S::Subtract(mantissa, one), S::Add(mantissa, one));
             const Vec fraction =
                 S::Multiply(s, Polynomial(S::Multiply(s, s),
                                           {2.88539008f, 0.961796694f, 0.577078016f, 0.412198583f}));
-            // The whole part is taken off before the fraction joins, so that it costs no digits.
-            const Vec n = S::Round(S::Multiply(factor, S::Add(whole, fraction)));
+            // The whole part alone gives the power of two: it costs the fraction no digits, and
+            // does not wait for it.
+            const Vec n = S::Round(S::Multiply(factor, whole));
             const Vec rest =
-                S::MultiplyAdd(factor, fraction, S::MultiplyAdd(factor, whole, Negative(n)));
-            // 2^f = sum of (f ln 2)^i / i!, |f| < 0.51
+                S::MultiplyAdd(factor, fraction, S::MultiplySubtract(factor, whole, n));
+            // 2^r, |r| < 1: 1 + r times an interpolation of (2^r - 1) / r at Chebyshev points,
+            // right to 2^-24.
             const Vec power =
-                Polynomial(rest, {1.f, 0.693147181f, 0.240226507f, 0.0555041087f, 0.00961812911f,
-                                  0.00133335581f, 0.000154035304f, 0.0000152527338f});
-            const Vec result = S::TimesPowerOfTwo(power, n);
-            return exponent == 0.f ? one : S::IfBelow(v, least, zero, result);
+                Polynomial(rest, {1.f, 0.693147182f, 0.240226656f, 0.0555041209f, 0.00961696263f,
+                                  0.00133326615f, 0.000156363501f, 0.0000154318259f});
+            return S::TimesPowerOfTwo(power, n);
         }
     };
 
-    static Vec Negative(Vec v) noexcept { return S::Subtract(S::Broadcast(0.f), v); }
-
-    /// Lowest power first.
+    /// Lowest power first. In pairs, pairs of pairs and so on: short chains, for these are what a
+    /// vector waits for.
     template <std::size_t count>
     static Vec Polynomial(Vec v, const float (&coefficients)[count]) noexcept {
-        Vec sum = S::Broadcast(coefficients[count - 1]);
-        for (std::size_t i = count - 1; i-- > 0;) {
-            sum = S::MultiplyAdd(sum, v, S::Broadcast(coefficients[i]));
+        static_assert(std::has_single_bit(count) && count > 1);
+        Vec sums[count / 2];
+        for (std::size_t i = 0; i < count / 2; ++i) {
+            sums[i] = S::MultiplyAdd(v, S::Broadcast(coefficients[2 * i + 1]),
+                                     S::Broadcast(coefficients[2 * i]));
         }
-        return sum;
+        for (std::size_t left = count / 4; left > 0; left /= 2) {
+            v = S::Multiply(v, v);
+            for (std::size_t i = 0; i < left; ++i) {
+                sums[i] = S::MultiplyAdd(v, sums[2 * i + 1], sums[2 * i]);
+            }
+        }
+        return sums[0];
     }
 
     /// To a sum of squares of 1.
