@@ -7,6 +7,7 @@
 #include "ApiObjects.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstring>
 
@@ -166,10 +167,10 @@ void ClipAtom(t_atom& atom, const Clip& clip) {
     const bool above = clip.useMax && value > clip.max;
     if (!below && !above) return;
     const double edge = below ? clip.min : clip.max;
-    if (atom.a_type == A_LONG) {
+    if (atom.a_type == A_LONG && edge == std::trunc(edge)) {
         atom.a_w.w_long = static_cast<t_atom_long>(edge);
     } else {
-        atom.a_w.w_float = edge;
+        atom_setfloat(&atom, edge);
     }
 }
 

@@ -19,6 +19,15 @@ TEST_F(MaxApiTest, DefaultAccessorsConvertIntoTheRecordAndBack) {
     EXPECT_EQ(object_attr_getsym(object_, gensym("name")), gensym("a b"));
 }
 
+TEST_F(MaxApiTest, ClipsWholeNumbersAtLimitsThatAreNone) {
+    object_attr_enforcelocal(object_, gensym("gain"));
+    attr_addfilter_clip(object_attr_get(object_, gensym("gain")), -0.5, 2.5, 1, 1);
+    Send("gain 9");
+    EXPECT_EQ(probe_->gain, 2.5f);
+    Send("gain -9");
+    EXPECT_EQ(probe_->gain, -0.5f);
+}
+
 TEST_F(MaxApiTest, APropertyOfOneObjectLeavesItsClassAlone) {
     object_attr_addattr_parse(object_, "gain", "order", gensym("long"), 0, "9");
     const auto order = [](void* attribute) {
