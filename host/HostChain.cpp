@@ -4,6 +4,7 @@
 #include "kernels/VelkDspDenormalGuard.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Quilo::Host {
 
@@ -43,17 +44,19 @@ void Chain::Announce() {
 }
 
 void Chain::Start() {
-    running_ = true;
+    const bool wasRunning = std::exchange(running_, true);
     chain_.reset();
     PlaceVectors();
     HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), true});
     if (object_.Get()) chain_ = std::make_unique<HostApi::DspChain>(object_.Get(), counts_);
+    if (!wasRunning) HostApi::AnnounceDspState();
 }
 
 void Chain::Stop() {
     if (!running_) return;
     running_ = false;
     HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), false});
+    HostApi::AnnounceDspState();
     chain_.reset();
 }
 

@@ -149,16 +149,23 @@ void DspChain::Perform(double* const* inputs,
 
 void SetAudioSettings(const AudioSettings& settings) {
     Msp& msp = TheMsp();
+    const std::lock_guard lock(msp.mutex);
+    msp.settings = settings;
+}
+
+void AnnounceDspState() {
+    Msp& msp = TheMsp();
     std::vector<Chain> chains;
+    bool isOn = false;
     {
         const std::lock_guard lock(msp.mutex);
-        if (settings.isOn != msp.settings.isOn) chains = msp.chains;
-        msp.settings = settings;
+        chains = msp.chains;
+        isOn = msp.settings.isOn;
     }
     for (const Chain& chain : chains) {
         const method dspstate = object_getmethod(chain.object, gensym("dspstate"));
         if (dspstate == MaxApi::ToMethod(method_false)) continue;
-        MaxApi::FromMethod<void(t_object*, max_long)>(dspstate)(chain.object, settings.isOn);
+        MaxApi::FromMethod<void(t_object*, max_long)>(dspstate)(chain.object, isOn ? 1 : 0);
     }
 }
 

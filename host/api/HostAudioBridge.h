@@ -19,9 +19,10 @@ struct AudioSettings {
     int vectorSize = 64;
     bool isOn = false;
 };
-/// A change of isOn is announced to objects with a live chain through their `dspstate`.
 MAXAUDIO_EXPORT void SetAudioSettings(const AudioSettings& settings);
 MAXAUDIO_EXPORT AudioSettings GetAudioSettings();
+/// Sends `dspstate` to the objects with a live chain that have it.  Thread: main.
+MAXAUDIO_EXPORT void AnnounceDspState();
 
 /// The chain of one signal object: sends `dsp64` when made, runs the perform routine that was
 /// added.

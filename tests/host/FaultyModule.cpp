@@ -38,6 +38,10 @@ void Dsp64(Faulty* x, t_object* chain, short*, double, max_long, max_long) {
     dsp_add64(chain, &x->ob.z_ob, reinterpret_cast<t_perfroutine64>(Perform), 0, nullptr);
 }
 
+void DspState(Faulty* x, max_long on) {
+    if (Is(x, "telling")) object_post(&x->ob.z_ob, "dspstate %d", static_cast<int>(on));
+}
+
 void Touch(Faulty* x) {
     char* const block = sysmem_newptr(16);
     if (!block) return;
@@ -108,6 +112,7 @@ extern "C" MAX_EXPORTED void ext_main(void*) {
     t_class* const type = class_new("faulty~", MaxApi::ToMethod(New), MaxApi::ToMethod(Free),
                                     static_cast<max_long>(sizeof(Faulty)), nullptr, A_GIMME, 0);
     class_addmethod(type, MaxApi::ToMethod(Dsp64), "dsp64", A_CANT, 0);
+    class_addmethod(type, MaxApi::ToMethod(DspState), "dspstate", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(Assist), "assist", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(GetValueOf), "getvalueof", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(SetValueOf), "setvalueof", A_CANT, 0);

@@ -76,4 +76,13 @@ TEST(FreedInTheChain, IsReported) {
     EXPECT_EQ(run.console, std::vector<std::string>{"bug: freed without z_dsp_free"});
 }
 
+TEST(DspState, IsToldWhenAudioStartsAndStops) {
+    const TemporaryFolder folder;
+    const HostRun run = RunHost(folder, {"--module", QUILO_FAULTY_MODULE, "-"},
+                                "object faulty~ telling\nat 0.1 host vector 32\n"
+                                "at 0.2 host dsp 0\nat 0.3 host dsp 1\nat 0.4 host free\n");
+    EXPECT_EQ(run.console, (std::vector<std::string>{"post: dspstate 1", "post: dspstate 0",
+                                                     "post: dspstate 1"}));
+}
+
 }  // namespace
