@@ -47,6 +47,7 @@ GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& ker
       constantInputs_(std::size_t{numTiles_} * numInputs),
       rampedInputs_(constantInputs_.size()),
       panelInputs_(numInputs),
+      listEnds_(numOutputs),
       rowGains_(heard_.size()),
       rowSteps_(heard_.size()),
       rowAudible_(numGroups_),
@@ -134,32 +135,39 @@ bool GainMixer::SetConnected(unsigned output, bool connected) noexcept TAV_NONBL
     return true;
 }
 
-void GainMixer::RebuildLists() noexcept TAV_NONBLOCKING {
-    listsStale_ = false;
-    anyRampedList_ = false;
-    std::ranges::fill(listCounts_, Counts{});
+/// Calls body(input, output, whether the gain moves) for each pair that lists mix.
+template <class Body>
+void GainMixer::ForEachListed(Body body) const noexcept TAV_NONBLOCKING {
     for (unsigned input = 0; input < numInputs_; ++input) {
         if (active_[input] == 0) continue;
         for (unsigned group = 0; group < numGroups_; ++group) {
-            Mask listed = listed_[std::size_t{input} * numGroups_ + group];
-            for (; listed != 0; listed &= listed - 1) {
-                AddPair(input, group * kGroup + static_cast<unsigned>(std::countr_zero(listed)));
+            const std::size_t at = std::size_t{input} * numGroups_ + group;
+            for (Mask listed = listed_[at]; listed != 0; listed &= listed - 1) {
+                const auto bit = static_cast<unsigned>(std::countr_zero(listed));
+                body(input, group * kGroup + bit, (moving_[at] >> bit & 1) != 0);
             }
         }
     }
 }
 
-void GainMixer::AddPair(unsigned input, unsigned output) noexcept TAV_NONBLOCKING {
-    const std::size_t at = Slot(output / kTile, input) + output % kTile;
-    const MixPair pair{static_cast<int>(input), gains_[at], steps_[at]};
-    MixPair* const first = &pairs_[std::size_t{output} * numInputs_];
-    Counts& counts = listCounts_[output];
-    if (pair.step != 0.f) {
-        first[numInputs_ - static_cast<unsigned>(++counts.ramped)] = pair;
-        anyRampedList_ = true;
-    } else {
-        first[counts.constant++] = pair;
+void GainMixer::RebuildLists() noexcept TAV_NONBLOCKING {
+    listsStale_ = false;
+    anyRampedList_ = false;
+    std::ranges::fill(listCounts_, Counts{});
+    ForEachListed([&](unsigned, unsigned output, bool moves) {
+        ++(moves ? listCounts_[output].ramped : listCounts_[output].constant);
+        anyRampedList_ = anyRampedList_ || moves;
+    });
+    MixPair* next = pairs_.data();
+    for (unsigned o = 0; o < numOutputs_; ++o) {
+        listEnds_[o] = {next, next + listCounts_[o].constant};
+        next = listEnds_[o].ramped + listCounts_[o].ramped;
     }
+    ForEachListed([&](unsigned input, unsigned output, bool moves) {
+        const std::size_t at = Slot(output / kTile, input) + output % kTile;
+        MixPair*& end = moves ? listEnds_[output].ramped : listEnds_[output].constant;
+        *end++ = {static_cast<int>(input), gains_[at], steps_[at]};
+    });
 }
 
 void GainMixer::RebuildPanels() noexcept TAV_NONBLOCKING {
@@ -229,18 +237,18 @@ void GainMixer::MixLists(float* const* outputs,
                          const float* const* inputs,
                          int offset,
                          int frames) noexcept TAV_NONBLOCKING {
+    const MixPair* pairs = pairs_.data();
     for (unsigned o = 0; o < numOutputs_; ++o) {
         const Counts counts = listCounts_[o];
-        if (counts.constant + counts.ramped == 0) continue;
-        const MixPair* const first = &pairs_[std::size_t{o} * numInputs_];
         if (counts.constant > 0) {
-            kernels_.mixConstantList(outputs[o] + offset, inputs, offset, first, counts.constant,
+            kernels_.mixConstantList(outputs[o] + offset, inputs, offset, pairs, counts.constant,
                                      frames);
+            pairs += counts.constant;
         }
         if (counts.ramped > 0) {
-            kernels_.mixRampedList(outputs[o] + offset, inputs, offset,
-                                   first + (static_cast<int>(numInputs_) - counts.ramped),
-                                   counts.ramped, weights_.data(), frames);
+            kernels_.mixRampedList(outputs[o] + offset, inputs, offset, pairs, counts.ramped,
+                                   weights_.data(), frames);
+            pairs += counts.ramped;
         }
     }
 }

@@ -64,6 +64,10 @@ private:
         int constant = 0;
         int ramped = 0;
     };
+    struct Ends {
+        MixPair* constant = nullptr;
+        MixPair* ramped = nullptr;
+    };
     using Mask = std::uint64_t;              // a bit per output of a group
     static constexpr int kMostFrames = 512;  // mixed at once
 
@@ -71,7 +75,8 @@ private:
     void TakeGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING;
     void RouteGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKING;
     void RebuildLists() noexcept TAV_NONBLOCKING;
-    void AddPair(unsigned input, unsigned output) noexcept TAV_NONBLOCKING;
+    template <class Body>
+    void ForEachListed(Body body) const noexcept TAV_NONBLOCKING;
     void RebuildPanels() noexcept TAV_NONBLOCKING;
     bool AddToPanels(unsigned input) noexcept TAV_NONBLOCKING;
     void FillWeights(const RampPiece& piece, int first, int count) noexcept TAV_NONBLOCKING;
@@ -114,8 +119,8 @@ private:
     bool anyRampedList_ = false;
     bool anyRampedPanel_ = false;
     std::vector<Counts> listCounts_;   // per output
-    std::vector<MixPair> pairs_;       // numInputs per output: resting ones from the front, moving
-                                       // ones from the back
+    std::vector<MixPair> pairs_;       // output by output without gaps, as they are read: first the
+                                       // resting ones, then the moving ones
     std::vector<Counts> panelCounts_;  // per tile
     std::vector<int> constantInputs_;  // numInputs per tile
     std::vector<int> rampedInputs_;
@@ -123,6 +128,7 @@ private:
     int numPanelInputs_ = 0;
 
     // Scratch
+    std::vector<Ends> listEnds_;  // per output, while the lists are rebuilt
     std::vector<float> rowGains_;
     std::vector<float> rowSteps_;
     std::vector<Mask> rowAudible_;
