@@ -4,6 +4,8 @@
 #include "math/VelkDspKeywords.h"
 #include "max/VelkMaxRestoring.h"
 #include "pan/QuiloDbapPanning.h"
+#include "pan/QuiloHOAPanning.h"
+#include "pan/QuiloHoaDiffusePanning.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloRecursivePanning.h"
@@ -22,6 +24,11 @@ Panner* EngineAs(const PanObject& object) {
     return dynamic_cast<Panner*>(object.Engine());
 }
 
+template <class... Panners>
+bool IsA(const PanObject& object) {
+    return (... || (EngineAs<Panners>(object) != nullptr));
+}
+
 bool Is(const Pan& engine, std::initializer_list<Pan::Type> types) {
     return std::ranges::find(types, engine.GetType()) != types.end();
 }
@@ -37,17 +44,23 @@ Value Answer(const PanObject& object, Value (Panner::*get)() const, Value otherw
     return panner != nullptr ? (panner->*get)() : otherwise;
 }
 
-/// The panner behind an attribute. Null where another one stands in for that type: then `refusal`
-/// says so to whoever sets it, but not to a state that brings back what such an object answers.
-template <class Panner, class Refusal>
-Panner* PannerElse(const PanObject& object, const Refusal& refusal) {
+/// Says so to whoever sets what the engine has not, but not to a state that brings back what such
+/// an object answers.
+template <class... Refusal>
+void Refuse(const PanObject& object, const Refusal&... refusal) {
+    if (!VelkMax::RestoringState::IsActive()) Error(object, refusal...);
+}
+
+/// The panner behind an attribute. Null, and refused, where another one stands in for that type.
+template <class Panner, class... Refusal>
+Panner* PannerElse(const PanObject& object, const Refusal&... refusal) {
     auto* const panner = EngineAs<Panner>(object);
-    if (panner == nullptr && !VelkMax::RestoringState::IsActive()) refusal();
+    if (panner == nullptr) Refuse(object, refusal...);
     return panner;
 }
 template <class Panner>
 Panner* PannerOf(const PanObject& object, const char* handler) {
-    return PannerElse<Panner>(object, [&] { Error(object, kNoPanner, handler); });
+    return PannerElse<Panner>(object, kNoPanner, handler);
 }
 
 /// The code of a word, by what the table accepts. A state that is restored brings printed words.
@@ -85,9 +98,10 @@ t_symbol* SpreadMode(const PanObject& object) {
 }
 
 void SetSpreadMode(PanObject& object, t_symbol* mode) {
-    if (!IsEngine(object, IsDbap)) return Error(object, kOnlyDbap);
+    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
+    if (dbap == nullptr) return;
     const auto code = ReadKeyword(object, PanSpreadingModeKeywords(), mode, kInvalidSpreadMode);
-    if (code) object.Engine()->SetSpreadingMode(*code);
+    if (code) dbap->SetSpreadingMode(*code);
 }
 
 max_long MuteOutside(const PanObject& object) {
@@ -95,7 +109,7 @@ max_long MuteOutside(const PanObject& object) {
 }
 
 void SetMuteOutside(PanObject& object, max_long on) {
-    auto* const dbap = PannerElse<DbapPanning>(object, [&] { Error(object, kOnlyDbap); });
+    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
     if (dbap != nullptr) dbap->SetMuteOutside(on != 0);
 }
 
@@ -111,19 +125,20 @@ std::span<const float> SpreadXyz(const PanObject& object) {
 }
 
 void SetSpreadXyz(PanObject& object, const std::vector<float>& values) {
-    if (!IsEngine(object, IsDbap)) return Error(object, kOnlyDbap);
+    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
+    if (dbap == nullptr) return;
     const std::span<const float> before = SpreadXyz(object);
     std::vector<float> all(before.begin(), before.end());
     std::copy_n(values.begin(), std::min(values.size(), all.size()), all.begin());
     for (unsigned index = 0; index < all.size() / 3; ++index) {
-        object.Engine()->SetSpreadByDirection(index,
-                                              std::span(all).subspan(std::size_t{3} * index, 3));
+        dbap->SetSpreadByDirection(index, std::span(all).subspan(std::size_t{3} * index, 3));
     }
 }
 
 bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz) {
-    if (!IsEngine(object, IsDbap)) return false;
-    object.Engine()->SetSpreadByDirection(index, xyz);
+    auto* const dbap = EngineAs<DbapPanning>(object);
+    if (dbap == nullptr) return false;
+    dbap->SetSpreadByDirection(index, xyz);
     object.TheDoor().Changed(PanAttributeNames::Get().spreadXyz);
     return true;
 }
@@ -139,7 +154,9 @@ t_symbol* Encoding(const PanObject& object) {
 }
 
 void SetEncoding(PanObject& object, t_symbol* encoding) {
-    if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "encoding");
+    if (!IsA<HOAPanning, NFCHOAPanning, HoaDiffusePanning>(object)) {
+        return Refuse(object, kOnlyHoa, "encoding");
+    }
     const auto code = ReadKeyword(object, tav::NormalizationKeywords(), encoding, kInvalidEncoding);
     if (!code) return;
     object.Engine()->SetNormalization(*code);
@@ -156,7 +173,7 @@ t_symbol* HoaMode(const PanObject& object) {
 }
 
 void SetHoaMode(PanObject& object, t_symbol* mode) {
-    if (!IsEngine(object, IsHoa)) return Error(object, kOnlyHoa, "hoamode");
+    if (!IsA<HOAPanning, NFCHOAPanning>(object)) return Refuse(object, kOnlyHoa, "hoamode");
     const auto code = ReadKeyword(object, tav::HoaModeKeywords(), mode, kInvalidHoaMode);
     if (code) object.Engine()->SetComputationMode(*code);
 }
