@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace VelkMax {
@@ -42,8 +43,9 @@ max_long Atoms::Type(std::size_t index) const noexcept {
 }
 
 bool Atoms::AreNumbers(std::size_t count) const noexcept {
+    constexpr double kLargest = std::numeric_limits<float>::max();
     std::size_t index = 0;
-    while (IsNumber(index)) ++index;
+    while (IsNumber(index) && std::fabs(Float(index)) <= kLargest) ++index;
     return index == count && Size() == count;
 }
 

@@ -33,7 +33,7 @@ public:
         return IsLong(index) || Type(index) == A_FLOAT;
     }
 
-    /// Whether the list is exactly `count` numbers.
+    /// Whether the list is exactly `count` numbers, all finite in single precision.
     bool AreNumbers(std::size_t count) const noexcept;
 
     /// As the API coerces: floats are truncated, a symbol counts when it reads as a number.
