@@ -4,12 +4,14 @@
 
 #include "laws/QuiloDefaultLayouts.h"
 #include "reference/PlainTriangulation.h"
+#include "reference/RandomPoints.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
 #include <cstdio>
 #include <libqhull_r/libqhull_r.h>
+#include <random>
 #include <vector>
 
 namespace {
@@ -26,8 +28,7 @@ void CountTriplets(benchmark::State& state, std::size_t numTriplets) {
     state.counters["triplets"] = static_cast<double>(numTriplets);
 }
 
-void Triangulate(benchmark::State& state) {
-    const tav::CartesianArray speakers = Speakers(state);
+void Run(benchmark::State& state, const tav::CartesianArray& speakers) {
     std::size_t numTriplets = 0;
     for (auto _ : state) {
         const auto triplets = Quilo::Triangulate(speakers);
@@ -35,6 +36,29 @@ void Triangulate(benchmark::State& state) {
         benchmark::DoNotOptimize(triplets.Data());
     }
     CountTriplets(state, numTriplets);
+}
+
+void Triangulate(benchmark::State& state) { Run(state, Speakers(state)); }
+
+/// All loudspeakers within two degrees of each other: hardly an arc goes.
+void TriangulateCluster(benchmark::State& state) {
+    std::mt19937 generator(1);
+    auto speakers = Tests::RandomLayout(generator, Speakers(state).Size(), 0.0175f);
+    for (auto& speaker : speakers) speaker = {speaker.x, 1.f, speaker.z + 0.3f};
+    Run(state, speakers);
+}
+
+/// A straight row of loudspeakers, and three behind: nearly all arcs in one plane.
+void TriangulateLine(benchmark::State& state) {
+    auto speakers = Speakers(state);
+    for (std::size_t i = 3; i < speakers.Size(); ++i) {
+        const float along = static_cast<float>(i) / static_cast<float>(speakers.Size());
+        speakers[i] = {6.f * along - 3.f, 2.f, 0.5f};
+    }
+    speakers[0] = {0.f, 0.f, 2.f};
+    speakers[1] = {-2.f, -2.f, 0.4f};
+    speakers[2] = {2.f, -2.f, 0.4f};
+    Run(state, speakers);
 }
 
 void TriangulatePlain(benchmark::State& state) {
@@ -70,6 +94,8 @@ void QhullHull(benchmark::State& state) {
 }
 
 BENCHMARK(Triangulate)->ArgName("speakers")->Arg(64)->Arg(250)->Unit(benchmark::kMillisecond);
+BENCHMARK(TriangulateCluster)->ArgName("speakers")->Arg(250)->Unit(benchmark::kMillisecond);
+BENCHMARK(TriangulateLine)->ArgName("speakers")->Arg(250)->Unit(benchmark::kMillisecond);
 BENCHMARK(TriangulatePlain)->ArgName("speakers")->Arg(64)->Unit(benchmark::kMillisecond);
 BENCHMARK(QhullHull)->ArgName("speakers")->Arg(64)->Arg(250)->Unit(benchmark::kMillisecond);
 

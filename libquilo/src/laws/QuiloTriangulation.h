@@ -40,8 +40,8 @@ std::array<float, 9> InverseOfColumns(const tav::CartesianVector& a,
 /// Positions keep their distances; loudspeakers may coincide or lie at the listener. Fewer than
 /// three loudspeakers, or more than kMostSpeakers, have no triplets.
 /// Thread: control, never audio.  Throws: std::bad_alloc.  Cost: O(n^3) small steps to rate the
-/// triples, and what the arcs take: under a millisecond at 64, some 15 at 250, more where
-/// many loudspeakers stand within a degree of each other.
+/// triples, and what the arcs take: under a millisecond at 64, some 20 at 250, up to two
+/// seconds where they all stand within a few degrees or in one row.
 tav::Vector<Triplet> Triangulate(const tav::CartesianArray& speakers);
 
 }  // namespace Quilo

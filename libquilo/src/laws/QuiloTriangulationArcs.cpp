@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 
 namespace Quilo {
 
@@ -81,210 +80,251 @@ bool ArcsCross(std::span<const Ray> speakers, const Arc& a, const Arc& b) noexce
 
 namespace {
 
-// Two arcs cross where the ends of each lie on different sides of the other's plane, in the same
-// sense. With unit normals n, m of the planes and unit ends p, q of the first and r, s of the
-// second, the four numbers m.p, -m.q, n.s, -n.r all have the same sign. Divided by |n x m| they
-// are the sines of the angles between the ends and the axis on which the planes meet. This answers
-// what ArcsCross would as long as no number is near a limit:
-//   * two numbers of opposite sign, both beyond kSure: the arcs do not cross. The rounding of a
-//     normal is at most 2e-7 / sin(0.02) = 1e-5, so both signs are right and the axis is at least
-//     kSure off one of the ends, outwards. There the angles add up to too much, or, nearer than
-//     0.01, the end undoes the crossing.
-//   * |n x m| >= kOpen, so that the sines are right to 1e-5 / kOpen = 5e-4: with all four sines of
-//     one sign and beyond kFar the arcs cross; one within kNear undoes the crossing.
-// Everything else, and each arc that is nearly 0 or a half circle or has ends of extreme distance
-// ("delicate"), is left to ArcsCross.
-constexpr float kSure = 1e-3f;
+// The planes of two arcs meet on an axis, and the arcs cross where it pierces both. Most arcs
+// surely do not; they are sorted out many at a time, and ArcsCross is asked about the others alone:
+//   * An arc below kLeastArc crosses nothing: a point more than 0.01 off both its ends is on a way
+//     that is more than 0.01 longer.
+//   * With unit normals n, m of the planes and unit ends p, q of the first arc and r, s of the
+//     second, m.p, -m.q, n.s, -n.r over |n x m| are the sines of the angles between the ends and
+//     the axis, of one sign where it pierces both. The rounding of a normal is at most
+//     2e-7 / sin(kLeastArc) = 2e-5, so with |n x m| >= kOpen they are right to 1e-3: one within
+//     kNear undoes the crossing, and two beyond it, of opposite sign, are too far outwards.
+//   * Else, and with every axis: where an arc lets a way be 0.01 longer, half of that way leads
+//     from its middle to the furthest point. An axis kReach beyond half an arc misses it.
+//   * Two planes whose axis vanishes in rounding are measured by azimuths, each arc for itself.
+// Each arc that is nearly a half circle or has ends of extreme distance is left to ArcsCross.
 constexpr float kOpen = 0.02f;
 constexpr float kNear = 0.008f;
-constexpr float kFar = 0.012f;
-constexpr float kLeastArc = 0.02f;
+constexpr float kReach = 0.008f;
+constexpr float kLeastSquare = 1e-30f;  // a sum of squares below has lost its digits
+constexpr float kLeastArc = 0.0099f;
 constexpr float kLargestArc = 3.1215927f;  // pi - 0.02
 constexpr float kLeastLength = 1e-7f;
 constexpr float kLargestLength = 1e9f;
 
-struct Layout {
-    std::span<const Ray> speakers;
-    std::vector<CartesianVector> directions;  // of the loudspeakers, unit length
+/// A loudspeaker as the end of many arcs.
+struct End {
+    CartesianVector direction;  // unit length
+    float azimuth = 0;          // what AngleBetween makes of its angle to no direction
+    bool isExtreme = false;
 };
 
-/// An arc and what its comparison with others needs.
-struct Head {
-    Arc arc;
-    CartesianVector normal;      // 0 when the arc is delicate
-    std::vector<float> heights;  // of all loudspeakers over its plane
-};
-
-bool IsDelicate(const Layout& layout, const Arc& arc) noexcept {
-    const auto isExtreme = [](const Ray& end) {
-        return !(end.length >= kLeastLength && end.length <= kLargestLength);
-    };
-    return !(arc.angle >= kLeastArc && arc.angle <= kLargestArc) ||
-           isExtreme(layout.speakers[arc.from]) || isExtreme(layout.speakers[arc.to]);
+std::vector<End> MakeEnds(std::span<const Ray> speakers) {
+    std::vector<End> ends;
+    for (const Ray& speaker : speakers) {
+        const bool isFine = speaker.length >= kLeastLength && speaker.length <= kLargestLength;
+        ends.push_back({Unit(speaker.v), AngleBetween(speaker, Ray{}), !isFine});
+    }
+    return ends;
 }
 
-/// The arcs of one kind that are still there, in order, as arrays: one arc meets all of them
+/// An arc, and what its comparison with others needs.
+struct Head {
+    Arc arc;
+    bool passesWithoutAxis = false;  // what ArcsCross asks of it where the planes have no axis
+    CartesianVector normal;          // 0: left to ArcsCross
+    CartesianVector from;            // the ends, unit length
+    CartesianVector to;
+    float reach = 0;  // square of the least part of an axis along from + to
+};
+
+Head MakeHead(std::span<const End> ends, const Arc& arc) noexcept {
+    const End& from = ends[arc.from];
+    const End& to = ends[arc.to];
+    const bool passes = from.azimuth > kTolerance && to.azimuth > kTolerance &&
+                        LiesOn(arc.angle, from.azimuth, to.azimuth);
+    Head head{arc, passes, {}, from.direction, to.direction, 0};
+    if (from.isExtreme || to.isExtreme || !(arc.angle <= kLargestArc)) return head;
+    const float half = 0.5f * arc.angle;
+    const float reach = 2.f * std::cos(half) * std::cos(half + kReach);
+    head.normal = arc.normal;
+    head.reach = reach * reach;
+    return head;
+}
+
+/// The arcs of one kind that are still there, by rank, as arrays: one arc meets all of them
 /// quickly.
 class ArcField {
 public:
-    explicit ArcField(const Layout& layout) : layout_(layout) {}
+    /// @param heads  of all kinds; the place of one is its rank
+    explicit ArcField(std::span<const Head> heads) : heads_(heads) {}
 
-    /// @param rank  place among the arcs of all kinds
-    void Add(const Arc& arc, std::size_t rank);
+    void Add(std::size_t rank);
 
     /// Beyond all ranks when every arc has had its turn.
     std::size_t NextRank() const noexcept {
-        return next_ < arcs_.size() ? ranks_[next_] : std::numeric_limits<std::size_t>::max();
+        return next_ < ranks_.size() ? ranks_[next_] : heads_.size();
     }
     /// The next arc's turn has come.
-    void TakeNext(Head& head);
+    void TakeNext() noexcept { ++next_; }
     /// Removes the arcs that the head crosses, of those whose turn has not come.
-    void RemoveCrossedBy(const Head& head);
-    /// Removes the arcs for which `isGone`, of those whose turn has not come.
-    template <class Predicate>
-    void RemoveIf(Predicate isGone);
+    void RemoveCrossedBy(const Head& head, std::span<const Ray> speakers);
+    /// The same for a field and a head that have one plane.
+    void RemoveLevelWith(const Head& head);
 
-    std::span<const Arc> Arcs() const noexcept { return arcs_; }
+    std::span<const std::size_t> Ranks() const noexcept { return ranks_; }
 
 private:
+    /// Positions in three arrays.
+    struct Columns {
+        std::vector<float> x;
+        std::vector<float> y;
+        std::vector<float> z;
+
+        void Add(const CartesianVector& v) {
+            x.push_back(v.x);
+            y.push_back(v.y);
+            z.push_back(v.z);
+        }
+        void Move(std::size_t to, std::size_t from) noexcept {
+            x[to] = x[from];
+            y[to] = y[from];
+            z[to] = z[from];
+        }
+    };
+
     void FindSuspects(const Head& head) noexcept;
-    bool Crosses(const Head& head, std::size_t other) const noexcept;
+    template <class Predicate>
+    void RemoveIf(Predicate isGone);
     void Move(std::size_t to, std::size_t from) noexcept;
 
-    const Layout& layout_;
-    std::vector<Arc> arcs_;
+    std::span<const Head> heads_;
     std::vector<std::size_t> ranks_;
     std::size_t next_ = 0;
-    // Per arc: its normal, 0 where it is delicate, so that it stays suspect.
-    std::vector<float> x_;
-    std::vector<float> y_;
-    std::vector<float> z_;
+    // out of the heads
+    Columns normals_;
+    Columns froms_;
+    Columns tos_;
+    std::vector<float> reaches_;
     std::vector<std::int32_t> suspect_;
 };
 
-void ArcField::Add(const Arc& arc, std::size_t rank) {
-    const CartesianVector normal = IsDelicate(layout_, arc) ? CartesianVector{} : arc.normal;
-    arcs_.push_back(arc);
+void ArcField::Add(std::size_t rank) {
+    const Head& head = heads_[rank];
     ranks_.push_back(rank);
-    x_.push_back(normal.x);
-    y_.push_back(normal.y);
-    z_.push_back(normal.z);
+    normals_.Add(head.normal);
+    froms_.Add(head.from);
+    tos_.Add(head.to);
+    reaches_.push_back(head.reach);
     suspect_.push_back(0);
 }
 
-void ArcField::TakeNext(Head& head) {
-    head.arc = arcs_[next_];
-    head.normal = {x_[next_], y_[next_], z_[next_]};
-    head.heights.resize(layout_.directions.size());
-    for (std::size_t s = 0; s < head.heights.size(); ++s) {
-        head.heights[s] = Dot(head.normal, layout_.directions[s]);
-    }
-    ++next_;
-}
-
-/// Marks the arcs for which the ends of the head are not surely on one side of their planes.
+/// Marks the arcs that the head may cross.
 void ArcField::FindSuspects(const Head& head) noexcept {
-    const CartesianVector p = layout_.directions[head.arc.from];
-    const CartesianVector q = layout_.directions[head.arc.to];
-    const float* const x = x_.data();
-    const float* const y = y_.data();
-    const float* const z = z_.data();
+    const CartesianVector n = head.normal;
+    const CartesianVector p = head.from;
+    const CartesianVector q = head.to;
+    const float headReach = head.reach;
+    const float* const mx = normals_.x.data();
+    const float* const my = normals_.y.data();
+    const float* const mz = normals_.z.data();
+    const float* const rx = froms_.x.data();
+    const float* const ry = froms_.y.data();
+    const float* const rz = froms_.z.data();
+    const float* const sx = tos_.x.data();
+    const float* const sy = tos_.y.data();
+    const float* const sz = tos_.z.data();
+    const float* const reach = reaches_.data();
     std::int32_t* const suspect = suspect_.data();
-    const std::size_t count = arcs_.size();
-    for (std::size_t other = next_; other < count; ++other) {
-        const float a = x[other] * p.x + y[other] * p.y + z[other] * p.z;
-        const float b = x[other] * q.x + y[other] * q.y + z[other] * q.z;
-        const bool above = std::min(a, b) > kSure;
-        const bool below = std::max(a, b) < -kSure;
-        suspect[other] = static_cast<std::int32_t>(!(above | below));
+    const std::size_t count = ranks_.size();
+    for (std::size_t k = next_; k < count; ++k) {
+        const float x = n.y * mz[k] - n.z * my[k];
+        const float y = n.z * mx[k] - n.x * mz[k];
+        const float z = n.x * my[k] - n.y * mx[k];
+        const float square = x * x + y * y + z * z;
+
+        const float mp = mx[k] * p.x + my[k] * p.y + mz[k] * p.z;
+        const float mq = -(mx[k] * q.x + my[k] * q.y + mz[k] * q.z);
+        const float ns = n.x * sx[k] + n.y * sy[k] + n.z * sz[k];
+        const float nr = -(n.x * rx[k] + n.y * ry[k] + n.z * rz[k]);
+        const float least = std::min(std::min(mp, mq), std::min(ns, nr));
+        const float most = std::max(std::max(mp, mq), std::max(ns, nr));
+        const float tooNear = kNear * kNear * square;
+        const bool between = ((least > 0.f) & (least * least >= tooNear)) |
+                             ((most < 0.f) & (most * most >= tooNear));
+
+        const float a = x * (p.x + q.x) + y * (p.y + q.y) + z * (p.z + q.z);
+        const float b = x * (rx[k] + sx[k]) + y * (ry[k] + sy[k]) + z * (rz[k] + sz[k]);
+        const bool pierces =
+            (a * b >= 0.f) & (a * a >= square * headReach) & (b * b >= square * reach[k]);
+        const bool isOpen = square >= kOpen * kOpen;
+        const bool isLost = !(square >= kLeastSquare);
+        suspect[k] = static_cast<std::int32_t>(isLost | (pierces & (between | !isOpen)));
     }
 }
 
-bool ArcField::Crosses(const Head& head, std::size_t other) const noexcept {
-    const Arc& a = head.arc;
-    const Arc& b = arcs_[other];
-    const CartesianVector m{x_[other], y_[other], z_[other]};
-    const std::array<float, 4> side{Dot(m, layout_.directions[a.from]),
-                                    -Dot(m, layout_.directions[a.to]), head.heights[b.to],
-                                    -head.heights[b.from]};
-    const auto [least, most] = std::ranges::minmax(side);
-    if (least < -kSure && most > kSure) return false;
-    if (ShareASpeaker(a, b)) return false;
-    const CartesianVector axis = Cross(head.normal, m);
-    const float opening = std::sqrt(Dot(axis, axis));
-    if (opening >= kOpen) {  // neither is delicate
-        if (least > kFar * opening || most < -kFar * opening) return true;
-        for (const float s : side) {
-            if (std::fabs(s) < kNear * opening) return false;
-        }
-    }
-    return ArcsCross(layout_.speakers, a, b);
+bool Crosses(std::span<const Ray> speakers, const Head& a, const Head& b) noexcept {
+    if (ShareASpeaker(a.arc, b.arc)) return false;
+    const CartesianVector axis = Cross(a.arc.normal, b.arc.normal);
+    if (Dot(axis, axis) == 0.f) return a.passesWithoutAxis && b.passesWithoutAxis;
+    return ArcsCross(speakers, a.arc, b.arc);
 }
 
 void ArcField::Move(std::size_t to, std::size_t from) noexcept {
     if (to == from) return;
-    arcs_[to] = arcs_[from];
     ranks_[to] = ranks_[from];
-    x_[to] = x_[from];
-    y_[to] = y_[from];
-    z_[to] = z_[from];
+    for (Columns* columns : {&normals_, &froms_, &tos_}) columns->Move(to, from);
+    reaches_[to] = reaches_[from];
 }
 
 template <class Predicate>
 void ArcField::RemoveIf(Predicate isGone) {
     std::size_t kept = next_;
-    for (std::size_t other = next_; other < arcs_.size(); ++other) {
+    for (std::size_t other = next_; other < ranks_.size(); ++other) {
         if (!isGone(other)) Move(kept++, other);
     }
-    arcs_.resize(kept);
+    ranks_.resize(kept);
 }
 
-void ArcField::RemoveCrossedBy(const Head& head) {
+void ArcField::RemoveCrossedBy(const Head& head, std::span<const Ray> speakers) {
     FindSuspects(head);
-    RemoveIf([&](std::size_t other) { return suspect_[other] != 0 && Crosses(head, other); });
+    RemoveIf([&](std::size_t other) {
+        return suspect_[other] != 0 && Crosses(speakers, head, heads_[ranks_[other]]);
+    });
 }
 
-/// Arcs between loudspeakers at exactly the listener's height: their normals are parallel.
+void ArcField::RemoveLevelWith(const Head& head) {
+    if (!head.passesWithoutAxis) return;
+    RemoveIf([&](std::size_t other) {
+        const Head& met = heads_[ranks_[other]];
+        return met.passesWithoutAxis && !ShareASpeaker(head.arc, met.arc);
+    });
+}
+
+/// Arcs between loudspeakers at exactly the listener's height: their planes are equal. A ring there
+/// has as many arcs as pairs, none of which removes the others in any other way.
 bool IsLevel(const Arc& arc) noexcept { return arc.normal.x == 0.f && arc.normal.y == 0.f; }
-
-/// What ArcsCross asks of each of two arcs whose normals are exactly parallel: they have no axis,
-/// and the angles to it are azimuths. A ring at the listener's height has as many arcs as pairs,
-/// none of which removes the others in any other way.
-bool PassesWithoutAxis(std::span<const Ray> speakers, const Arc& arc) noexcept {
-    const float from = AngleBetween(speakers[arc.from], Ray{});
-    const float to = AngleBetween(speakers[arc.to], Ray{});
-    return from > kTolerance && to > kTolerance && LiesOn(arc.angle, from, to);
-}
 
 }  // namespace
 
 void RemoveCrossedArcs(std::span<const Ray> speakers, std::vector<Arc>& arcs) {
     // Crossing is mutual, to the last bit: an arc that a shorter one left alone leaves it alone
     // too, so each arc needs to meet only those after it.
-    Layout layout{speakers, {}};
-    for (const Ray& speaker : speakers) layout.directions.push_back(Unit(speaker.v));
-    ArcField level(layout);
-    ArcField others(layout);
-    for (std::size_t rank = 0; rank < arcs.size(); ++rank) {
-        (IsLevel(arcs[rank]) ? level : others).Add(arcs[rank], rank);
+    const std::vector<End> ends = MakeEnds(speakers);
+    std::vector<Head> heads;
+    heads.reserve(arcs.size());
+    for (const Arc& arc : arcs) heads.push_back(MakeHead(ends, arc));
+    std::erase_if(arcs, [](const Arc& arc) { return arc.angle >= kLeastArc; });
+    ArcField level(heads);
+    ArcField others(heads);
+    for (std::size_t rank = arcs.size(); rank < heads.size(); ++rank) {
+        (IsLevel(heads[rank].arc) ? level : others).Add(rank);
     }
-    const auto passes = [&](const Arc& arc) { return PassesWithoutAxis(speakers, arc); };
-    Head head;
-    while (std::min(level.NextRank(), others.NextRank()) < arcs.size()) {
+    while (std::min(level.NextRank(), others.NextRank()) < heads.size()) {
         const bool isLevel = level.NextRank() < others.NextRank();
-        (isLevel ? level : others).TakeNext(head);
-        others.RemoveCrossedBy(head);
-        if (!isLevel) {
-            level.RemoveCrossedBy(head);
-        } else if (passes(head.arc)) {
-            level.RemoveIf([&](std::size_t other) {
-                const Arc& arc = level.Arcs()[other];
-                return !ShareASpeaker(head.arc, arc) && passes(arc);
-            });
+        ArcField& own = isLevel ? level : others;
+        const Head& head = heads[own.NextRank()];
+        own.TakeNext();
+        others.RemoveCrossedBy(head, speakers);
+        if (isLevel) {
+            level.RemoveLevelWith(head);
+        } else {
+            level.RemoveCrossedBy(head, speakers);
         }
     }
-    arcs.assign(level.Arcs().begin(), level.Arcs().end());
-    arcs.insert(arcs.end(), others.Arcs().begin(), others.Arcs().end());
+    for (const ArcField* field : {&level, &others}) {
+        for (const std::size_t rank : field->Ranks()) arcs.push_back(heads[rank].arc);
+    }
 }
 
 }  // namespace Quilo

@@ -81,6 +81,31 @@ CartesianArray Clusters(std::size_t count, Generator& generator) {
     return layout;
 }
 
+/// All within a few degrees, in every third layout nearly or exactly in one plane with the
+/// listener.
+CartesianArray OneCluster(std::size_t count, Generator& generator) {
+    const float width = std::pow(10.f, -1.2f + 1.2f * Uniform(generator));
+    const float flatness =
+        generator() % 3 == 0 ? std::pow(10.f, -4.f + 4.f * Uniform(generator)) : 1;
+    CartesianArray layout(count);
+    for (CartesianVector& v : layout) {
+        const float across = width * Uniform(generator);
+        v = {across - 0.4f, 1.f + 0.3f * across, 0.5f + width * flatness * Uniform(generator)};
+    }
+    return layout;
+}
+
+/// Straight rows in front, which have one plane with the listener but for rounding, and others.
+CartesianArray Lines(std::size_t count, Generator& generator) {
+    CartesianArray layout = InCube(count, generator);
+    const float slope = generator() % 2 == 0 ? 0.f : Uniform(generator);
+    for (std::size_t i = 3; i < count; ++i) {
+        const float along = 6.f * static_cast<float>(i) / static_cast<float>(count) - 3.f;
+        layout[i] = {along, 2.f + slope * along, 0.5f + 0.3f * slope * along};
+    }
+    return layout;
+}
+
 /// Distances from where squares underflow to where they overflow.
 CartesianArray ExtremeDistances(std::size_t count, Generator& generator) {
     CartesianArray layout = InCube(count, generator);
@@ -98,7 +123,8 @@ struct Family {
 // clang-format off
 constexpr Family kFamilies[] = {
     {"InCube", InCube}, {"OnSphere", OnSphere}, {"Rings", Rings}, {"OnGrid", OnGrid},
-    {"Equator", Equator}, {"Clusters", Clusters}, {"ExtremeDistances", ExtremeDistances},
+    {"Equator", Equator}, {"Clusters", Clusters}, {"OneCluster", OneCluster}, {"Lines", Lines},
+    {"ExtremeDistances", ExtremeDistances},
 };
 // clang-format on
 
