@@ -43,7 +43,7 @@ max_long Atoms::Type(std::size_t index) const noexcept {
 }
 
 bool Atoms::AreNumbers(std::size_t count) const noexcept {
-    constexpr double kLargest = std::numeric_limits<float>::max();
+    constexpr auto kLargest = static_cast<double>(std::numeric_limits<float>::max());
     std::size_t index = 0;
     while (IsNumber(index) && std::fabs(Float(index)) <= kLargest) ++index;
     return index == count && Size() == count;
