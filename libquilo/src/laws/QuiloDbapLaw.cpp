@@ -62,9 +62,8 @@ void DbapGains(const SpeakerRows& speakers,
 float HullAttenuation(const tav::ConvexHull2D& hull,
                       const tav::CartesianVector& centroid,
                       const tav::CartesianVector& source) noexcept {
-    const tav::Point2D place{source.x, source.y};
-    if (hull.Contains(place)) return 1.f;
-    const tav::CartesianVector edge = hull.NearestVertex(place).value_or(source);
+    if (hull.Contains({source.x, source.y})) return 1.f;
+    const tav::CartesianVector edge = hull.NearestVertex(source).value_or(source);
     return (std::sqrt(SquaredDistance(centroid, edge)) + 1.f) /
            (std::sqrt(SquaredDistance(centroid, source)) + 1.f);
 }

@@ -62,8 +62,8 @@ void DbapGains(const SpeakerRows& speakers,
                std::span<float> gains) noexcept;
 
 /// What is left of a source outside the loudspeakers as seen from above: 1 inside the hull, less
-/// and less beyond it.
-/// @param centroid  of the loudspeakers; distances from it are measured in space
+/// and less beyond it. All distances are measured in space.
+/// @param centroid  of the loudspeakers
 float HullAttenuation(const tav::ConvexHull2D& hull,
                       const tav::CartesianVector& centroid,
                       const tav::CartesianVector& source) noexcept;

@@ -76,10 +76,11 @@ bool ConvexHull2D::Contains(Point2D q) const noexcept {
     return true;
 }
 
-std::optional<CartesianVector> ConvexHull2D::NearestVertex(Point2D q) const noexcept {
+std::optional<CartesianVector> ConvexHull2D::NearestVertex(
+    const CartesianVector& q) const noexcept {
     if (vertices_.Empty()) return std::nullopt;
-    const auto squaredDistance = [q](const CartesianVector& v) {
-        return (v.x - q.x) * (v.x - q.x) + (v.y - q.y) * (v.y - q.y);
+    const auto squaredDistance = [&q](const CartesianVector& v) {
+        return (v.x - q.x) * (v.x - q.x) + (v.y - q.y) * (v.y - q.y) + (v.z - q.z) * (v.z - q.z);
     };
     return *std::ranges::min_element(vertices_, {}, squaredDistance);
 }

@@ -31,8 +31,8 @@ public:
     /// without vertices contains every point.
     bool Contains(Point2D point) const noexcept;
 
-    /// The vertex nearest to `point` as seen from above, the first of several; none without any.
-    std::optional<CartesianVector> NearestVertex(Point2D point) const noexcept;
+    /// The vertex nearest to `point` in space, the first of several; none without any.
+    std::optional<CartesianVector> NearestVertex(const CartesianVector& point) const noexcept;
 
 private:
     CartesianArray vertices_;

@@ -114,15 +114,16 @@ TEST(ConvexHull2D, WithoutTwoDifferentPointsEverythingIsInside) {
         const ConvexHull2D hull(points);
         EXPECT_TRUE(hull.Vertices().Empty());
         EXPECT_TRUE(hull.Contains({1e6f, -1e6f}));
-        EXPECT_FALSE(hull.NearestVertex({0.f, 0.f}));
+        EXPECT_FALSE(hull.NearestVertex({0, 0, 0}));
     }
 }
 
 TEST(ConvexHull2D, NearestVertexIsTheNearestOfTheCorners) {
     const ConvexHull2D hull({{-1, -1, 9}, {-1, 1, 0}, {1, 1, 0}, {1, -1, 0}, {0.5f, 0, 0}});
-    EXPECT_EQ(hull.NearestVertex({0.75f, 0.25f}), (CartesianVector{1, 1, 0}));
-    EXPECT_EQ(hull.NearestVertex({-9.f, -3.f}), (CartesianVector{-1, -1, 9}));
-    EXPECT_EQ(hull.NearestVertex({0.f, -1.f}), (CartesianVector{-1, -1, 9})) << "the first of two";
+    EXPECT_EQ(hull.NearestVertex({0.75f, 0.25f, 0}), (CartesianVector{1, 1, 0}));
+    EXPECT_EQ(hull.NearestVertex({-9, -3, 0}), (CartesianVector{-1, 1, 0})) << "9 is far up";
+    EXPECT_EQ(hull.NearestVertex({-9, -3, 6}), (CartesianVector{-1, -1, 9}));
+    EXPECT_EQ(hull.NearestVertex({0, 1, 0}), (CartesianVector{-1, 1, 0})) << "the first of two";
 }
 
 }  // namespace
