@@ -2,21 +2,13 @@
 #include "math/VelkDspKdTreeHelper.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <span>
 
 namespace tav {
 namespace {
-
-constexpr std::size_t kLeafPoints = 8;
-
-float SquaredDistance(const NPoint<3>& a, const NPoint<3>& b) noexcept {
-    const float dx = a[0] - b[0];
-    const float dy = a[1] - b[1];
-    const float dz = a[2] - b[2];
-    return dx * dx + dy * dy + dz * dz;
-}
 
 template <class Entries>
 std::size_t WidestAxis(const Entries& entries) {
@@ -36,108 +28,151 @@ std::size_t WidestAxis(const Entries& entries) {
 
 }  // namespace
 
-/// One query: the best candidates so far, nearest first, in the caller's vectors.
+/// One query. A candidate is a number with the bits of the squared distance above those of the
+/// index, for numbers from 0 on have the order of their bits: the order of candidates is the one
+/// wanted, ties included, whatever the order in which the points are met.
 class KdTreeHelper::Search {
 public:
-    /// @param indices, distances  overwritten; distances are squared until Finish
-    Search(const KdTreeHelper& helper,
-           const NPoint<3>& query,
-           std::size_t k,
-           std::vector<std::size_t>& indices,
-           std::vector<float>& distances)
+    static_assert(sizeof(std::size_t) == 8);
+
+    /// @param best  from 1 on, as many as wanted; overwritten with candidates, the nearest first
+    Search(const KdTreeHelper& helper, const NPoint<3>& query, std::span<std::size_t> best)
         : helper_(helper),
           query_(query),
-          wanted_(k),
-          indices_(indices),
-          distances_(distances) {
-        indices_.clear();
-        distances_.clear();
+          best_(best) {
+        best_.back() = worst_;
     }
 
-    void Run() {
+    /// @return how many were found
+    std::size_t Run() {
         if (helper_.nodes_.empty()) {
-            Scan(helper_.points_);
+            Scan(0, helper_.Size());
         } else {
-            Visit(0);
+            Walk();
         }
-        for (float& distance : distances_) distance = std::sqrt(distance);
+        return numFound_;
+    }
+
+    static std::size_t IndexOf(std::size_t candidate) noexcept { return candidate & 0xffffffff; }
+    static float SquaredDistanceOf(std::size_t candidate) noexcept {
+        return std::bit_cast<float>(static_cast<std::uint32_t>(candidate >> 32));
     }
 
 private:
-    void Scan(std::span<const Entry> entries) {
-        for (const Entry& entry : entries) {
-            const float squaredDistance = SquaredDistance(entry.point, query_);
-            if (squaredDistance <= worst_) Offer(squaredDistance, entry.index);
-        }
+    static std::size_t Candidate(float squaredDistance, std::uint32_t index) noexcept {
+        return std::size_t{std::bit_cast<std::uint32_t>(squaredDistance)} << 32 | index;
     }
 
-    void Offer(float squaredDistance, std::size_t index) {
-        // A tie goes to the lower index, whatever the order in which the points are met.
-        const auto isBefore = [&](std::size_t place) {
-            return squaredDistance < distances_[place] ||
-                   (squaredDistance == distances_[place] && index < indices_[place]);
+    /// From leaf to leaf, the near side of each plane before the far one.
+    void Walk() {
+        struct Far {
+            float squaredDistance;  // of the plane
+            std::uint32_t node;
         };
-        if (indices_.size() < wanted_) {
-            indices_.push_back(index);
-            distances_.push_back(squaredDistance);
-        } else if (!isBefore(wanted_ - 1)) {
-            return;
+        Far waiting[32];  // halves of less than 2^32 points
+        std::size_t numWaiting = 0;
+        std::uint32_t index = 0;
+        for (;;) {
+            const Node* node = &helper_.nodes_[index];
+            for (; node->upper != 0; node = &helper_.nodes_[index]) {
+                const float beyond = query_[node->axis] - node->split;
+                const bool below = beyond < 0.f;
+                waiting[numWaiting++] = {beyond * beyond, below ? node->upper : index + 1};
+                index = below ? index + 1 : node->upper;
+            }
+            Scan(node->first, node->last);
+            // Rounding keeps order, so no point over there is nearer than the plane; one that is
+            // as near may win the tie.
+            do {
+                if (numWaiting == 0) return;
+                --numWaiting;
+            } while (waiting[numWaiting].squaredDistance > SquaredDistanceOf(worst_));
+            index = waiting[numWaiting].node;
         }
-        std::size_t place = indices_.size() - 1;
-        for (; place > 0 && isBefore(place - 1); --place) {
-            indices_[place] = indices_[place - 1];
-            distances_[place] = distances_[place - 1];
-        }
-        indices_[place] = index;
-        distances_[place] = squaredDistance;
-        if (indices_.size() == wanted_) worst_ = distances_.back();
     }
 
-    void Visit(std::uint32_t index) {
-        const Node& node = helper_.nodes_[index];
-        if (node.upper == 0) {
-            Scan(std::span(helper_.points_).subspan(node.first, node.last - node.first));
-            return;
+    void Scan(std::size_t first, std::size_t last) {
+        for (; first < last; first += kRun) {
+            const std::array<float, kRun> squares = helper_.SquaredDistances(query_, first);
+            const std::size_t count = std::min(last - first, kRun);
+            for (std::size_t i = 0; i < count; ++i) {
+                const std::size_t candidate = Candidate(squares[i], helper_.indices_[first + i]);
+                if (candidate < worst_) Insert(candidate);
+            }
         }
-        const float beyond = query_[node.axis] - node.split;
-        Visit(beyond < 0.f ? index + 1 : node.upper);
-        // Rounding keeps order, so no point over there is nearer than the plane; one that is as
-        // near may win the tie.
-        if (beyond * beyond <= worst_) {
-            Visit(beyond < 0.f ? node.upper : index + 1);
+    }
+
+    /// From the last place down each place keeps the worse of two and passes on the better one.
+    /// Which one that is, is as good as random: so no branches, but for an end at every eighth.
+    void Insert(std::size_t candidate) {
+        numFound_ = std::min(numFound_ + 1, best_.size());
+        std::size_t passed = candidate;
+        std::size_t place = numFound_ - 1;
+        for (; place > 0 && (place % 8 != 0 || best_[place - 1] > candidate); --place) {
+            const std::size_t before = best_[place - 1];
+            const std::size_t better = std::min(before, passed);
+            best_[place] = before + passed - better;  // compilers make a branch of std::max
+            passed = better;
         }
+        best_[place] = passed;
+        worst_ = best_.back();
     }
 
     const KdTreeHelper& helper_;
     NPoint<3> query_;
-    std::size_t wanted_;
-    std::vector<std::size_t>& indices_;
-    std::vector<float>& distances_;
-    float worst_ = std::numeric_limits<float>::infinity();  // of `wanted_` candidates
+    std::span<std::size_t> best_;
+    std::size_t numFound_ = 0;
+    /// Of as many candidates as wanted; behind all of them where there are fewer.
+    std::size_t worst_ = Candidate(std::numeric_limits<float>::infinity(), ~std::uint32_t{0});
 };
 
 KdTreeHelper::KdTreeHelper(const CartesianArray& points, std::size_t treeFrom) {
-    points_.reserve(points.Size());
-    for (const CartesianVector& p : points) points_.push_back({{p.x, p.y, p.z}, points_.size()});
-    if (points_.size() >= treeFrom && !points_.empty()) Build(0, points_.size());
+    std::vector<Entry> entries;
+    entries.reserve(points.Size());
+    for (const CartesianVector& p : points) {
+        entries.push_back({{p.x, p.y, p.z}, static_cast<std::uint32_t>(entries.size())});
+    }
+    if (entries.size() >= treeFrom && !entries.empty()) Build(entries, 0);
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        coordinates_[axis].resize(entries.size() + kRun);
+        std::ranges::transform(entries, coordinates_[axis].begin(),
+                               [axis](const Entry& entry) { return entry.point[axis]; });
+    }
+    for (const Entry& entry : entries) indices_.push_back(entry.index);
 }
 
-void KdTreeHelper::Build(std::size_t first, std::size_t last) {
+/// @param first  the place of the first entry among all of them
+void KdTreeHelper::Build(std::span<Entry> entries, std::size_t first) {
     const std::size_t index = nodes_.size();
+    const std::size_t last = first + entries.size();
     nodes_.push_back(
         {static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(last), 0, 0, 0.f});
-    if (last - first <= kLeafPoints) return;
+    if (entries.size() <= kRun) return;
 
-    const std::span<Entry> entries = std::span(points_).subspan(first, last - first);
     const std::size_t axis = WidestAxis(entries);
     const std::size_t half = entries.size() / 2;
     std::ranges::nth_element(entries, entries.begin() + static_cast<std::ptrdiff_t>(half), {},
                              [axis](const Entry& entry) { return entry.point[axis]; });
     nodes_[index].axis = static_cast<std::uint32_t>(axis);
     nodes_[index].split = entries[half].point[axis];
-    Build(first, first + half);
+    Build(entries.first(half), first);
     nodes_[index].upper = static_cast<std::uint32_t>(nodes_.size());
-    Build(first + half, last);
+    Build(entries.subspan(half), first + half);
+}
+
+std::array<float, KdTreeHelper::kRun> KdTreeHelper::SquaredDistances(
+    const NPoint<3>& query, std::size_t first) const noexcept {
+    const float* const x = &coordinates_[0][first];
+    const float* const y = &coordinates_[1][first];
+    const float* const z = &coordinates_[2][first];
+    std::array<float, kRun> squares{};
+    for (std::size_t i = 0; i < kRun; ++i) {
+        const float dx = x[i] - query[0];
+        const float dy = y[i] - query[1];
+        const float dz = z[i] - query[2];
+        squares[i] = dx * dx + dy * dy + dz * dz;
+    }
+    return squares;
 }
 
 void KdTreeHelper::Nearest(const CartesianVector& query,
@@ -145,17 +180,24 @@ void KdTreeHelper::Nearest(const CartesianVector& query,
                            std::vector<std::size_t>& indices,
                            std::vector<float>& distances) const {
     const NPoint<3> from{query.x, query.y, query.z};
+    indices.resize(std::min(k, Size()));
+    distances.resize(indices.size());
+    if (indices.empty()) return;
     if (k > 1 && k >= Size()) {
-        indices.resize(Size());
-        distances.resize(Size());
-        for (const Entry& entry : points_) {
-            indices[entry.index] = entry.index;
-            distances[entry.index] = std::sqrt(SquaredDistance(entry.point, from));
+        for (std::size_t i = 0; i < Size(); ++i) {
+            const std::size_t index = indices_[i];
+            indices[index] = index;
+            distances[index] = std::sqrt(SquaredDistances(from, i)[0]);
         }
         return;
     }
-    Search search(*this, from, std::min(k, Size()), indices, distances);
-    if (k > 0 && Size() > 0) search.Run();
+    const std::size_t numFound = Search(*this, from, indices).Run();
+    indices.resize(numFound);
+    distances.resize(numFound);
+    for (std::size_t i = 0; i < numFound; ++i) {
+        distances[i] = std::sqrt(Search::SquaredDistanceOf(indices[i]));
+        indices[i] = Search::IndexOf(indices[i]);
+    }
 }
 
 }  // namespace tav

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace tav {
@@ -27,7 +28,7 @@ public:
     /// @param points  finite
     explicit KdTreeHelper(const CartesianArray& points, std::size_t treeFrom = kTreeFrom);
 
-    std::size_t Size() const noexcept { return points_.size(); }
+    std::size_t Size() const noexcept { return indices_.size(); }
 
     /// The k points nearest to `query` with their Euclidean distances, nearest first. With k at or
     /// above the number of points (unless that is 1) all of them, in their own order.
@@ -39,8 +40,8 @@ public:
                  std::vector<float>& distances) const;
 
 private:
-    /// Inner nodes halve points_[first, last) at `middle`; children follow in the array, the lower
-    /// one at once and the upper one at `upper`. A leaf has upper 0.
+    /// Inner nodes halve the points [first, last) at `split`; children follow in the array, the
+    /// lower one at once and the upper one at `upper`. A leaf has upper 0.
     struct Node {
         std::uint32_t first;
         std::uint32_t last;
@@ -50,13 +51,20 @@ private:
     };
     struct Entry {
         NPoint<3> point;
-        std::size_t index;
+        std::uint32_t index;
     };
     class Search;
 
-    void Build(std::size_t first, std::size_t last);
+    static constexpr std::size_t kRun = 16;  // points that are looked at together; most of a leaf
 
-    std::vector<Entry> points_;  // in tree order; without a tree in their own
+    void Build(std::span<Entry> entries, std::size_t first);
+    /// Of the run from point `first` on; what is behind the last point means nothing.
+    std::array<float, kRun> SquaredDistances(const NPoint<3>& query,
+                                             std::size_t first) const noexcept;
+
+    // In tree order; without a tree in their own.
+    std::array<std::vector<float>, 3> coordinates_;  // a run longer than there are points
+    std::vector<std::uint32_t> indices_;
     std::vector<Node> nodes_;
 };
 
