@@ -139,13 +139,12 @@ void InletsActivityAnalyzer::Analyze(const double* const* inlets,
     const std::uint64_t holdSamples = holdSamples_.load(kRelaxed);
     bool changed = false;
     for (unsigned inlet = 0; inlet < NumInlets(); ++inlet) {
-        std::uint64_t& silent = silentSamples_[inlet];
-        const bool connected = InletConnected(inlet);
-        const bool watched = autoMute && connected;
-        silent = watched && AllZero({inlets[inlet], frames}) ? silent + frames : 0;
-        const bool muted = watched && silent > 0 && silent >= holdSamples;
-        if (muted) silent = holdSamples;
-        const bool active = connected && !muted;
+        bool active = InletConnected(inlet);
+        if (active && autoMute) {
+            std::uint64_t& silent = silentSamples_[inlet];
+            silent = AllZero({inlets[inlet], frames}) ? std::min(silent + frames, holdSamples) : 0;
+            active = silent == 0 || silent < holdSamples;
+        }
         if (active == InletActive(inlet)) continue;
         inletActive_[inlet].store(active ? 1 : 0, kRelaxed);
         changed = true;

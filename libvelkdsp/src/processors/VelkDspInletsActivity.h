@@ -73,8 +73,8 @@ public:
     float AutoMuteTime() const noexcept TAV_NONBLOCKING;
 
     /// Sets the active flags for one block. A sample that is not a number counts as signal, and so
-    /// does a denormal one, whatever the processor's mode. Silence is counted in whole blocks.
-    /// Thread: audio.
+    /// does a denormal one, whatever the processor's mode. Silence is counted in whole blocks;
+    /// while auto-mute is off or the inlet disconnected, the count stands still. Thread: audio.
     void Analyze(const double* const* inlets, unsigned frames) noexcept TAV_NONBLOCKING;
     bool InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING;
     /// The next Analyze begins to count silence anew.  Thread: control, audio may run.

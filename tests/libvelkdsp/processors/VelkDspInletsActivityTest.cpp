@@ -109,14 +109,17 @@ TEST(InletsActivityAnalyzer, TheHoldLengthFollowsALaterRate) {
     EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 9u);
 }
 
-TEST(InletsActivityAnalyzer, SilenceBeforeItIsSwitchedOnDoesNotCount) {
+TEST(InletsActivityAnalyzer, TheCountStandsStillWhileNothingIsWatched) {
     OneInlet inlet;
     inlet.analyzer.SetAutoMuteTime(1.f);
-    inlet.SilentBlocksHeard(100, 1000);
+    for (int block = 0; block < 6; ++block) EXPECT_TRUE(inlet.ActiveAfter(100, 0.0));
     inlet.analyzer.SetAutoMute(false);
-    EXPECT_TRUE(inlet.ActiveAfter(100, 0.0));
+    for (int block = 0; block < 20; ++block) EXPECT_TRUE(inlet.ActiveAfter(100, 0.0));
     inlet.analyzer.SetAutoMute(true);
-    EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 9u);
+    inlet.analyzer.SetConnections(std::vector<short>{0}, {});
+    for (int block = 0; block < 20; ++block) EXPECT_FALSE(inlet.ActiveAfter(100, 0.0));
+    inlet.analyzer.SetConnections(std::vector<short>{1}, {});
+    EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 3u);
     EXPECT_EQ(inlet.analyzer.AutoMuteTime(), 1.f);
 }
 
