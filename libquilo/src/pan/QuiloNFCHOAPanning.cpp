@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Quilo {
 
@@ -14,6 +15,8 @@ constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
 constexpr float kShortestSwitchMs = 100.f;  // of the high-pass
 constexpr float kSwitchMsPerMetre = 40.f;   // so that no ratio grows faster than a source's may
 constexpr float kLeakSeconds = 0.005f;
+constexpr float kReleaseSeconds = 0.01f;  // of a limit that comes down
+constexpr float kLeastLimitHz = 1.f;      // below, it drops
 /// Gains come to rest within two segments of the longest interpolation time.
 constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
 
@@ -164,6 +167,8 @@ void NFCHOAPanning::Perform(float* const* outputs,
 /// holds from its first sample.
 void NFCHOAPanning::StartAtRate() noexcept TAV_NONBLOCKING {
     piece_.keep = std::exp(-1.f / (kLeakSeconds * rateHz_));
+    piece_.leastG = std::numbers::pi_v<float> * kLeastLimitHz / rateHz_;
+    piece_.release = std::exp(-static_cast<float>(kNFCHOAGrid) / (kReleaseSeconds * rateHz_));
     for (tav::Ramp* ramp : {&radius_, &highPass_}) {
         ramp->SetSampleRate(rateHz_);
         ramp->Set(ramp->Target(), 0.f);

@@ -136,12 +136,16 @@ void NFCHOASourceGroup::Run(unsigned order,
         return kernels_.fromRows(input_.data(), signals, piece.frames);
     }
     OrderState& state = orders_[order - 1];
+    if (state.isClear || state.isStale) {
+        AimHighPass(order, steps_[0].place);
+        JumpHighPass(order);
+    }
     state.isClear = false;
     CapRatios(order, piece);
-    if (state.isStale) UpdateHighPass(order, steps_[0].place);
-    if (refreshes_) {
+    if (refreshes_ || state.glides) {
         for (std::size_t s = 0; s < piece.numSteps; ++s) {
-            if (steps_[s].refreshes) UpdateHighPass(order, steps_[s].place);
+            if (steps_[s].refreshes) AimHighPass(order, steps_[s].place);
+            if (piece.steps[s].isOnGrid) GlideHighPass(order, piece);
             RunStep(order, piece.steps[s], piece.keep);
         }
     } else {
@@ -151,12 +155,50 @@ void NFCHOASourceGroup::Run(unsigned order,
     kernels_.fromRows(output_.data(), signals, piece.frames);
 }
 
-void NFCHOASourceGroup::UpdateHighPass(unsigned order,
-                                       const Place& place) noexcept TAV_NONBLOCKING {
+void NFCHOASourceGroup::AimHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
-    highPasses_.Of(order).Compute(place.ratios, place.logs, place.settings, state.highPassG);
+    highPasses_.Of(order).Compute(place.ratios, place.logs, place.settings, state.highPassTarget);
     state.isStale = false;
-    const auto zeros = std::ranges::count(state.highPassG, 0.f);
+}
+
+void NFCHOASourceGroup::JumpHighPass(unsigned order) noexcept TAV_NONBLOCKING {
+    OrderState& state = orders_[order - 1];
+    state.highPassG = state.highPassNext = state.highPassSlow = state.highPassTarget;
+    state.highPassStep.fill(0.f);
+    state.glides = false;
+    NoteHighPass(order);
+}
+
+/// Up to the next point of the grid. A limit rises at once, so that the gain keeps below its own,
+/// and comes down through two poles: at its end it would drop like a square root, which
+/// modulates what passes.
+void NFCHOASourceGroup::GlideHighPass(unsigned order,
+                                      const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
+    constexpr float kReached = 1.00001f;
+    OrderState& state = orders_[order - 1];
+    state.glides = false;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        const float target = state.highPassTarget[i];
+        const float from = state.highPassNext[i];
+        const float slow =
+            std::max(target, target + (state.highPassSlow[i] - target) * piece.release);
+        const float next = std::max(slow, slow + (from - slow) * piece.release);
+        const bool isThere = next <= std::max(target * kReached, piece.leastG);
+        state.highPassG[i] = from;
+        state.highPassSlow[i] = isThere ? target : slow;
+        state.highPassNext[i] = isThere ? target : next;
+        state.highPassStep[i] = (state.highPassNext[i] - from) / static_cast<float>(kNFCHOAGrid);
+        state.glides = state.glides || from != target;
+    }
+    NoteHighPass(order);
+}
+
+void NFCHOASourceGroup::NoteHighPass(unsigned order) noexcept TAV_NONBLOCKING {
+    OrderState& state = orders_[order - 1];
+    std::ptrdiff_t zeros = 0;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        if (state.highPassG[i] == 0.f && state.highPassNext[i] == 0.f) ++zeros;
+    }
     // One that went out of use just now has states.
     state.leaks = state.leaks || (state.hasHighPass && zeros > 0);
     state.hasHighPass = zeros < static_cast<std::ptrdiff_t>(kLanes);
@@ -186,16 +228,18 @@ void NFCHOASourceGroup::CapRatios(unsigned order,
 void NFCHOASourceGroup::RunStep(unsigned order,
                                 const NFCHOAStep& step,
                                 float keep) noexcept TAV_NONBLOCKING {
-    const OrderState& state = orders_[order - 1];
+    OrderState& state = orders_[order - 1];
     const std::ptrdiff_t first = step.first * tav::kSourceLanes;
     NFCHOARow keeps{};
     tav::NearFieldLanes lanes;
     lanes.ratios = ratiosInUse_ + step.first * ratioStride_;
     lanes.ratioStride = ratioStride_;
     if (state.hasHighPass || state.leaks) lanes.highPassG = state.highPassG.data();
+    if (state.glides) lanes.highPassStep = state.highPassStep.data();
     if (state.leaks) {
-        std::ranges::transform(state.highPassG, keeps.begin(),
-                               [keep](float g) { return g > 0.f ? 1.f : keep; });
+        std::ranges::transform(
+            state.highPassG, state.highPassNext, keeps.begin(),
+            [keep](float g, float next) { return g > 0.f || next > 0.f ? 1.f : keep; });
         lanes.highPassKeep = keeps.data();
     }
     float* states = States(order).data();
@@ -205,6 +249,10 @@ void NFCHOASourceGroup::RunStep(unsigned order,
         kernels_.nearField(section, lanes, states, in, out, step.count);
         states += tav::kNearFieldStates * kLanes;
         in = out;
+    }
+    if (!state.glides) return;
+    for (std::size_t i = 0; i < kLanes; ++i) {
+        state.highPassG[i] += state.highPassStep[i] * static_cast<float>(step.count);
     }
 }
 

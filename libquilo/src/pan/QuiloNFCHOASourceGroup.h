@@ -36,6 +36,11 @@ struct NFCHOAPiece {
     bool highPassMoves = false;
     /// What is left of a high-pass that went out of use, after a sample.
     float keep = 1.f;
+    /// What is left of the way down of a limit, after a step of the grid.
+    float release = 1.f;
+    /// A limit that comes down drops from here on; below, a high-pass would hold what it has
+    /// taken away as an offset.
+    float leastG = 0.f;
 };
 
 /// Up to kSourceLanes sources through all orders. A group whose sources are silent, and have died
@@ -71,8 +76,13 @@ private:
     using Rows = std::array<float, kNFCHOAFrames * kLanes>;
 
     struct OrderState {
-        NFCHOARow highPassG{};
-        bool isStale = true;       // highPassG has to be computed
+        NFCHOARow highPassG{};     // reached
+        NFCHOARow highPassStep{};  // per sample, up to the next point of the grid
+        NFCHOARow highPassNext{};  // there
+        NFCHOARow highPassSlow{};  // halfway from the next to the target
+        NFCHOARow highPassTarget{};
+        bool glides = false;       // the target is not reached
+        bool isStale = true;       // the target has to be computed
         bool hasHighPass = false;  // of any source
         bool leaks = false;        // a high-pass out of use still has states
         bool isClear = true;       // all states are 0
@@ -92,7 +102,10 @@ private:
     void FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void FindRefreshes(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void RunStep(unsigned order, const NFCHOAStep& step, float keep) noexcept TAV_NONBLOCKING;
-    void UpdateHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING;
+    void AimHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING;
+    void JumpHighPass(unsigned order) noexcept TAV_NONBLOCKING;
+    void GlideHighPass(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
+    void NoteHighPass(unsigned order) noexcept TAV_NONBLOCKING;
     void CapRatios(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
     void CheckStates(unsigned order, int frames) noexcept TAV_NONBLOCKING;
     void ClearOrder(unsigned order) noexcept TAV_NONBLOCKING;

@@ -27,6 +27,8 @@ struct NearFieldSection {
 /// What differs between the sources.
 struct NearFieldLanes {
     const float* highPassG = nullptr;     // a row; 0 lets pass. Null: nobody has a high-pass
+    const float* highPassStep = nullptr;  // a row: what highPassG grows by from sample to sample.
+                                          // Null: nothing
     const float* highPassKeep = nullptr;  // a row: what is left of its states after a sample.
                                           // Null: all of them
     const float* ratios = nullptr;        // rows of array radius / source distance

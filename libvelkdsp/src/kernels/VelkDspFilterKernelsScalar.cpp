@@ -11,13 +11,15 @@ struct Pair {
     float band = 0.f;
     float low = 0.f;
 
-    Pair(float g, float damping, float state1, float state2) noexcept
-        : a1(1.f / (1.f + g * (g + damping))),
-          a2(g * a1),
-          a3(g * a2),
-          s1(state1),
-          s2(state2) {}
+    Pair(float g, float damping, float state1, float state2) noexcept : s1(state1), s2(state2) {
+        Tune(g, damping);
+    }
 
+    void Tune(float g, float damping) noexcept {
+        a1 = 1.f / (1.f + g * (g + damping));
+        a2 = g * a1;
+        a3 = g * a2;
+    }
     void Take(float x) noexcept {
         const float v = x - s2;
         band = a1 * s1 + a2 * v;
@@ -33,8 +35,9 @@ struct Pole {
     float s;
     float low = 0.f;
 
-    Pole(float g, float state) noexcept : share(g / (1.f + g)), s(state) {}
+    Pole(float g, float state) noexcept : s(state) { Tune(g); }
 
+    void Tune(float g) noexcept { share = g / (1.f + g); }
     void Take(float x) noexcept {
         const float v = (x - s) * share;
         low = v + s;
@@ -45,6 +48,7 @@ struct Pole {
 /// One source. All pointers are at its lane.
 struct Lane {
     float highPassG;
+    float highPassStep;
     float keep;
     const float* ratios;
     std::ptrdiff_t ratioStride;
@@ -57,7 +61,10 @@ void RunPairs(const NearFieldSection& section, const Lane& lane, int n) noexcept
     float* const s = lane.states;
     Pair high(lane.highPassG, section.highPassDamping, s[0], s[kSourceLanes]);
     Pair radial(section.g, section.damping, s[2 * kSourceLanes], s[3 * kSourceLanes]);
+    float g = lane.highPassG;
     for (int k = 0; k < n; ++k) {
+        if (lane.highPassStep != 0.f) high.Tune(g, section.highPassDamping);
+        g += lane.highPassStep;
         float x = lane.in[k * kSourceLanes];
         high.Take(x);
         high.s1 *= lane.keep;
@@ -78,7 +85,10 @@ void RunPoles(const NearFieldSection& section, const Lane& lane, int n) noexcept
     float* const s = lane.states;
     Pole high(lane.highPassG, s[0]);
     Pole radial(section.g, s[2 * kSourceLanes]);
+    float g = lane.highPassG;
     for (int k = 0; k < n; ++k) {
+        if (lane.highPassStep != 0.f) high.Tune(g);
+        g += lane.highPassStep;
         float x = lane.in[k * kSourceLanes];
         high.Take(x);
         high.s *= lane.keep;
@@ -97,11 +107,19 @@ void NearField(const NearFieldSection& section,
                const float* in,
                float* out,
                int n) noexcept TAV_NONBLOCKING {
+    const auto at = [](const float* row, std::ptrdiff_t i, float otherwise) {
+        return row == nullptr ? otherwise : row[i];
+    };
     for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         // g = 0 and states of 0: the high-pass of nobody.
-        const float g = lanes.highPassG == nullptr ? 0.f : lanes.highPassG[i];
-        const float keep = lanes.highPassKeep == nullptr ? 1.f : lanes.highPassKeep[i];
-        const Lane lane{g, keep, lanes.ratios + i, lanes.ratioStride, states + i, in + i, out + i};
+        const Lane lane{at(lanes.highPassG, i, 0.f),
+                        at(lanes.highPassStep, i, 0.f),
+                        at(lanes.highPassKeep, i, 1.f),
+                        lanes.ratios + i,
+                        lanes.ratioStride,
+                        states + i,
+                        in + i,
+                        out + i};
         section.isReal ? RunPoles(section, lane, n) : RunPairs(section, lane, n);
     }
 }

@@ -16,7 +16,7 @@ namespace tav {
 template <class S>
 class VectorFilterKernels {
     using Vec = typename S::Vec;
-    enum class HighPass { None, On, Leaking };
+    enum class HighPass { None, On, Leaking, Moving };
 
 public:
     static void NearField(const NearFieldSection& section,
@@ -27,6 +27,7 @@ public:
                           int n) noexcept TAV_NONBLOCKING {
         const Span rows{states, in, out, n};
         if (lanes.highPassG == nullptr) return Run<HighPass::None>(section, lanes, rows);
+        if (lanes.highPassStep != nullptr) return Run<HighPass::Moving>(section, lanes, rows);
         if (lanes.highPassKeep == nullptr) return Run<HighPass::On>(section, lanes, rows);
         Run<HighPass::Leaking>(section, lanes, rows);
     }
@@ -45,13 +46,17 @@ private:
         Vec band{};
         Vec low{};
 
-        Pair(Vec g, float k, const float* state) noexcept : damping(S::Broadcast(k)) {
+        Pair(Vec g, float k, const float* state) noexcept
+            : damping(S::Broadcast(k)),
+              s1(S::Load(state)),
+              s2(S::Load(state + kSourceLanes)) {
+            Tune(g);
+        }
+        void Tune(Vec g) noexcept {
             const Vec one = S::Broadcast(1.f);
             a1 = S::Divide(one, S::MultiplyAdd(g, S::Add(g, damping), one));
             a2 = S::Multiply(g, a1);
             a3 = S::Multiply(g, a2);
-            s1 = S::Load(state);
-            s2 = S::Load(state + kSourceLanes);
         }
         void Take(Vec x) noexcept {
             const Vec v = S::Subtract(x, s2);
@@ -84,9 +89,8 @@ private:
         Vec share, s;
         Vec low{};
 
-        Pole(Vec g, float, const float* state) noexcept
-            : share(S::Divide(g, S::Add(g, S::Broadcast(1.f)))),
-              s(S::Load(state)) {}
+        Pole(Vec g, float, const float* state) noexcept : s(S::Load(state)) { Tune(g); }
+        void Tune(Vec g) noexcept { share = S::Divide(g, S::Add(g, S::Broadcast(1.f))); }
         void Take(Vec x) noexcept {
             const Vec v = S::Multiply(S::Subtract(x, s), share);
             low = S::Add(v, s);
@@ -115,22 +119,29 @@ private:
                          const NearFieldLanes& lanes,
                          const Span& rows) noexcept TAV_NONBLOCKING {
         for (std::ptrdiff_t lane = 0; lane < kSourceLanes; lane += S::kLanes) {
-            const bool hasHighPass = kHighPass != HighPass::None;
+            constexpr bool moves = kHighPass == HighPass::Moving;
+            const auto rowOr = [lane](const float* row, float otherwise) {
+                return row == nullptr ? S::Broadcast(otherwise) : S::Load(row + lane);
+            };
             float* const highState = rows.states + lane;
             float* const radialState = highState + 2 * kSourceLanes;
-            Filter high(hasHighPass ? S::Load(lanes.highPassG + lane) : S::Zero(),
-                        section.highPassDamping, highState);
+            Vec g = rowOr(lanes.highPassG, 0.f);
+            const Vec step = rowOr(lanes.highPassStep, 0.f);
+            const Vec keep = rowOr(lanes.highPassKeep, 1.f);
+            Filter high(g, section.highPassDamping, highState);
             Filter radial(S::Broadcast(section.g), section.damping, radialState);
-            Vec keep = S::Zero();
-            if constexpr (kHighPass == HighPass::Leaking) keep = S::Load(lanes.highPassKeep + lane);
             const float* u = lanes.ratios + lane;
             for (std::ptrdiff_t k = lane; k < rows.n * kSourceLanes; k += kSourceLanes) {
                 Vec x = S::Load(rows.in + k);
+                if constexpr (moves) {
+                    high.Tune(g);
+                    g = S::Add(g, step);
+                }
                 if constexpr (kHighPass != HighPass::None) {
                     high.Take(x);
                     x = high.High(x);
                 }
-                if constexpr (kHighPass == HighPass::Leaking) high.Keep(keep);
+                if constexpr (moves || kHighPass == HighPass::Leaking) high.Keep(keep);
                 radial.Take(x);
                 S::Store(rows.out + k, radial.Near(x, S::Load(u)));
                 u += lanes.ratioStride;

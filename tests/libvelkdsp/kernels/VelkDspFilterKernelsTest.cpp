@@ -67,7 +67,7 @@ TEST_P(FilterKernelsOf, RowsAndBackOfEveryLength) {
 // which ratios up to 3 and resonances below 2 keep under 100.
 TEST_P(FilterKernelsOf, NearFieldSectionsOfEveryKind) {
     for (const bool isReal : {false, true}) {
-        for (const int highPass : {0, 1, 2}) {
+        for (const int highPass : {0, 1, 2, 3, 4}) {  // none, on, leaking, moving, both
             for (const std::ptrdiff_t stride : {std::ptrdiff_t{0}, kSourceLanes}) {
                 for (const std::size_t n :
                      {std::size_t{0}, std::size_t{1}, std::size_t{2}, std::size_t{64}}) {
@@ -76,9 +76,10 @@ TEST_P(FilterKernelsOf, NearFieldSectionsOfEveryKind) {
                     g[3] = 0.f;
                     const auto keep = Noise(kLanes, 0.5f, 1.f);
                     const auto ratios = Noise(kLanes * (n + 1), 0.f, 3.f);
-                    const NearFieldLanes lanes{highPass > 0 ? g.data() : nullptr,
-                                               highPass > 1 ? keep.data() : nullptr, ratios.data(),
-                                               stride};
+                    const auto step = Noise(kLanes, 0.f, 0.005f);
+                    const NearFieldLanes lanes{
+                        highPass > 0 ? g.data() : nullptr, highPass > 2 ? step.data() : nullptr,
+                        highPass % 2 == 0 ? keep.data() : nullptr, ratios.data(), stride};
                     auto states = Noise(kNearFieldStates * kLanes);
                     if (highPass == 0) std::fill_n(states.begin(), 2 * kLanes, 0.f);
                     auto plainStates = states;
