@@ -6,7 +6,9 @@ namespace {
 
 /// Second-order section in integrator form: the bilinear transform of the analog one.
 struct Pair {
-    float a1, a2, a3;
+    float a1 = 0.f;
+    float a2 = 0.f;
+    float a3 = 0.f;
     float s1, s2;
     float band = 0.f;
     float low = 0.f;
@@ -31,7 +33,7 @@ struct Pair {
 
 /// First-order section, likewise.
 struct Pole {
-    float share;
+    float share = 0.f;
     float s;
     float low = 0.f;
 

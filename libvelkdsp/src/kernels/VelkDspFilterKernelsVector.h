@@ -42,7 +42,10 @@ private:
 
     /// Second-order section of some lanes.
     struct Pair {
-        Vec a1, a2, a3, damping, s1, s2;
+        Vec damping, s1, s2;
+        Vec a1{};
+        Vec a2{};
+        Vec a3{};
         Vec band{};
         Vec low{};
 
@@ -86,7 +89,8 @@ private:
 
     /// First-order section.
     struct Pole {
-        Vec share, s;
+        Vec s;
+        Vec share{};
         Vec low{};
 
         Pole(Vec g, float, const float* state) noexcept : s(S::Load(state)) { Tune(g); }
@@ -119,7 +123,7 @@ private:
                          const NearFieldLanes& lanes,
                          const Span& rows) noexcept TAV_NONBLOCKING {
         for (std::ptrdiff_t lane = 0; lane < kSourceLanes; lane += S::kLanes) {
-            constexpr bool moves = kHighPass == HighPass::Moving;
+            constexpr bool kMoves = kHighPass == HighPass::Moving;
             const auto rowOr = [lane](const float* row, float otherwise) {
                 return row == nullptr ? S::Broadcast(otherwise) : S::Load(row + lane);
             };
@@ -133,7 +137,7 @@ private:
             const float* u = lanes.ratios + lane;
             for (std::ptrdiff_t k = lane; k < rows.n * kSourceLanes; k += kSourceLanes) {
                 Vec x = S::Load(rows.in + k);
-                if constexpr (moves) {
+                if constexpr (kMoves) {
                     high.Tune(g);
                     g = S::Add(g, step);
                 }
@@ -141,7 +145,7 @@ private:
                     high.Take(x);
                     x = high.High(x);
                 }
-                if constexpr (moves || kHighPass == HighPass::Leaking) high.Keep(keep);
+                if constexpr (kMoves || kHighPass == HighPass::Leaking) high.Keep(keep);
                 radial.Take(x);
                 S::Store(rows.out + k, radial.Near(x, S::Load(u)));
                 u += lanes.ratioStride;
