@@ -11,9 +11,9 @@
 #include "HostPlatform.h"
 #include "HostRender.h"
 #include "HostScript.h"
-#include "HostValidator.h"
 #include "QuiloProject.h"
 #include "text/VelkDspException.h"
+#include "validator/HostValidator.h"
 
 #include <algorithm>
 #include <csignal>

@@ -8,11 +8,11 @@
 #include "HostLayouts.h"
 #include "HostObject.h"
 #include "HostOutputFile.h"
-#include "HostPicture.h"
 #include "HostPlatform.h"
 #include "HostProgress.h"
-#include "HostScene.h"
 #include "files/VelkDspWavFile.h"
+#include "picture/HostPicture.h"
+#include "picture/HostScene.h"
 
 #include <algorithm>
 #include <atomic>

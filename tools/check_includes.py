@@ -42,8 +42,10 @@ ROOMS = {
     "src/max": LIBVELKDSP + ("maxapi",),
     "src": LIBVELKDSP + LIBQUILO + ("maxapi", "src/max"),
     "host/api": LIBVELKDSP + ("maxapi",),
+    "host/picture": LIBVELKDSP,
+    "host/validator": LIBVELKDSP + ("libquilo/src/laws", "maxapi", "host", "host/api"),
     # Named layouts are shared with the engine; what the host plays stays in the module.
-    "host": LIBVELKDSP + ("libquilo/src/laws", "maxapi", "host/api"),
+    "host": LIBVELKDSP + ("libquilo/src/laws", "maxapi", "host/api", "host/picture", "host/validator"),
     "tools": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
     "benchmarks": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
     "benchmarks/src": ("host/api", "benchmarks"),
@@ -52,7 +54,7 @@ ROOMS = {
     # The tests of the object and of its host are the only others that see Max.
     "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests", "tests/reference"),
     "tests/fuzz": LIBVELKDSP + LIBQUILO + ("host", "tests"),
-    "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "tests", "tests/reference"),
+    "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "host/picture", "tests", "tests/reference"),
 }
 
 # Where the compiler looks, and what it finds elsewhere.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "HostScene.h"
+#include "picture/HostScene.h"
 
-#include "HostPicture.h"
+#include "picture/HostPicture.h"
 
 #include <gtest/gtest.h>
 

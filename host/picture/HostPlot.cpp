@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "HostPlot.h"
+#include "picture/HostPlot.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "HostValidator.h"
+#include "validator/HostValidator.h"
 
 #include "HostAtoms.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Levels 6 to 8: state that is kept and given to another object, threads, attributes in motion.
 #include "HostOutputFile.h"
-#include "HostValidator.h"
+#include "validator/HostValidator.h"
 
 #include <chrono>
 #include <filesystem>

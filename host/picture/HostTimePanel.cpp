@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "HostTimePanel.h"
+#include "picture/HostTimePanel.h"
 
-#include "HostPlot.h"
 #include "math/VelkDspCoordinates.h"
+#include "picture/HostPlot.h"
 
 #include <algorithm>
 #include <cmath>

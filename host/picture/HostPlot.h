@@ -2,7 +2,7 @@
 // The parts that the panels of a picture share: colours, scales with round steps, frames.
 #pragma once
 
-#include "HostSvg.h"
+#include "picture/HostSvg.h"
 
 #include <cstddef>
 #include <span>

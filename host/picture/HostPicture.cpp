@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "HostPicture.h"
+#include "picture/HostPicture.h"
 
-#include "HostPlanPanel.h"
-#include "HostPlot.h"
-#include "HostTimePanel.h"
+#include "picture/HostPlanPanel.h"
+#include "picture/HostPlot.h"
+#include "picture/HostTimePanel.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 
 #include "HostChain.h"
 #include "HostObject.h"
-#include "HostRandom.h"
+#include "validator/HostRandom.h"
 
 #include <map>
 #include <memory>

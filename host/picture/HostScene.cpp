@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "HostScene.h"
+#include "picture/HostScene.h"
 
 #include <algorithm>
 

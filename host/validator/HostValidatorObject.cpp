@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Levels 1 to 5: the object as it stands in its box.
-#include "HostValidator.h"
+#include "validator/HostValidator.h"
 
 #include <algorithm>
 #include <array>

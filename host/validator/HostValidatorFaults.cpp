@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Levels 9 and 10: memory and calls that fail, and everything at once.
 #include "HostAllocations.h"
-#include "HostValidator.h"
+#include "validator/HostValidator.h"
 
 #include <array>
 #include <exception>

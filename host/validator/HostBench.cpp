@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "HostBench.h"
+#include "validator/HostBench.h"
 
 #include "HostAtoms.h"
 #include "HostFault.h"

@@ -2,7 +2,7 @@
 // A scene as a picture: where everything is, how the sources move, what every outlet plays.
 #pragma once
 
-#include "HostScene.h"
+#include "picture/HostScene.h"
 
 #include <string>
 

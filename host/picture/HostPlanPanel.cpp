@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "HostPlanPanel.h"
+#include "picture/HostPlanPanel.h"
 
-#include "HostPlot.h"
+#include "picture/HostPlot.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,9 +2,9 @@
 // The validator: does to an object what patchers, users and bad luck do, level by level.
 #pragma once
 
-#include "HostBench.h"
 #include "HostFault.h"
 #include "HostOptions.h"
+#include "validator/HostBench.h"
 
 #include <string>
 

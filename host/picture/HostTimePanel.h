@@ -2,8 +2,8 @@
 // What a scene does over time: the directions of the sources and the levels of the outlets.
 #pragma once
 
-#include "HostScene.h"
-#include "HostSvg.h"
+#include "picture/HostScene.h"
+#include "picture/HostSvg.h"
 
 namespace Quilo::Host {
 

@@ -2,8 +2,8 @@
 // The two views of a scene: from above and from the side.
 #pragma once
 
-#include "HostScene.h"
-#include "HostSvg.h"
+#include "picture/HostScene.h"
+#include "picture/HostSvg.h"
 
 namespace Quilo::Host {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "HostSvg.h"
+#include "picture/HostSvg.h"
 
 #include "text/VelkDspUtf8.h"
 
