@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Runs the benchmarks of the project and of its peers in one process.
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 
 #include <benchmark/benchmark.h>
 
@@ -40,7 +40,7 @@ int main(int count, char** arguments) {
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments)) return EXIT_FAILURE;
     DescribePeers();
-    benchmark::AddCustomContext("kernels", std::string(tav::BestKernels().name));
+    benchmark::AddCustomContext("kernels", std::string(NameOf(tav::BestInstructionSet())));
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return EXIT_SUCCESS;

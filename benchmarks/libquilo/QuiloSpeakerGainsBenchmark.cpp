@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Gains of one source over all loudspeakers, beside one pass of as many distances.
 #include "BenchmarkInputs.h"
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "kernels/VelkDspSpeakerKernels.h"
 #include "laws/QuiloDbapLaw.h"
 #include "laws/QuiloDefaultLayouts.h"
@@ -38,8 +38,10 @@ void RunSpcap(benchmark::State& state, const tav::SpeakerKernels& kernels) {
     });
 }
 
-void DbapGains(benchmark::State& state) { RunDbap(state, tav::BestSpeakerKernels()); }
-void SpcapGains(benchmark::State& state) { RunSpcap(state, tav::BestSpeakerKernels()); }
+void DbapGains(benchmark::State& state) { RunDbap(state, tav::BestKernels<tav::SpeakerKernels>()); }
+void SpcapGains(benchmark::State& state) {
+    RunSpcap(state, tav::BestKernels<tav::SpeakerKernels>());
+}
 
 void KnnGains(benchmark::State& state) {
     Quilo::KnnLaw law;
@@ -73,9 +75,9 @@ BENCHMARK(SpcapGains)->ArgNames({"speakers", "spread"})->Args({250, 0})->Args({2
 
 /// Each set beside its scalar twin.
 [[maybe_unused]] const bool kSetsAreRegistered = [] {
-    for (const tav::NamedKernels& set : tav::RunnableKernels()) {
-        const tav::SpeakerKernels& kernels = tav::SpeakerKernelsNamed(set.name);
-        const std::string suffix = "/" + std::string(set.name);
+    for (const tav::InstructionSet set : tav::RunnableInstructionSets()) {
+        const tav::SpeakerKernels& kernels = tav::KernelsFor<tav::SpeakerKernels>(set);
+        const std::string suffix = "/" + std::string(NameOf(set));
         benchmark::RegisterBenchmark(("GainsByDistance" + suffix).c_str(),
                                      [&kernels](auto& state) { RunDbap(state, kernels); })
             ->ArgName("speakers")

@@ -19,7 +19,8 @@ tav::Vector<Quilo::Triplet> Triplets(const benchmark::State& state) {
 }
 
 void VbapGains(benchmark::State& state) {
-    const Quilo::TripletBank bank(Triplets(state), tav::BestTripletKernels().findPeaks);
+    const Quilo::TripletBank bank(Triplets(state),
+                                  tav::BestKernels<tav::TripletKernels>().findPeaks);
     MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         Quilo::Vbap3DGains(bank, source, gains);
     });

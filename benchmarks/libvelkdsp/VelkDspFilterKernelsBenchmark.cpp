@@ -2,7 +2,7 @@
 // Each kernel of filters once per instruction set that this machine can run, the scalar twin first.
 #include "kernels/VelkDspFilterKernels.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 
 #include <benchmark/benchmark.h>
 
@@ -50,11 +50,11 @@ constexpr Operation kOperations[] = {
 
 const bool kRegistered = [] {
     for (const Operation& operation : kOperations) {
-        for (const tav::NamedKernels& set : tav::RunnableKernels()) {
-            const std::string name = std::string(operation.name) + "/" + std::string(set.name);
+        for (const tav::InstructionSet set : tav::RunnableInstructionSets()) {
+            const std::string name = std::string(operation.name) + "/" + std::string(NameOf(set));
             benchmark::RegisterBenchmark(name.c_str(), [&operation, set](benchmark::State& state) {
                 Bench bench;
-                const tav::FilterKernels& kernels = tav::FilterKernelsNamed(set.name);
+                const tav::FilterKernels& kernels = tav::KernelsFor<tav::FilterKernels>(set);
                 for (auto _ : state) {
                     operation.run(kernels, bench);
                     benchmark::ClobberMemory();

@@ -99,8 +99,8 @@ void DbapPanning::ComputeGains(unsigned index,
                                const tav::CartesianVector& source,
                                std::span<float> gains) {
     const tav::CartesianVector place = WithinReach(source);
-    DbapGains(cloud_.rows, place, MetricOf(index, place), tav::BestSpeakerKernels().gainsByDistance,
-              gains);
+    DbapGains(cloud_.rows, place, MetricOf(index, place),
+              tav::BestKernels<tav::SpeakerKernels>().gainsByDistance, gains);
     const float loudness = Loudness(place);
     if (loudness == 1.f) return;
     for (float& gain : gains) gain *= loudness;

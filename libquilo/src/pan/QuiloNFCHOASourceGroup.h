@@ -111,7 +111,7 @@ private:
     void ClearOrder(unsigned order) noexcept TAV_NONBLOCKING;
     void ClearLane(unsigned order, std::size_t lane, std::size_t numRows) noexcept TAV_NONBLOCKING;
 
-    const tav::FilterKernels& kernels_ = tav::BestFilterKernels();
+    const tav::FilterKernels& kernels_ = tav::BestKernels<tav::FilterKernels>();
     std::span<NFCHOAPanningOneSource> sources_;
     NFCHOAFilterBank& bank_;
     const NFCHOAHighPassFilterBank& highPasses_;

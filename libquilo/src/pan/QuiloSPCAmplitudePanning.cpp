@@ -9,7 +9,7 @@ namespace Quilo {
 
 SPCAmplitudePanning::SPCAmplitudePanning(unsigned numInputs, unsigned numOutputs)
     : AmplitudePanning(numInputs, numOutputs),
-      law_(tav::BestSpeakerKernels().gainsByAngle) {}
+      law_(tav::BestKernels<tav::SpeakerKernels>().gainsByAngle) {}
 
 void SPCAmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
     const ControlLock lock = LockControl();

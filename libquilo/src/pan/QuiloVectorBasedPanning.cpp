@@ -28,7 +28,7 @@ void VectorBasedPanning::TriangulateIfNeeded() {
     tav::CartesianArray positions(speakers_.Size());
     for (const LoudSpeaker& s : speakers_) positions[s.index] = {s.x, s.y, s.z};
     tav::Vector<Triplet> triplets = Triangulate(positions);
-    bank_ = TripletBank(triplets, tav::BestTripletKernels().findPeaks);
+    bank_ = TripletBank(triplets, tav::BestKernels<tav::TripletKernels>().findPeaks);
     triplets_ = std::move(triplets);
     needsTriangulation_ = false;  // first: the sources ask again
     RecomputeSources();

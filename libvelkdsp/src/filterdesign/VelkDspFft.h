@@ -19,7 +19,8 @@ public:
     static constexpr std::size_t kMaxSize = 65536;
 
     /// Throws: tav::Exception for any other size.
-    explicit Fft(std::size_t size, const ConvolutionKernels& kernels = BestConvolutionKernels());
+    explicit Fft(std::size_t size,
+                 const ConvolutionKernels& kernels = BestKernels<ConvolutionKernels>());
 
     std::size_t Size() const noexcept TAV_NONBLOCKING { return 2 * half_; }
     std::size_t NumBins() const noexcept TAV_NONBLOCKING { return half_ + 1; }

@@ -2,9 +2,8 @@
 // The loops of convolution: taps over samples, passes of a Fourier transform, products of spectra.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
 #include "text/VelkDspNonblocking.h"
-
-#include <string_view>
 
 namespace tav {
 
@@ -56,16 +55,10 @@ struct ConvolutionKernels {
                         const ConstComplexParts& a,
                         const ConstComplexParts& b,
                         int n) noexcept TAV_NONBLOCKING;
+
+    // One file each.
+    static const ConvolutionKernels& Scalar() noexcept;
+    static const ConvolutionKernels& Avx2() noexcept;
 };
-
-/// The set that goes with the gain kernels of that name; the scalar one for any other name.
-/// @pre  this machine runs the gain kernels of that name
-const ConvolutionKernels& ConvolutionKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const ConvolutionKernels& BestConvolutionKernels() noexcept;
-
-// One file each.
-const ConvolutionKernels& ScalarConvolutionKernels() noexcept;  // the reference twin
-const ConvolutionKernels& Avx2ConvolutionKernels() noexcept;
 
 }  // namespace tav

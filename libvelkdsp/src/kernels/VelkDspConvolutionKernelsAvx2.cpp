@@ -150,7 +150,7 @@ void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
     if (pass.stride >= kLanes) return PassOfGroups<Wide, kLanes>(pass);
     if (pass.stride == 4) return PassOfGroups<Narrow, 4>(pass);
     if (pass.n % 16 == 0) return FirstPass(pass);
-    ScalarConvolutionKernels().radix4(pass);
+    ConvolutionKernels::Scalar().radix4(pass);
 }
 
 __m256 Reversed(__m256 v) noexcept {
@@ -191,13 +191,13 @@ void MultiplyAdd(const ComplexParts& sum,
         Wide::Store(sum.re + k, Wide::Add(Wide::Load(sum.re + k), product.re));
         Wide::Store(sum.im + k, Wide::Add(Wide::Load(sum.im + k), product.im));
     }
-    ScalarConvolutionKernels().multiplyAdd({sum.re + k, sum.im + k}, {a.re + k, a.im + k},
-                                           {b.re + k, b.im + k}, n - k);
+    ConvolutionKernels::Scalar().multiplyAdd({sum.re + k, sum.im + k}, {a.re + k, a.im + k},
+                                             {b.re + k, b.im + k}, n - k);
 }
 
 }  // namespace
 
-const ConvolutionKernels& Avx2ConvolutionKernels() noexcept {
+const ConvolutionKernels& ConvolutionKernels::Avx2() noexcept {
     static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
     return kKernels;
 }

@@ -83,7 +83,7 @@ void MultiplyAdd(const ComplexParts& sum,
 
 }  // namespace
 
-const ConvolutionKernels& ScalarConvolutionKernels() noexcept {
+const ConvolutionKernels& ConvolutionKernels::Scalar() noexcept {
     static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
     return kKernels;
 }

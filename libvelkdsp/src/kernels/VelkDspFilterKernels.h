@@ -5,10 +5,10 @@
 // samples between two taps of a long delay, or sources that pass the same kind of section.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <cstddef>
-#include <string_view>
 
 namespace tav {
 
@@ -55,17 +55,11 @@ struct FilterKernels {
     /// Signals of n samples into rows and back.  @param signals  kSourceLanes
     void (*toRows)(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING;
     void (*fromRows)(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING;
+
+    // One file each.
+    static const FilterKernels& Scalar() noexcept;
+    static const FilterKernels& Avx2() noexcept;
+    static const FilterKernels& Avx512() noexcept;
 };
-
-/// The set with the name that a set of gain kernels has; the scalar one for any other name.
-/// @pre  this machine runs the gain kernels of that name
-const FilterKernels& FilterKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const FilterKernels& BestFilterKernels() noexcept;
-
-// One file each.
-const FilterKernels& ScalarFilterKernels() noexcept;  // the reference twin
-const FilterKernels& Avx2FilterKernels() noexcept;
-const FilterKernels& Avx512FilterKernels() noexcept;
 
 }  // namespace tav

@@ -7,7 +7,7 @@
 namespace tav {
 namespace {
 
-struct Avx2 {
+struct Avx2Operations {
     using Vec = __m256;
     static constexpr int kLanes = 8;
 
@@ -25,9 +25,9 @@ struct Avx2 {
 
 }  // namespace
 
-const FilterKernels& Avx2FilterKernels() noexcept {
-    static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx2>::NearField, ToRows,
-                                            FromRows};
+const FilterKernels& FilterKernels::Avx2() noexcept {
+    static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx2Operations>::NearField,
+                                            ToRows, FromRows};
     return kKernels;
 }
 

@@ -7,7 +7,7 @@
 namespace tav {
 namespace {
 
-struct Avx512 {
+struct Avx512Operations {
     using Vec = __m512;
     static constexpr int kLanes = 16;
 
@@ -25,9 +25,9 @@ struct Avx512 {
 
 }  // namespace
 
-const FilterKernels& Avx512FilterKernels() noexcept {
-    static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx512>::NearField, ToRows,
-                                            FromRows};
+const FilterKernels& FilterKernels::Avx512() noexcept {
+    static constexpr FilterKernels kKernels{
+        AllPass, VectorFilterKernels<Avx512Operations>::NearField, ToRows, FromRows};
     return kKernels;
 }
 

@@ -149,7 +149,7 @@ void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONB
 
 }  // namespace
 
-const FilterKernels& ScalarFilterKernels() noexcept {
+const FilterKernels& FilterKernels::Scalar() noexcept {
     static constexpr FilterKernels kKernels{AllPass, NearField, ToRows, FromRows};
     return kKernels;
 }

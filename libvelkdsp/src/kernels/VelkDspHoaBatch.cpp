@@ -28,12 +28,18 @@ void Fill(Block& block, std::span<const CartesianVector> directions) {
 
 }  // namespace
 
+const HoaKernels& HoaKernels::Scalar() noexcept {
+    static constexpr HoaKernels kNone{nullptr, nullptr};
+    return kNone;
+}
+
 void ComputeHoaGains(HoaEncodingVector& encoding,
                      std::span<const CartesianVector> directions,
                      Matrix<float>& gains,
-                     const HoaKernels* kernels) {
+                     const HoaKernels& kernels) {
     using Mode = HoaEncodingVector::Mode;
-    if (!kernels || encoding.Dimension() != 3 || encoding.GetMode() == Mode::Fast) {
+    if (kernels.encode == nullptr || encoding.Dimension() != 3 ||
+        encoding.GetMode() == Mode::Fast) {
         for (std::size_t i = 0; i < directions.size(); ++i) {
             encoding.Compute(directions[i], gains.Row(i));
         }
@@ -51,10 +57,10 @@ void ComputeHoaGains(HoaEncodingVector& encoding,
     for (std::size_t i = 0; i < directions.size(); i += kCount) {
         const std::size_t count = std::min(kCount, directions.size() - i);
         Fill(block, directions.subspan(i, count));
-        kernels->encode(tables, block.data(), channels.Data());
-        kernels->turn(channels.Data(), static_cast<std::ptrdiff_t>(numChannels),
-                      gains.Row(i).data(), static_cast<std::ptrdiff_t>(gains.Columns()),
-                      static_cast<std::ptrdiff_t>(count));
+        kernels.encode(tables, block.data(), channels.Data());
+        kernels.turn(channels.Data(), static_cast<std::ptrdiff_t>(numChannels), gains.Row(i).data(),
+                     static_cast<std::ptrdiff_t>(gains.Columns()),
+                     static_cast<std::ptrdiff_t>(count));
     }
 }
 

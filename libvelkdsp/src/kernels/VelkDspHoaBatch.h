@@ -14,11 +14,11 @@ namespace tav {
 /// dimensions at a fraction of the time.
 /// @param directions  finite, as many as `gains` has rows  @param gains  directions x
 /// NumChannels(); more columns are left as they are, and where there are fewer, all are
-/// @param kernels  null: one direction after the other
+/// @param kernels  where they are null, one direction follows the other
 /// Thread: one at a time.  Throws: std::bad_alloc.
 void ComputeHoaGains(HoaEncodingVector& encoding,
                      std::span<const CartesianVector> directions,
                      Matrix<float>& gains,
-                     const HoaKernels* kernels = BestHoaKernels());
+                     const HoaKernels& kernels = BestKernels<HoaKernels>());
 
 }  // namespace tav

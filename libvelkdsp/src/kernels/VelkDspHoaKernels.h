@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The spherical harmonics of many directions at once, once per instruction set.
 //
-// A lane is a direction. There is no scalar set: without vectors one direction after the other is
+// A lane is a direction. The scalar set is empty: without vectors one direction after the other is
 // faster, and HoaEncodingVector, which does that, is the reference twin.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
+
 #include <cstddef>
-#include <string_view>
 
 namespace tav {
 
@@ -36,16 +37,11 @@ struct HoaKernels {
                  float* rows,
                  std::ptrdiff_t stride,
                  std::ptrdiff_t numRows) noexcept;
+
+    static const HoaKernels& Scalar() noexcept;  // both pointers are null
+    // One file each.
+    static const HoaKernels& Avx2() noexcept;
+    static const HoaKernels& Avx512() noexcept;
 };
-
-/// The set with the name that a set of gain kernels has; null where there is none.
-/// @pre  this machine runs the gain kernels of that name
-const HoaKernels* HoaKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const HoaKernels* BestHoaKernels() noexcept;
-
-// One file each.
-const HoaKernels& Avx2HoaKernels() noexcept;
-const HoaKernels& Avx512HoaKernels() noexcept;
 
 }  // namespace tav

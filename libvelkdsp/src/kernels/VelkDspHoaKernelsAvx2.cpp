@@ -8,7 +8,7 @@
 namespace tav {
 namespace {
 
-struct Avx2 {
+struct Avx2Operations {
     using Vec = __m256d;
     using Floats = __m256;
     static constexpr std::ptrdiff_t kLanes = 4;
@@ -78,8 +78,8 @@ void Turn(const float* channels,
 
 }  // namespace
 
-const HoaKernels& Avx2HoaKernels() noexcept {
-    static constexpr HoaKernels kKernels{VectorHoaKernels<Avx2>::Encode, Turn};
+const HoaKernels& HoaKernels::Avx2() noexcept {
+    static constexpr HoaKernels kKernels{VectorHoaKernels<Avx2Operations>::Encode, Turn};
     return kKernels;
 }
 

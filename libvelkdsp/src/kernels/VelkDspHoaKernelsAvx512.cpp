@@ -8,7 +8,7 @@ namespace tav {
 namespace {
 
 // Masked with all lanes where the plain intrinsic warns of uninitialised registers.
-struct Avx512 {
+struct Avx512Operations {
     using Vec = __m512d;
     using Floats = __m512;
     static constexpr std::ptrdiff_t kLanes = 8;
@@ -34,8 +34,9 @@ struct Avx512 {
 
 }  // namespace
 
-const HoaKernels& Avx512HoaKernels() noexcept {
-    static const HoaKernels kKernels{VectorHoaKernels<Avx512>::Encode, Avx2HoaKernels().turn};
+const HoaKernels& HoaKernels::Avx512() noexcept {
+    static const HoaKernels kKernels{VectorHoaKernels<Avx512Operations>::Encode,
+                                     HoaKernels::Avx2().turn};
     return kKernels;
 }
 

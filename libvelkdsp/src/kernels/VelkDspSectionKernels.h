@@ -5,9 +5,8 @@
 // waiting. Channels side by side do not.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
 #include "text/VelkDspNonblocking.h"
-
-#include <string_view>
 
 namespace tav {
 
@@ -50,17 +49,10 @@ struct SectionKernels {
     void (*run)(const SectionRun& run) noexcept TAV_NONBLOCKING;
     /// The mix moves by its steps.
     void (*runMoving)(const SectionRun& run) noexcept TAV_NONBLOCKING;
+
+    // One file each. Wider vectors than those of AVX2 gain nothing here.
+    static const SectionKernels& Scalar() noexcept;
+    static const SectionKernels& Avx2() noexcept;
 };
-
-/// The set that goes with the gain kernels of that name; the scalar one for any other name. Wider
-/// vectors than those of AVX2 gain nothing here.
-/// @pre  this machine runs the gain kernels of that name
-const SectionKernels& SectionKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const SectionKernels& BestSectionKernels() noexcept;
-
-// One file each.
-const SectionKernels& ScalarSectionKernels() noexcept;  // the reference twin
-const SectionKernels& Avx2SectionKernels() noexcept;
 
 }  // namespace tav

@@ -149,7 +149,7 @@ private:
 
 }  // namespace
 
-const SectionKernels& Avx2SectionKernels() noexcept {
+const SectionKernels& SectionKernels::Avx2() noexcept {
     static constexpr SectionKernels kKernels{Avx2Sections::Run<false>, Avx2Sections::Run<true>};
     return kKernels;
 }

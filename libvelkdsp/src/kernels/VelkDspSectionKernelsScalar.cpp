@@ -34,7 +34,7 @@ void Run(const SectionRun& run) noexcept TAV_NONBLOCKING {
 
 }  // namespace
 
-const SectionKernels& ScalarSectionKernels() noexcept {
+const SectionKernels& SectionKernels::Scalar() noexcept {
     static constexpr SectionKernels kKernels{Run<false>, Run<true>};
     return kKernels;
 }

@@ -2,8 +2,9 @@
 // Gains of one source on all loudspeakers at once, one set per instruction set.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
+
 #include <cstddef>
-#include <string_view>
 
 namespace tav {
 
@@ -36,20 +37,14 @@ struct SpeakerKernels {
                          float y,
                          float exponent,
                          float* gains) noexcept;
+
+    // One file each.
+    static const SpeakerKernels& Scalar() noexcept;
+    static const SpeakerKernels& Avx2() noexcept;
+    static const SpeakerKernels& Avx512() noexcept;
 };
 
 /// Half the distance between 1 and the number below: 1 + c is 0 for a rounded c nearer to -1.
 inline constexpr float kCosineResolution = 0x1p-25f;
-
-/// The set with the name that a set of gain kernels has; the scalar one for any other name.
-/// @pre  this machine runs the gain kernels of that name
-const SpeakerKernels& SpeakerKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const SpeakerKernels& BestSpeakerKernels() noexcept;
-
-// One file each.
-const SpeakerKernels& ScalarSpeakerKernels() noexcept;  // the reference twin
-const SpeakerKernels& Avx2SpeakerKernels() noexcept;
-const SpeakerKernels& Avx512SpeakerKernels() noexcept;
 
 }  // namespace tav

@@ -6,7 +6,7 @@
 namespace tav {
 namespace {
 
-struct Avx2 {
+struct Avx2Operations {
     using Vec = __m256;
     static constexpr int kLanes = 8;
 
@@ -62,6 +62,8 @@ private:
 
 }  // namespace
 
-const SpeakerKernels& Avx2SpeakerKernels() noexcept { return VectorSpeakerKernels<Avx2>::kKernels; }
+const SpeakerKernels& SpeakerKernels::Avx2() noexcept {
+    return VectorSpeakerKernels<Avx2Operations>::kKernels;
+}
 
 }  // namespace tav

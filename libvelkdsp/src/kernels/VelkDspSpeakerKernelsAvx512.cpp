@@ -9,7 +9,7 @@ namespace {
 // The masked forms where the plain intrinsic warns of uninitialised registers with some compilers.
 constexpr __mmask16 kAll = 0xffff;
 
-struct Avx512 {
+struct Avx512Operations {
     using Vec = __m512;
     static constexpr int kLanes = 16;
 
@@ -67,8 +67,8 @@ private:
 
 }  // namespace
 
-const SpeakerKernels& Avx512SpeakerKernels() noexcept {
-    return VectorSpeakerKernels<Avx512>::kKernels;
+const SpeakerKernels& SpeakerKernels::Avx512() noexcept {
+    return VectorSpeakerKernels<Avx512Operations>::kKernels;
 }
 
 }  // namespace tav

@@ -54,7 +54,7 @@ bool GainsByAngle(const float* rows,
 
 }  // namespace
 
-const SpeakerKernels& ScalarSpeakerKernels() noexcept {
+const SpeakerKernels& SpeakerKernels::Scalar() noexcept {
     static constexpr SpeakerKernels kKernels{GainsByDistance, GainsByAngle};
     return kKernels;
 }

@@ -2,9 +2,10 @@
 // The search for the triplet of loudspeakers around a direction, once per instruction set.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace tav {
 
@@ -26,17 +27,11 @@ struct TripletKernels {
                       const float* position,
                       float* best,
                       std::int32_t* bestBlock) noexcept;
+
+    // One file each.
+    static const TripletKernels& Scalar() noexcept;
+    static const TripletKernels& Avx2() noexcept;
+    static const TripletKernels& Avx512() noexcept;
 };
-
-/// The set with the name that a set of gain kernels has; the scalar one for any other name.
-/// @pre  this machine runs the gain kernels of that name
-const TripletKernels& TripletKernelsNamed(std::string_view name) noexcept;
-/// The set that goes with BestKernels().  Thread: control.
-const TripletKernels& BestTripletKernels() noexcept;
-
-// One file each.
-const TripletKernels& ScalarTripletKernels() noexcept;  // the reference twin
-const TripletKernels& Avx2TripletKernels() noexcept;
-const TripletKernels& Avx512TripletKernels() noexcept;
 
 }  // namespace tav

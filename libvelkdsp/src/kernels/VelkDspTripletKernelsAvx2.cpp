@@ -51,7 +51,7 @@ void FindPeaks(const float* elements,
 
 }  // namespace
 
-const TripletKernels& Avx2TripletKernels() noexcept {
+const TripletKernels& TripletKernels::Avx2() noexcept {
     static constexpr TripletKernels kKernels{FindPeaks};
     return kKernels;
 }

@@ -50,7 +50,7 @@ void FindPeaks(const float* elements,
 
 }  // namespace
 
-const TripletKernels& Avx512TripletKernels() noexcept {
+const TripletKernels& TripletKernels::Avx512() noexcept {
     static constexpr TripletKernels kKernels{FindPeaks};
     return kKernels;
 }

@@ -36,7 +36,7 @@ void FindPeaks(const float* elements,
 
 }  // namespace
 
-const TripletKernels& ScalarTripletKernels() noexcept {
+const TripletKernels& TripletKernels::Scalar() noexcept {
     static constexpr TripletKernels kKernels{FindPeaks};
     return kKernels;
 }

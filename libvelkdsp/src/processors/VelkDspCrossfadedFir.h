@@ -40,7 +40,7 @@ private:
               const float* input,
               std::size_t gridPosition) const noexcept TAV_NONBLOCKING;
 
-    const ConvolutionKernels& kernels_ = BestConvolutionKernels();
+    const ConvolutionKernels& kernels_ = BestKernels<ConvolutionKernels>();
     FirHistory history_;
     Crossfade<FirResponse> fade_;
     Tail soundingTail_{};

@@ -106,7 +106,7 @@ struct DecorrelationBank::Chains {
         }
     }
 
-    const FilterKernels& kernels = BestFilterKernels();
+    const FilterKernels& kernels = BestKernels<FilterKernels>();
     std::uint64_t silentAfter;  // samples
     std::vector<float> memory;
     std::vector<Ring> rings;  // kAllPassSections per output; none where there is one output

@@ -48,7 +48,7 @@ private:
     std::size_t position_ = 0;    // of the next sample, below length_
     std::size_t gridPosition_ = 0;
 
-    const ConvolutionKernels& kernels_ = BestConvolutionKernels();
+    const ConvolutionKernels& kernels_ = BestKernels<ConvolutionKernels>();
     Fft fft_{2 * FirResponse::kPartition};
     std::size_t numSpectra_;
     std::vector<float> re_;  // a ring of spectra, and behind them a sum

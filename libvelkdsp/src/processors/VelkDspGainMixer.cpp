@@ -27,7 +27,7 @@ constexpr auto kTileCounts = [] {
 
 }  // namespace
 
-GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& kernels)
+GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels)
     : kernels_(kernels),
       numInputs_(numInputs),
       numOutputs_(numOutputs),

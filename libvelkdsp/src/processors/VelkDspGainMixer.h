@@ -8,7 +8,7 @@
 // audible pairs cost.
 #pragma once
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <array>
@@ -32,7 +32,7 @@ class GainMixer {
 public:
     static constexpr float kAudibleGain = 1e-4f;  // up to here, a gain that rests is silence
 
-    GainMixer(unsigned numInputs, unsigned numOutputs, const Kernels& kernels);
+    GainMixer(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels);
 
     /// How many floats a row of gains has: one per output, and zeros up to whole groups.
     static std::size_t RowLength(unsigned numOutputs) noexcept TAV_NONBLOCKING;
@@ -97,7 +97,7 @@ private:
     /// The first of the six gains, or steps, of an input in a tile.
     std::size_t Slot(unsigned tile, unsigned input) const noexcept TAV_NONBLOCKING;
 
-    const Kernels& kernels_;
+    const GainKernels& kernels_;
     const unsigned numInputs_;
     const unsigned numOutputs_;
     const unsigned numTiles_;

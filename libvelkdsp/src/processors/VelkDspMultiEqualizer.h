@@ -24,7 +24,7 @@ public:
     /// All bands off.  Throws: std::bad_alloc.
     MultiEqualizer(unsigned numChannels,
                    unsigned numBands,
-                   const SectionKernels& kernels = BestSectionKernels());
+                   const SectionKernels& kernels = BestKernels<SectionKernels>());
 
     // 1
     using AudioProcessorWithAutoMute::Process;

@@ -19,7 +19,7 @@ std::int32_t RampLength(float milliseconds, float sampleRateHz) noexcept {
 
 GainMatrixProcessor::GainMatrixProcessor(unsigned numInputs,
                                          unsigned numOutputs,
-                                         const Kernels& kernels)
+                                         const GainKernels& kernels)
     : AudioProcessorWithAutoMute(numInputs, numOutputs),
       target_(numInputs, numOutputs),
       mixer_(numInputs, numOutputs, kernels),
@@ -70,7 +70,7 @@ bool GainMatrixProcessor::TargetsWait() noexcept TAV_NONBLOCKING {
     return wait;
 }
 
-SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs, const Kernels& kernels)
+SignalMatrix::SignalMatrix(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels)
     : GainMatrixProcessor(numInputs, numOutputs, kernels),
       controlRow_(numOutputs),
       jumps_(numInputs, numOutputs),
@@ -228,7 +228,7 @@ void SignalMatrix::SetMixerRow(std::size_t index) noexcept TAV_NONBLOCKING {
 
 StaticSignalMatrix::StaticSignalMatrix(unsigned numInputs,
                                        unsigned numOutputs,
-                                       const Kernels& kernels)
+                                       const GainKernels& kernels)
     : GainMatrixProcessor(numInputs, numOutputs, kernels),
       gains_(numInputs * GainMixer::RowLength(numOutputs)),
       newRow_(GainMixer::RowLength(numOutputs)) {}

@@ -6,7 +6,7 @@
 // no lock: rows pass through GainRows, what must not wait for a segment to end through GainJump.
 #pragma once
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
 #include "processors/VelkDspGainJump.h"
 #include "processors/VelkDspGainMixer.h"
@@ -26,7 +26,7 @@ namespace tav {
 /// Thread: the setters and getters belong to control, one at a time; audio may run.
 class GainMatrixProcessor : public AudioProcessorWithAutoMute {
 public:
-    GainMatrixProcessor(unsigned numInputs, unsigned numOutputs, const Kernels& kernels);
+    GainMatrixProcessor(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels);
 
     using AudioProcessorBase::Process;
     /// Perform into zeroed outputs.
@@ -72,7 +72,7 @@ public:
     /// No interpolation.
     SignalMatrix(unsigned numInputs,
                  unsigned numOutputs,
-                 const Kernels& kernels = *BestKernels().kernels);
+                 const GainKernels& kernels = BestKernels<GainKernels>());
 
     void Perform(float* const* outputs,
                  const float* const* inputs,
@@ -137,7 +137,7 @@ class StaticSignalMatrix final : public GainMatrixProcessor {
 public:
     StaticSignalMatrix(unsigned numInputs,
                        unsigned numOutputs,
-                       const Kernels& kernels = *BestKernels().kernels);
+                       const GainKernels& kernels = BestKernels<GainKernels>());
 
     void Perform(float* const* outputs,
                  const float* const* inputs,

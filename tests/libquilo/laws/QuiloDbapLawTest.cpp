@@ -50,7 +50,8 @@ TEST(DbapGains, EqualTheLawInDoublePrecisionOverRandomLayouts) {
             energy += 1.0 / (d + 1e-10);
         }
         Gains gains(layout.Size() + 2, 9.f);
-        DbapGains(cloud.rows, p, metric, tav::BestSpeakerKernels().gainsByDistance, gains);
+        DbapGains(cloud.rows, p, metric, tav::BestKernels<tav::SpeakerKernels>().gainsByDistance,
+                  gains);
         for (std::size_t k = 0; k < layout.Size(); ++k) {
             // Differences to a loudspeaker 10 m away are right to 1e-6 m; so is its distance.
             const double e = expected[k] / std::sqrt(energy);

@@ -16,7 +16,7 @@ namespace {
 using Gains = tav::Vector<float>;
 
 Gains GainsOf(const tav::CartesianArray& layout, const tav::CartesianVector& p, float spread) {
-    SpcapLaw law(tav::BestSpeakerKernels().gainsByAngle);
+    SpcapLaw law(tav::BestKernels<tav::SpeakerKernels>().gainsByAngle);
     law.SetSpeakers(layout);
     Gains gains(layout.Size(), 9.f);
     law.Gains(p, spread, gains);

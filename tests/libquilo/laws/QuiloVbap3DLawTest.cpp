@@ -27,7 +27,7 @@ using Tests::RandomPoint;
 CartesianArray Sphere(unsigned count) { return DefaultSpeakers(LayoutKind::Periphonic, count); }
 
 TripletBank Bank(std::span<const Triplet> triplets) {
-    return {triplets, tav::BestTripletKernels().findPeaks};
+    return {triplets, tav::BestKernels<tav::TripletKernels>().findPeaks};
 }
 
 Gains RawGains(const TripletBank& bank, std::size_t count, const CartesianVector& source) {

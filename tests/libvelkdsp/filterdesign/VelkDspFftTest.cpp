@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "filterdesign/VelkDspFft.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "reference/PlainFourier.h"
 #include "reference/Signals.h"
 #include "text/VelkDspException.h"
@@ -23,8 +23,8 @@ TEST_P(FftOfSize, IsTheSpectrumAndComesBack) {
     const auto expected = Plain::Spectrum({signal.begin(), signal.end()}, size);
     // A bin's magnitude is about sqrt(size / 3).
     const double rms = std::sqrt(static_cast<double>(size) / 3.0);
-    for (const NamedKernels& set : RunnableKernels()) {
-        Fft fft(size, ConvolutionKernelsNamed(set.name));
+    for (const InstructionSet set : RunnableInstructionSets()) {
+        Fft fft(size, KernelsFor<ConvolutionKernels>(set));
         std::vector<float> re(fft.NumBins()), im(fft.NumBins()), back(size);
         fft.Forward(signal, re, im);
         double error = 0.0;
@@ -32,11 +32,12 @@ TEST_P(FftOfSize, IsTheSpectrumAndComesBack) {
             const std::complex<double> got(static_cast<double>(re[k]), static_cast<double>(im[k]));
             error += std::norm(got - expected[k]);
         }
-        EXPECT_LT(std::sqrt(error / static_cast<double>(fft.NumBins())) / rms, 1e-6) << set.name;
+        EXPECT_LT(std::sqrt(error / static_cast<double>(fft.NumBins())) / rms, 1e-6) << NameOf(set);
         const auto last = std::complex<double>(static_cast<double>(re.back()));
         EXPECT_LT(std::abs(last - expected[size / 2]) / rms, 1e-5);
         fft.Inverse(re, im, back);
-        for (std::size_t k = 0; k < size; ++k) ASSERT_NEAR(back[k], signal[k], 2e-6f) << set.name;
+        for (std::size_t k = 0; k < size; ++k)
+            ASSERT_NEAR(back[k], signal[k], 2e-6f) << NameOf(set);
     }
 }
 

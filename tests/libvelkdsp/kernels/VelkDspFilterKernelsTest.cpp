@@ -2,7 +2,7 @@
 // Vector kernels of filters against their scalar twins.
 #include "kernels/VelkDspFilterKernels.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "reference/Signals.h"
 
 #include <gtest/gtest.h>
@@ -22,10 +22,10 @@ std::vector<float> Noise(std::size_t count, float low = -1.f, float high = 1.f) 
     return Tests::Noise(count, ++seed, low, high);
 }
 
-class FilterKernelsOf : public testing::TestWithParam<NamedKernels> {
+class FilterKernelsOf : public testing::TestWithParam<InstructionSet> {
 protected:
-    const FilterKernels& tested_ = FilterKernelsNamed(GetParam().name);
-    const FilterKernels& plain_ = ScalarFilterKernels();
+    const FilterKernels& tested_ = KernelsFor<FilterKernels>(GetParam());
+    const FilterKernels& plain_ = FilterKernels::Scalar();
 };
 
 TEST_P(FilterKernelsOf, AllPassOfEveryLength) {
@@ -103,8 +103,9 @@ TEST_P(FilterKernelsOf, NearFieldSectionsOfEveryKind) {
 
 INSTANTIATE_TEST_SUITE_P(Sets,
                          FilterKernelsOf,
-                         testing::ValuesIn(RunnableKernels().begin(), RunnableKernels().end()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         testing::ValuesIn(RunnableInstructionSets().begin(),
+                                           RunnableInstructionSets().end()),
+                         [](const auto& test) { return std::string(NameOf(test.param)); });
 
 }  // namespace
 }  // namespace tav

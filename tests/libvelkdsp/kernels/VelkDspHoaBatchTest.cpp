@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspHoaBatch.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
@@ -28,20 +28,20 @@ CartesianArray Directions(std::size_t count) {
 // epsilon; and where products of 64 bits cancel, some of their roundings are left.
 TEST(HoaBatch, GivesEveryDirectionTheGainsThatItHasAlone) {
     constexpr float kRelative = 2.f * std::numeric_limits<float>::epsilon();
-    for (const NamedKernels& set : RunnableKernels()) {
+    for (const InstructionSet set : RunnableInstructionSets()) {
         for (const unsigned order : {0u, 1u, 2u, 3u, 4u, 7u, 14u, 20u}) {
             for (const std::size_t count : {0u, 1u, 5u, 15u, 16u, 17u, 32u, 40u}) {
                 HoaEncodingVector encoding(order, 3, SphericalHarmonic::Normalization::N3D);
                 const CartesianArray directions = Directions(count);
                 const std::size_t numChannels = encoding.NumChannels();
                 Matrix<float> gains(count, numChannels + 3, kUntouched);
-                ComputeHoaGains(encoding, directions, gains, HoaKernelsNamed(set.name));
+                ComputeHoaGains(encoding, directions, gains, KernelsFor<HoaKernels>(set));
                 Vector<float> alone;
                 for (std::size_t i = 0; i < count; ++i) {
                     encoding.Compute(directions[i], alone);
                     for (std::size_t c = 0; c < numChannels; ++c) {
                         ASSERT_NEAR(gains(i, c), alone[c], kRelative * std::abs(alone[c]) + 1e-12f)
-                            << set.name << " order " << order << " channel " << c;
+                            << NameOf(set) << " order " << order << " channel " << c;
                     }
                     for (std::size_t c = numChannels; c < gains.Columns(); ++c) {
                         ASSERT_EQ(gains(i, c), kUntouched);

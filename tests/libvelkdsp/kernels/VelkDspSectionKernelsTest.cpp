@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspSectionKernels.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "reference/Signals.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +35,7 @@ std::vector<SectionBank> RandomBanks(unsigned seed) {
     return banks;
 }
 
-class SectionKernelSets : public testing::TestWithParam<NamedKernels> {
+class SectionKernelSets : public testing::TestWithParam<InstructionSet> {
 protected:
     /// Runs `numLanes` channels in pieces of the given sizes.
     void Play(const SectionKernels& kernels,
@@ -67,14 +67,14 @@ protected:
 };
 
 TEST_P(SectionKernelSets, AgreeWithTheScalarTwinAndWithThemselvesInPieces) {
-    const SectionKernels& tested = SectionKernelsNamed(GetParam().name);
+    const SectionKernels& tested = KernelsFor<SectionKernels>(GetParam());
     for (const bool moving : {false, true}) {
         for (int lanes = 1; lanes <= kSectionLanes; ++lanes) {
             for (int n = 0; n <= kMostFrames; n += lanes == 5 ? 1 : 13) {
                 auto expected = Noise(), whole = Noise(), cut = Noise();
                 auto expectedBanks = RandomBanks(3), wholeBanks = RandomBanks(3),
                      cutBanks = RandomBanks(3);
-                Play(ScalarSectionKernels(), moving, lanes, {{n}}, expected, expectedBanks);
+                Play(SectionKernels::Scalar(), moving, lanes, {{n}}, expected, expectedBanks);
                 Play(tested, moving, lanes, {{n}}, whole, wholeBanks);
                 Play(tested, moving, lanes, {{n / 3, n - n / 3}}, cut, cutBanks);
                 EXPECT_EQ(whole, cut) << lanes << " lanes, " << n;
@@ -95,8 +95,9 @@ TEST_P(SectionKernelSets, AgreeWithTheScalarTwinAndWithThemselvesInPieces) {
 
 INSTANTIATE_TEST_SUITE_P(Sets,
                          SectionKernelSets,
-                         testing::ValuesIn(RunnableKernels().begin(), RunnableKernels().end()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         testing::ValuesIn(RunnableInstructionSets().begin(),
+                                           RunnableInstructionSets().end()),
+                         [](const auto& test) { return std::string(NameOf(test.param)); });
 
 }  // namespace
 }  // namespace tav

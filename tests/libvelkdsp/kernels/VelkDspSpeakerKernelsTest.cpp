@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspSpeakerKernels.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 #include "reference/RandomPoints.h"
 
 #include <gtest/gtest.h>
@@ -25,16 +25,16 @@ template <class Fill>
 void ExpectUnitEnergyGains(const Problem& problem, std::size_t start, Fill fill) {
     double energy = 0.0;
     for (const double gain : problem.gains) energy += gain * gain;
-    for (const NamedKernels& set : RunnableKernels()) {
+    for (const InstructionSet set : RunnableInstructionSets()) {
         std::vector<float> gains(start + problem.gains.size() + 1, kUntouched);
-        fill(SpeakerKernelsNamed(set.name), gains.data() + start);
+        fill(KernelsFor<SpeakerKernels>(set), gains.data() + start);
         for (std::size_t k = 0; k < problem.gains.size(); ++k) {
             // Some roundings of its own and those of a sum of up to 67 terms.
             const double expected = problem.gains[k] / std::sqrt(energy);
             ASSERT_NEAR(static_cast<double>(gains[start + k]), expected, 2e-6 * expected)
-                << set.name << ", " << k << " of " << problem.gains.size();
+                << NameOf(set) << ", " << k << " of " << problem.gains.size();
         }
-        EXPECT_EQ(gains.back(), kUntouched) << set.name;
+        EXPECT_EQ(gains.back(), kUntouched) << NameOf(set);
     }
 }
 
@@ -92,10 +92,10 @@ TEST(SpeakerKernels, AllSetsGiveTheGainsOfDoublePrecision) {
         }
     }
     const std::vector<float> opposite(48, -1.f);
-    for (const NamedKernels& set : RunnableKernels()) {
+    for (const InstructionSet set : RunnableInstructionSets()) {
         float gain = kUntouched;
-        EXPECT_FALSE(SpeakerKernelsNamed(set.name).gainsByAngle(opposite.data(), 16, 1, 1.f, 1.f,
-                                                                0.5f, &gain));
+        EXPECT_FALSE(KernelsFor<SpeakerKernels>(set).gainsByAngle(opposite.data(), 16, 1, 1.f, 1.f,
+                                                                  0.5f, &gain));
         EXPECT_EQ(gain, 0.f);
     }
 }

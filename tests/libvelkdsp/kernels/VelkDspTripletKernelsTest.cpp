@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspTripletKernels.h"
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspInstructionSet.h"
 
 #include <gtest/gtest.h>
 
@@ -54,15 +54,15 @@ TEST(TripletKernels, AllSetsFindTheFirstHighestMinimumOfEachLane) {
                 where[lane] = block;
             }
         }
-        for (const NamedKernels& set : RunnableKernels()) {
+        for (const InstructionSet set : RunnableInstructionSets()) {
             std::array<float, kLanes> found;
             std::array<std::int32_t, kLanes> foundWhere;
             found.fill(toBeat);
             foundWhere.fill(-1);
-            TripletKernelsNamed(set.name).findPeaks(first, numBlocks, p.data(), found.data(),
-                                                    foundWhere.data());
-            EXPECT_EQ(found, best) << set.name << " round " << round;
-            EXPECT_EQ(foundWhere, where) << set.name << " round " << round;
+            KernelsFor<TripletKernels>(set).findPeaks(first, numBlocks, p.data(), found.data(),
+                                                      foundWhere.data());
+            EXPECT_EQ(found, best) << NameOf(set) << " round " << round;
+            EXPECT_EQ(foundWhere, where) << NameOf(set) << " round " << round;
         }
     }
 }

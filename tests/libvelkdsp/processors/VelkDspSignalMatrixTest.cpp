@@ -106,7 +106,7 @@ struct Shape {
     unsigned inputs, outputs;
 };
 struct MatrixCase {
-    tav::NamedKernels kernels;
+    tav::InstructionSet set;
     Shape shape;
 };
 
@@ -115,7 +115,9 @@ class RandomLife : public testing::TestWithParam<MatrixCase> {
 protected:
     RandomLife()
         : generator_(GetParam().shape.inputs * 1000 + GetParam().shape.outputs),
-          matrix_(GetParam().shape.inputs, GetParam().shape.outputs, *GetParam().kernels.kernels),
+          matrix_(GetParam().shape.inputs,
+                  GetParam().shape.outputs,
+                  tav::KernelsFor<tav::GainKernels>(GetParam().set)),
           plain_(GetParam().shape.inputs, GetParam().shape.outputs) {}
 
     unsigned Below(unsigned count) { return static_cast<unsigned>(generator_() % count); }
@@ -231,14 +233,14 @@ constexpr Shape kShapes[] = {{"Mono", 1, 1},     {"Quad", 3, 4},     {"Hexagon",
 
 std::vector<MatrixCase> AllCases() {
     std::vector<MatrixCase> cases;
-    for (const auto& kernels : tav::RunnableKernels()) {
-        for (const Shape& shape : kShapes) cases.push_back({kernels, shape});
+    for (const tav::InstructionSet set : tav::RunnableInstructionSets()) {
+        for (const Shape& shape : kShapes) cases.push_back({set, shape});
     }
     return cases;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RandomLife, testing::ValuesIn(AllCases()), [](const auto& tested) {
-    return std::string(tested.param.kernels.name) + tested.param.shape.name;
+    return std::string(NameOf(tested.param.set)) + tested.param.shape.name;
 });
 
 }  // namespace

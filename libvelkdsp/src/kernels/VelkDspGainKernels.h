@@ -5,11 +5,10 @@
 // audio starts. The scalar set is the reference twin of all others.
 #pragma once
 
+#include "kernels/VelkDspInstructionSet.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <cstdint>
-#include <span>
-#include <string_view>
 
 namespace tav {
 
@@ -67,7 +66,7 @@ struct Panel {
 /// y is always added to. Counts may be anything from 0, alignment is free, x and y do not overlap.
 /// A gain of exactly 1 on a single input adds that input bit for bit; samples have to be finite.
 /// Thread: any.  A vector set may fuse multiply and add, and reorder the sum of an output.
-struct Kernels {
+struct GainKernels {
     /// y[k] += sum over the pairs of gain * inputs[input][offset + k]
     void (*mixConstantList)(float* y,
                             const float* const* inputs,
@@ -107,20 +106,11 @@ struct Kernels {
     void (*planRow)(const GainLine& line,
                     const RowPlan& plan,
                     int numGroups) noexcept TAV_NONBLOCKING;
-};
 
-struct NamedKernels {
-    std::string_view name;  // "scalar", "avx2", "avx512"
-    const Kernels* kernels = nullptr;
+    // One file each. The scalar one: plain loops, inputs outermost, no fused multiply-add.
+    static const GainKernels& Scalar() noexcept;
+    static const GainKernels& Avx2() noexcept;
+    static const GainKernels& Avx512() noexcept;
 };
-
-/// The reference: plain loops, inputs outermost, no fused multiply-add.
-const Kernels& ScalarKernels() noexcept;
-/// Every set that this machine can run, from the scalar one to the fastest.
-std::span<const NamedKernels> RunnableKernels() noexcept;
-/// The fastest of them, or the one that the environment variable TAV_SIMD names. A name that is
-/// unknown, or that this machine cannot run, counts as not given. Decided at the first call.
-/// Thread: control.
-const NamedKernels& BestKernels() noexcept;
 
 }  // namespace tav

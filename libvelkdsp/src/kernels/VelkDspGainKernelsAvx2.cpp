@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/VelkDspKernelsSets.h"
-#include "kernels/VelkDspKernelsVector.h"
+#include "kernels/VelkDspGainKernelsVector.h"
 
 #include <cstdint>
 #include <immintrin.h>
@@ -8,7 +7,7 @@
 namespace tav {
 namespace {
 
-struct Avx2 {
+struct Avx2Operations {
     using Vec = __m256;
     static constexpr int kLanes = 8;
     static constexpr int kPieceVectors = 2;
@@ -41,6 +40,8 @@ private:
 
 }  // namespace
 
-const Kernels& Avx2Kernels() noexcept { return VectorKernels<Avx2>::kKernels; }
+const GainKernels& GainKernels::Avx2() noexcept {
+    return VectorGainKernels<Avx2Operations>::kKernels;
+}
 
 }  // namespace tav

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 
 #include "reference/Signals.h"
 
@@ -17,7 +17,7 @@
 
 namespace {
 
-using tav::Kernels;
+using tav::GainKernels;
 using tav::MixPair;
 using Tests::Noise;
 
@@ -75,9 +75,9 @@ private:
     std::vector<float> before_;
 };
 
-class KernelSets : public testing::TestWithParam<tav::NamedKernels> {
+class KernelSets : public testing::TestWithParam<tav::InstructionSet> {
 protected:
-    const Kernels& kernels_ = *GetParam().kernels;
+    const GainKernels& kernels_ = tav::KernelsFor<GainKernels>(GetParam());
 };
 
 template <class Body>
@@ -218,8 +218,8 @@ TEST_P(KernelSets, CopyASingleInputOfGainOneBitForBit) {
 
 INSTANTIATE_TEST_SUITE_P(All,
                          KernelSets,
-                         testing::ValuesIn(tav::RunnableKernels().begin(),
-                                           tav::RunnableKernels().end()),
-                         [](const auto& tested) { return std::string(tested.param.name); });
+                         testing::ValuesIn(tav::RunnableInstructionSets().begin(),
+                                           tav::RunnableInstructionSets().end()),
+                         [](const auto& tested) { return std::string(NameOf(tested.param)); });
 
 }  // namespace

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/VelkDspKernelsSets.h"
-#include "kernels/VelkDspKernelsVector.h"
+#include "kernels/VelkDspGainKernelsVector.h"
 
 #include <cstdint>
 #include <immintrin.h>
@@ -8,7 +7,7 @@
 namespace tav {
 namespace {
 
-struct Avx512 {
+struct Avx512Operations {
     using Vec = __m512;
     static constexpr int kLanes = 16;
     static constexpr int kPieceVectors = 4;
@@ -39,6 +38,8 @@ private:
 
 }  // namespace
 
-const Kernels& Avx512Kernels() noexcept { return VectorKernels<Avx512>::kKernels; }
+const GainKernels& GainKernels::Avx512() noexcept {
+    return VectorGainKernels<Avx512Operations>::kKernels;
+}
 
 }  // namespace tav

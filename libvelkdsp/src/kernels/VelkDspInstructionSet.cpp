@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/VelkDspKernels.h"
-
-#include "kernels/VelkDspKernelsSets.h"
+#include "kernels/VelkDspInstructionSet.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -53,31 +51,17 @@ ProcessorFeatures DetectFeatures() noexcept {
 }
 #endif
 
-struct KernelTable {
-    NamedKernels sets[3];
-    std::size_t count = 0;
+constexpr InstructionSet kAll[] = {InstructionSet::Scalar, InstructionSet::Avx2,
+                                   InstructionSet::Avx512};
 
-    KernelTable() noexcept {
-        Add("scalar", ScalarKernels());
-#if defined(TAV_X86_KERNELS)
-        const ProcessorFeatures features = DetectFeatures();
-        if (features.avx2) Add("avx2", Avx2Kernels());
-        if (features.avx512) Add("avx512", Avx512Kernels());
-#endif
-    }
-    void Add(std::string_view name, const Kernels& kernels) noexcept {
-        sets[count++] = {name, &kernels};
-    }
-};
-
-const NamedKernels& ChooseKernels() noexcept {
-    const std::span<const NamedKernels> runnable = RunnableKernels();
+InstructionSet Choose() noexcept {
+    const std::span<const InstructionSet> runnable = RunnableInstructionSets();
 #if defined(_MSC_VER)
 #pragma warning(suppress : 4996)  // read once, before audio starts
 #endif
     if (const char* wanted = std::getenv("TAV_SIMD")) {
-        for (const NamedKernels& set : runnable) {
-            if (set.name == wanted) return set;
+        for (const InstructionSet set : runnable) {
+            if (NameOf(set) == wanted) return set;
         }
     }
     return runnable.back();
@@ -85,13 +69,18 @@ const NamedKernels& ChooseKernels() noexcept {
 
 }  // namespace
 
-std::span<const NamedKernels> RunnableKernels() noexcept {
-    static const KernelTable table;
-    return {table.sets, table.count};
+std::string_view NameOf(InstructionSet set) noexcept {
+    constexpr std::string_view kNames[] = {"scalar", "avx2", "avx512"};
+    return kNames[static_cast<std::size_t>(set)];
 }
 
-const NamedKernels& BestKernels() noexcept {
-    static const NamedKernels& best = ChooseKernels();
+std::span<const InstructionSet> RunnableInstructionSets() noexcept {
+    static const ProcessorFeatures features = DetectFeatures();
+    return {kAll, features.avx512 ? 3u : features.avx2 ? 2u : 1u};
+}
+
+InstructionSet BestInstructionSet() noexcept {
+    static const InstructionSet best = Choose();
     return best;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Each kernel once per instruction set that this machine can run, the scalar twin first.
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 
 #include <benchmark/benchmark.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-using tav::Kernels;
+using tav::GainKernels;
 
 constexpr int kInputs = 64;
 
@@ -45,20 +45,20 @@ struct Bench {
 
 struct Operation {
     const char* name;
-    void (*run)(const Kernels& kernels, Bench& bench);
+    void (*run)(const GainKernels& kernels, Bench& bench);
 };
 
 // clang-format off
 constexpr Operation kOperations[] = {
-    {"KernelMixConstantList",  [](const Kernels& k, Bench& b) { k.mixConstantList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.frames); }},
-    {"KernelMixRampedList",    [](const Kernels& k, Bench& b) { k.mixRampedList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.weights.data(), b.frames); }},
-    {"KernelFillStrip",        [](const Kernels& k, Bench& b) { k.fillStrip({b.strip.data(), kInputs}, b.inputs.data(), 0, b.rows.data(), kInputs, b.frames); }},
-    {"KernelMixConstantPanel", [](const Kernels& k, Bench& b) { k.mixConstantPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.frames); }},
-    {"KernelMixRampedPanel",   [](const Kernels& k, Bench& b) { k.mixRampedPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.weights.data(), b.frames); }},
+    {"KernelMixConstantList",  [](const GainKernels& k, Bench& b) { k.mixConstantList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.frames); }},
+    {"KernelMixRampedList",    [](const GainKernels& k, Bench& b) { k.mixRampedList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.weights.data(), b.frames); }},
+    {"KernelFillStrip",        [](const GainKernels& k, Bench& b) { k.fillStrip({b.strip.data(), kInputs}, b.inputs.data(), 0, b.rows.data(), kInputs, b.frames); }},
+    {"KernelMixConstantPanel", [](const GainKernels& k, Bench& b) { k.mixConstantPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.frames); }},
+    {"KernelMixRampedPanel",   [](const GainKernels& k, Bench& b) { k.mixRampedPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.weights.data(), b.frames); }},
 };
 // clang-format on
 
-void Run(benchmark::State& state, const Kernels& kernels, const Operation& operation) {
+void Run(benchmark::State& state, const GainKernels& kernels, const Operation& operation) {
     Bench bench(state);
     for (auto _ : state) {
         operation.run(kernels, bench);
@@ -70,9 +70,9 @@ void Run(benchmark::State& state, const Kernels& kernels, const Operation& opera
 
 const bool registered = [] {
     for (const Operation& operation : kOperations) {
-        for (const tav::NamedKernels& set : tav::RunnableKernels()) {
-            const std::string name = std::string(operation.name) + "/" + std::string(set.name);
-            const Kernels& kernels = *set.kernels;
+        for (const tav::InstructionSet set : tav::RunnableInstructionSets()) {
+            const std::string name = std::string(operation.name) + "/" + std::string(NameOf(set));
+            const GainKernels& kernels = tav::KernelsFor<GainKernels>(set);
             const auto run = [&kernels, &operation](benchmark::State& state) {
                 Run(state, kernels, operation);
             };

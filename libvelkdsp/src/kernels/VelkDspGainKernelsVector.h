@@ -10,7 +10,7 @@
 // Bits(mask), lane 0 in the lowest bit.
 #pragma once
 
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +19,7 @@
 namespace tav {
 
 template <class S>
-class VectorKernels {
+class VectorGainKernels {
 public:
     static void MixConstantList(float* y,
                                 const float* const* inputs,
@@ -183,8 +183,8 @@ public:
         }
     }
 
-    static constexpr Kernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
-                                      MixConstantPanel, MixRampedPanel, PlanRow};
+    static constexpr GainKernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
+                                          MixConstantPanel, MixRampedPanel, PlanRow};
 
 private:
     using Vec = typename S::Vec;

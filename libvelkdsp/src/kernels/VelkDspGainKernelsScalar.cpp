@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kernels/VelkDspKernels.h"
+#include "kernels/VelkDspGainKernels.h"
 
 #include <cmath>
 #include <cstddef>
@@ -105,11 +105,11 @@ void PlanRow(const GainLine& line, const RowPlan& plan, int numGroups) noexcept 
     }
 }
 
-constexpr Kernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
-                           MixConstantPanel, MixRampedPanel, PlanRow};
+constexpr GainKernels kKernels{MixConstantList,  MixRampedList,  FillStrip,
+                               MixConstantPanel, MixRampedPanel, PlanRow};
 
 }  // namespace
 
-const Kernels& ScalarKernels() noexcept { return kKernels; }
+const GainKernels& GainKernels::Scalar() noexcept { return kKernels; }
 
 }  // namespace tav
