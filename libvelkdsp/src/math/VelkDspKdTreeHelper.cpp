@@ -200,4 +200,10 @@ void KdTreeHelper::Nearest(const CartesianVector& query,
     }
 }
 
+std::size_t KdTreeHelper::NearestIndex(const CartesianVector& query) const noexcept {
+    std::size_t nearest[1];
+    Search(*this, {query.x, query.y, query.z}, nearest).Run();
+    return Search::IndexOf(nearest[0]);
+}
+
 }  // namespace tav

@@ -39,6 +39,10 @@ public:
                  std::vector<std::size_t>& indices,
                  std::vector<float>& distances) const;
 
+    /// The index of the one point nearest to `query`. Nothing allocates.
+    /// Size() is not 0      @param query  finite
+    std::size_t NearestIndex(const CartesianVector& query) const noexcept;
+
 private:
     /// Inner nodes halve the points [first, last) at `split`; children follow in the array, the
     /// lower one at once and the upper one at `upper`. A leaf has upper 0.

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// An HRTF set that can be loaded and asked for the direction nearest to a source.
+#pragma once
+
+#include "hrtf/QuiloHrtfData.h"
+#include "math/VelkDspKdTreeHelper.h"
+
+#include <string>
+#include <vector>
+
+namespace Quilo {
+
+/// A set and what is derived from it for queries. Loaded once and shared as a constant afterwards:
+/// constant functions may run in several threads.
+class Hrtf {
+public:
+    /// The empty set.
+    Hrtf() = default;
+    /// Throws: as Load.
+    explicit Hrtf(const std::string& path) { Load(path); }
+    /// Numbers the points of `data` in their order.
+    explicit Hrtf(HrtfData data);
+
+    /// The extension decides: "hrtf" is a set file, none at all means the built-in set ("kemar",
+    /// "none", ""), everything else is refused. After a failure the set is what it was before.
+    /// @param path  UTF-8
+    /// Thread: control; files are read.  Throws: tav::Exception.
+    void Load(const std::string& path);
+
+    const HrtfData& Data() const noexcept { return data_; }
+    const tav::CartesianArray& Positions() const noexcept { return positions_; }
+
+    /// The point nearest to `position`, among equally near ones the first; null in the empty set.
+    /// Positions beyond 64 times the farthest point are taken back to that distance, where 32 bits
+    /// still tell points apart.
+    /// @param position  finite      Thread: any, audio included: nothing is allocated.
+    const HrtfPoint* NearestPoint(const tav::CartesianVector& position) const noexcept;
+
+    /// What users are told about the set: fields and infos, one line each.
+    std::vector<std::string> InfoLines() const;
+
+private:
+    HrtfData data_;
+    tav::CartesianArray positions_;
+    tav::KdTreeHelper tree_;
+    float reach_ = 0.f;  // positions are looked up within this distance
+};
+
+}  // namespace Quilo
