@@ -5,11 +5,10 @@
 #include "HostChain.h"
 #include "HostConsole.h"
 #include "HostFault.h"
+#include "HostFiles.h"
 #include "HostLayouts.h"
 #include "HostOutputFile.h"
 
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace Quilo::Host {
@@ -34,6 +33,14 @@ std::optional<std::filesystem::path> OptionalFile(std::span<const Atom> words) {
     return PathOf(AtomSpelling(words[0]));
 }
 
+/// The next open dialog is answered with this file; a dialog shows neither devices nor pipes.
+void AnswerOpen(std::span<const Atom> words) {
+    const auto file = OptionalFile(words);
+    if (file && HostApi::IsIrregularFile(*file))
+        throw StatementFault(AtomSpelling(words[0]) + ": it is no regular file");
+    HostApi::AnswerDialog(HostApi::Dialog::Open, file);
+}
+
 /// Whether it was a statement that needs no object.
 bool ActWithoutObject(const Statement& statement) {
     const auto& atoms = statement.atoms;
@@ -41,23 +48,12 @@ bool ActWithoutObject(const Statement& statement) {
         case Directive::SearchPath:
             HostApi::AddSearchFolder(PathOf(AtomSpelling(atoms[0])));
             return true;
-        case Directive::Open:
-            HostApi::AnswerDialog(HostApi::Dialog::Open, OptionalFile(atoms));
-            return true;
+        case Directive::Open: AnswerOpen(atoms); return true;
         case Directive::SaveAs:
             HostApi::AnswerDialog(HostApi::Dialog::SaveAs, OptionalFile(atoms));
             return true;
         case Directive::Fail: Fail(atoms); return true;
         default: return false;
-    }
-}
-
-template <class Action>
-void AtLine(const Script& script, const Statement& statement, Action action) {
-    try {
-        action();
-    } catch (const StatementFault& fault) {
-        throw ScriptFault(script.name, statement.line, fault.what());
     }
 }
 
@@ -69,7 +65,7 @@ HostApi::ThreadKind ThreadNamed(const std::string& name) {
 }  // namespace
 
 void Prepare(const Statement& statement, const Script& script) {
-    AtLine(script, statement, [&] { ActWithoutObject(statement); });
+    AtLine(script.name, statement.line, [&] { ActWithoutObject(statement); });
 }
 
 Actions::Actions(const Script& script, Object& object, Chain& chain, Console& console)
@@ -80,7 +76,7 @@ Actions::Actions(const Script& script, Object& object, Chain& chain, Console& co
       state_(object, console) {}
 
 void Actions::Execute(const Statement& statement) {
-    AtLine(script_, statement, [&] { Act(statement); });
+    AtLine(script_.name, statement.line, [&] { Act(statement); });
 }
 
 void Actions::Act(const Statement& statement) {
@@ -122,9 +118,8 @@ void Actions::SendFrom(std::span<const Atom> words) {
 }
 
 void Actions::SendPacket(const std::string& file) {
-    std::ifstream stream(PathOf(file), std::ios::binary);
-    if (!stream) throw StatementFault(file + ": the packet cannot be read");
-    std::vector<char> bytes(std::istreambuf_iterator<char>(stream), {});
+    auto [bytes, fault] = HostApi::ReadRegularFile(PathOf(file));
+    if (!fault.empty()) throw StatementFault(file + ": the packet cannot be read: " + fault);
     object_.Send(std::vector<Atom>{
         std::string("FullPacket"), static_cast<std::int64_t>(bytes.size()),
         static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(bytes.data()))});

@@ -21,6 +21,7 @@ Chain::Chain(Object& object, double rateHz, unsigned vector)
       vector_(vector),
       counts_(object.NumSignalInlets() + object.NumSignalOutlets(), 1) {
     std::fill_n(counts_.begin(), object.NumSignalInlets(), short{0});
+    PlaceVectors();
 }
 
 void Chain::SetConnected(std::size_t inlet, bool connected) {
@@ -35,6 +36,7 @@ void Chain::SetRate(double hz) {
 
 void Chain::SetVector(unsigned frames) {
     vector_ = frames;
+    PlaceVectors();
     Announce();
 }
 
@@ -43,7 +45,13 @@ void Chain::Announce() {
     HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), false});
 }
 
+void Chain::Begin() {
+    if (!isSwitchedOff_) return Start();
+    HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), false});
+}
+
 void Chain::Start() {
+    isSwitchedOff_ = false;
     const bool wasRunning = std::exchange(running_, true);
     chain_.reset();
     PlaceVectors();
@@ -53,6 +61,7 @@ void Chain::Start() {
 }
 
 void Chain::Stop() {
+    isSwitchedOff_ = true;
     if (!running_) return;
     running_ = false;
     HostApi::SetAudioSettings({rateHz_, static_cast<int>(vector_), false});

@@ -11,7 +11,8 @@
 
 namespace Quilo::Host {
 
-/// Pattern: set-up calls, Start, (Run | set-up calls that restart)*, Stop. Thread: main.
+/// Pattern: set-up calls, Begin, (Run | set-up calls | Start | Stop)*, Stop.  While stopped, Run
+/// gives silence.  Thread: main.
 class Chain {
 public:
     /// All outlets count as connected, inlets as not.
@@ -32,6 +33,8 @@ public:
 
     void Start();
     void Stop();
+    /// Start at the beginning of a run, unless audio has been switched off before: Stop.
+    void Begin();
 
     double Rate() const { return rateHz_; }
     unsigned Vector() const { return vector_; }
@@ -53,8 +56,9 @@ private:
     unsigned vector_;
     std::vector<short> counts_;  // of the inlets, then of the outlets
     bool running_ = false;
+    bool isSwitchedOff_ = false;  // the last of Start and Stop was Stop
     std::unique_ptr<HostApi::DspChain> chain_;
-    std::vector<double> memory_;
+    std::vector<double> memory_;  // of the vectors; at all times as vector_ has it
     std::vector<double*> inputs_;
     std::vector<double*> outputs_;
 };

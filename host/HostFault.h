@@ -27,9 +27,27 @@ private:
 };
 
 /// A fault of the script, shown as "NAME:LINE: TEXT".
-inline Fault ScriptFault(std::string_view script, int line, std::string_view text) {
-    return {ExitStatus::WrongInput,
-            std::string(script) + ":" + std::to_string(line) + ": " + std::string(text)};
+inline Fault ScriptFault(std::string_view script,
+                         int line,
+                         std::string_view text,
+                         ExitStatus status = ExitStatus::WrongInput) {
+    return {status, std::string(script) + ":" + std::to_string(line) + ": " + std::string(text)};
+}
+
+/// Why a statement cannot be carried out. Who knows its place in the script adds it.
+struct StatementFault : Fault {
+    explicit StatementFault(const std::string& text, ExitStatus status = ExitStatus::WrongInput)
+        : Fault(status, text) {}
+};
+
+/// Does `action`, which belongs to a line of the script: its StatementFault becomes a ScriptFault.
+template <class Action>
+void AtLine(std::string_view script, int line, Action action) {
+    try {
+        action();
+    } catch (const StatementFault& fault) {
+        throw ScriptFault(script, line, fault.what(), fault.Status());
+    }
 }
 
 }  // namespace Quilo::Host

@@ -2,6 +2,7 @@
 #include "HostInputs.h"
 
 #include "HostFault.h"
+#include "HostLimits.h"
 #include "HostOutputFile.h"
 #include "HostScript.h"
 #include "files/VelkDspWavFile.h"
@@ -14,6 +15,10 @@ Inputs::Inputs(std::span<const std::string> files, bool loop) : loop_(loop) {
     for (const std::string& name : files) {
         files_.push_back(tav::ReadWavFile(PathOf(name)));
         const tav::AudioBuffer& file = files_.back();
+        if (!IsSamplingRate(file.SampleRate()))
+            throw Fault(ExitStatus::WrongInput, name + ": its sampling rate is " +
+                                                    AtomSpelling(file.SampleRate()) +
+                                                    " Hz, not from 1000 to 768000");
         if (file.SampleRate() != SampleRate())
             throw Fault(ExitStatus::WrongInput, name + ": its sampling rate is " +
                                                     AtomSpelling(file.SampleRate()) +

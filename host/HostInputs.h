@@ -15,7 +15,8 @@ class Inputs {
 public:
     /// Reads every file; their channels append.
     /// @param loop  a file that ends begins again, else it is silent from there on
-    /// Throws: tav::Exception for an unreadable file, Fault (WrongInput) for differing rates.
+    /// Throws: tav::Exception for an unreadable file, Fault (WrongInput) for rates that differ or
+    /// that --rate would refuse.
     Inputs(std::span<const std::string> files, bool loop);
 
     std::size_t NumChannels() const { return channels_.size(); }

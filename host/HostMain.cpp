@@ -4,6 +4,7 @@
 #include "HostAudioBridge.h"
 #include "HostConsole.h"
 #include "HostFault.h"
+#include "HostFiles.h"
 #include "HostInputs.h"
 #include "HostObject.h"
 #include "HostOptions.h"
@@ -18,24 +19,20 @@
 #include <algorithm>
 #include <csignal>
 #include <exception>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 namespace Quilo::Host {
 
 namespace {
 
-Script ReadScript(const std::string& name) {
-    if (name == "-")
-        return ParseScript(std::string(std::istreambuf_iterator<char>(std::cin), {}),
-                           "standard input");
-    std::ifstream stream(PathOf(name), std::ios::binary);
-    std::string text;
-    if (!stream || std::filesystem::is_directory(PathOf(name)))
-        throw Fault(ExitStatus::WrongInput, name + ": the script cannot be read");
-    text.assign(std::istreambuf_iterator<char>(stream), {});
-    return ParseScript(text, name);
+Script ReadScript(const std::string& file) {
+    const bool isFile = file != "-";
+    const std::string name = isFile ? file : "standard input";
+    const HostApi::FileContent script =
+        isFile ? HostApi::ReadRegularFile(PathOf(file)) : HostApi::ReadToEnd(std::cin);
+    if (!script.fault.empty())
+        throw Fault(ExitStatus::WrongInput, name + ": the script cannot be read: " + script.fault);
+    return ParseScript(script.bytes, name);
 }
 
 ExitStatus RunScript(const Options& options) {

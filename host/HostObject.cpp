@@ -93,22 +93,17 @@ void RunDueWork() {
 }
 
 Object::Object(const Script& script) {
-    t_symbol* name = gensym(AtomSpelling(script.box[0]).c_str());
-    if (!class_findbyname(gensym("box"), name))
-        throw ScriptFault(script.name, script.objectLine,
-                          "the module has no class '" + std::string(name->s_name) + "'");
-    Make(script.box);
+    AtLine(script.name, script.objectLine, [&] { Make(script.box); });
 }
 
 void Object::Make(std::span<const Atom> box) {
     std::vector<t_atom> atoms = ApiAtoms(box);
     t_symbol* name = atom_getsym(atoms.data());
     if (!class_findbyname(gensym("box"), name))
-        throw Fault(ExitStatus::WrongInput,
-                    "the module has no class '" + std::string(name->s_name) + "'");
+        throw StatementFault("the module has no class '" + std::string(name->s_name) + "'");
     object_ = static_cast<t_object*>(object_new_typed(
         gensym("box"), name, static_cast<max_long>(atoms.size() - 1), atoms.data() + 1));
-    if (!object_) throw Fault(ExitStatus::HostFailed, "the object could not be made");
+    if (!object_) throw StatementFault("the object could not be made", ExitStatus::HostFailed);
     numSignalInlets_ = HostApi::SignalInlets(object_);
     numSignalOutlets_ = HostApi::SignalOutlets(object_);
 }

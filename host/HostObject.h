@@ -27,7 +27,7 @@ void RunDueWork();
 /// Owns the object; everything here belongs to the main thread.
 class Object {
 public:
-    /// Throws: Fault: no class of that name (WrongInput), creation failed (HostFailed).
+    /// Throws: ScriptFault: no class of that name (WrongInput), creation failed (HostFailed).
     explicit Object(const Script& script);
     Object() = default;  // none is made yet
     ~Object() { Free(); }
@@ -41,7 +41,7 @@ public:
     /// To the left inlet; a message that begins with a number is an int, a float or a list.
     void Send(std::span<const Atom> message);
     void Free();
-    /// Another object in the place of one that was freed.  Throws: Fault, as above.
+    /// Another object in the place of one that was freed.  Throws: StatementFault, as above.
     void Make(std::span<const Atom> box);
 
     /// Numbers of an attribute; none when there is no such attribute.

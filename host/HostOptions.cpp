@@ -127,20 +127,34 @@ std::optional<std::filesystem::path> FileOf(const std::string& name) {
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
 }
 
+/// Whether two names mean one file: by other spellings, by links of either kind.
+bool AreOneFile(const std::string& a, const std::string& b) {
+    const auto first = FileOf(a), second = FileOf(b);
+    if (!first || !second) return false;
+    std::error_code ignored;
+    return first == second || std::filesystem::equivalent(*first, *second, ignored);
+}
+
+/// A file that is written is neither read nor written under another option.
 void RefuseSharedFiles(const Options& options) {
     struct Row {
         const char* option;
         const std::string& name;
+        bool isWritten;
     };
-    const Row rows[] = {
-        {"--out", options.output}, {"--picture", options.picture}, {"--console", options.console}};
-    for (const Row& row : rows) {
-        const auto file = FileOf(row.name);
-        for (const Row* other = rows; file && other != &row; ++other)
-            if (FileOf(other->name) == file)
+    std::vector<Row> rows;
+    for (const std::string& input : options.inputs) rows.push_back({"--in", input, false});
+    const bool hasScriptFile = options.validate == 0 && options.script != "-";
+    if (hasScriptFile) rows.push_back({"the script", options.script, false});
+    rows.push_back({"--module", options.module, false});
+    rows.push_back({"--out", options.output, true});
+    rows.push_back({"--picture", options.picture, true});
+    rows.push_back({"--console", options.console, true});
+    for (const Row& row : rows)
+        for (const Row* other = rows.data(); row.isWritten && other != &row; ++other)
+            if (AreOneFile(other->name, row.name))
                 Fail(std::string(other->option) + " and " + row.option + " name the same file '" +
                      row.name + "'");
-    }
 }
 
 }  // namespace

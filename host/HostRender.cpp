@@ -75,7 +75,7 @@ public:
         while (next_ < script_.statements.size() && !script_.statements[next_].timed)
             actions_.Execute(script_.statements[next_++]);
         RunDueWork();
-        chain_.Start();
+        chain_.Begin();
         PlayVectors();
         RunDueWork();
         NoteUnsentStatements();

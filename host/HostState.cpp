@@ -2,6 +2,7 @@
 #include "HostState.h"
 
 #include "HostConsole.h"
+#include "HostFault.h"
 #include "HostOutputFile.h"
 
 #include <filesystem>

@@ -7,18 +7,12 @@
 
 #include <map>
 #include <span>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Quilo::Host {
 
 class Console;
-
-/// Why a statement cannot be carried out, without the place in the script.
-struct StatementFault : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// Outlives the objects that it stores and restores: what one object gave can be given to the next.
 /// All of it belongs to the main thread and throws StatementFault.

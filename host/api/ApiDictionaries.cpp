@@ -6,7 +6,6 @@
 #include "ApiFaults.h"
 #include "ApiObjects.h"
 
-#include <algorithm>
 #include <map>
 
 namespace HostApi {
@@ -22,11 +21,16 @@ bool ReleaseReference(t_object* object) {
     return --dictionary.references <= 0;
 }
 
+void Clear(Dictionary& dictionary) {
+    for (DictionaryEntry& entry : dictionary.entries) FreeValue(entry.value);
+    dictionary.entries.clear();
+    dictionary.places.clear();
+}
+
 void* FreeEntries(void* pointer) {
     auto* const dictionary = Dictionary::FromObject(static_cast<t_object*>(pointer));
     dictobj_unregister(dictionary);
-    for (DictionaryEntry& entry : dictionary->entries) FreeValue(entry.value);
-    dictionary->entries.clear();
+    Clear(*dictionary);
     return nullptr;
 }
 
@@ -43,8 +47,8 @@ Class& DictionaryClass() {
 DictionaryEntry* FindEntry(const t_dictionary* d, const t_symbol* key) {
     Dictionary* const dictionary = AsDictionary(d);
     if (!dictionary) return nullptr;
-    const auto found = std::ranges::find(dictionary->entries, key, &DictionaryEntry::key);
-    return found == dictionary->entries.end() ? nullptr : &*found;
+    const auto found = dictionary->places.find(key);
+    return found == dictionary->places.end() ? nullptr : &dictionary->entries[found->second];
 }
 
 /// Puts a value under a key; one that was there is freed and its place kept.
@@ -55,6 +59,7 @@ t_max_err PutEntry(t_dictionary* d, t_symbol* key, const t_atom& value) {
         FreeValue(known->value);
         known->value = value;
     } else {
+        dictionary->places.emplace(key, dictionary->entries.size());
         dictionary->entries.push_back({key, value});
     }
     return MAX_ERR_NONE;
@@ -303,16 +308,20 @@ t_max_err dictionary_deleteentry(t_dictionary* d, t_symbol* key) {
     DictionaryEntry* const entry = FindEntry(d, key);
     if (!entry) return MAX_ERR_GENERIC;
     FreeValue(entry->value);
-    auto& entries = AsDictionary(d)->entries;
-    entries.erase(entries.begin() + (entry - entries.data()));
+    Dictionary& dictionary = *AsDictionary(d);
+    const auto place = entry - dictionary.entries.data();
+    dictionary.entries.erase(dictionary.entries.begin() + place);
+    dictionary.places.erase(key);
+    for (auto later = dictionary.entries.begin() + place; later != dictionary.entries.end();
+         ++later)
+        --dictionary.places[later->key];
     return MAX_ERR_NONE;
 }
 
 t_max_err dictionary_clear(t_dictionary* d) {
     Dictionary* const dictionary = AsDictionary(d);
     if (!dictionary) return MAX_ERR_INVALID_PTR;
-    for (DictionaryEntry& entry : dictionary->entries) FreeValue(entry.value);
-    dictionary->entries.clear();
+    Clear(*dictionary);
     return MAX_ERR_NONE;
 }
 

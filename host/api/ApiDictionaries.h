@@ -5,6 +5,7 @@
 #include "ext.h"
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace HostApi {
@@ -15,9 +16,10 @@ struct DictionaryEntry {
 };
 
 struct Dictionary : t_dictionary {
-    std::vector<DictionaryEntry> entries;  // in the order of insertion
-    int references = 1;                    // its maker's, and one for each that found it by name
-    t_symbol* name = nullptr;              // null while not registered
+    std::vector<DictionaryEntry> entries;                     // in the order of insertion
+    std::unordered_map<const t_symbol*, std::size_t> places;  // of the entries, by key
+    int references = 1;        // its maker's, and one for each that found it by name
+    t_symbol* name = nullptr;  // null while not registered
 
     static Dictionary* FromObject(t_object* object) {
         return static_cast<Dictionary*>(reinterpret_cast<t_dictionary*>(object));

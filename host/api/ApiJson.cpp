@@ -5,10 +5,10 @@
 #include "ApiAtomText.h"
 #include "ApiFaults.h"
 #include "ApiFiles.h"
+#include "HostFiles.h"
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace HostApi {
@@ -121,6 +121,7 @@ private:
         return atom;
     }
 
+    /// A text becomes a symbol, which ends at its first zero byte: two keys could become one.
     std::string ReadText() {
         if (Peek() != '"') Fail("text is expected");
         std::string made;
@@ -134,6 +135,7 @@ private:
             }
         }
         ++at_;
+        if (made.find('\0') != made.npos) Fail("a zero byte stands in the text");
         return made;
     }
 
@@ -212,11 +214,10 @@ t_max_err dictionary_read(const char* filename, short path, t_dictionary** d) {
     if (const auto code = InjectedFailure("dictionary_read")) return *code;
     if (!filename || !d) return MAX_ERR_INVALID_PTR;
     *d = nullptr;
-    std::ifstream file(Folder(path) / PathOf(filename), std::ios::binary);
-    if (!file) return MAX_ERR_GENERIC;
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    std::string fault;
-    *d = ReadJson(text, fault);
+    const std::filesystem::path file = Folder(path) / PathOf(filename);
+    if (!std::filesystem::exists(file)) return MAX_ERR_GENERIC;
+    auto [text, fault] = ReadRegularFile(file);
+    if (fault.empty()) *d = ReadJson(text, fault);
     if (!*d) object_error(nullptr, "%s: %s", filename, fault.c_str());
     return *d ? MAX_ERR_NONE : MAX_ERR_GENERIC;
 }

@@ -69,6 +69,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Refused{{"--duration", "long", "s"}, "not 'long'"},
                     Refused{{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
                     Refused{{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
+                    Refused{{"--in", "b/../a", "--out", "a", "s"}, "--in and --out name the same"},
+                    Refused{{"s", "--picture", "./s"}, "the script and --picture"},
                     Refused{{"--osc", "9000", "s"}, "not available"},
                     Refused{{"--validate", "11", "s"}, "1 to 10"},
                     Refused{{"--validate", "1"}, "no box text"}));

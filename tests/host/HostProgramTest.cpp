@@ -33,6 +33,7 @@ protected:
         tav::WriteWavFile(folder_ / "one.wav", Constant(1, 4800, 48000));
         tav::WriteWavFile(folder_ / "half.wav", Constant(0.5f, 1000, 48000));
         tav::WriteWavFile(folder_ / "other.wav", Constant(1, 100, 44100));
+        tav::WriteWavFile(folder_ / "slow.wav", Constant(1, 100, 999));
     }
 
     HostRun Run(const std::string& script, Words arguments = {}) {
@@ -147,6 +148,24 @@ TEST_F(HostProgram, RestartsTheChainDuringPlay) {
     EXPECT_EQ(std::ranges::count(run.console, "post: buffersize           : 256"), 2);
 }
 
+TEST_F(HostProgram, IsSilentFromTheVectorThatSwitchesAudioOffToTheOneThatSwitchesItOn) {
+    struct Case {
+        const char* statements;
+        std::size_t off, on;  // frames
+    };
+    constexpr Case kCases[] = {
+        {"at 0.02 host dsp 0\nat 0.03 host vector 1024\nat 0.06 host dsp 1\n", 960, 2432},
+        {"host dsp 0\nat 0.05 host dsp 1\n", 0, 2368},
+        {"host dsp 0\nhost rate 8000\nhost dsp 1\n", 0, 0},
+        {"host dsp 0\n", 0, 4800},
+    };
+    for (const Case& c : kCases) {
+        const auto audio = Render(kQuad + "source 1 az -45\n" + c.statements, {"--in", "one.wav"});
+        for (std::size_t k = 0; k < audio.NumFrames(); ++k)
+            ASSERT_EQ(audio.Channel(0)[k], k < c.off || k >= c.on ? 1 : 0) << c.statements << k;
+    }
+}
+
 TEST_F(HostProgram, PlaysSilenceOnceTheObjectIsFree) {
     const auto audio = Render(kQuad +
                                   "source 1 az -45\nat 0.05 host free\nat 0.06 host sync\n"
@@ -186,6 +205,20 @@ TEST_F(HostProgram, DrawsAPicture) {
         << "none stands there";
 }
 
+TEST_F(HostProgram, ReadsOnlyScriptsThatEnd) {
+    constexpr std::size_t kMost = std::size_t{64} << 20;
+    const auto file = folder_ / "long.txt";
+    WriteText(file, "");
+    std::filesystem::resize_file(file, kMost + 1);  // of zeros that take no place
+    const HostRun runs[] = {RunHost(folder_, {"/dev/zero"}), RunHost(folder_, {"long.txt"}),
+                            RunHost(folder_, {"-"}, std::string(kMost + 1, '\n'))};
+    for (const HostRun& run : runs) {
+        EXPECT_EQ(run.status, 2);
+        ASSERT_EQ(run.errors.size(), 1u);
+        EXPECT_NE(run.errors[0].find("the script cannot be read: it is "), std::string::npos);
+    }
+}
+
 struct Ending {
     const char* name;
     std::string script;
@@ -199,6 +232,7 @@ class HostEnding : public HostProgram, public testing::WithParamInterface<Ending
 TEST_P(HostEnding, TellsHowItWent) {
     const Ending& ending = GetParam();
     WriteText(folder_ / "n.wav", "older");
+    std::filesystem::create_hard_link(folder_ / "one.wav", folder_ / "link.wav");
     const Words before = folder_.Names();
     Words arguments = ending.arguments;
     const bool fails = ending.status == 1 || ending.status == 2;
@@ -233,6 +267,25 @@ INSTANTIATE_TEST_SUITE_P(
         Ending{"MissingInput", kQuad, {"--in", "none.wav"}, 2, "none.wav"},
         Ending{"InputIsNoWav", kQuad, {"--in", "s.txt"}, 2, "s.txt"},
         Ending{"RatesDiffer", kQuad, {"--in", "one.wav", "--in", "other.wav"}, 2, "other.wav"},
+        Ending{"RateBelowAllLimits", kQuad, {"--in", "slow.wav"}, 2, "slow.wav: its sampling rate"},
+        Ending{
+            "WritesWhatItReads", kQuad, {"--in", "one.wav", "--out", "link.wav"}, 2, "same file"},
+        Ending{"WritesItsScript", kQuad, {"--console", "./s.txt"}, 2, "same file"},
+        Ending{"EndlessPacket", kQuad + "host osc /dev/zero\n", {}, 2, "s.txt:3: /dev/zero"},
+        Ending{"EndlessDialog", kQuad + "host open /dev/zero\n", {}, 2, "s.txt:3: /dev/zero"},
+        Ending{"EndlessDictionary",
+               kQuad + "host dictionary d read /dev/zero\n",
+               {},
+               2,
+               "s.txt:3: /dev/zero"},
+        Ending{"RemadeAsNothing", kQuad + "host remake other~\n", {}, 2, "s.txt:3: the module has"},
+        Ending{
+            "RemadeInAnotherSize", kQuad + "at 0 host remake quilo.pan~ 1 4\n", {}, 2, "s.txt:3"},
+        Ending{"RemadeInVain",
+               kQuad + "host fail object_alloc 1\nhost remake\n",
+               {},
+               1,
+               "s.txt:4: the object could not be made"},
         Ending{"NoObject", "source 1 az 1\n", {}, 2, "s.txt:1: "},
         Ending{"UnknownClass", "object other~\n", {}, 2, "s.txt:1: "},
         Ending{"UnknownInlet", kQuad + "at 1 host connect 4 1\n", {}, 2, "s.txt:3: "},

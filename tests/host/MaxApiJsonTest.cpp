@@ -49,12 +49,39 @@ TEST_F(MaxApiTest, JsonOfOthersIsReadAndSlipsAreRefused) {
     EXPECT_STREQ(text->s_name, "\xC3\xA9\xF0\x9F\x98\x80");
     EXPECT_EQ(dictionary_getentrycount(d), 2);
     object_free(d);
-    for (const char* slip :
-         {"", "[]", "{", "{\"a\"}", "{\"a\":}", "{\"a\":1 \"b\":2}", "{\"a\":1}x", "{\"a\":nan}",
-          "{\"a\":\"\\x\"}", "{\"a\":\"\\ud83d\"}", "{\"a\":[1,{\"b\":[}]}", "{\"a\":\"open}"})
+    for (const char* slip : {"", "[]", "{", "{\"a\"}", "{\"a\":}", "{\"a\":1 \"b\":2}",
+                             "{\"a\":1}x", "{\"a\":nan}", "{\"a\":\"\\x\"}", "{\"a\":\"\\ud83d\"}",
+                             "{\"a\":[1,{\"b\":[}]}", "{\"a\":\"open}", "{\"a\\u0000b\":1}"})
         EXPECT_EQ(Parsed(slip), nullptr) << slip;
     EXPECT_EQ(Parsed("{\"a\":" + std::string(100000, '[')), nullptr);
     EXPECT_EQ(HostApi::CountObjects(), before) << "what was made before a slip is freed";
+}
+
+TEST_F(MaxApiTest, DictionariesFindTheirKeysHoweverManyThereAre) {
+    constexpr int kCount = 200'000;
+    const auto key = [](int k) { return "k" + std::to_string(k * 7919 % kCount); };
+    std::string text = "{";
+    for (int k = 0; k < kCount; ++k) text += "\"" + key(k) + "\":" + std::to_string(k) + ",";
+    t_dictionary* const d = Parsed(text + "\"" + key(5) + "\":-5}");
+    ASSERT_EQ(dictionary_getentrycount(d), kCount);
+    // Behind an entry that goes, the others move up and keep their keys.
+    dictionary_deleteentry(d, gensym(key(3).c_str()));
+    max_long count = 0;
+    t_symbol** keys = nullptr;
+    ASSERT_EQ(dictionary_getkeys_ordered(d, &count, &keys), MAX_ERR_NONE);
+    ASSERT_EQ(count, kCount - 1);
+    for (int k = 0, place = 0; k < kCount; ++k) {
+        if (k == 3) continue;
+        t_atom_long value = 0;
+        ASSERT_EQ(dictionary_getlong(d, keys[place], &value), MAX_ERR_NONE);
+        ASSERT_EQ(value, k == 5 ? -5 : k);
+        ASSERT_EQ(keys[place++]->s_name, key(k));
+    }
+    EXPECT_FALSE(dictionary_hasentry(d, gensym(key(3).c_str())));
+    dictionary_freekeys(d, count, keys);
+    dictionary_clear(d);
+    EXPECT_FALSE(dictionary_hasentry(d, gensym(key(0).c_str())));
+    object_free(d);
 }
 
 }  // namespace
