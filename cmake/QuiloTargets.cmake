@@ -1,6 +1,8 @@
 # What every target of this project shares: quilo_target(NAME) hangs the language level, the
 # floating-point rules and our warnings on it. Nothing here reaches a project that embeds us.
 
+include(${CMAKE_CURRENT_LIST_DIR}/QuiloLint.cmake)
+
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
@@ -29,6 +31,8 @@ function(quilo_target name)
         target_compile_options(${name} PRIVATE -Wfunction-effects -Wno-deprecated-declarations)
     endif()
     if(QUILO_LINT)
-        set_target_properties(${name} PROPERTIES CXX_CLANG_TIDY "clang-tidy-19;--quiet")
+        quilo_lint_header_filter(headers ${PROJECT_SOURCE_DIR})
+        set_target_properties(${name} PROPERTIES
+            CXX_CLANG_TIDY "clang-tidy-19;--quiet;--header-filter=${headers}")
     endif()
 endfunction()
