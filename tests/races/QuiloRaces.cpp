@@ -95,6 +95,18 @@ public:
         return true;
     }
 
+    /// Of any frame, summed over the outputs; not finite when a sample is not.
+    double LargestEnergy() const {
+        double largest = 0.0;
+        for (unsigned k = 0; k < frames_; ++k) {
+            double energy = 0.0;
+            for (const auto& output : outputs_) energy += output[k] * output[k];
+            if (!std::isfinite(energy)) return energy;
+            largest = std::max(largest, energy);
+        }
+        return largest;
+    }
+
     static constexpr unsigned kMostFrames = 512;
 
 private:
@@ -253,6 +265,58 @@ Fault PannersOutliveAStorm() {
     return {};
 }
 
+/// Loudspeakers spread evenly over a sphere, turned as a whole.
+tav::CartesianArray TurnedRig(unsigned count, std::mt19937& random) {
+    std::uniform_real_distribution<double> angle(-3.0, 3.0);
+    const double about = angle(random), over = angle(random);
+    tav::CartesianArray rig(count);
+    for (unsigned k = 0; k < count; ++k) {
+        const double up = 1.0 - (2.0 * k + 1.0) / count, out = std::sqrt(1.0 - up * up);
+        const double x = out * std::cos(2.4 * k + about), y = out * std::sin(2.4 * k + about);
+        rig[k] = {static_cast<float>(x),
+                  static_cast<float>(std::cos(over) * y - std::sin(over) * up),
+                  static_cast<float>(std::sin(over) * y + std::cos(over) * up)};
+    }
+    return rig;
+}
+
+/// A new layout for every vector. Rows of gains have an energy of 1, and between two of them none
+/// has more: whatever is heard on the way, nothing is louder than the source.
+Fault RigsTurnInEveryVector(const char* type) {
+    constexpr unsigned kLoudspeakers = 250;
+    const auto pan = Quilo::Pan::Create(1, kLoudspeakers, type, "direct");
+    pan->SetSampleRate(48000.f);
+    pan->SetBufferSize(HostBlock::kMostFrames);
+    pan->SetInterpolationTime(5.f);
+    std::mt19937 first(1);
+    pan->SetSpeakersPositions(TurnedRig(kLoudspeakers, first));
+    HostBlock block(1, kLoudspeakers);
+    std::atomic<unsigned> played = 0;
+    const auto turn = [&, seen = 0U](std::mt19937& random) mutable {
+        if (played == seen) return std::this_thread::yield();
+        seen = played;
+        pan->SetSpeakersPositions(TurnedRig(kLoudspeakers, random));
+        pan->SetSourcePosition(0, TurnedRig(1, random)[0], false, false);
+    };
+    const auto audio = [&]() -> Fault {
+        block.Play(*pan, 64);
+        ++played;
+        return block.LargestEnergy() < 1.001 ? "" : "it was too loud";
+    };
+    Fault fault = RunThreads(audio, {turn}, ScenarioTime() / 4);
+    for (int blocks = 0; blocks < 4; ++blocks) block.Play(*pan, HostBlock::kMostFrames);
+    if (fault.empty() && !(std::abs(block.LargestEnergy() - 1.0) < 1e-3)) fault = "it has faded";
+    return fault;
+}
+
+Fault AudioNeverNoticesThatRigsTurn() {
+    for (const char* type : {"vbap", "vbip", "vbap2d", "dbap3d", "knn", "spcap"}) {
+        const Fault fault = RigsTurnInEveryVector(type);
+        if (!fault.empty()) return std::string(type) + ": " + fault;
+    }
+    return {};
+}
+
 struct Scenario {
     const char* name;
     Fault (*run)();
@@ -265,6 +329,7 @@ constexpr Scenario kScenarios[] = {
     {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
     {"delays keep their history while they grow", DelaysKeepTheirHistoryWhileTheyGrow},
     {"panners outlive a storm", PannersOutliveAStorm},
+    {"audio never notices that rigs turn", AudioNeverNoticesThatRigsTurn},
 };
 
 }  // namespace
