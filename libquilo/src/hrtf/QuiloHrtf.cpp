@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "hrtf/QuiloHrtf.h"
 
+#include "hrtf/QuiloBuiltInHrtf.h"
+#include "hrtf/QuiloHrtfFile.h"
 #include "text/VelkDspException.h"
 #include "text/VelkDspStringHelper.h"
 
@@ -15,22 +17,17 @@ namespace {
 
 constexpr float kReachOverRadius = 64.f;
 
-/// What follows the last dot of the file's name; empty where there is none.
-std::string_view ExtensionOf(std::string_view path) {
-    const std::string_view name = path.substr(path.find_last_of("/\\:") + 1);
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string_view::npos ? std::string_view{} : name.substr(dot + 1);
-}
-
 double LengthOf(const tav::CartesianVector& v) noexcept {
     return std::hypot(static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z));
 }
 
 HrtfData ReadSet(const std::string& path) {
-    const std::string_view extension = ExtensionOf(path);
+    const std::string_view extension = FileExtension(path);
+    if (extension == "hrtf") return ReadHrtfFile(path);
     if (extension == "sofa") {
         throw tav::Exception("SOFA is not yet implemented on this platform");
     }
+    if (extension.empty()) return BuiltInHrtf();
     throw tav::Exception("invalid hrtf file : " + path);
 }
 
