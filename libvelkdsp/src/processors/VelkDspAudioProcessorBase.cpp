@@ -2,7 +2,6 @@
 #include "processors/VelkDspAudioProcessorBase.h"
 
 #include "kernels/VelkDspDenormalGuard.h"
-#include "processors/VelkDspInputMapping.h"
 #include "text/VelkDspStringHelper.h"
 
 #include <algorithm>
@@ -83,8 +82,7 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
     for (unsigned input = 0; input < numInputs_; ++input) {
         float* const mapped = scratch.inputs[input];
         if (InputActive(input)) {
-            std::transform(inputs[input] + offset, inputs[input] + offset + frames, mapped,
-                           [](double sample) { return MapInput(sample); });
+            kernels_.fromHost(inputs[input] + offset, mapped, static_cast<int>(frames));
         } else {
             std::fill_n(mapped, frames, 0.f);
         }
@@ -96,9 +94,8 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
     }
     Process(scratch.outputs.data(), scratch.inputs.data(), frames);
     for (unsigned output = 0; output < numOutputs_; ++output) {
-        const float* const own = scratch.outputs[output];
-        std::transform(own, own + frames, outputs[output] + offset,
-                       [](float sample) { return MapOutput(sample); });
+        kernels_.toHost(scratch.outputs[output], outputs[output] + offset,
+                        static_cast<int>(frames));
     }
 }
 

@@ -2,10 +2,11 @@
 // The life that all signal blocks share: ports, rate, block size, mute, bypass, labels, report.
 //
 // A block computes in floats (slot 1); the host speaks doubles. The way from one to the other is
-// written once, here: every float that a block sees has passed MapInput, every double that the host
-// gets back is finite.
+// written once, here: every float that a block sees has passed SampleKernels::fromHost, every
+// double that the host gets back is finite.
 #pragma once
 
+#include "kernels/VelkDspSampleKernels.h"
 #include "processors/VelkDspHandOver.h"
 #include "text/VelkDspNonblocking.h"
 
@@ -103,6 +104,7 @@ private:
                       unsigned offset,
                       unsigned frames) noexcept TAV_NONBLOCKING;
 
+    const SampleKernels& kernels_ = BestKernels<SampleKernels>();
     const unsigned numInputs_;
     const unsigned numOutputs_;
     // shared: control writes, audio reads

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspAudioProcessorBase.h"
 
+#include "kernels/VelkDspDenormalGuard.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
-#include "processors/VelkDspInputMapping.h"
 #include "support/AllocationTrap.h"
 
 #include <gtest/gtest.h>

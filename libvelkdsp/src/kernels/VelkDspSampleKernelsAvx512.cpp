@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspSampleKernels.h"
+
+#include <immintrin.h>
+#include <limits>
+
+namespace tav {
+namespace {
+
+// Masked where the plain intrinsic warns of uninitialised registers with some compilers.
+constexpr int kLanes = 8;
+constexpr __mmask8 kAll = 0xff;
+
+__mmask8 IsFinite(__m512d magnitude) noexcept {
+    const __m512d infinity = _mm512_set1_pd(std::numeric_limits<double>::infinity());
+    return _mm512_cmp_pd_mask(magnitude, infinity, _CMP_LT_OQ);
+}
+
+void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
+    const __m512d largest = _mm512_set1_pd(kLargestInput);
+    const __m512d lowest = _mm512_set1_pd(-kLargestInput);
+    const __m512d smallest = _mm512_set1_pd(kSmallestInput);
+    int k = 0;
+    for (; k + kLanes <= n; k += kLanes) {
+        const __m512d sample = _mm512_loadu_pd(host + k);
+        const __m512d magnitude = _mm512_abs_pd(sample);
+        const __mmask8 counts =
+            _mm512_mask_cmp_pd_mask(IsFinite(magnitude), magnitude, smallest, _CMP_GE_OQ);
+        const __m512d limited =
+            _mm512_maskz_max_pd(kAll, _mm512_maskz_min_pd(kAll, sample, largest), lowest);
+        _mm256_storeu_ps(own + k, _mm512_maskz_cvtpd_ps(counts, limited));
+    }
+    SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
+}
+
+void ToHost(const float* own, double* host, int n) noexcept TAV_NONBLOCKING {
+    int k = 0;
+    for (; k + kLanes <= n; k += kLanes) {
+        const __m512d sample = _mm512_maskz_cvtps_pd(kAll, _mm256_loadu_ps(own + k));
+        _mm512_storeu_pd(host + k, _mm512_maskz_mov_pd(IsFinite(_mm512_abs_pd(sample)), sample));
+    }
+    SampleKernels::Scalar().toHost(own + k, host + k, n - k);
+}
+
+}  // namespace
+
+const SampleKernels& SampleKernels::Avx512() noexcept {
+    static constexpr SampleKernels kKernels{FromHost, ToHost};
+    return kKernels;
+}
+
+}  // namespace tav
