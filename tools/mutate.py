@@ -1,0 +1,228 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Plants single faults in a copy of the project and asks the test program to find each of them.
+
+    tools/mutate.py [--jobs N] [--only WORD]... [--limit SECONDS] [--storms] [--folder DIR]
+    tools/mutate.py --check
+
+The faults stand in tools/mutations.tsv, one a row: the file (its name alone), a text that stands
+before the fault and nowhere else in the file ("-": none), the text that is replaced, what replaces
+it, and a mark. The replaced text has to occur exactly once in the file, or once at least behind
+the text before it, where the first one counts. The mark is "storm" for faults that no single
+thread shows; they run only with --storms, against quilo-races under the thread sanitizer.
+
+Every job has a clone of the last commit in DIR (default build/mutate), where it stays for the next
+run, and builds there what a fault changes, without warnings. A fault is
+  killed     when a test fails, the program dies, or it lasts longer than the limit
+  survived   when all tests pass
+  not built  when the compiler refuses it: a mistake of the table
+The last lines say the commit, the numbers and the share that was killed. Status 0: all rows could be
+tried. --check compares the table with the checkout alone: does every row still find its place?
+"""
+import argparse
+import concurrent.futures
+import os
+import queue
+import signal
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[1]
+TABLE = ROOT / "tools/mutations.tsv"
+PRODUCT = ("src", "libquilo/src", "libvelkdsp/src", "libsdif/src", "host")
+PROGRAMS = {"": "quilo-tests", "storm": "quilo-races"}
+CONFIGURE = {
+    "": ["-DCMAKE_CXX_FLAGS=-O1 -w", "-DQUILO_BUILD_TESTS=ON"],
+    "storm": ["-DCMAKE_CXX_FLAGS=-O1 -g1 -w -fsanitize=thread", "-DQUILO_BUILD_TESTS=OFF",
+              "-DQUILO_BUILD_MODULE=OFF", "-DQUILO_BUILD_RACES=ON"],
+}
+
+
+class Fault:
+    def __init__(self, number, fields):
+        self.number = number  # line of the table
+        if len(fields) not in (4, 5):
+            raise ValueError("needs 4 or 5 columns")
+        self.file, before, self.pattern, self.replacement = fields[:4]
+        self.before = "" if before == "-" else before
+        self.mark = fields[4] if len(fields) == 5 else ""
+        if self.mark not in PROGRAMS:
+            raise ValueError(f'unknown mark "{self.mark}"')
+
+    def __str__(self):
+        return f"{self.file}: {self.pattern.strip()}  ->  {self.replacement.strip()}"
+
+    def find(self, files):
+        places = files.get(self.file, [])
+        if len(places) != 1:
+            raise ValueError(f"{len(places)} files have this name")
+        return places[0]
+
+    def plant(self, text):
+        """The text with the fault in it."""
+        start = 0
+        if self.before:
+            if text.count(self.before) != 1:
+                raise ValueError(f'"{self.before}" occurs {text.count(self.before)} times')
+            start = text.index(self.before) + len(self.before)
+        found = text.count(self.pattern, start)
+        if found == 0 or (found > 1 and not self.before):
+            raise ValueError(f"occurs {found} times")
+        at = text.index(self.pattern, start)
+        return text[:at] + self.replacement + text[at + len(self.pattern):]
+
+
+def read_table():
+    """The faults, and the complaints about rows that are none."""
+    faults, complaints = [], []
+    for number, line in enumerate(TABLE.read_text(encoding="utf-8").splitlines(), 1):
+        if not line.strip() or line.startswith("#"):
+            continue
+        try:
+            faults.append(Fault(number, line.split("\t")))
+        except ValueError as complaint:
+            complaints.append(f"{TABLE.name}:{number}: {complaint}")
+    return faults, complaints
+
+
+def product_files(root):
+    files = {}
+    for folder in PRODUCT:
+        for path in sorted((root / folder).rglob("*")):
+            if path.suffix in (".cpp", ".h"):
+                files.setdefault(path.name, []).append(path)
+    return files
+
+
+def check(root, faults):
+    """Complaints about rows that do not find their place."""
+    files, complaints, seen = product_files(root), [], set()
+    for fault in faults:
+        try:
+            path = fault.find(files)
+            planted = fault.plant(path.read_text(encoding="utf-8"))
+            if planted in seen:
+                raise ValueError("is in the table twice")
+            seen.add(planted)
+        except ValueError as complaint:
+            complaints.append(f"{TABLE.name}:{fault.number}: {fault}: {complaint}")
+    return complaints
+
+
+def run(command, folder, limit=None):
+    """(status, output); status None: it lasted too long."""
+    process = subprocess.Popen(command, cwd=folder, text=True, errors="replace", start_new_session=True,
+                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    try:
+        output, _ = process.communicate(timeout=limit)
+        return process.returncode, output
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        process.communicate()
+        return None, ""
+
+
+class Workshop:
+    """A clone with its builds."""
+
+    def __init__(self, folder, commit, marks, limit):
+        self.folder, self.limit = folder, limit
+        if not (folder / ".git").exists():
+            self.must(["git", "clone", "--quiet", "--shared", "--no-checkout", str(ROOT), str(folder)], ROOT)
+        self.must(["git", "fetch", "--quiet", "origin"])
+        self.must(["git", "checkout", "--quiet", "--force", "--detach", commit])
+        self.files = product_files(folder)
+        for mark in marks:
+            self.must(["cmake", "-G", "Ninja", "-S", ".", "-B", self.build(mark), "-DCMAKE_BUILD_TYPE=None",
+                       "-DQUILO_BUILD_BENCHMARKS=OFF", *CONFIGURE[mark]])
+            self.must(self.make(mark))
+            status, output = self.test(mark)
+            if status != 0:
+                sys.exit(f"the tests do not pass without a fault:\n{output[-2000:]}")
+
+    def must(self, command, folder=None):
+        status, output = run(command, folder or self.folder)
+        if status != 0:
+            sys.exit(f"{' '.join(command)}:\n{output[-4000:]}")
+
+    @staticmethod
+    def build(mark):
+        return "build/mutate" + mark
+
+    def make(self, mark):
+        return ["cmake", "--build", self.build(mark), "--parallel", "1", "--target", PROGRAMS[mark]]
+
+    def test(self, mark):
+        program = [f"{self.build(mark)}/bin/{PROGRAMS[mark]}"]
+        if mark == "storm":
+            # Address-space randomisation of newer kernels is wider than this sanitizer's shadow.
+            return run(["setarch", os.uname().machine, "-R", *program], self.folder, self.limit)
+        return run([*program, "--gtest_fail_fast", "--gtest_brief=1"], self.folder, self.limit)
+
+    def attempt(self, fault):
+        """(outcome, what found it)"""
+        path = fault.find(self.files)
+        text = path.read_text(encoding="utf-8")
+        path.write_text(fault.plant(text), encoding="utf-8")
+        try:
+            status, output = run(self.make(fault.mark), self.folder)
+            if status != 0:
+                return "not built", next((line for line in output.splitlines() if "error" in line), "")
+            status, output = self.test(fault.mark)
+        finally:
+            path.write_text(text, encoding="utf-8")
+        if status is None:
+            return "killed", f"hangs for {self.limit} s"
+        if status == 0:
+            return "survived", ""
+        return "killed", next((line.split("]")[1].split(",")[0].strip() for line in output.splitlines()
+                               if "FAILED  ]" in line), f"died with status {status}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--check", action="store_true", help="look whether the rows find their places, no more")
+    parser.add_argument("--jobs", type=int, default=1, help="clones at work side by side")
+    parser.add_argument("--only", action="append", default=[], metavar="WORD", help="rows with this word in them")
+    parser.add_argument("--limit", type=float, default=300, metavar="SECONDS", help="of the tests, for each fault")
+    parser.add_argument("--storms", action="store_true", help="the rows that only quilo-races can find, too")
+    parser.add_argument("--folder", type=Path, default=ROOT / "build/mutate", help="where the clones stand")
+    options = parser.parse_args()
+
+    faults, complaints = read_table()
+    complaints += check(ROOT, faults)
+    if options.check or complaints:
+        print("\n".join(complaints) or f"{len(faults)} faults find their places")
+        return 1 if complaints else 0
+
+    faults = [fault for fault in faults if options.storms or not fault.mark]
+    if options.only:
+        faults = [fault for fault in faults if any(word in str(fault) for word in options.only)]
+    commit = subprocess.check_output(["git", "rev-parse", "HEAD"], cwd=ROOT, text=True).strip()
+    marks = sorted({fault.mark for fault in faults})
+    workshops, counts = queue.Queue(), {"killed": 0, "survived": 0, "not built": 0}
+    for number in range(options.jobs):
+        workshops.put(Workshop(options.folder / f"job{number}", commit, marks, options.limit))
+
+    def attempt(fault):
+        start, workshop = time.monotonic(), workshops.get()
+        try:
+            outcome, found = workshop.attempt(fault)
+        finally:
+            workshops.put(workshop)
+        counts[outcome] += 1
+        print(f"{outcome:9}  {time.monotonic() - start:4.0f} s  {fault}  {found}", flush=True)
+
+    # By file: neighbours rebuild the same few objects.
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        list(pool.map(attempt, sorted(faults, key=lambda fault: fault.file)))
+    tried = counts["killed"] + counts["survived"]
+    print(f"{commit[:9]}: {tried} faults, {counts['killed']} killed, {counts['survived']} survived, "
+          f"{counts['not built']} not built: {100 * counts['killed'] / max(tried, 1):.1f} % killed")
+    return 1 if counts["not built"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
