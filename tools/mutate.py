@@ -13,7 +13,8 @@ thread shows; they run only with --storms, against quilo-races under the thread 
 
 Every job has a clone of the last commit in DIR (default build/mutate), where it stays for the next
 run, and builds there what a fault changes, without warnings. A fault is
-  killed     when a test fails, the program dies, or it lasts longer than the limit
+  killed     when a test fails, the program dies, or it lasts longer than the limit; the tests of
+             the fault's own room run first
   survived   when all tests pass
   not built  when the compiler refuses it: a mistake of the table
 The last lines say the commit, the numbers and the share that was killed. Status 0: all rows could be
@@ -21,6 +22,7 @@ tried. --check compares the table with the checkout alone: does every row still 
 """
 import argparse
 import concurrent.futures
+import json
 import os
 import queue
 import signal
@@ -128,7 +130,7 @@ class Workshop:
     """A clone with its builds."""
 
     def __init__(self, folder, commit, marks, limit):
-        self.folder, self.limit = folder, limit
+        self.folder, self.limit, self.report = folder, limit, folder / "build/tests.json"
         if not (folder / ".git").exists():
             self.must(["git", "clone", "--quiet", "--shared", "--no-checkout", str(ROOT), str(folder)], ROOT)
         self.must(["git", "fetch", "--quiet", "origin"])
@@ -138,7 +140,7 @@ class Workshop:
             self.must(["cmake", "-G", "Ninja", "-S", ".", "-B", self.build(mark), "-DCMAKE_BUILD_TYPE=None",
                        "-DQUILO_BUILD_BENCHMARKS=OFF", *CONFIGURE[mark]])
             self.must(self.make(mark))
-            status, output = self.test(mark)
+            status, output = self.storm() if mark else self.test(f"--gtest_output=json:{self.report}")
             if status != 0:
                 sys.exit(f"the tests do not pass without a fault:\n{output[-2000:]}")
 
@@ -154,12 +156,28 @@ class Workshop:
     def make(self, mark):
         return ["cmake", "--build", self.build(mark), "--parallel", "1", "--target", PROGRAMS[mark]]
 
-    def test(self, mark):
-        program = [f"{self.build(mark)}/bin/{PROGRAMS[mark]}"]
-        if mark == "storm":
-            # Address-space randomisation of newer kernels is wider than this sanitizer's shadow.
-            return run(["setarch", os.uname().machine, "-R", *program], self.folder, self.limit)
-        return run([*program, "--gtest_fail_fast", "--gtest_brief=1"], self.folder, self.limit)
+    def test(self, *options):
+        program = f"{self.build('')}/bin/{PROGRAMS['']}"
+        return run([program, "--gtest_fail_fast", "--gtest_brief=1", *options], self.folder, self.limit)
+
+    def storm(self):
+        # Address-space randomisation of newer kernels is wider than this sanitizer's shadow.
+        program = f"{self.build('storm')}/bin/{PROGRAMS['storm']}"
+        return run(["setarch", os.uname().machine, "-R", program], self.folder, self.limit)
+
+    def test_near_first(self, path):
+        """The tests of the room that mirrors the one of the file, then the others."""
+        suites = json.loads(self.report.read_text(encoding="utf-8"))["testsuites"]
+        room = "tests/" + path.parent.relative_to(self.folder).as_posix().replace("/src", "")
+        near = []
+        while not near and "/" in room:
+            near = [s["name"] + ".*" for s in suites if f"/{room}/" in s["testsuite"][0].get("file", "")]
+            room = room.rpartition("/")[0]
+        for filter_ in [":".join(near), "-" + ":".join(near)] if near else ["*"]:
+            status, output = self.test("--gtest_filter=" + filter_)
+            if status != 0:
+                break
+        return status, output
 
     def attempt(self, fault):
         """(outcome, what found it)"""
@@ -169,8 +187,8 @@ class Workshop:
         try:
             status, output = run(self.make(fault.mark), self.folder)
             if status != 0:
-                return "not built", next((line for line in output.splitlines() if "error" in line), "")
-            status, output = self.test(fault.mark)
+                return "not built", next((line for line in output.splitlines() if " error: " in line), "")
+            status, output = self.storm() if fault.mark else self.test_near_first(path)
         finally:
             path.write_text(text, encoding="utf-8")
         if status is None:

@@ -10,10 +10,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <limits>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace Tests {
@@ -157,6 +159,25 @@ bool BusyPan::Finite() const {
     const auto isFinite = [](auto sample) { return std::isfinite(sample); };
     return std::all_of(doubles_.begin() + kMostFrames, doubles_.end(), isFinite) &&
            std::all_of(floats_.begin() + kMostFrames, floats_.end(), isFinite);
+}
+
+void PlayAmidChanges(BusyPan& pan,
+                     int changes,
+                     const std::function<void(const std::function<void()>& play)>& audio) {
+    std::atomic<bool> playing{false}, over{false};
+    std::thread control([&] {
+        std::mt19937 random(2);
+        while (!playing) std::this_thread::yield();
+        for (int k = 0; k < changes; ++k) pan.Disturb(random);
+        over = true;
+    });
+    audio([&] {
+        playing = true;
+        do pan.Play();
+        while (!over);
+        pan.Play();  // whatever was changed last
+    });
+    control.join();
 }
 
 }  // namespace Tests

@@ -6,6 +6,7 @@
 #include "math/VelkDspCartesian.h"
 #include "pan/QuiloPan.h"
 
+#include <functional>
 #include <memory>
 #include <random>
 #include <vector>
@@ -51,6 +52,12 @@ private:
     std::vector<const float*> floatInputs_;
     std::vector<float*> floatOutputs_;
 };
+
+/// One thread makes that many changes, and `audio` plays until it has: it is called once, on this
+/// thread, and calls `play`.
+void PlayAmidChanges(BusyPan& pan,
+                     int changes,
+                     const std::function<void(const std::function<void()>& play)>& audio);
 
 /// Every type by its number.
 inline constexpr int kNumPanTypes = static_cast<int>(Quilo::Pan::Type::Null) + 1;

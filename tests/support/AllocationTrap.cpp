@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
-#include <new>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define TRAP_SANITIZED 1
@@ -40,7 +39,7 @@ AllocationTrap::~AllocationTrap() noexcept { --trapsSet; }
 
 unsigned AllocationTrap::Violations() const noexcept { return violations - before_; }
 
-bool AllocationTrap::WatchesTheCLibrary() noexcept {
+bool AllocationTrap::IsAtWork() noexcept {
 #ifdef TRAP_STANDS_BEFORE_LIBC
     return true;
 #else
@@ -50,8 +49,7 @@ bool AllocationTrap::WatchesTheCLibrary() noexcept {
 
 }  // namespace Tests
 
-// One hook is enough per call: operator new below goes to the C library directly, where that is
-// watched too.
+// Operator new and delete of the standard library end here, too.
 #ifdef TRAP_STANDS_BEFORE_LIBC
 
 extern "C" {
@@ -106,57 +104,3 @@ void __libc_free(void* block);
 }  // extern "C"
 
 #endif
-
-namespace {
-
-void* Allocate(std::size_t size) noexcept {
-#ifndef TRAP_STANDS_BEFORE_LIBC
-    Tests::Note();
-#endif
-    return std::malloc(size == 0 ? 1 : size);
-}
-
-void* AllocateAligned(std::size_t size, std::size_t alignment) noexcept {
-#ifndef TRAP_STANDS_BEFORE_LIBC
-    Tests::Note();
-#endif
-    const std::size_t whole = (size + alignment - 1) / alignment * alignment;
-    return std::aligned_alloc(alignment, whole == 0 ? alignment : whole);
-}
-
-void Release(void* block) noexcept {
-#ifndef TRAP_STANDS_BEFORE_LIBC
-    Tests::Note();
-#endif
-    std::free(block);
-}
-
-void* OrThrow(void* block) {
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-
-}  // namespace
-
-// Every form: the address sanitizer has its own for each one that is left out, and matches pairs.
-void* operator new(std::size_t size) { return OrThrow(Allocate(size)); }
-void* operator new[](std::size_t size) { return OrThrow(Allocate(size)); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return Allocate(size); }
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return OrThrow(AllocateAligned(size, static_cast<std::size_t>(alignment)));
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return OrThrow(AllocateAligned(size, static_cast<std::size_t>(alignment)));
-}
-
-void operator delete(void* block) noexcept { Release(block); }
-void operator delete[](void* block) noexcept { Release(block); }
-void operator delete(void* block, std::size_t) noexcept { Release(block); }
-void operator delete[](void* block, std::size_t) noexcept { Release(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { Release(block); }
-void operator delete[](void* block, const std::nothrow_t&) noexcept { Release(block); }
-void operator delete(void* block, std::align_val_t) noexcept { Release(block); }
-void operator delete[](void* block, std::align_val_t) noexcept { Release(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { Release(block); }
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept { Release(block); }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Counts what the audio thread must not do: allocate, free, lock.
 //
-// The test program replaces operator new and delete and, with the GNU C library, stands in front of
-// malloc and its relatives and of pthread_mutex_lock (a try-lock is allowed). Under the address and
-// thread sanitizers, which own those functions, only operator new and delete are watched.
+// With the GNU C library the test program stands in front of malloc and its relatives, and with
+// them of operator new and delete, and of pthread_mutex_lock (a try-lock is allowed). Sanitizers
+// own those functions: under them nothing is counted.
 #pragma once
 
 namespace Tests {
@@ -24,8 +24,8 @@ public:
     /// Since this trap was set.
     unsigned Violations() const noexcept;
 
-    /// False where only operator new and delete are watched.
-    static bool WatchesTheCLibrary() noexcept;
+    /// False where nothing is counted.
+    static bool IsAtWork() noexcept;
 
 private:
     unsigned before_;
