@@ -30,6 +30,7 @@ inline constexpr View kFromTheSide{"From the side",          "y, to the front (m
                                    &tav::CartesianVector::y, &tav::CartesianVector::z, false};
 
 /// Loudspeakers, listener and the ways of the sources in one view; a metre is as long across as up.
+/// What is beyond the reach of the scene stands at the edge, in its direction, with its distance.
 /// @param timeStep  seconds between the dots on the ways
 void DrawPlan(Svg& svg,
               const Scene& scene,
@@ -39,7 +40,8 @@ void DrawPlan(Svg& svg,
               double height,
               double timeStep);
 
-void DrawSpeaker(Svg& svg, Spot spot, double turnDeg);
+/// @param size  1: as in the key
+void DrawSpeaker(Svg& svg, Spot spot, double turnDeg, double size = 1);
 void DrawListener(Svg& svg, Spot spot, bool noseUp);
 /// The numbered disc of a source, 0-based, where it is at the end.
 void DrawSource(Svg& svg, Spot spot, std::size_t source);

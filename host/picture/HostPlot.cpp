@@ -73,7 +73,7 @@ void DrawTitles(Svg& svg,
     svg.Text({plot.corner.x + plot.width / 2, plot.Floor() + 33}, below, quiet);
     TextStyle turned = quiet;
     turned.turnDeg = -90;
-    svg.Text({plot.corner.x - 54, plot.corner.y + plot.height / 2}, beside, turned);
+    svg.Text({plot.corner.x - 62, plot.corner.y + plot.height / 2}, beside, turned);
 }
 
 }  // namespace Quilo::Host

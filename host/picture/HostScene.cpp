@@ -2,6 +2,7 @@
 #include "picture/HostScene.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Quilo::Host {
 
@@ -17,6 +18,27 @@ std::vector<tav::CartesianVector> Points(std::span<const float> numbers) {
 }
 
 }  // namespace
+
+double DistanceOf(const tav::CartesianVector& position) {
+    return std::hypot(static_cast<double>(position.x), static_cast<double>(position.y),
+                      static_cast<double>(position.z));
+}
+
+double ReachOf(const Scene& scene) {
+    std::vector<double> distances;
+    const auto take = [&](const std::vector<tav::CartesianVector>& positions) {
+        for (const auto& position : positions)
+            if (const double distance = DistanceOf(position); std::isfinite(distance))
+                distances.push_back(distance);
+    };
+    take(scene.speakers);
+    if (distances.empty())
+        for (const auto& moment : scene.path) take(moment.sources);
+    if (distances.empty()) return 20;
+    const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+    std::ranges::nth_element(distances, middle);
+    return 20 * std::max(*middle, 0.25);
+}
 
 SceneRecorder::SceneRecorder(Scene scene, std::size_t numOutlets, std::uint64_t numFrames)
     : scene_(std::move(scene)),

@@ -29,6 +29,14 @@ struct Scene {
     std::vector<std::vector<double>> power;
 };
 
+/// Metres from the listener beyond which a picture only tells the direction and the distance:
+/// twenty times the distance of the middle one of the loudspeakers (of the sources' places where
+/// there are none), so that one thing far away does not make a dot of all others.
+double ReachOf(const Scene& scene);
+
+/// Metres from the listener, with 64 bits: squares of 1e30 do not fit in 32.
+double DistanceOf(const tav::CartesianVector& position);
+
 /// Fills a scene while audio runs. Its slots are so few that a picture can show them, whatever the
 /// length of the run.
 class SceneRecorder {

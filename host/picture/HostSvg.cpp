@@ -68,6 +68,20 @@ std::string Points(std::span<const Spot> spots) {
     return text;
 }
 
+/// "1.5e30" of 1.5e30.
+std::string PowerText(double number, int digits) {
+    char buffer[32];
+    const auto end = std::to_chars(std::begin(buffer), std::end(buffer), number,
+                                   std::chars_format::scientific, digits - 1)
+                         .ptr;
+    std::string text(std::begin(buffer), end);
+    const std::size_t e = text.find('e');
+    const std::string power = text.substr(text[e + 1] == '+' ? e + 2 : e + 1);
+    text.resize(text.find('.') < e ? text.find_last_not_of('0', e - 1) + 1 : e);
+    if (text.ends_with('.')) text.pop_back();
+    return text + "e" + power;
+}
+
 }  // namespace
 
 std::string NumberText(double number, int decimals) {
@@ -81,9 +95,14 @@ std::string NumberText(double number, int decimals) {
 }
 
 std::string LabelNumber(double number, int decimals) {
-    std::string text = NumberText(number, decimals);
+    std::string text = std::abs(number) < 1e6 ? NumberText(number, decimals) : PowerText(number, 6);
     if (text.starts_with('-')) text.replace(0, 1, "\u2212");
     return text;
+}
+
+std::string MetresText(double metres) {
+    if (!(metres < 1e5)) return PowerText(metres, 2) + " m";
+    return LabelNumber(metres, metres < 1 ? 2 : metres < 100 ? 1 : 0) + " m";
 }
 
 void Svg::Line(Spot from, Spot to, const Stroke& stroke) {

@@ -52,8 +52,11 @@ private:
     std::string body_;
 };
 
-/// Shortest text of a number rounded to `decimals`, with a true minus sign where asked for.
+/// Shortest text of a number rounded to `decimals`. LabelNumber has a true minus sign, and a power
+/// of ten in the place of more than six digits before the point.
 std::string NumberText(double number, int decimals = 2);
 std::string LabelNumber(double number, int decimals = 2);
+/// Metres as a label shows them, with a power of ten where they are very many: "2.5 m", "1e30 m".
+std::string MetresText(double metres);
 
 }  // namespace Quilo::Host

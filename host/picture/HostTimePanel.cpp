@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Quilo::Host {
 
@@ -34,7 +35,9 @@ std::vector<double> NumbersOf(const Scene& scene, const Trace& trace, std::size_
 
 void DrawTraceOf(
     Svg& svg, const Scene& scene, const Trace& trace, const Plot& plot, std::size_t k) {
-    const Stroke stroke{SourceColour(k), 2.2, 0.9, SourceDashes(k)};
+    const bool crowded = scene.path.front().sources.size() > 24;
+    const Stroke stroke{SourceColour(k), crowded ? 0.8 : 2.2, crowded ? 0.5 : 0.9,
+                        crowded ? "" : SourceDashes(k)};
     const std::vector<double> numbers = NumbersOf(scene, trace, k);
     std::vector<Spot> line;
     for (std::size_t m = 0; m < numbers.size(); ++m) {
@@ -46,7 +49,8 @@ void DrawTraceOf(
         }
         const bool rests = m > 0 && m + 1 < numbers.size() && numbers[m] == numbers[m - 1] &&
                            numbers[m] == numbers[m + 1];
-        if (!rests || jumps) line.push_back(plot.At(scene.path[m].seconds, numbers[m]));
+        if (!rests || jumps)
+            line.push_back(plot.At(scene.path[m].seconds, std::min(numbers[m], trace.top)));
     }
     if (!line.empty()) line.push_back({plot.Side(), line.back().y});  // the last place is kept
     svg.Polyline(line, stroke);
@@ -54,7 +58,7 @@ void DrawTraceOf(
 
 /// Smallest and largest number of all sources.
 std::pair<double, double> RangeOf(const Scene& scene, const Trace& trace) {
-    double least = 1e30, most = -1e30;
+    double least = std::numeric_limits<double>::max(), most = std::numeric_limits<double>::lowest();
     for (const Scene::Moment& moment : scene.path)
         for (const auto& source : moment.sources) {
             least = std::min(least, trace.number(source));
@@ -68,8 +72,8 @@ bool DistancesChange(const Scene& scene) {
     const auto& first = scene.path.front().sources;
     return std::ranges::any_of(scene.path, [&](const Scene::Moment& moment) {
         for (std::size_t k = 0; k < std::min(first.size(), moment.sources.size()); ++k) {
-            const float before = tav::Distance(first[k]), now = tav::Distance(moment.sources[k]);
-            if (std::abs(now - before) > 0.02f * before) return true;
+            const double before = DistanceOf(first[k]), now = DistanceOf(moment.sources[k]);
+            if (std::abs(now - before) > 0.02 * before) return true;
         }
         return false;
     });
@@ -87,13 +91,19 @@ std::vector<Trace> TracesOf(const Scene& scene) {
         "Elevation of the sources", "degrees", -90, 90, 45, false, [](const Position& p) {
             return static_cast<double>(tav::ElevationDeg(p));
         }};
-    Trace distance{"Distance of the sources", "m", 0, 1, 1, false, [](const Position& p) {
-                       return static_cast<double>(tav::Distance(p));
-                   }};
+    Trace distance{"Distance of the sources",
+                   "m",
+                   0,
+                   1,
+                   1,
+                   false,
+                   [](const Position& p) {
+                       return DistanceOf(p); }};
     traces.push_back(azimuth);
     const auto [lowest, highest] = RangeOf(scene, elevation);
     if (lowest < -0.5 || highest > 0.5) traces.push_back(elevation);
-    const double farthest = RangeOf(scene, distance).second;
+    // What is beyond the reach of the scene runs along the top.
+    const double farthest = std::min(RangeOf(scene, distance).second, ReachOf(scene));
     distance.step = RoundStep(farthest, 3);
     distance.top = distance.step * std::max(1.0, std::ceil(farthest / distance.step * 1.02));
     if (DistancesChange(scene)) traces.push_back(distance);
