@@ -4,6 +4,7 @@
 #include "HostAllocations.h"
 #include "HostChain.h"
 #include "HostConsole.h"
+#include "HostCoverageProbe.h"
 #include "HostFault.h"
 #include "HostFiles.h"
 #include "HostLayouts.h"
@@ -92,6 +93,8 @@ void Actions::Act(const Statement& statement) {
         case Directive::Dsp: return AtomNumber(atoms[0]) != 0 ? chain_.Start() : chain_.Stop();
         case Directive::Inspect: return object_.PrintAttributes(console_);
         case Directive::Assist: return object_.PrintAssistance(console_);
+        case Directive::Coverage:
+            return PrintCoverage(MeasureCoverage(object_, hiddenSettings_), console_);
         case Directive::Methods: return object_.PrintMethods(console_);
         case Directive::Sync: RunDueWork(); return;
         case Directive::Remake: return Remake(atoms.empty() ? script_.box : atoms);
@@ -99,7 +102,9 @@ void Actions::Act(const Statement& statement) {
     }
     if (!object_.Get()) return;  // freed: there is nobody to talk to
     switch (statement.directive) {
-        case Directive::None: return object_.Send(atoms);
+        case Directive::None:
+            if (IsHiddenSetting(atoms)) hiddenSettings_.push_back(statement.atoms);
+            return object_.Send(atoms);
         case Directive::From: return SendFrom(atoms);
         case Directive::Osc: return SendPacket(AtomSpelling(atoms[0]));
         case Directive::Layout: return SendLayout(LayoutName(atoms[0]), object_, console_);

@@ -23,6 +23,9 @@ public:
     /// Throws: Fault (WrongInput) that names the line, when the statement cannot be carried out.
     void Execute(const Statement& statement);
 
+    /// Messages so far that set what no attribute shows; see MeasureCoverage.
+    const std::vector<std::vector<Atom>>& HiddenSettings() const { return hiddenSettings_; }
+
 private:
     void Act(const Statement& statement);
     void SendFrom(std::span<const Atom> words);
@@ -35,6 +38,7 @@ private:
     Chain& chain_;
     Console& console_;
     State state_;
+    std::vector<std::vector<Atom>> hiddenSettings_;
     t_object* watcher_ = nullptr;
 };
 

@@ -20,7 +20,13 @@ std::string_view Head(HostApi::PostKind kind) {
     return "bug";
 }
 
+thread_local int pauses = 0;
+
 }  // namespace
+
+Console::Pause::Pause() { ++pauses; }
+
+Console::Pause::~Pause() { --pauses; }
 
 Console::Console(const std::string& file, bool live) : stream_(&std::cout), live_(live) {
     if (!file.empty()) stream_ = &file_.emplace(file).Stream();
@@ -50,12 +56,13 @@ void Console::Close() {
 }
 
 void Console::Receive(HostApi::PostKind kind, std::string_view text) {
+    if (pauses > 0) return;
     hasComplaints_ |= kind == HostApi::PostKind::Error || kind == HostApi::PostKind::Bug;
     Write(Head(kind), text);
 }
 
 void Console::Receive(const HostApi::OutletMessage& message) {
-    if (!message.isDumpout) return;
+    if (!message.isDumpout || pauses > 0) return;
     if (onDictionary_ && message.selector == gensym("dictionary") && message.atoms.size() == 1)
         onDictionary_(atom_getsym(message.atoms.data()));
     std::string text = message.selector->s_name;

@@ -16,6 +16,15 @@ namespace Quilo::Host {
 /// While it lives it receives all that objects post and all that leaves their dump outlets.
 class Console {
 public:
+    /// While one lives, what the thread that made it causes is not written.
+    class Pause {
+    public:
+        Pause();
+        ~Pause();
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+    };
+
     /// @param file  "" for standard output    @param live  lines show at once, at some cost
     /// Throws: Fault (WrongInput).
     Console(const std::string& file, bool live);

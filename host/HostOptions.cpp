@@ -100,6 +100,7 @@ constexpr OptionRow kOptions[] = {
     {"--quiet",    "",      SetFlag<&Options::quiet>,    "no progress and no notes on standard error"},
     {"--loop",     "",      SetFlag<&Options::loop>,     "inputs shorter than the duration repeat"},
     {"--ambix",    "",      SetFlag<&Options::ambix>,    "writes ambisonic outlets as AmbiX: ACN, SN3D, x front, y left"},
+    {"--settled",  "",      SetFlag<&Options::settled>,  "plays silence first, until every glide has arrived"},
     {"--realtime", "",      SetFlag<&Options::realtime>, "paces the vectors by the clock; an interrupt ends it well"},
     {"--help",     "",      SetFlag<&Options::help>,     "this text"},
     {"--version",  "",      SetFlag<&Options::version>,  "the version"},

@@ -24,6 +24,7 @@ struct Options {
     bool loop = false;
     bool realtime = false;
     bool ambix = false;
+    bool settled = false;
     int validate = 0;        // levels, 1 to 10; 0: a script is run
     std::uint64_t seed = 1;  // of the validator
     bool help = false;       // the rest has not been checked

@@ -4,6 +4,7 @@
 #include "HostActions.h"
 #include "HostAmbix.h"
 #include "HostChain.h"
+#include "HostCoverageProbe.h"
 #include "HostFault.h"
 #include "HostLayouts.h"
 #include "HostObject.h"
@@ -31,6 +32,10 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not 
 
 /// Of a frame. Decimal times are no binary ones: 0.036 s at 48000 Hz comes out below 1728 frames.
 constexpr double kTimeRounding = 1e-6;
+
+/// Longer than any glide: two interpolation times of 200 ms at most, and the filters of near
+/// sources that follow an array of 20 m within 0.9 s.
+constexpr double kSettlingSeconds = 2;
 
 /// The frame that contains a time.
 double FrameAt(double seconds, double hz) { return std::floor(seconds * hz + kTimeRounding); }
@@ -76,14 +81,18 @@ public:
             actions_.Execute(script_.statements[next_++]);
         RunDueWork();
         chain_.Begin();
+        if (options_.settled) Settle();
         PlayVectors();
         RunDueWork();
         NoteUnsentStatements();
         chain_.Stop();
+        const CoverageMap coverage = FinalCoverage();
         object_.Free();
         if (output_) output_->Close();
         if (!recorder_ || !picture_) return;
-        picture_->Stream() << DrawScene(recorder_->Finish());
+        Scene scene = recorder_->Finish();
+        scene.coverage = coverage;
+        picture_->Stream() << DrawScene(scene);
         picture_->Close();
     }
 
@@ -139,6 +148,24 @@ private:
         if (next_ < script_.statements.size())
             Note("the run ended before the script did, from line " +
                  std::to_string(script_.statements[next_].line) + " on");
+    }
+
+    /// Silence before the run: nothing is recorded or written, and the script's times do not count.
+    void Settle() {
+        const auto frames = NumFrames(kSettlingSeconds, rateHz_);
+        for (std::uint64_t frame = 0; frame < frames && !interrupted; frame += chain_.Vector()) {
+            for (std::size_t k = 0; k < object_.NumSignalInlets(); ++k)
+                std::ranges::fill(chain_.Input(k), 0.0);
+            chain_.Run();
+            HostApi::AdvanceClocks(1000 * chain_.Vector() / rateHz_);
+            RunDueWork();
+        }
+    }
+
+    /// For the picture. Scripts that make calls fail get none: a second object would take part.
+    CoverageMap FinalCoverage() const {
+        if (!recorder_ || script_.HasDirective(Directive::Fail)) return {};
+        return MapOf(MeasureCoverage(object_, actions_.HiddenSettings()));
     }
 
     void PlayVectors() {

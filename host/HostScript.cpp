@@ -116,6 +116,7 @@ constexpr DirectiveRow kDirectives[] = {
     {"sync",       Directive::Sync,       None,             "nothing"},
     {"from",       Directive::From,       ThreadAndMessage, "main|scheduler|audio MESSAGE ATOMS..."},
     {"layout",     Directive::Layout,     OneLayout,        "NAME, one of: "},
+    {"coverage",   Directive::Coverage,   None,             "nothing"},
     {"searchpath", Directive::SearchPath, OneWord,          "DIR"},
     {"open",       Directive::Open,       WordOrNone,       "FILE, or nothing (cancelled)"},
     {"saveas",     Directive::SaveAs,     WordOrNone,       "FILE, or nothing (cancelled)"},

@@ -5,6 +5,7 @@
 // nothing and leaves no output behind.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -40,7 +41,8 @@ enum class Directive : std::uint8_t {
     Watch,
     Remake,
     Fail,
-    Free
+    Free,
+    Coverage
 };
 
 struct Statement {
@@ -57,6 +59,11 @@ struct Script {
     int objectLine = 0;                 // of the `object` statement
     std::vector<Atom> box;              // the box text; the first atom is the class name
     std::vector<Statement> statements;  // as they happen: untimed ones, then by time
+
+    bool HasDirective(Directive directive) const {
+        const auto has = [=](const Statement& s) { return s.directive == directive; };
+        return std::ranges::any_of(before, has) || std::ranges::any_of(statements, has);
+    }
 };
 
 /// Reads a script. Statements of the same time keep their order.

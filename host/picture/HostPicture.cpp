@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "picture/HostPicture.h"
 
+#include "picture/HostMapPanel.h"
 #include "picture/HostPlanPanel.h"
 #include "picture/HostPlot.h"
 #include "picture/HostTimePanel.h"
@@ -89,6 +90,7 @@ std::string DrawScene(const Scene& scene) {
     DrawSignKey(svg, {kSideLeft + 210, keyTop}, timeStep, !scene.speakers.empty());
 
     double y = kPlanTop + kPlanSize + 94;
+    y += DrawCoverage(svg, scene, {kLeft, y}, kSideLeft);
     if (scene.seconds > 0) {
         y += DrawTraces(svg, scene, {kLeft, y}, kRight - kLeft, timeStep);
         y += DrawLevels(svg, scene, {kLeft, y}, kRight - kLeft, timeStep);

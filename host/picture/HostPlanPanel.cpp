@@ -360,7 +360,9 @@ void DrawPlan(Svg& svg,
               double width,
               double height,
               double timeStep) {
+    svg.Begin(view.name);
     Plan(svg, scene, view, corner, width, height).Draw(timeStep);
+    svg.End();
 }
 
 }  // namespace Quilo::Host

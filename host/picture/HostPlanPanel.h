@@ -12,6 +12,7 @@ inline constexpr double kListenerRadius = 11;
 
 /// What a view keeps of a position.
 struct View {
+    std::string_view name;  // of the group in the document
     std::string_view title;
     std::string_view acrossTitle;
     std::string_view upTitle;
@@ -20,14 +21,20 @@ struct View {
     bool noseUp;  // the front of the listener's head points up, else to the right
 };
 
-inline constexpr View kFromAbove{"From above",
+inline constexpr View kFromAbove{"from-above",
+                                 "From above",
                                  "x, to the right (m)",
                                  "y, to the front (m)",
                                  &tav::CartesianVector::x,
                                  &tav::CartesianVector::y,
                                  true};
-inline constexpr View kFromTheSide{"From the side",          "y, to the front (m)",    "z, up (m)",
-                                   &tav::CartesianVector::y, &tav::CartesianVector::z, false};
+inline constexpr View kFromTheSide{"from-the-side",
+                                   "From the side",
+                                   "y, to the front (m)",
+                                   "z, up (m)",
+                                   &tav::CartesianVector::y,
+                                   &tav::CartesianVector::z,
+                                   false};
 
 /// Loudspeakers, listener and the ways of the sources in one view; a metre is as long across as up.
 /// What is beyond the reach of the scene stands at the edge, in its direction, with its distance.

@@ -6,11 +6,30 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace Quilo::Host {
+
+/// How well the loudspeakers serve each direction; cells tile the sphere. Degrees, navigational.
+struct CoverageMap {
+    struct Cell {
+        double azimuthDeg, widthDeg;  // the middle and the whole
+        double bottomDeg, topDeg;     // elevation
+        bool isSilent;
+        double errorDeg;  // from where a source should be to where it seems to be
+    };
+
+    std::vector<Cell> cells;  // ring by ring, clockwise; none where there is nothing to tell
+    double distanceMetres = 1;
+    double silentShare = 0, silentUpperShare = 0;  // 0 to 1
+    double meanErrorDeg = 0, worstErrorDeg = 0;
+    double worstAzimuthDeg = 0, worstElevationDeg = 0;
+    bool isFlat = false;
+    std::optional<double> leftRight;  // largest difference of gains on a symmetric layout
+};
 
 struct Scene {
     struct Moment {
@@ -24,6 +43,7 @@ struct Scene {
     unsigned vector = 64;  // frames
     std::size_t numInlets = 0;
     std::vector<tav::CartesianVector> speakers;  // as they stood at the end; may be empty
+    CoverageMap coverage;                        // likewise
     std::vector<Moment> path;                    // in order of time; the first is at 0
     /// Mean square of each outlet (row) in equal slots of time (columns) from 0 to `seconds`.
     std::vector<std::vector<double>> power;

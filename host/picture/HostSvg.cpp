@@ -105,6 +105,10 @@ std::string MetresText(double metres) {
     return LabelNumber(metres, metres < 1 ? 2 : metres < 100 ? 1 : 0) + " m";
 }
 
+void Svg::Begin(std::string_view name) { body_ += Joined({"<g", Attribute("id", name), ">\n"}); }
+
+void Svg::End() { body_ += "</g>\n"; }
+
 void Svg::Line(Spot from, Spot to, const Stroke& stroke) {
     body_ += Joined({"<line", Attribute("x1", from.x), Attribute("y1", from.y),
                      Attribute("x2", to.x), Attribute("y2", to.y), Attributes(stroke), "/>\n"});

@@ -31,6 +31,10 @@ struct TextStyle {
 
 class Svg {
 public:
+    /// What is drawn between the two is one group with this name, for those who read the file.
+    void Begin(std::string_view name);
+    void End();
+
     void Line(Spot from, Spot to, const Stroke& stroke);
     void Polyline(std::span<const Spot> spots, const Stroke& stroke);
     void Area(std::span<const Spot> outline, std::string_view fill, double opacity = 1);

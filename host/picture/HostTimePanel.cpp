@@ -165,6 +165,7 @@ void DrawOutletLabel(Svg& svg, const Scene& scene, std::size_t outlet, Spot spot
 double DrawTraces(Svg& svg, const Scene& scene, Spot corner, double width, double timeStep) {
     constexpr double kHeight = 110, kGap = 50;
     double used = 0;
+    svg.Begin("traces");
     for (const Trace& trace : TracesOf(scene)) {
         const Plot plot{
             {corner.x, corner.y + used}, width, kHeight, 0, scene.seconds, trace.bottom, trace.top};
@@ -174,6 +175,7 @@ double DrawTraces(Svg& svg, const Scene& scene, Spot corner, double width, doubl
             DrawTraceOf(svg, scene, trace, plot, k);
         used += kHeight + kGap;
     }
+    svg.End();
     return used;
 }
 
@@ -183,6 +185,7 @@ double DrawLevels(Svg& svg, const Scene& scene, Spot corner, double width, doubl
     const double row = std::clamp(440 / static_cast<double>(numOutlets), 4.0, 48.0);
     const double height = row * static_cast<double>(numOutlets);
     const Plot plot{corner, width, height, 0, scene.seconds, 0, 1};
+    svg.Begin("levels");
     DrawFrame(svg, plot, timeStep, 0, true);
     DrawTitles(svg, plot, "Level of the outlets (RMS)", "time (s)", "");
 
@@ -208,6 +211,7 @@ double DrawLevels(Svg& svg, const Scene& scene, Spot corner, double width, doubl
              bands ? "white: \u221260 dB and below, full colour: 0 dB"
                    : "each strip from \u221260 to 0 dB of full scale",
              {.size = 12, .colour = kQuietInk, .anchor = "end"});
+    svg.End();
     return height + 50;
 }
 

@@ -184,6 +184,47 @@ TEST_F(HostProgram, KeepsTheClocksPaceWhereItIsAsked) {
     EXPECT_GE(spent.count(), 0.29) << "all vectors but the last have passed";
 }
 
+TEST_F(HostProgram, SettlesBeforeTheFirstSample) {
+    const std::string script =
+        "object quilo.pan~ 1 4 vbap2d @interpolationtime 20\nhost layout quad\nsource 1 az 45\n"
+        "at 0.01 source 1 az 135\n";
+    const auto audio = Render(script, {"--in", "one.wav", "--settled"});
+    EXPECT_EQ(audio.Channel(1)[0], 1);
+    EXPECT_GE(FirstChange(audio, 1), 448u) << "times of the script begin with the run";
+    EXPECT_LT(FirstChange(audio, 1), 448u + 1000u);
+}
+
+TEST_F(HostProgram, MeasuresCoverageUnheard) {
+    const std::string script =
+        "object quilo.pan~ 3 8 vbap @interpolationtime 20\nhost layout cube\nmute 1\nmute 0\n"
+        "source 1 aed 20 10 1\n";
+    const auto alone = Render(script, {"--in", "one.wav"});
+    const auto measured = Render(script + "at 0.013 host coverage\nat 0.05 host coverage\n",
+                                 {"--in", "one.wav", "--picture", "p.svg"});
+    for (unsigned channel = 0; channel < 8; ++channel)
+        EXPECT_TRUE(std::ranges::equal(alone.Channel(channel), measured.Channel(channel)));
+
+    // Pairs and triplets point where they are asked to, as long as they surround the direction.
+    const HostRun cube = Run(script + "host coverage\n");
+    const auto has = [](const HostRun& run, const char* line) {
+        return std::ranges::count(run.console, std::string("coverage: ") + line) == 1;
+    };
+    for (const char* line : {"silent 0", "meanangle 0", "flat 0", "symmetric 1"})
+        EXPECT_TRUE(has(cube, line)) << line;
+    EXPECT_TRUE(std::ranges::none_of(cube.console, [](const std::string& line) {
+        return line.starts_with("coverage: leftright 0 ");
+    })) << "a face is split along one diagonal";
+    EXPECT_TRUE(cube.errors.empty());
+    const HostRun quad = Run(kQuad + "host coverage\n");
+    for (const char* line : {"meanhorizon 0", "worstangle 85 0 -85", "flat 1", "silentupper 0.001"})
+        EXPECT_TRUE(has(quad, line)) << line;
+    // With one neighbour a source sounds on a loudspeaker alone: at worst 22.5 degrees off.
+    const HostRun octagon = Run(
+        "object quilo.pan~ 1 8 knn\nhost layout octagon\nsource 1 numneighbors 1\nhost coverage\n");
+    EXPECT_TRUE(has(octagon, "worsthorizon 20 0 0") || has(octagon, "worsthorizon 22.5 0 0"));
+    EXPECT_EQ(Run("object quilo.pan~ 1 4 hoa3d\nhost coverage\n").console.size(), 1u);
+}
+
 TEST_F(HostProgram, WritesTheConsoleWhereItIsAsked) {
     const HostRun shown = Run(kQuad + "getnumoutputs\n");
     EXPECT_EQ(shown.console, Words{"outlet: numoutputs 4"});
