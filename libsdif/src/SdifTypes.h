@@ -41,12 +41,6 @@ enum class ElementType : std::uint32_t {
     Text = 0x0301  // UTF-8 or other bytes; as numbers 0 to 255
 };
 
-/// All that can be read and written as numbers.
-inline constexpr ElementType kElementTypes[] = {
-    ElementType::Float32, ElementType::Float64, ElementType::Int8,  ElementType::Int16,
-    ElementType::Int32,   ElementType::Int64,   ElementType::UInt8, ElementType::UInt16,
-    ElementType::UInt32,  ElementType::UInt64,  ElementType::Text};
-
 struct FrameHeader {
     std::string signature;
     double time = 0.0;  ///< seconds

@@ -92,7 +92,7 @@ void Writer::WriteNameValues(const NameValues& pairs) {
         CheckPair(name, value);
         text += name + '\t' + value + ";\n";
     }
-    text += "}\n";
+    text += "}";
     text.append(PaddingOf(text.size()), ' ');
     Put(Signature(Signatures::kNameValues) + Size(text.size()) + text);
 }

@@ -23,6 +23,7 @@ namespace {
 
 constexpr double kLowestRate = 8000.0;  // Hz; those of the engine
 constexpr double kHighestRate = 384000.0;
+constexpr double kLargestCount = 1 << 24;  // of points, channels, numbers of a filter
 constexpr std::uint32_t kValuesPerCellInFile = 4;
 constexpr std::uint32_t kValuesPerCell = 6;
 
@@ -34,6 +35,18 @@ struct Entry {
     std::vector<std::vector<double>> cells;  // of each channel, as in the file
 };
 
+std::ifstream Open(const std::string& path) {
+    std::error_code fault;
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    if (!std::filesystem::exists(file, fault)) throw tav::Exception("couldnt find file " + path);
+    if (!std::filesystem::is_regular_file(file, fault)) {
+        throw tav::Exception("invalid file " + path);
+    }
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) throw tav::Exception("couldnt open file " + path);
+    return stream;
+}
+
 bool FitsFloat(double value) noexcept {
     return std::abs(value) <= static_cast<double>(std::numeric_limits<float>::max());
 }
@@ -42,8 +55,7 @@ class HrtfFile {
 public:
     explicit HrtfFile(const std::string& path) : path_(path) {}
 
-    HrtfData Read() {
-        std::ifstream stream = Open();
+    HrtfData Read(std::istream& stream) {
         Sdif::Reader reader = ReadGeneralHeader(stream);
         ReadHeader(reader);
         ReadFrames(reader);
@@ -64,17 +76,6 @@ private:
     [[noreturn]] void Fail(const std::string& text) const { throw tav::Exception(text + path_); }
     [[noreturn]] void FailMatrix(const std::string& signature) const {
         Fail("exception reading " + signature + " matrix ");
-    }
-
-    std::ifstream Open() const {
-        namespace fs = std::filesystem;
-        const fs::path file(std::u8string(path_.begin(), path_.end()));
-        std::error_code fault;
-        if (!fs::exists(file, fault)) Fail("couldnt find file ");
-        if (!fs::is_regular_file(file, fault)) Fail("invalid file ");
-        std::ifstream stream(file, std::ios::binary);
-        if (!stream) Fail("couldnt open file ");
-        return stream;
     }
 
     Sdif::Reader ReadGeneralHeader(std::istream& stream) const {
@@ -125,7 +126,7 @@ private:
     }
 
     std::uint32_t CountInfo(const char* key) const {
-        const double number = NumberInfo(key, 1.0, std::numeric_limits<std::uint32_t>::max());
+        const double number = NumberInfo(key, 1.0, kLargestCount);
         if (number != std::floor(number)) Fail("invalid header ");
         return static_cast<std::uint32_t>(number);
     }
@@ -282,14 +283,19 @@ std::string_view FileExtension(std::string_view path) noexcept {
     return dot == std::string_view::npos ? std::string_view{} : name.substr(dot + 1);
 }
 
-HrtfData ReadHrtfFile(const std::string& path) {
+HrtfData ReadHrtfStream(std::istream& stream, const std::string& path) {
     try {
-        return HrtfFile(path).Read();
+        return HrtfFile(path).Read(stream);
     } catch (const tav::Exception&) {
         throw;
     } catch (...) {
         throw tav::Exception("unknown exception while loading file " + path);
     }
+}
+
+HrtfData ReadHrtfFile(const std::string& path) {
+    std::ifstream stream = Open(path);
+    return ReadHrtfStream(stream, path);
 }
 
 }  // namespace Quilo

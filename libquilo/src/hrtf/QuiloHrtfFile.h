@@ -13,6 +13,7 @@
 
 #include "hrtf/QuiloHrtfData.h"
 
+#include <istream>
 #include <string>
 #include <string_view>
 
@@ -25,5 +26,8 @@ std::string_view FileExtension(std::string_view path) noexcept;
 /// @param path  UTF-8
 /// Thread: control.  Throws: tav::Exception, whose message ends with the path.
 HrtfData ReadHrtfFile(const std::string& path);
+/// The same from an open file.
+/// @param stream  binary and seekable      @param path  for the messages and the infos
+HrtfData ReadHrtfStream(std::istream& stream, const std::string& path);
 
 }  // namespace Quilo

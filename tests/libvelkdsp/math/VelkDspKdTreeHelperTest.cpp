@@ -52,6 +52,7 @@ TEST_P(KdTreeHelperCase, FindsWhatSortingAllPointsFinds) {
             sorted.emplace_back(SquaredDistance(points[k], query), k);
         }
         std::ranges::sort(sorted);
+        ASSERT_EQ(helper.NearestIndex(query), sorted.front().second);
         for (const std::size_t k : {std::size_t{1}, std::size_t{2}, n / 2, n - 1}) {
             if (k == 0 || (k >= n && k != 1)) continue;
             helper.Nearest(query, k, indices, distances);
