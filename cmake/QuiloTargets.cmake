@@ -28,7 +28,7 @@ function(quilo_target name)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 19)
         # libstdc++ 12 uses a deprecated function inside std::stable_sort, which clang blames on us.
-        target_compile_options(${name} PRIVATE -Wfunction-effects -Wno-deprecated-declarations)
+        target_compile_options(${name} PRIVATE -Wfunction-effects -Wthread-safety -Wno-deprecated-declarations)
     endif()
     if(QUILO_LINT)
         quilo_lint_header_filter(headers ${PROJECT_SOURCE_DIR})

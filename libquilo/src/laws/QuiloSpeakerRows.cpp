@@ -22,9 +22,9 @@ tav::CartesianVector WithinReach(const tav::CartesianVector& point) noexcept {
             std::clamp(point.z, -kReach, kReach)};
 }
 
-tav::CartesianArray WithinReach(const tav::CartesianArray& speakers, std::size_t most) {
-    tav::CartesianArray reachable(std::min(speakers.Size(), most));
-    for (std::size_t k = 0; k < reachable.Size(); ++k) reachable[k] = WithinReach(speakers[k]);
+tav::CartesianArray WithinReach(const tav::CartesianArray& points) {
+    tav::CartesianArray reachable(points);
+    for (tav::CartesianVector& point : reachable) point = WithinReach(point);
     return reachable;
 }
 

@@ -31,7 +31,7 @@ private:
 
 /// The point, or one nearer where squares of its distances would not fit 32 bits.
 tav::CartesianVector WithinReach(const tav::CartesianVector& point) noexcept;
-/// The first `most` loudspeakers, likewise.  Throws: std::bad_alloc.
-tav::CartesianArray WithinReach(const tav::CartesianArray& speakers, std::size_t most);
+/// Every point, likewise.  Throws: std::bad_alloc.
+tav::CartesianArray WithinReach(const tav::CartesianArray& points);
 
 }  // namespace Quilo

@@ -51,6 +51,9 @@ public:
     /// Nothing where no triplet is taken.  Cost: O(triplets), no allocation.
     std::optional<TripletGains> Choose(const tav::CartesianVector& source) const noexcept;
 
+    /// Of each triplet, in the order in which they were given.
+    std::span<const std::array<std::uint16_t, 3>> Speakers() const noexcept { return speakers_; }
+
 private:
     /// Surplus lanes of the last block are 0.
     struct alignas(64) Block {  // a row is a cache line

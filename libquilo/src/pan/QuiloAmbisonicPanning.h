@@ -20,10 +20,9 @@ public:
     }
     bool IsPlanar() const override { return NumOutputs() != 4; }
 
-protected:
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override {
+private:
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_) {
         BformatGains(source, gains);
     }
 };

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloAmplitudePanning.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace Quilo {
 
 AmplitudePanning::AmplitudePanning(unsigned numInputs, unsigned numOutputs)
@@ -21,12 +18,7 @@ void AmplitudePanning::Perform(float* const* outputs,
     matrix_.Perform(outputs, inputs, frames);
 }
 
-void AmplitudePanning::SetSourcePosition(unsigned index,
-                                         const tav::CartesianVector& position,
-                                         bool immediate,
-                                         bool force) {
-    const ControlLock lock = LockControl();
-    if (!StoreSourcePosition(index, position, force)) return;
+void AmplitudePanning::ComputeSource(unsigned index, bool immediate, bool) {
     if (!IsMuted(index)) ComputeGains(index, StoredPosition(index), row_);
     SetGains(index, row_, immediate);
 }
@@ -39,20 +31,10 @@ void AmplitudePanning::SetGains(unsigned index, std::span<const float> gains, bo
     matrix_.SetRow(index, gains, immediate);
 }
 
-void AmplitudePanning::ApplySpeakersPositions(const tav::CartesianArray&) {}
-
-void AmplitudePanning::SetSourceSpread(unsigned index, float spread) {
-    const ControlLock lock = LockControl();
-    if (index >= NumInputs() || !std::isfinite(spread)) return;
-    const float clamped = std::clamp(spread, 0.f, 100.f);
-    if (clamped == spreads_[index]) return;
-    spreads_[index] = clamped;
+void AmplitudePanning::ApplySourceSpread(unsigned index, float spread) {
+    if (spread == spreads_[index]) return;
+    spreads_[index] = spread;
     RecomputeSource(index);
-}
-
-float AmplitudePanning::SourceSpread(unsigned index) const {
-    const ControlLock lock = LockControl();
-    return index < NumInputs() ? spreads_[index] : 0.f;
 }
 
 void AmplitudePanning::ApplySampleRate() { matrix_.SetSampleRate(SampleRate()); }

@@ -16,39 +16,38 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    /// Nothing here: a law without loudspeakers ignores them.
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    void SetSourceSpread(unsigned index, float spread) override;
     bool SupportsSpread() const override { return true; }
     bool IsPlanar() const override { return false; }
-    float SourceSpread(unsigned index) const override;
-
-    /// The law: gains of one source, for this panner's own use and for panners made of others;
-    /// nothing is set.
-    /// @param index   whose spread and other properties count, below the number of inputs
-    /// @param source  metres, finite      @param gains  one per output, overwritten, finite
-    /// Thread: control, under the control lock.
-    virtual void ComputeGains(unsigned index,
-                              const tav::CartesianVector& source,
-                              std::span<float> gains) = 0;
 
 protected:
     AmplitudePanning(unsigned numInputs, unsigned numOutputs);
 
-    /// The row of a source, or silence while it is muted.  The control lock is held.
-    void SetGains(unsigned index, std::span<const float> gains, bool immediate);
+    /// The row of a source, or silence while it is muted.
+    void SetGains(unsigned index, std::span<const float> gains, bool immediate)
+        TAV_REQUIRES(controlLock_);
+    /// Percent, 0 .. 100.
+    float StoredSpread(unsigned index) const override TAV_REQUIRES(controlLock_) {
+        return spreads_[index];
+    }
+    void ApplySourceSpread(unsigned index, float spread) override TAV_REQUIRES(controlLock_);
 
 private:
-    void ApplySampleRate() override;
-    void ApplyInterpolationTime(float ms) override;
+    /// The law: the gains of one source at its position; nothing is set.
+    /// @param index   whose spread and other properties count, below the number of inputs
+    /// @param source  metres, finite      @param gains  one per output, overwritten, finite
+    virtual void ComputeGains(unsigned index,
+                              const tav::CartesianVector& source,
+                              std::span<float> gains) TAV_REQUIRES(controlLock_) = 0;
+
+    void ComputeSource(unsigned index, bool immediate, bool) override TAV_REQUIRES(controlLock_);
+    /// Nothing here: a law without loudspeakers ignores them.
+    void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
 
     tav::SignalMatrix matrix_;
-    tav::Vector<float> spreads_;  // one per source, 0 .. 100
-    tav::Vector<float> row_;      // one source's gains while they are computed
+    tav::Vector<float> spreads_ TAV_GUARDED_BY(controlLock_);  // one per source, percent
+    tav::Vector<float> row_ TAV_GUARDED_BY(controlLock_);      // of one source, while computed
 };
 
 }  // namespace Quilo

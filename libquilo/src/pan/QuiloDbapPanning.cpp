@@ -2,7 +2,6 @@
 #include "pan/QuiloDbapPanning.h"
 
 #include "kernels/VelkDspSpeakerKernels.h"
-#include "pan/QuiloKeywords.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,39 +19,25 @@ DbapPanning::DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar)
       directionalSpreads_(numInputs),
       isPlanar_(isPlanar) {}
 
-void DbapPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
-    const ControlLock lock = LockControl();
-    const tav::CartesianArray speakers = WithinReach(positions, NumOutputs());
+void DbapPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
+    const tav::CartesianArray speakers = WithinReach(layout.Positions());
     cloud_ = SpeakerCloud(speakers);
     LayoutChanged(speakers);
     RecomputeSources();
 }
 
-void DbapPanning::SetSpreadingMode(SpreadingMode mode) {
-    const ControlLock lock = LockControl();
+void DbapPanning::ApplySpreadingMode(SpreadingMode mode) {
     if (mode == spreadingMode_) return;
     spreadingMode_ = mode;
     RecomputeSources();
 }
 
-void DbapPanning::SetSpreadingMode(std::string_view keyword) {
-    SetSpreadingMode(PanSpreadingModeKeywords().Parse(keyword).value_or(SpreadingMode::Omni));
+void DbapPanning::ApplySpread(float spread) {
+    for (unsigned i = 0; i < NumInputs(); ++i) ApplySourceSpread(i, spread);
 }
 
-void DbapPanning::SetSpread(float spread) {
-    const ControlLock lock = LockControl();
-    for (unsigned i = 0; i < NumInputs(); ++i) SetSourceSpread(i, spread);
-}
-
-void DbapPanning::SetSpreadsByDirection(std::span<const float> values) {
-    const ControlLock lock = LockControl();
-    for (unsigned i = 0; i < NumInputs(); ++i) SetSpreadByDirection(i, values);
-}
-
-void DbapPanning::SetSpreadByDirection(unsigned index, std::span<const float> values) {
-    const ControlLock lock = LockControl();
-    if (index >= NumInputs() || values.size() < 3) return;
-    if (!tav::IsFinite({values[0], values[1], values[2]})) return;
+void DbapPanning::ApplySpreadByDirection(unsigned index, std::span<const float> values) {
+    if (values.size() < 3 || !tav::IsFinite({values[0], values[1], values[2]})) return;
     const auto percent = [](float value) { return std::clamp(value, 0.f, 100.f); };
     const SpreadByDirection spread{percent(values[0]), percent(values[1]), percent(values[2])};
     if (spread == directionalSpreads_[index]) return;
@@ -62,37 +47,35 @@ void DbapPanning::SetSpreadByDirection(unsigned index, std::span<const float> va
 }
 
 Pan::SpreadingMode DbapPanning::GetSpreadingMode() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return spreadingMode_;
 }
 
 std::array<float, 3> DbapPanning::SourceSpreadByDirection(unsigned index) const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     if (index >= NumInputs()) return {};
     const SpreadByDirection& spread = directionalSpreads_[index];
     return {spread.x, spread.y, spread.z};
 }
 
 void DbapPanning::SetMuteOutside(bool on) {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     if (on == muteOutside_) return;
     muteOutside_ = on;
     RecomputeSources();
 }
 
 bool DbapPanning::MuteOutside() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return muteOutside_;
 }
-
-void DbapPanning::LayoutChanged(const tav::CartesianArray&) {}
 
 DbapMetric DbapPanning::MetricOf(unsigned index, const tav::CartesianVector& source) const {
     if (spreadingMode_ == SpreadingMode::Directional) {
         const SpreadByDirection& spread = directionalSpreads_[index];
         return DirectionalMetric({spread.x * kPercent, spread.y * kPercent, spread.z * kPercent});
     }
-    return OmniMetric(SourceSpread(index) * kPercent, source, cloud_.centroid, isPlanar_);
+    return OmniMetric(StoredSpread(index) * kPercent, source, cloud_.centroid, isPlanar_);
 }
 
 void DbapPanning::ComputeGains(unsigned index,

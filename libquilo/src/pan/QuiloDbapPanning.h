@@ -22,17 +22,6 @@ public:
         friend bool operator==(const SpreadByDirection&, const SpreadByDirection&) = default;
     };
 
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    /// Which of the spreads of a source counts.
-    void SetSpreadingMode(SpreadingMode mode) override;
-    /// An unknown word is "omni".
-    void SetSpreadingMode(std::string_view keyword) override;
-    void SetSpread(float spread) override;
-    /// @param values  x, y, z in percent, for all sources; fewer are ignored
-    void SetSpreadsByDirection(std::span<const float> values) override;
-    /// @param values  x, y, z in percent; fewer are ignored
-    void SetSpreadByDirection(unsigned index, std::span<const float> values) override;
-
     SpreadingMode GetSpreadingMode() const;
     /// x, y, z in percent; zeros for an index out of range.
     std::array<float, 3> SourceSpreadByDirection(unsigned index) const;
@@ -41,29 +30,36 @@ public:
     void SetMuteOutside(bool on);
     bool MuteOutside() const;
 
-    void ComputeGains(unsigned index,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override;
-
 protected:
     DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar);
 
-    const SpeakerCloud& Cloud() const { return cloud_; }
-    bool MutesOutside() const { return muteOutside_; }
+    const SpeakerCloud& Cloud() const TAV_REQUIRES(controlLock_) { return cloud_; }
+    bool MutesOutside() const TAV_REQUIRES(controlLock_) { return muteOutside_; }
 
 private:
     /// A new layout is in `speakers`; the cloud has it already.
-    virtual void LayoutChanged(const tav::CartesianArray& speakers);
-    /// What is left of a source where it stands.
-    virtual float Loudness(const tav::CartesianVector& source) const = 0;
+    virtual void LayoutChanged(const tav::CartesianArray&) TAV_REQUIRES(controlLock_) {}
+    /// The factor that the place of a source puts on all of its gains.
+    virtual float Loudness(const tav::CartesianVector& source) const TAV_REQUIRES(controlLock_) = 0;
 
-    DbapMetric MetricOf(unsigned index, const tav::CartesianVector& source) const;
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ApplySpreadingMode(SpreadingMode mode) override TAV_REQUIRES(controlLock_);
+    void ApplySpread(float spread) override TAV_REQUIRES(controlLock_);
+    /// @param values  x, y, z in percent; fewer are ignored
+    void ApplySpreadByDirection(unsigned index, std::span<const float> values) override
+        TAV_REQUIRES(controlLock_);
+    void ComputeGains(unsigned index,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override TAV_REQUIRES(controlLock_);
 
-    SpeakerCloud cloud_;
-    tav::Vector<SpreadByDirection> directionalSpreads_;  // one per source
-    SpreadingMode spreadingMode_ = SpreadingMode::Omni;
-    bool muteOutside_ = false;
-    bool isPlanar_;
+    DbapMetric MetricOf(unsigned index, const tav::CartesianVector& source) const
+        TAV_REQUIRES(controlLock_);
+
+    SpeakerCloud cloud_ TAV_GUARDED_BY(controlLock_);
+    tav::Vector<SpreadByDirection> directionalSpreads_ TAV_GUARDED_BY(controlLock_);  // per source
+    SpreadingMode spreadingMode_ TAV_GUARDED_BY(controlLock_) = SpreadingMode::Omni;
+    bool muteOutside_ TAV_GUARDED_BY(controlLock_) = false;
+    const bool isPlanar_;
 };
 
 /// Horizontal distances. Beyond the hull of the loudspeakers as seen from above a source becomes
@@ -74,10 +70,10 @@ public:
         : DbapPanning(numInputs, numOutputs, true) {}
 
 private:
-    void LayoutChanged(const tav::CartesianArray& speakers) override;
-    float Loudness(const tav::CartesianVector& source) const override;
+    void LayoutChanged(const tav::CartesianArray& speakers) override TAV_REQUIRES(controlLock_);
+    float Loudness(const tav::CartesianVector& source) const override TAV_REQUIRES(controlLock_);
 
-    tav::ConvexHull2D hull_;
+    tav::ConvexHull2D hull_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Distances in space.
@@ -87,7 +83,7 @@ public:
         : DbapPanning(numInputs, numOutputs, false) {}
 
 private:
-    float Loudness(const tav::CartesianVector& source) const override;
+    float Loudness(const tav::CartesianVector& source) const override TAV_REQUIRES(controlLock_);
 };
 
 }  // namespace Quilo

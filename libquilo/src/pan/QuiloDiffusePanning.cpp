@@ -30,14 +30,6 @@ void DiffusePanning::Perform(float* const* outputs,
     mix_.Perform(outputs, inputs, frames);
 }
 
-void DiffusePanning::SetSourcePosition(unsigned index,
-                                       const tav::CartesianVector& position,
-                                       bool,
-                                       bool force) {
-    const ControlLock lock = LockControl();
-    StoreSourcePosition(index, position, force);
-}
-
 void DiffusePanning::ApplySampleRate() { mix_.SetSampleRate(SampleRate()); }
 
 void DiffusePanning::ApplyReset() { mix_.Reset(); }

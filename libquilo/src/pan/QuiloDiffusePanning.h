@@ -17,24 +17,23 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
     bool IsPlanar() const override { return false; }
 
 protected:
     /// @param weights  one per output, in place of equal ones
     DiffusePanning(unsigned numInputs, unsigned numOutputs, std::span<const float> weights);
 
-    void SetWeights(std::span<const float> weights) { mix_.SetWeights(weights); }
+    void SetWeights(std::span<const float> weights) TAV_REQUIRES(controlLock_) {
+        mix_.SetWeights(weights);
+    }
 
 private:
-    void ApplySampleRate() override;
-    void ApplyReset() override;
-    void ApplyInterpolationTime(float ms) override;
-    void ApplySourceMute(unsigned index) override;
+    void ComputeSource(unsigned, bool, bool) override TAV_REQUIRES(controlLock_) {}
+    void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyReset() override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
+    void ApplySourceMute(unsigned index) override TAV_REQUIRES(controlLock_);
 
     DiffuseMix mix_;
 };

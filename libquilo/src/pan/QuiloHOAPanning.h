@@ -13,15 +13,12 @@ public:
     HOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension)
         : HoaEncoding(numInputs, numOutputs, dimension) {}
 
-protected:
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override {
+private:
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_) {
         Encode(source, gains);
     }
-
-private:
-    void RecomputeAll(bool immediate) override;
+    void RecomputeAll(bool immediate) override TAV_REQUIRES(controlLock_);
 };
 
 using HOA2DPanning = HoaOfDimension<HOAPanning, 2>;

@@ -76,25 +76,18 @@ std::string HoaDiffusePanning::OutputLabel(unsigned output) const {
     return HoaOutputLabel(output, NumOutputs(), dimension_);
 }
 
-void HoaDiffusePanning::SetOrder(unsigned order) {
-    const ControlLock lock = LockControl();
+void HoaDiffusePanning::ApplyOrder(unsigned order) {
     const unsigned possible = std::min(order, HoaOrderOf(NumOutputs(), dimension_));
     if (possible == order_) return;
     order_ = possible;
     UpdateWeights();
 }
 
-void HoaDiffusePanning::SetNormalization(SphericalHarmonic::Normalization normalization) {
-    const ControlLock lock = LockControl();
+void HoaDiffusePanning::ApplyNormalization(SphericalHarmonic::Normalization normalization) {
     const auto possible = NormalizationFor(dimension_, normalization);
     if (possible == normalization_) return;
     normalization_ = possible;
     UpdateWeights();
-}
-
-SphericalHarmonic::Normalization HoaDiffusePanning::GetNormalization() const {
-    const ControlLock lock = LockControl();
-    return normalization_;
 }
 
 void HoaDiffusePanning::UpdateWeights() {

@@ -16,17 +16,21 @@ public:
     HoaDiffusePanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
     std::string OutputLabel(unsigned output) const override;
-    /// Channels above `order` glide to silence.
-    void SetOrder(unsigned order) override;
-    void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
-    tav::SphericalHarmonic::Normalization GetNormalization() const override;
 
 private:
-    void UpdateWeights();
+    /// Channels above `order` glide to silence.
+    void ApplyOrder(unsigned order) override TAV_REQUIRES(controlLock_);
+    void ApplyNormalization(tav::SphericalHarmonic::Normalization normalization) override
+        TAV_REQUIRES(controlLock_);
+    tav::SphericalHarmonic::Normalization NormalizationInUse() const override
+        TAV_REQUIRES(controlLock_) {
+        return normalization_;
+    }
+    void UpdateWeights() TAV_REQUIRES(controlLock_);
 
     const unsigned dimension_;
-    unsigned order_;
-    tav::SphericalHarmonic::Normalization normalization_;
+    unsigned order_ TAV_GUARDED_BY(controlLock_);
+    tav::SphericalHarmonic::Normalization normalization_ TAV_GUARDED_BY(controlLock_);
 };
 
 using HoaDiffusePanning2D = HoaOfDimension<HoaDiffusePanning, 2>;

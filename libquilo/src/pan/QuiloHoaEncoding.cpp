@@ -64,24 +64,16 @@ std::string HoaEncoding<Base>::OutputLabel(unsigned output) const {
 }
 
 template <class Base>
-unsigned HoaEncoding<Base>::GetOrder() const {
-    const ControlLock lock = this->LockControl();
-    return order_;
-}
-
-template <class Base>
-void HoaEncoding<Base>::SetOrder(unsigned order) {
-    const ControlLock lock = this->LockControl();
+void HoaEncoding<Base>::ApplyOrder(unsigned order) {
     const unsigned possible = std::min(order, encoding_.Order());
     if (possible == order_) return;
     order_ = possible;
-    ApplyOrder(possible);
+    OrderChanged(possible);
     this->RecomputeSources();
 }
 
 template <class Base>
-void HoaEncoding<Base>::SetNormalization(SphericalHarmonic::Normalization normalization) {
-    const ControlLock lock = this->LockControl();
+void HoaEncoding<Base>::ApplyNormalization(Normalization normalization) {
     const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
     if (possible == encoding_.GetNormalization()) return;
     encoding_.SetNormalization(possible);
@@ -89,34 +81,24 @@ void HoaEncoding<Base>::SetNormalization(SphericalHarmonic::Normalization normal
 }
 
 template <class Base>
-SphericalHarmonic::Normalization HoaEncoding<Base>::GetNormalization() const {
-    const ControlLock lock = this->LockControl();
-    return encoding_.GetNormalization();
-}
-
-template <class Base>
-void HoaEncoding<Base>::SetComputationMode(std::string_view keyword) {
-    if (const auto mode = tav::HoaModeKeywords().Parse(keyword)) SetComputationMode(*mode);
-}
-
-template <class Base>
-void HoaEncoding<Base>::SetComputationMode(HoaEncodingVector::Mode mode) {
-    const ControlLock lock = this->LockControl();
+void HoaEncoding<Base>::ApplyComputationMode(Mode mode) {
     if (mode == encoding_.GetMode()) return;
     encoding_.SetMode(mode);
     this->RecomputeSources();
 }
 
 template <class Base>
-HoaEncodingVector::Mode HoaEncoding<Base>::GetComputationMode() const {
-    const ControlLock lock = this->LockControl();
-    return encoding_.GetMode();
+std::shared_ptr<const void> HoaEncoding<Base>::MakeEncodingTable(
+    Mode mode, Normalization normalization) const {
+    if (mode != Mode::Fast) return nullptr;
+    const unsigned dimension = encoding_.Dimension();
+    return tav::HoaLookupTable::Shared(encoding_.Order(), dimension,
+                                       NormalizationFor(dimension, normalization));
 }
 
 template <class Base>
-void HoaEncoding<Base>::Dump(std::vector<std::string>& lines) {
-    const ControlLock lock = this->LockControl();
-    Base::Dump(lines);
+void HoaEncoding<Base>::Describe(std::vector<std::string>& lines) const {
+    Base::Describe(lines);
     AppendHoaLines(lines, State());
 }
 

@@ -38,38 +38,49 @@ template <class Base>
 class HoaEncoding : public Base {
 public:
     std::string OutputLabel(unsigned output) const override;
-    unsigned GetOrder() const override;
-    /// Channels above `order` glide to silence; an order beyond the outputs is the largest there
-    /// is.
-    void SetOrder(unsigned order) override;
-    void SetNormalization(tav::SphericalHarmonic::Normalization normalization) override;
-    tav::SphericalHarmonic::Normalization GetNormalization() const override;
-    void SetComputationMode(std::string_view keyword) override;
-    void SetComputationMode(tav::HoaEncodingVector::Mode mode) override;
-    tav::HoaEncodingVector::Mode GetComputationMode() const override;
     bool IsPlanar() const override { return encoding_.Dimension() == 2; }
-    void Dump(std::vector<std::string>& lines) override;
 
 protected:
-    using typename Base::ControlLock;
+    using Base::controlLock_;
 
     /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
     HoaEncoding(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
-    tav::HoaEncodingVector& Encoding() { return encoding_; }
+    tav::HoaEncodingVector& Encoding() TAV_REQUIRES(controlLock_) { return encoding_; }
     /// The gains of a source in this direction.  @param gains  at least the channels, overwritten
-    void Encode(const tav::CartesianVector& source, std::span<float> gains);
+    void Encode(const tav::CartesianVector& source, std::span<float> gains)
+        TAV_REQUIRES(controlLock_);
     /// Silence above the order in use.
-    void LimitOrder(std::span<float> gains) const;
-    /// What Dump says.  The control lock is held, here and below.
-    virtual HoaState State() const;
+    void LimitOrder(std::span<float> gains) const TAV_REQUIRES(controlLock_);
+    /// What Dump says.
+    virtual HoaState State() const TAV_REQUIRES(controlLock_);
 
 private:
-    /// Another order is in use; the sources follow.
-    virtual void ApplyOrder(unsigned) {}
+    using Normalization = tav::SphericalHarmonic::Normalization;
+    using Mode = tav::HoaEncodingVector::Mode;
 
+    /// Another order is in use; the sources follow.
+    virtual void OrderChanged(unsigned) TAV_REQUIRES(controlLock_) {}
+
+    /// Channels above `order` glide to silence; an order beyond the outputs is the largest there
+    /// is.
+    void ApplyOrder(unsigned order) final TAV_REQUIRES(controlLock_);
+    unsigned OrderInUse() const final TAV_REQUIRES(controlLock_) { return order_; }
+    void ApplyNormalization(Normalization normalization) final TAV_REQUIRES(controlLock_);
+    Normalization NormalizationInUse() const final TAV_REQUIRES(controlLock_) {
+        return encoding_.GetNormalization();
+    }
+    void ApplyComputationMode(Mode mode) final TAV_REQUIRES(controlLock_);
+    Mode ComputationModeInUse() const final TAV_REQUIRES(controlLock_) {
+        return encoding_.GetMode();
+    }
+    std::shared_ptr<const void> MakeEncodingTable(Mode mode,
+                                                  Normalization normalization) const final;
+    void Describe(std::vector<std::string>& lines) const final TAV_REQUIRES(controlLock_);
+
+    // Guarded by the control lock, but for its order and dimension, which never change.
     tav::HoaEncodingVector encoding_;
-    unsigned order_;  // at most that of the encoding
+    unsigned order_ TAV_GUARDED_BY(controlLock_);  // at most that of the encoding
 };
 
 extern template class HoaEncoding<Pan>;

@@ -17,28 +17,24 @@ KnnPanning::KnnPanning(unsigned numInputs, unsigned numOutputs)
     : AmplitudePanning(numInputs, numOutputs),
       numNeighbors_(numInputs, std::min(kDefaultNeighbors, numOutputs)) {}
 
-void KnnPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
-    const ControlLock lock = LockControl();
-    law_.SetSpeakers(WithinReach(positions, NumOutputs()));
+void KnnPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
+    law_.SetSpeakers(WithinReach(layout.Positions()));
     RecomputeSources();
 }
 
-void KnnPanning::SetNumNeighbors(unsigned index, unsigned count) {
-    const ControlLock lock = LockControl();
-    if (index >= NumInputs()) return;
-    const unsigned limited = std::min(std::max(count, 1u), NumOutputs());
-    if (limited == numNeighbors_[index]) return;
-    numNeighbors_[index] = limited;
+void KnnPanning::ApplyNumNeighbors(unsigned index, unsigned count) {
+    if (count == numNeighbors_[index]) return;
+    numNeighbors_[index] = count;
     RecomputeSource(index);
 }
 
 unsigned KnnPanning::NumNeighbors(unsigned index) const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return index < NumInputs() ? numNeighbors_[index] : 0;
 }
 
 bool KnnPanning::IsPlanar() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return law_.IsPlanar();
 }
 

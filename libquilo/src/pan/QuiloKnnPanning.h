@@ -13,21 +13,20 @@ class KnnPanning : public AmplitudePanning {
 public:
     KnnPanning(unsigned numInputs, unsigned numOutputs);
 
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    /// @param count  clamped to 1 .. outputs
-    void SetNumNeighbors(unsigned index, unsigned count) override;
     /// 0 for an index out of range.
     unsigned NumNeighbors(unsigned index) const;
     /// Whether all loudspeakers are level with the listener.
     bool IsPlanar() const override;
 
+private:
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ApplyNumNeighbors(unsigned index, unsigned count) override TAV_REQUIRES(controlLock_);
     void ComputeGains(unsigned index,
                       const tav::CartesianVector& source,
-                      std::span<float> gains) override;
+                      std::span<float> gains) override TAV_REQUIRES(controlLock_);
 
-private:
-    KnnLaw law_;
-    tav::Vector<unsigned> numNeighbors_;  // one per source
+    KnnLaw law_ TAV_GUARDED_BY(controlLock_);
+    tav::Vector<unsigned> numNeighbors_ TAV_GUARDED_BY(controlLock_);  // one per source
 };
 
 }  // namespace Quilo

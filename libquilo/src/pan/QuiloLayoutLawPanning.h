@@ -15,21 +15,17 @@ public:
     LayoutLawPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override {
-        const ControlLock lock = LockControl();
-        law_.SetSpeakers(positions, NumOutputs());
+private:
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_) {
+        law_.SetSpeakers(layout.Positions(), NumOutputs());
         RecomputeSources();
     }
-
-protected:
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override {
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_) {
         law_.Gains(source, gains);
     }
 
-private:
-    Law law_;
+    Law law_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Pairwise sine and cosine panning over any number of loudspeakers.

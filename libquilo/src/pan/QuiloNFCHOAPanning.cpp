@@ -58,25 +58,17 @@ NFCHOAPanning::NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned d
     taken_ = newest_;
 }
 
-void NFCHOAPanning::SetConnections(std::span<const short> inletCounts,
-                                   std::span<const short> outletCounts) {
-    const ControlLock lock = LockControl();
-    Pan::SetConnections(inletCounts, outletCounts);
+void NFCHOAPanning::ApplyOutletConnections(std::span<const short> counts) {
     for (std::size_t n = 0; n < mixers_.size(); ++n) {
-        if (outletCounts.size() <= firstChannels_[n]) break;
-        const auto own = outletCounts.subspan(firstChannels_[n]);
+        if (counts.size() <= firstChannels_[n]) break;
+        const auto own = counts.subspan(firstChannels_[n]);
         mixers_[n]->SetConnections(
             {}, own.first(std::min<std::size_t>(own.size(), mixers_[n]->NumOutputs())));
     }
 }
 
-void NFCHOAPanning::SetSourcePosition(unsigned index,
-                                      const tav::CartesianVector& position,
-                                      bool immediate,
-                                      bool force) {
-    const ControlLock lock = LockControl();
-    if (!StoreSourcePosition(index, position, force)) return;
-    const tav::CartesianVector place = StoredPosition(index);
+void NFCHOAPanning::ComputeSource(unsigned index, bool immediate, bool) {
+    const tav::CartesianVector& place = StoredPosition(index);
     std::ranges::fill(row_, 0.f);
     if (!IsMuted(index)) Encode(place, row_);
     for (std::size_t n = 0; n < mixers_.size(); ++n) {
@@ -86,16 +78,13 @@ void NFCHOAPanning::SetSourcePosition(unsigned index,
     sources_[index].SetPlace(place, newest_.radius, newest_.glideMs, immediate);
 }
 
-void NFCHOAPanning::SetNearfieldCompensation(unsigned index, bool on) {
-    const ControlLock lock = LockControl();
-    if (index >= NumInputs() || sources_[index].Compensation() == on) return;
+void NFCHOAPanning::ApplyNearfieldCompensation(unsigned index, bool on) {
+    if (sources_[index].Compensation() == on) return;
     sources_[index].SetCompensation(on);
     RecomputeSource(index);
 }
 
-void NFCHOAPanning::SetSpeakersRadius(float metres) {
-    const ControlLock lock = LockControl();
-    if (!std::isfinite(metres)) return;
+void NFCHOAPanning::ApplySpeakersRadius(float metres) {
     const float clamped = std::clamp(metres, kNearestSpeakers, kFarthestSpeakers);
     if (clamped == newest_.radius) return;
     newest_.radius = clamped;
@@ -104,18 +93,18 @@ void NFCHOAPanning::SetSpeakersRadius(float metres) {
 }
 
 float NFCHOAPanning::SpeakersRadius() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return newest_.radius;
 }
 
 void NFCHOAPanning::SetHighPass(bool on) {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     newest_.highPass = on ? 1.f : 0.f;
     PublishControls();
 }
 
 bool NFCHOAPanning::HighPass() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return newest_.highPass == 1.f;
 }
 
@@ -143,7 +132,7 @@ void NFCHOAPanning::ApplyInterpolationTime(float ms) {
     PublishControls();
 }
 
-void NFCHOAPanning::ApplyOrder(unsigned order) {
+void NFCHOAPanning::OrderChanged(unsigned order) {
     newest_.order = order;
     PublishControls();
 }

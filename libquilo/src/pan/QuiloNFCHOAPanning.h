@@ -23,21 +23,9 @@ public:
     /// @param numOutputs  channels of a whole order; where they are not, only (0, 0) sounds
     NFCHOAPanning(unsigned numInputs, unsigned numOutputs, unsigned dimension);
 
-    void SetConnections(std::span<const short> inletCounts,
-                        std::span<const short> outletCounts) override;
-
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    /// Off: this source sounds as in plain ambisonics. On at first.
-    void SetNearfieldCompensation(unsigned index, bool on) override;
-    /// @param metres  clamped to 0.2 .. 20; 1 at first
-    void SetSpeakersRadius(float metres) override;
 
     float SpeakersRadius() const;
     /// On: each order is cut where its gain would pass 20 dB. Off: near sources are held where the
@@ -55,12 +43,19 @@ private:
         std::uint32_t numResets = 0;
     };
 
-    void ApplySampleRate() override;
-    void ApplyReset() override;
-    void ApplyInterpolationTime(float ms) override;
-    void ApplyOrder(unsigned order) override;
-    HoaState State() const override;
-    void PublishControls();
+    void ComputeSource(unsigned index, bool immediate, bool) override TAV_REQUIRES(controlLock_);
+    void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
+    /// Off: this source sounds as in plain ambisonics. On at first.
+    void ApplyNearfieldCompensation(unsigned index, bool on) override TAV_REQUIRES(controlLock_);
+    /// @param metres  clamped to 0.2 .. 20; 1 at first
+    void ApplySpeakersRadius(float metres) override TAV_REQUIRES(controlLock_);
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyReset() override TAV_REQUIRES(controlLock_);
+    void ApplyOutletConnections(std::span<const short> counts) override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
+    void OrderChanged(unsigned order) override TAV_REQUIRES(controlLock_);
+    HoaState State() const override TAV_REQUIRES(controlLock_);
+    void PublishControls() TAV_REQUIRES(controlLock_);
 
     void TakeControls() noexcept TAV_NONBLOCKING;
     void StartAtRate() noexcept TAV_NONBLOCKING;
@@ -79,8 +74,8 @@ private:
     std::vector<unsigned> firstChannels_;                     // of each order, then of none
 
     // control only
-    std::vector<float> row_;
-    Controls newest_;
+    std::vector<float> row_ TAV_GUARDED_BY(controlLock_);
+    Controls newest_ TAV_GUARDED_BY(controlLock_);
     // shared: control writes, audio reads
     tav::SharedCell<Controls> shared_;
     // audio only

@@ -6,7 +6,7 @@
 
 namespace Quilo {
 
-/// Accepts every operation and ignores it; its outputs are zeros.
+/// Accepts every operation and does nothing about it; its outputs are zeros.
 class NullPanning : public Pan {
 public:
     NullPanning(unsigned numInputs, unsigned numOutputs) : Pan(numInputs, numOutputs) {}
@@ -18,10 +18,11 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned, const tav::CartesianVector&, bool, bool) override {}
-    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
-    void SetInterpolationTime(float) override {}
     bool IsPlanar() const override { return false; }
+
+private:
+    void ComputeSource(unsigned, bool, bool) override TAV_REQUIRES(controlLock_) {}
+    void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
 };
 
 }  // namespace Quilo

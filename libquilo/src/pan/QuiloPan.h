@@ -4,17 +4,23 @@
 // Here is what all panners share: types and keywords, the factory, the positions, the per-source
 // mute and the lock of the control side. A panner is built once for (type, subtype, N, M) and never
 // changes class. Call order: (SetSampleRate SetBufferSize)+ Process*, setters at any time between.
+//
+// The lock is taken in one place: by the public operations, here or in a derived class. What they
+// call, the virtual functions below, requires it and says so (TAV_REQUIRES); it calls no public
+// operation of the same panner.
 #pragma once
 
 #include "math/VelkDspCartesian.h"
 #include "math/VelkDspHoaEncodingVector.h"
 #include "math/VelkDspSphericalHarmonic.h"
 #include "math/VelkDspVector.h"
+#include "pan/QuiloSpeakersLayout.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
+#include "processors/VelkDspControlLock.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -69,13 +75,13 @@ public:
 
     // What the frame has, under the control lock.
     std::string Name() const override;
-    void SetSampleRate(float hz) override;
-    void SetBufferSize(unsigned frames) override;
-    void Reset() override;
+    void SetSampleRate(float hz) final;
+    void SetBufferSize(unsigned frames) final;
+    void Reset() final;
     void SetConnections(std::span<const short> inletCounts,
-                        std::span<const short> outletCounts) override;
-    void SetAutoMute(bool on) override;
-    void SetAutoMuteTime(float seconds) override;
+                        std::span<const short> outletCounts) final;
+    void SetAutoMute(bool on) final;
+    void SetAutoMuteTime(float seconds) final;
 
     /// The panner's signal work alone: adds to the outputs.
     virtual void Perform(float* const* outputs,
@@ -84,109 +90,164 @@ public:
 
     /// Moves a source and recomputes it. A source that stays where it is costs nothing.
     /// @param immediate  jump instead of gliding      @param force  recompute in any case
-    virtual void SetSourcePosition(unsigned index,
-                                   const tav::CartesianVector& position,
-                                   bool immediate,
-                                   bool force) = 0;
+    void SetSourcePosition(unsigned index,
+                           const tav::CartesianVector& position,
+                           bool immediate,
+                           bool force);
     /// Sources beyond the array keep their positions, surplus positions are ignored.
     void SetSourcesPositions(const tav::CartesianArray& positions, bool immediate);
 
-    /// Element i feeds output i. Surplus loudspeakers are ignored; outputs without one stay silent.
-    /// A layout with a position that is not finite is refused as a whole.
-    /// Throws: what ApplySpeakersPositions of the panner throws.
+    /// Prepares a layout and installs it.  Throws: what these two throw.
     void SetSpeakersPositions(const tav::CartesianArray& positions);
-    /// Installs the layout and recomputes every source.
+    /// The long part of a change of layout: computes what the panner needs to know of it, on a
+    /// copy and without the lock. Nothing changes yet.
+    /// Element i feeds output i. Surplus loudspeakers are ignored; outputs without one stay silent.
+    /// @return null for a layout with a position that is not finite: it is refused as a whole
+    /// Throws: std::bad_alloc.
+    std::unique_ptr<SpeakersLayout> PrepareSpeakers(const tav::CartesianArray& positions) const;
+    /// The short part: the layout comes into force, and every source is recomputed and glides.
+    /// Where several threads set layouts at once, the one whose preparation was begun last stays;
+    /// one that comes here after a later one is dropped.
+    /// @param layout  made by PrepareSpeakers of this panner; null changes nothing
     /// Throws: tav::Exception where the panner cannot work well with it; the layout is in force.
-    virtual void ApplySpeakersPositions(const tav::CartesianArray& positions) = 0;
+    void InstallSpeakers(std::unique_ptr<SpeakersLayout> layout);
 
-    /// Duration of a glide. The one in force throws no glide under way back to its start.
+    /// How long a source glides to new gains. A new time starts the glides that are running again,
+    /// from the gains with which they began. Setting the time that is already in force does not
+    /// disturb them.
     /// @param ms  clamped to 0 .. 200; 0 lets sources jump
-    virtual void SetInterpolationTime(float ms);
+    void SetInterpolationTime(float ms);
 
-    virtual void SetSpreadingMode(SpreadingMode mode);
-    virtual void SetSpreadingMode(std::string_view keyword);
+    // Distance-based panners; the others ignore all but SetSourceSpread.
+    void SetSpreadingMode(SpreadingMode mode);
+    /// An unknown word is "omni".
+    void SetSpreadingMode(std::string_view keyword);
     /// @param spread  clamped to 0 .. 100
-    virtual void SetSourceSpread(unsigned index, float spread);
-    virtual void SetSpread(float spread);
+    void SetSourceSpread(unsigned index, float spread);
+    void SetSpread(float spread);
     /// @param values  x, y, z, the same for all sources
-    virtual void SetSpreadsByDirection(std::span<const float> values);
+    void SetSpreadsByDirection(std::span<const float> values);
     /// @param values  x, y, z
-    virtual void SetSpreadByDirection(unsigned index, std::span<const float> values);
+    void SetSpreadByDirection(unsigned index, std::span<const float> values);
     virtual bool SupportsSpread() const;
 
     /// Ambisonic order; 1 where there is none.
-    virtual unsigned GetOrder() const;
-    virtual void SetOrder(unsigned order);
+    unsigned GetOrder() const;
+    void SetOrder(unsigned order);
 
     // Ambisonic panners; the others ignore the setters.
     /// Whether the distance of one source colours its channels.
-    virtual void SetNearfieldCompensation(unsigned index, bool on);
+    void SetNearfieldCompensation(unsigned index, bool on);
     /// @param metres  distance of the loudspeakers that will play the channels
-    virtual void SetSpeakersRadius(float metres);
+    void SetSpeakersRadius(float metres);
     /// A normalisation that the dimension does not have becomes the default of the dimension.
-    virtual void SetNormalization(tav::SphericalHarmonic::Normalization normalization);
-    virtual tav::SphericalHarmonic::Normalization GetNormalization() const;
+    void SetNormalization(tav::SphericalHarmonic::Normalization normalization);
+    tav::SphericalHarmonic::Normalization GetNormalization() const;
     /// "precise" or "fast"; other words are ignored.
-    virtual void SetComputationMode(std::string_view keyword);
-    virtual void SetComputationMode(tav::HoaEncodingVector::Mode mode);
-    virtual tav::HoaEncodingVector::Mode GetComputationMode() const;
+    void SetComputationMode(std::string_view keyword);
+    void SetComputationMode(tav::HoaEncodingVector::Mode mode);
+    tav::HoaEncodingVector::Mode GetComputationMode() const;
 
-    virtual void SetNumNeighbors(unsigned index, unsigned count);
+    /// @param count  clamped to 1 .. outputs; ignored by panners that have no neighbours
+    void SetNumNeighbors(unsigned index, unsigned count);
 
     /// Whether the rendering is two-dimensional.
     virtual bool IsPlanar() const = 0;
 
     /// Replaces `lines` by a description of this panner.
-    virtual void Dump(std::vector<std::string>& lines);
+    void Dump(std::vector<std::string>& lines) const;
 
-    /// What the engine glides over, milliseconds; the default where a panner has no glide of its
-    /// own.
+    /// What the engine glides over, milliseconds.
     float GetInterpolationTime() const;
 
     /// The origin for an index out of range.
     tav::CartesianVector SourcePosition(unsigned index) const;
-    /// 0 where spread is not supported.
-    virtual float SourceSpread(unsigned index) const;
+    /// 0 where spread is not supported, and for an index out of range.
+    float SourceSpread(unsigned index) const;
 
     /// A muted source glides to silence and back; it keeps its position and may move meanwhile.
     void SetSourceMute(unsigned index, bool muted);
     bool SourceMute(unsigned index) const;
 
 protected:
-    using ControlLock = std::unique_lock<std::recursive_mutex>;
-
     Pan(unsigned numInputs, unsigned numOutputs);
 
-    [[nodiscard]] ControlLock LockControl() const { return ControlLock(controlMutex_); }
+    /// Computes every source where it stands; a panner that can do all at once overrides it.
+    virtual void RecomputeAll(bool immediate) TAV_REQUIRES(controlLock_);
+    /// The same; they glide.
+    void RecomputeSources() TAV_REQUIRES(controlLock_) { RecomputeAll(false); }
+    /// Computes a source where it stands; it glides.
+    void RecomputeSource(unsigned index) TAV_REQUIRES(controlLock_) {
+        ComputeSource(index, false, true);
+    }
 
-    /// The first half of every SetSourcePosition: stores the position and says whether the source
-    /// has to be computed.  The control lock is held.
-    bool StoreSourcePosition(unsigned index, const tav::CartesianVector& position, bool force);
-    /// Computes a source where it stands; it glides.  The control lock is held.
-    void RecomputeSource(unsigned index);
-    /// Computes every source where it stands.
-    void RecomputeSources(bool immediate = false);
-    /// The same, with the control lock held; a panner that can do all at once overrides it.
-    virtual void RecomputeAll(bool immediate);
+    const tav::CartesianVector& StoredPosition(unsigned index) const TAV_REQUIRES(controlLock_) {
+        return positions_[index];
+    }
+    const tav::CartesianArray& StoredPositions() const TAV_REQUIRES(controlLock_) {
+        return positions_;
+    }
+    bool IsMuted(unsigned index) const TAV_REQUIRES(controlLock_) { return mutes_[index] == 1; }
 
-    const tav::CartesianVector& StoredPosition(unsigned index) const { return positions_[index]; }
-    const tav::CartesianArray& StoredPositions() const { return positions_; }
-    bool IsMuted(unsigned index) const { return mutes_[index] == 1; }
+    /// Appends the lines of Dump; overriders begin with those of their base.
+    virtual void Describe(std::vector<std::string>& lines) const TAV_REQUIRES(controlLock_);
+
+    /// Guards whatever control threads share.
+    mutable tav::ControlLock controlLock_;
 
 private:
-    // What a setter has stored goes to the signal blocks of the panner.  The control lock is held.
-    virtual void ApplySampleRate() {}
-    virtual void ApplyReset() {}
-    virtual void ApplyInterpolationTime(float) {}
-    /// A source's mute changed: start its glide, here by computing it again.
-    virtual void ApplySourceMute(unsigned index);
+    // What the public operations do, each named after its own. Indices are in range, numbers are
+    // finite, and where nothing is said the operation is ignored.
 
-    tav::CartesianArray positions_;
-    tav::Vector<short> mutes_;  // 1: muted
+    /// A source has the position stored: computes it and hands it to the audio thread.
+    virtual void ComputeSource(unsigned index, bool immediate, bool force)
+        TAV_REQUIRES(controlLock_) = 0;
+    /// What takes long about a layout.  Thread: any, without the lock.
+    virtual std::unique_ptr<SpeakersLayout> MakeLayout(tav::CartesianArray positions) const;
+    /// @param layout  from MakeLayout; to be freed by the caller, so old memory may go into it
+    virtual void ApplySpeakersPositions(SpeakersLayout& layout) TAV_REQUIRES(controlLock_) = 0;
+    virtual void ApplySampleRate() TAV_REQUIRES(controlLock_) {}
+    virtual void ApplyReset() TAV_REQUIRES(controlLock_) {}
+    virtual void ApplyOutletConnections(std::span<const short>) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplyInterpolationTime(float) TAV_REQUIRES(controlLock_) {}
+    /// A source's mute changed: start its glide, here by computing it again.
+    virtual void ApplySourceMute(unsigned index) TAV_REQUIRES(controlLock_);
+    virtual void ApplySpreadingMode(SpreadingMode) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplySourceSpread(unsigned, float) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplySpread(float) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplySpreadByDirection(unsigned, std::span<const float>)
+        TAV_REQUIRES(controlLock_) {}
+    virtual float StoredSpread(unsigned) const TAV_REQUIRES(controlLock_) { return 0.f; }
+    virtual void ApplyOrder(unsigned) TAV_REQUIRES(controlLock_) {}
+    virtual unsigned OrderInUse() const TAV_REQUIRES(controlLock_) { return 1; }
+    virtual void ApplyNearfieldCompensation(unsigned, bool) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplySpeakersRadius(float) TAV_REQUIRES(controlLock_) {}
+    virtual void ApplyNormalization(tav::SphericalHarmonic::Normalization)
+        TAV_REQUIRES(controlLock_) {}
+    virtual tav::SphericalHarmonic::Normalization NormalizationInUse() const
+        TAV_REQUIRES(controlLock_);
+    virtual void ApplyComputationMode(tav::HoaEncodingVector::Mode) TAV_REQUIRES(controlLock_) {}
+    virtual tav::HoaEncodingVector::Mode ComputationModeInUse() const TAV_REQUIRES(controlLock_);
+    /// What takes long about a new mode or normalisation, kept until it is applied.
+    /// Thread: any, without the lock.
+    virtual std::shared_ptr<const void> MakeEncodingTable(
+        tav::HoaEncodingVector::Mode mode,
+        tav::SphericalHarmonic::Normalization normalization) const;
+    virtual void ApplyNumNeighbors(unsigned, unsigned) TAV_REQUIRES(controlLock_) {}
+
+    void MoveSource(unsigned index,
+                    const tav::CartesianVector& position,
+                    bool immediate,
+                    bool force) TAV_REQUIRES(controlLock_);
+
+    tav::CartesianArray positions_ TAV_GUARDED_BY(controlLock_);
+    tav::Vector<short> mutes_ TAV_GUARDED_BY(controlLock_);  // 1: muted
+    float interpolationTimeMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
+    std::uint64_t layoutInForce_ TAV_GUARDED_BY(controlLock_) = 0;  // its number
+    mutable std::atomic<std::uint64_t> numLayoutsBegun_{0};
+    // set by the factory before anybody else has the panner
     Type type_ = Type::Null;
     SubType subType_ = SubType::Direct;
-    float interpolationTimeMs_ = kDefaultInterpolationTimeMs;
-    mutable std::recursive_mutex controlMutex_;
 };
 
 }  // namespace Quilo

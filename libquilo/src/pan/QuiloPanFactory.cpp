@@ -166,7 +166,9 @@ std::unique_ptr<Pan> Pan::Create(unsigned numInputs,
         if (dynamic_cast<const NullPanning*>(pan.get())) return pan;
         pan->type_ = type;
         pan->subType_ = subtype;
-        pan->RecomputeSources(true);  // a source that nobody has placed yet sounds from the origin
+        // A source that nobody has placed yet sounds from the origin.
+        const tav::ControlGuard guard(pan->controlLock_);
+        pan->RecomputeAll(true);
         return pan;
     } catch (...) {
         return MakeSilent(numInputs, numOutputs);

@@ -6,17 +6,14 @@
 
 namespace Quilo {
 
-void RecursivePanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
-    const ControlLock lock = LockControl();
-    numSpeakers_ = std::min<std::size_t>(positions.Size(), NumOutputs());
-    if (IsRecursiveLayout(numSpeakers_)) {
-        corners_ = RecursiveCorners(std::span(positions.Data(), numSpeakers_));
-    }
+void RecursivePanning::ApplySpeakersPositions(SpeakersLayout& layout) {
+    numSpeakers_ = layout.Positions().Size();
+    if (IsRecursiveLayout(numSpeakers_)) corners_ = RecursiveCorners(layout.Positions());
     RecomputeSources();
 }
 
 void RecursivePanning::SetCorners(std::span<const float> azimuthsDeg) {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     const auto isFinite = [](float azimuth) { return std::isfinite(azimuth); };
     const auto given = azimuthsDeg.first(std::min(azimuthsDeg.size(), corners_.size()));
     if (!std::ranges::all_of(given, isFinite)) return;
@@ -26,7 +23,7 @@ void RecursivePanning::SetCorners(std::span<const float> azimuthsDeg) {
 }
 
 std::array<float, 4> RecursivePanning::Corners() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return corners_;
 }
 

@@ -16,21 +16,20 @@ public:
     RecursivePanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-    /// The corners become those of the layout.
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-
     /// Azimuths in navigational degrees, in the order of the corners; the corners beyond them keep
     /// theirs. All are refused when one is not finite.
     void SetCorners(std::span<const float> azimuthsDeg);
     std::array<float, 4> Corners() const;
 
+private:
+    /// The corners become those of the layout.
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
     void ComputeGains(unsigned index,
                       const tav::CartesianVector& source,
-                      std::span<float> gains) override;
+                      std::span<float> gains) override TAV_REQUIRES(controlLock_);
 
-private:
-    SquareCorners corners_{};
-    std::size_t numSpeakers_ = 0;
+    SquareCorners corners_ TAV_GUARDED_BY(controlLock_) = {};
+    std::size_t numSpeakers_ TAV_GUARDED_BY(controlLock_) = 0;
 };
 
 }  // namespace Quilo

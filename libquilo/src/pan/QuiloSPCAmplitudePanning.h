@@ -13,13 +13,13 @@ class SPCAmplitudePanning : public AmplitudePanning {
 public:
     SPCAmplitudePanning(unsigned numInputs, unsigned numOutputs);
 
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
+private:
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
     void ComputeGains(unsigned index,
                       const tav::CartesianVector& source,
-                      std::span<float> gains) override;
+                      std::span<float> gains) override TAV_REQUIRES(controlLock_);
 
-private:
-    SpcapLaw law_;
+    SpcapLaw law_ TAV_GUARDED_BY(controlLock_);
 };
 
 }  // namespace Quilo

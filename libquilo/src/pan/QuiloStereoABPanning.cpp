@@ -30,12 +30,7 @@ void StereoABPanning::Perform(float* const* outputs,
     }
 }
 
-void StereoABPanning::SetSourcePosition(unsigned index,
-                                        const tav::CartesianVector& position,
-                                        bool,
-                                        bool force) {
-    const ControlLock lock = LockControl();
-    if (!StoreSourcePosition(index, position, force)) return;
+void StereoABPanning::ComputeSource(unsigned index, bool, bool force) {
     const SpacedPair pair = AbPair(StoredPosition(index));
     voices_[index].SetDelays(pair, force);
     SetVoiceGains(index, pair, force);

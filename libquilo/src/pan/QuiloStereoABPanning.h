@@ -5,8 +5,6 @@
 #include "pan/QuiloPan.h"
 #include "pan/QuiloStereoABVoice.h"
 
-#include <atomic>
-
 namespace Quilo {
 
 /// Two outputs: left, right; loudspeaker positions do not enter. Every source is late by about
@@ -18,20 +16,18 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    // Deliberate: force jumps and immediate does not.   (StereoABPanning, JumpsWhenForced)
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    void ApplySpeakersPositions(const tav::CartesianArray&) override {}
     bool IsPlanar() const override { return false; }
 
 private:
-    void ApplySampleRate() override;
-    void ApplyReset() override;
-    void ApplyInterpolationTime(float ms) override;
-    void ApplySourceMute(unsigned index) override;
-    void SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate);
+    // Deliberate: force jumps and immediate does not.   (StereoABPanning, JumpsWhenForced)
+    void ComputeSource(unsigned index, bool, bool force) override TAV_REQUIRES(controlLock_);
+    void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyReset() override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
+    void ApplySourceMute(unsigned index) override TAV_REQUIRES(controlLock_);
+    void SetVoiceGains(unsigned index, const SpacedPair& pair, bool immediate)
+        TAV_REQUIRES(controlLock_);
 
     std::vector<StereoABVoice> voices_;  // one per source
     StereoABVoice::Scratch scratch_;     // audio only

@@ -13,10 +13,9 @@ public:
     StereoXYPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-protected:
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override {
+private:
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_) {
         XyGains(source, gains);
     }
 };
@@ -27,10 +26,9 @@ public:
     StereoMSPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-protected:
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override {
+private:
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_) {
         MsGains(source, gains);
     }
 };

@@ -41,24 +41,18 @@ void SubwoofersPanning::Perform(float* const* outputs,
     }
 }
 
-void SubwoofersPanning::SetSourcePosition(unsigned index,
-                                          const tav::CartesianVector& position,
-                                          bool immediate,
-                                          bool force) {
-    const ControlLock lock = LockControl();
-    if (!StoreSourcePosition(index, position, force)) return;
+void SubwoofersPanning::ComputeSource(unsigned index, bool immediate, bool) {
     ring_.SetSourcePosition(index, StoredPosition(index), immediate, true);
 }
 
-void SubwoofersPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
-    const ControlLock lock = LockControl();
-    ring_.SetSpeakersPositions(positions);
+void SubwoofersPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
+    ring_.SetSpeakersPositions(layout.Positions());
 }
 
 bool SubwoofersPanning::IsPlanar() const { return ring_.IsPlanar(); }
 
 void SubwoofersPanning::SetCutoff(float hz) {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     if (!std::isfinite(hz)) return;
     cutoffHz_ = std::clamp(hz, kMinCutoffHz, kMaxCutoffHz);
     for (unsigned i = 0; i < NumInputs(); ++i) {
@@ -67,7 +61,7 @@ void SubwoofersPanning::SetCutoff(float hz) {
 }
 
 float SubwoofersPanning::Cutoff() const {
-    const ControlLock lock = LockControl();
+    const tav::ControlGuard guard(controlLock_);
     return cutoffHz_;
 }
 

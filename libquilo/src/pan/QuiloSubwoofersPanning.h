@@ -22,13 +22,6 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    void SetSourcePosition(unsigned index,
-                           const tav::CartesianVector& position,
-                           bool immediate,
-                           bool force) override;
-    /// Throws: tav::Exception when three or more subwoofers do not surround the listener; the new
-    /// layout is in force all the same.
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
     bool IsPlanar() const override;
 
     /// Of every source. Glides.  @param hz  clamped to 10 .. 1000
@@ -38,14 +31,18 @@ public:
 private:
     static constexpr unsigned kMaxFrames = 512;
 
-    void ApplySampleRate() override;
-    void ApplyReset() override;
-    void ApplyInterpolationTime(float ms) override;
-    void ApplySourceMute(unsigned index) override;
+    void ComputeSource(unsigned index, bool immediate, bool) override TAV_REQUIRES(controlLock_);
+    /// Throws: tav::Exception when three or more subwoofers do not surround the listener; the new
+    /// layout is in force all the same.
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyReset() override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
+    void ApplySourceMute(unsigned index) override TAV_REQUIRES(controlLock_);
 
     tav::MultiEqualizer equalizer_;  // a channel per source, one band
-    Vbap2DPanning ring_;
-    float cutoffHz_ = 0.f;
+    Vbap2DPanning ring_;             // its lock is taken under this panner's, never the other way
+    float cutoffHz_ TAV_GUARDED_BY(controlLock_) = kDefaultCutoffHz;
     // audio only
     std::vector<float> filtered_;            // sources x kMaxFrames
     std::vector<float*> filteredPointers_;   // a row each

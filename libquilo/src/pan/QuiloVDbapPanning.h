@@ -4,32 +4,35 @@
 #pragma once
 
 #include "laws/QuiloDbapLaw.h"
-#include "pan/QuiloAmplitudePanning.h"
-
-#include <memory>
+#include "pan/QuiloVectorBasedPanning.h"
 
 namespace Quilo {
 
-class DbapPanning3D;
-class VectorBasedPanning;
-
 /// The crossfade runs from 0.7 to 1.3 of the layout's radius round its centroid, linearly in gains.
+/// The gains are those of DbapPanning3D without a spread and of VbapPanning on the same layout.
 class VDbapPanning : public AmplitudePanning {
 public:
-    /// Throws: tav::Exception where the panners that it is made of cannot be.
     VDbapPanning(unsigned numInputs, unsigned numOutputs);
-    ~VDbapPanning() override;
-
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-    void ComputeGains(unsigned index,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override;
 
 private:
-    std::unique_ptr<DbapPanning3D> distanceBased_;
-    std::unique_ptr<VectorBasedPanning> vectorBased_;
-    SpeakerCloud cloud_;
-    tav::Vector<float> vectorGains_;  // one source's, while they are mixed
+    struct Layout {
+        Layout() = default;
+        explicit Layout(const tav::CartesianArray& speakers);
+
+        SpeakerCloud cloud;
+        TripletLayout triplets;
+    };
+
+    std::unique_ptr<SpeakersLayout> MakeLayout(tav::CartesianArray positions) const override;
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ComputeGains(unsigned index,
+                      const tav::CartesianVector& source,
+                      std::span<float> gains) override TAV_REQUIRES(controlLock_);
+    void ComputeVectorGains(const tav::CartesianVector& source, std::span<float> gains) const
+        TAV_REQUIRES(controlLock_);
+
+    Layout layout_ TAV_GUARDED_BY(controlLock_);
+    tav::Vector<float> vectorGains_ TAV_GUARDED_BY(controlLock_);  // of one source, while mixed
 };
 
 }  // namespace Quilo

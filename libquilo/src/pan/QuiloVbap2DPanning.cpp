@@ -4,14 +4,10 @@
 #include "math/VelkDspConvexHull2D.h"
 #include "text/VelkDspException.h"
 
-#include <algorithm>
-
 namespace Quilo {
 
-void VectorBased2DPanning::ApplySpeakersPositions(const tav::CartesianArray& positions) {
-    const ControlLock lock = LockControl();
-    tav::CartesianArray speakers(positions);
-    speakers.Resize(std::min<std::size_t>(speakers.Size(), NumOutputs()));
+void VectorBased2DPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
+    const tav::CartesianArray& speakers = layout.Positions();
     ring_ = SpeakerRing(speakers, NumOutputs());
     RecomputeSources();
     // Deliberate: the layout is in force before it is judged.   (Vbap2DPanning, PansOver...)

@@ -9,24 +9,21 @@ namespace Quilo {
 
 /// Feeds each source to the two loudspeakers around its azimuth. Silent until a layout comes.
 class VectorBased2DPanning : public AmplitudePanning {
-public:
-    /// Throws: tav::Exception when three or more loudspeakers do not surround the listener; the new
-    /// layout is in force all the same.
-    void ApplySpeakersPositions(const tav::CartesianArray& positions) override;
-
 protected:
     VectorBased2DPanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-    void ComputeGains(unsigned,
-                      const tav::CartesianVector& source,
-                      std::span<float> gains) override;
+private:
+    /// Throws: tav::Exception when three or more loudspeakers do not surround the listener; the new
+    /// layout is in force all the same.
+    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
+        TAV_REQUIRES(controlLock_);
 
     /// Gives one source's gains their final size.
     virtual void Normalise(std::span<float> gains) const = 0;
 
-private:
-    SpeakerRing ring_;
+    SpeakerRing ring_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Amplitude panning: the gains keep their ratio.
@@ -35,7 +32,7 @@ public:
     Vbap2DPanning(unsigned numInputs, unsigned numOutputs)
         : VectorBased2DPanning(numInputs, numOutputs) {}
 
-protected:
+private:
     void Normalise(std::span<float> gains) const override { NormaliseAmplitude2D(gains); }
 };
 
@@ -45,7 +42,7 @@ public:
     Vbip2DPanning(unsigned numInputs, unsigned numOutputs)
         : VectorBased2DPanning(numInputs, numOutputs) {}
 
-protected:
+private:
     void Normalise(std::span<float> gains) const override { NormaliseIntensity(gains); }
 };
 

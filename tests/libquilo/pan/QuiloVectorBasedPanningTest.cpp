@@ -97,6 +97,23 @@ TEST_P(VectorBasedPanners, MoveEverySourceToANewLayout) {
     EXPECT_EQ(player.SteadyGains(0), (Gains{0, 0, 0, 0, 0, 1}));
 }
 
+TEST_P(VectorBasedPanners, KeepTheLayoutThatWasBegunLast) {
+    const auto pan = Make(1, 6);
+    const auto stranger = Make(1, 6);
+    CartesianArray turned = Octahedron();
+    std::swap(turned[4], turned[5]);
+    auto first = pan->PrepareSpeakers(Octahedron());
+    auto second = pan->PrepareSpeakers(turned);
+    EXPECT_EQ(Report(*pan).size(), 2U);  // nothing is installed yet
+    pan->InstallSpeakers(std::move(second));
+    const Gains newest{0, 0, 0, 0, 0, 1};
+    EXPECT_EQ(GainsAt(*pan, {0, 0, 1}), newest);
+    pan->InstallSpeakers(std::move(first));  // it took longer and was overtaken
+    pan->InstallSpeakers(stranger->PrepareSpeakers(Octahedron()));
+    pan->InstallSpeakers(pan->PrepareSpeakers({{1, 0, 0}, {0, NAN, 0}, {0, 0, 1}}));
+    EXPECT_EQ(Tests::PanPlayer(*pan, kRateHz).SteadyGains(0), newest);
+}
+
 TEST_P(VectorBasedPanners, UseTheLoudspeakersThatHaveAnOutput) {
     const auto pan = Make(1, 4);
     CartesianArray layout{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
