@@ -16,46 +16,9 @@ namespace Quilo::Host {
 
 namespace {
 
-/// Plans a failure: `allocation N`, or `FUNCTION N [CODE]`.
-void Fail(std::span<const Atom> words) {
-    const std::string what = AtomSpelling(words[0]);
-    const auto n = static_cast<unsigned>(AtomNumber(words[1]));
-    const auto code = words.size() > 2 ? static_cast<t_max_err>(AtomNumber(words[2]))
-                                       : static_cast<t_max_err>(MAX_ERR_GENERIC);
-    if (what != "allocation") {
-        HostApi::FailCall(what, n, code);
-    } else if (!FailAllocation(n)) {
-        throw StatementFault("allocations cannot be made to fail on this system");
-    }
-}
-
-std::optional<std::filesystem::path> OptionalFile(std::span<const Atom> words) {
-    if (words.empty()) return {};
-    return PathOf(AtomSpelling(words[0]));
-}
-
-/// The next open dialog is answered with this file; a dialog shows neither devices nor pipes.
-void AnswerOpen(std::span<const Atom> words) {
-    const auto file = OptionalFile(words);
-    if (file && HostApi::IsIrregularFile(*file))
-        throw StatementFault(AtomSpelling(words[0]) + ": it is no regular file");
-    HostApi::AnswerDialog(HostApi::Dialog::Open, file);
-}
-
-/// Whether it was a statement that needs no object.
-bool ActWithoutObject(const Statement& statement) {
-    const auto& atoms = statement.atoms;
-    switch (statement.directive) {
-        case Directive::SearchPath:
-            HostApi::AddSearchFolder(PathOf(AtomSpelling(atoms[0])));
-            return true;
-        case Directive::Open: AnswerOpen(atoms); return true;
-        case Directive::SaveAs:
-            HostApi::AnswerDialog(HostApi::Dialog::SaveAs, OptionalFile(atoms));
-            return true;
-        case Directive::Fail: Fail(atoms); return true;
-        default: return false;
-    }
+std::optional<std::filesystem::path> OptionalFile(Arguments arguments) {
+    if (arguments.empty()) return {};
+    return PathOf(AtomSpelling(arguments[0]));
 }
 
 HostApi::ThreadKind ThreadNamed(const std::string& name) {
@@ -65,14 +28,9 @@ HostApi::ThreadKind ThreadNamed(const std::string& name) {
 
 }  // namespace
 
-void Prepare(const Statement& statement, const Script& script) {
-    AtLine(script.name, statement.line, [&] { ActWithoutObject(statement); });
-}
-
-Actions::Actions(const Script& script, Object& object, Chain& chain, Console& console)
+Actions::Actions(const Script& script, Object& object, Console& console)
     : script_(script),
       object_(object),
-      chain_(chain),
       console_(console),
       state_(object, console) {}
 
@@ -81,48 +39,50 @@ void Actions::Execute(const Statement& statement) {
 }
 
 void Actions::Act(const Statement& statement) {
-    if (ActWithoutObject(statement)) return;
-    const std::span<const Atom> atoms = statement.atoms;
-    switch (statement.directive) {
-        case Directive::Connect:
-            return chain_.SetConnected(static_cast<std::size_t>(AtomNumber(atoms[0])) - 1,
-                                       AtomNumber(atoms[1]) != 0);
-        case Directive::Rate: return chain_.SetRate(AtomNumber(atoms[0]));
-        case Directive::Vector:
-            return chain_.SetVector(static_cast<unsigned>(AtomNumber(atoms[0])));
-        case Directive::Dsp: return AtomNumber(atoms[0]) != 0 ? chain_.Start() : chain_.Stop();
-        case Directive::Inspect: return object_.PrintAttributes(console_);
-        case Directive::Assist: return object_.PrintAssistance(console_);
-        case Directive::Coverage:
-            return PrintCoverage(MeasureCoverage(object_, hiddenSettings_), console_);
-        case Directive::Methods: return object_.PrintMethods(console_);
-        case Directive::Sync: RunDueWork(); return;
-        case Directive::Remake: return Remake(atoms.empty() ? script_.box : atoms);
-        default: break;
-    }
-    if (!object_.Get()) return;  // freed: there is nobody to talk to
-    switch (statement.directive) {
-        case Directive::None:
-            if (IsHiddenSetting(atoms)) hiddenSettings_.push_back(statement.atoms);
-            return object_.Send(atoms);
-        case Directive::From: return SendFrom(atoms);
-        case Directive::Osc: return SendPacket(AtomSpelling(atoms[0]));
-        case Directive::Layout: return SendLayout(LayoutName(atoms[0]), object_, console_);
-        case Directive::Preset: return state_.Preset(atoms);
-        case Directive::Pattr: return state_.Pattr(atoms);
-        case Directive::Dictionary: return state_.Dictionary(atoms);
-        case Directive::Watch: return Watch(AtomNumber(atoms[0]) != 0);
-        case Directive::Free: Watch(false); return object_.Free();
-        default: return;
-    }
+    const DirectiveRow* const row = statement.directive;
+    const bool needsObject = !row || row->when == When::WhileAlive || row->when == When::ToObject;
+    if (needsObject && !object_.Get()) return;
+    if (row) return (this->*row->act)(statement.atoms);
+    if (IsHiddenSetting(statement.atoms)) hiddenSettings_.push_back(statement.atoms);
+    object_.Send(statement.atoms);
 }
 
-void Actions::SendFrom(std::span<const Atom> words) {
-    const HostApi::ThreadScope elsewhere(ThreadNamed(AtomSpelling(words[0])));
-    object_.Send(words.subspan(1));
+// ---- Audio
+
+void Actions::Connect(Arguments arguments) {
+    chain_->SetConnected(static_cast<std::size_t>(AtomNumber(arguments[0])) - 1,
+                         AtomNumber(arguments[1]) != 0);
 }
 
-void Actions::SendPacket(const std::string& file) {
+void Actions::SetRate(Arguments arguments) { chain_->SetRate(AtomNumber(arguments[0])); }
+
+void Actions::SetVector(Arguments arguments) {
+    chain_->SetVector(static_cast<unsigned>(AtomNumber(arguments[0])));
+}
+
+void Actions::SwitchAudio(Arguments arguments) {
+    if (AtomNumber(arguments[0]) != 0) return chain_->Start();
+    chain_->Stop();
+}
+
+// ---- Messages
+
+void Actions::SendFrom(Arguments arguments) {
+    const HostApi::ThreadScope elsewhere(ThreadNamed(AtomSpelling(arguments[0])));
+    object_.Send(arguments.subspan(1));
+}
+
+void Actions::SendLayout(Arguments arguments) {
+    Host::SendLayout(LayoutName(arguments[0]), object_, console_);
+}
+
+void Actions::PrintCoverage(Arguments) {
+    Host::PrintCoverage(MeasureCoverage(object_, hiddenSettings_), console_);
+}
+
+/// The packet stays in memory while the message runs; a message holds the address as a number.
+void Actions::SendPacket(Arguments arguments) {
+    const std::string file = AtomSpelling(arguments[0]);
     auto [bytes, fault] = HostApi::ReadRegularFile(PathOf(file));
     if (!fault.empty()) throw StatementFault(file + ": the packet cannot be read: " + fault);
     object_.Send(std::vector<Atom>{
@@ -130,22 +90,62 @@ void Actions::SendPacket(const std::string& file) {
         static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(bytes.data()))});
 }
 
-void Actions::Remake(std::span<const Atom> box) {
-    const std::size_t numInlets = object_.NumSignalInlets();
-    const std::size_t numOutlets = object_.NumSignalOutlets();
-    const bool watched = watcher_ != nullptr;
-    Watch(false);
-    object_.Free();
-    object_.Make(box);
-    if (object_.NumSignalInlets() != numInlets || object_.NumSignalOutlets() != numOutlets)
-        throw StatementFault("the new object has other signal inlets or outlets");
-    Watch(watched);
-    chain_.Refresh();
+// ---- Files and dialogs
+
+void Actions::AddSearchPath(Arguments arguments) {
+    HostApi::AddSearchFolder(PathOf(AtomSpelling(arguments[0])));
 }
 
-void Actions::Watch(bool on) {
-    if (watcher_) object_free(std::exchange(watcher_, nullptr));
-    if (!on || !object_.Get()) return;
+/// An open dialog shows neither devices nor pipes.
+void Actions::AnswerOpen(Arguments arguments) {
+    const auto file = OptionalFile(arguments);
+    if (file && HostApi::IsIrregularFile(*file))
+        throw StatementFault(AtomSpelling(arguments[0]) + ": it is no regular file");
+    HostApi::AnswerDialog(HostApi::Dialog::Open, file);
+}
+
+void Actions::AnswerSaveAs(Arguments arguments) {
+    HostApi::AnswerDialog(HostApi::Dialog::SaveAs, OptionalFile(arguments));
+}
+
+// ---- The object as a whole
+
+void Actions::PlanFailure(Arguments arguments) {
+    const std::string what = AtomSpelling(arguments[0]);
+    const auto n = static_cast<unsigned>(AtomNumber(arguments[1]));
+    const auto code = arguments.size() > 2 ? static_cast<t_max_err>(AtomNumber(arguments[2]))
+                                           : static_cast<t_max_err>(MAX_ERR_GENERIC);
+    if (what != "allocation") {
+        HostApi::FailCall(what, n, code);
+    } else if (!FailAllocation(n)) {
+        throw StatementFault("allocations cannot be made to fail on this system");
+    }
+}
+
+void Actions::Remake(Arguments arguments) {
+    const std::size_t numInlets = object_.NumSignalInlets();
+    const std::size_t numOutlets = object_.NumSignalOutlets();
+    const bool isWatched = watcher_ != nullptr;
+    Unwatch();
+    object_.Free();
+    object_.Make(arguments.empty() ? script_.box : arguments);
+    if (object_.NumSignalInlets() != numInlets || object_.NumSignalOutlets() != numOutlets)
+        throw StatementFault("the new object has other signal inlets or outlets");
+    if (isWatched) BeginWatch();
+    chain_->Refresh();
+}
+
+void Actions::Free(Arguments) {
+    Unwatch();
+    object_.Free();
+}
+
+void Actions::Watch(Arguments arguments) {
+    Unwatch();
+    if (AtomNumber(arguments[0]) != 0) BeginWatch();
+}
+
+void Actions::BeginWatch() {
     watcher_ = HostApi::Watch(object_.Get(), [this](t_symbol* message, t_symbol* attribute) {
         if (message == gensym("free")) return;
         std::string text = message->s_name;
@@ -154,6 +154,10 @@ void Actions::Watch(bool on) {
                                                   object_.Get(), attribute->s_name)));
         console_.Write(attribute ? "changed" : "notify", text);
     });
+}
+
+void Actions::Unwatch() {
+    if (watcher_) object_free(std::exchange(watcher_, nullptr));
 }
 
 }  // namespace Quilo::Host

@@ -2,44 +2,67 @@
 // What each statement of a script does.
 #pragma once
 
+#include "HostScript.h"
 #include "HostState.h"
 
 namespace Quilo::Host {
 
 class Chain;
 
-/// Carries out a statement that comes before the object: search path, dialogs, failures.
-/// Throws: Fault (WrongInput).
-void Prepare(const Statement& statement, const Script& script);
-
 /// Everything belongs to the main thread.
-class Actions {
+class Actions final : private DirectiveActs {
 public:
-    Actions(const Script& script, Object& object, Chain& chain, Console& console);
-    ~Actions() { Watch(false); }
+    /// @param object  may still have to be made; until then only directives that act always are
+    ///                executed
+    Actions(const Script& script, Object& object, Console& console);
+    ~Actions() { Unwatch(); }
     Actions(const Actions&) = delete;
     Actions& operator=(const Actions&) = delete;
 
-    /// Throws: Fault (WrongInput) that names the line, when the statement cannot be carried out.
+    /// Once the object is made, before anything but directives that act always.
+    void Attach(Chain& chain) { chain_ = &chain; }
+
+    /// Throws: ScriptFault when the statement cannot be carried out.
     void Execute(const Statement& statement);
 
     /// Messages so far that set what no attribute shows; see MeasureCoverage.
     const std::vector<std::vector<Atom>>& HiddenSettings() const { return hiddenSettings_; }
 
 private:
+    void Connect(Arguments arguments) override;
+    void SetRate(Arguments arguments) override;
+    void SetVector(Arguments arguments) override;
+    void SwitchAudio(Arguments arguments) override;
+    void PrintAttributes(Arguments) override { object_.PrintAttributes(console_); }
+    void PrintAssistance(Arguments) override { object_.PrintAssistance(console_); }
+    void PrintMethods(Arguments) override { object_.PrintMethods(console_); }
+    void Watch(Arguments arguments) override;
+    void RunDue(Arguments) override { RunDueWork(); }
+    void SendFrom(Arguments arguments) override;
+    void SendLayout(Arguments arguments) override;
+    void PrintCoverage(Arguments arguments) override;
+    void AddSearchPath(Arguments arguments) override;
+    void AnswerOpen(Arguments arguments) override;
+    void AnswerSaveAs(Arguments arguments) override;
+    void SendPacket(Arguments arguments) override;
+    void HandlePreset(Arguments arguments) override { state_.Preset(arguments); }
+    void HandlePattr(Arguments arguments) override { state_.Pattr(arguments); }
+    void HandleDictionary(Arguments arguments) override { state_.Dictionary(arguments); }
+    void PlanFailure(Arguments arguments) override;
+    void Remake(Arguments arguments) override;
+    void Free(Arguments arguments) override;
+
     void Act(const Statement& statement);
-    void SendFrom(std::span<const Atom> words);
-    void SendPacket(const std::string& file);
-    void Remake(std::span<const Atom> box);
-    void Watch(bool on);
+    void BeginWatch();
+    void Unwatch();
 
     const Script& script_;
     Object& object_;
-    Chain& chain_;
     Console& console_;
     State state_;
     std::vector<std::vector<Atom>> hiddenSettings_;
-    t_object* watcher_ = nullptr;
+    Chain* chain_ = nullptr;
+    t_object* watcher_ = nullptr;  // null: nobody watches
 };
 
 }  // namespace Quilo::Host

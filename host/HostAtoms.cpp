@@ -2,8 +2,9 @@
 #include "HostAtoms.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
-#include <string>
+#include <iterator>
 
 namespace Quilo::Host {
 
@@ -75,6 +76,25 @@ std::optional<std::vector<Word>> SplitWords(std::string_view line) {
         words.push_back({ReadAtom(word), false});
         line.remove_prefix(word.size());
     }
+}
+
+double AtomNumber(const Atom& atom) {
+    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return static_cast<double>(*whole);
+    return std::get<double>(atom);
+}
+
+std::string LayoutName(const Atom& atom) {
+    const bool isWholeFloat =
+        std::holds_alternative<double>(atom) && std::floor(AtomNumber(atom)) == AtomNumber(atom);
+    return AtomSpelling(atom) + (isWholeFloat ? ".0" : "");
+}
+
+std::string AtomSpelling(const Atom& atom) {
+    if (const auto* symbol = std::get_if<std::string>(&atom)) return *symbol;
+    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return std::to_string(*whole);
+    char text[64];
+    const auto end = std::to_chars(std::begin(text), std::end(text), std::get<double>(atom)).ptr;
+    return {std::begin(text), end};
 }
 
 }  // namespace Quilo::Host

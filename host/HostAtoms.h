@@ -1,14 +1,29 @@
 // SPDX-License-Identifier: MIT
-// From a line of a script to its words: where they are split and what kind each is.
+// The atoms of a script, and how a line is split into them.
 #pragma once
 
-#include "HostScript.h"
-
+#include <cstdint>
 #include <optional>
+#include <span>
+#include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace Quilo::Host {
+
+/// A long, a float or a symbol (UTF-8).
+using Atom = std::variant<std::int64_t, double, std::string>;
+using Arguments = std::span<const Atom>;
+
+/// The atom as a script would spell it.
+std::string AtomSpelling(const Atom& atom);
+
+/// The same for the name of a layout: "22.0" reads as a number.
+std::string LayoutName(const Atom& atom);
+
+/// The number that a long or float atom holds.  Throws: std::bad_variant_access for a symbol.
+double AtomNumber(const Atom& atom);
 
 struct Word {
     Atom atom;

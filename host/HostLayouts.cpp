@@ -25,7 +25,7 @@ std::vector<LoudspeakerPlace> PlacesOf(std::string_view name) {
 
 void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
     for (const Statement& statement : script.statements) {
-        if (statement.directive != Directive::Layout) continue;
+        if (!statement.Says("layout")) continue;
         const std::string name = LayoutName(statement.atoms[0]);
         const std::size_t numPlaces = PlacesOf(name).size();
         if (numPlaces != object.NumSignalOutlets())

@@ -42,9 +42,11 @@ ExitStatus RunScript(const Options& options) {
     if (options.script != "-") HostApi::SetPatcherFolder(PathOf(options.script).parent_path());
     LoadModule(options.module);
     HostApi::SetAudioSettings({RunRate(options, inputs), static_cast<int>(options.vector), false});
-    for (const Statement& statement : script.before) Prepare(statement, script);
-    Object object(script);
-    Render(options, script, inputs, object, console);
+    Object object;
+    Actions actions(script, object, console);
+    for (const Statement& statement : script.before) actions.Execute(statement);
+    AtLine(script.name, script.objectLine, [&] { object.Make(script.box); });
+    Render(options, script, inputs, object, actions);
     console.Close();
     return options.strict && console.HasComplaints() ? ExitStatus::ObjectComplained
                                                      : ExitStatus::Done;

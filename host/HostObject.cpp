@@ -92,10 +92,6 @@ void RunDueWork() {
     HostApi::RunDeferred();
 }
 
-Object::Object(const Script& script) {
-    AtLine(script.name, script.objectLine, [&] { Make(script.box); });
-}
-
 void Object::Make(std::span<const Atom> box) {
     std::vector<t_atom> atoms = ApiAtoms(box);
     t_symbol* name = atom_getsym(atoms.data());

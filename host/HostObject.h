@@ -2,8 +2,8 @@
 // One object in its box: made from box text, spoken to, asked, freed.
 #pragma once
 
+#include "HostAtoms.h"
 #include "HostBridge.h"
-#include "HostScript.h"
 
 #include <span>
 #include <string>
@@ -27,8 +27,6 @@ void RunDueWork();
 /// Owns the object; everything here belongs to the main thread.
 class Object {
 public:
-    /// Throws: ScriptFault: no class of that name (WrongInput), creation failed (HostFailed).
-    explicit Object(const Script& script);
     Object() = default;  // none is made yet
     ~Object() { Free(); }
     Object(const Object&) = delete;
@@ -41,7 +39,9 @@ public:
     /// To the left inlet; a message that begins with a number is an int, a float or a list.
     void Send(std::span<const Atom> message);
     void Free();
-    /// Another object in the place of one that was freed.  Throws: StatementFault, as above.
+    /// While there is none.
+    /// @param box  the box text, from the name of the class on
+    /// Throws: StatementFault: no class of that name (WrongInput), creation failed (HostFailed).
     void Make(std::span<const Atom> box);
 
     /// Numbers of an attribute; none when there is no such attribute.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "HostOptions.h"
 
-#include "HostAtoms.h"
+#include "HostDirectives.h"
 #include "HostFault.h"
 #include "HostLimits.h"
 #include "HostOutputFile.h"
@@ -200,6 +200,7 @@ std::string HelpText() {
         usage.resize(20, ' ');
         text += usage + std::string(row.help) + "\n";
     }
+    text += "\nIn a script (docs/host.md tells more):\n" + DirectivesHelp();
     return text +
            "\nExit status: 0 done, 1 the module or the host failed, 2 wrong command line, script "
            "or\n"

@@ -58,7 +58,7 @@ public:
         const Script& script,
         const Inputs& inputs,
         Object& object,
-        Console& console)
+        Actions& actions)
         : options_(options),
           script_(script),
           inputs_(inputs),
@@ -68,7 +68,8 @@ public:
           numFed_(std::min(inputs.NumChannels(), object.NumSignalInlets())),
           isAmbisonic_(IsAmbisonic(object)),
           chain_(object, rateHz_, options.vector),
-          actions_(script, object, chain_, console) {
+          actions_(actions) {
+        actions.Attach(chain_);
         for (std::size_t k = 0; k < numFed_; ++k) chain_.SetConnected(k, true);
         RefuseUnknownInlets();
         RefuseLayoutsOfOtherSizes(script, object);
@@ -99,7 +100,7 @@ public:
 private:
     void RefuseUnknownInlets() const {
         for (const Statement& statement : script_.statements) {
-            if (statement.directive != Directive::Connect) continue;
+            if (!statement.Says("connect")) continue;
             if (AtomNumber(statement.atoms[0]) > static_cast<double>(object_.NumSignalInlets()))
                 throw ScriptFault(
                     script_.name, statement.line,
@@ -164,7 +165,7 @@ private:
 
     /// For the picture. Scripts that make calls fail get none: a second object would take part.
     CoverageMap FinalCoverage() const {
-        if (!recorder_ || script_.HasDirective(Directive::Fail)) return {};
+        if (!recorder_ || script_.Says("fail")) return {};
         return MapOf(MeasureCoverage(object_, actions_.HiddenSettings()));
     }
 
@@ -244,7 +245,7 @@ private:
     std::size_t numFed_;       // inlets with an input file
     bool isAmbisonic_;         // no loudspeaker stands behind an outlet
     Chain chain_;
-    Actions actions_;
+    Actions& actions_;
     std::size_t next_ = 0;                  // of the script's statements
     std::optional<AmbixOutlets> ambix_;     // where it is asked for
     std::vector<tav::AmbixChannel> plain_;  // else
@@ -266,8 +267,8 @@ void Render(const Options& options,
             const Script& script,
             const Inputs& inputs,
             Object& object,
-            Console& console) {
-    Run(options, script, inputs, object, console).Play();
+            Actions& actions) {
+    Run(options, script, inputs, object, actions).Play();
 }
 
 void InterruptRender() { interrupted = true; }

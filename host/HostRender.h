@@ -8,7 +8,7 @@
 
 namespace Quilo::Host {
 
-class Console;
+class Actions;
 class Object;
 
 /// Hertz of a run with these inputs.
@@ -22,7 +22,7 @@ void Render(const Options& options,
             const Script& script,
             const Inputs& inputs,
             Object& object,
-            Console& console);
+            Actions& actions);
 
 /// Asks a run to end after the vector at hand: well with --realtime, with a Fault otherwise.
 /// Thread: any, signal handlers too.

@@ -1,140 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "HostScript.h"
 
-#include "ApiFailingCalls.h"
-#include "HostAtoms.h"
 #include "HostFault.h"
-#include "HostLimits.h"
-#include "laws/QuiloNamedLayouts.h"
 #include "text/VelkDspUtf8.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <initializer_list>
 #include <tuple>
 
 namespace Quilo::Host {
 
 namespace {
-
-using Arguments = std::span<const Atom>;
-
-bool None(Arguments arguments) { return arguments.empty(); }
-
-bool InletAndFlag(Arguments arguments) {
-    if (arguments.size() != 2) return false;
-    const auto* inlet = std::get_if<std::int64_t>(&arguments[0]);
-    const auto* flag = std::get_if<std::int64_t>(&arguments[1]);
-    return inlet && flag && *inlet >= 1 && (*flag == 0 || *flag == 1);
-}
-
-bool OneRate(Arguments arguments) {
-    return arguments.size() == 1 && !std::holds_alternative<std::string>(arguments[0]) &&
-           IsSamplingRate(AtomNumber(arguments[0]));
-}
-
-bool OneVectorSize(Arguments arguments) {
-    return arguments.size() == 1 && std::holds_alternative<std::int64_t>(arguments[0]) &&
-           IsVectorSize(std::get<std::int64_t>(arguments[0]));
-}
-
-bool OneLayout(Arguments arguments) {
-    return arguments.size() == 1 && FindNamedLayout(LayoutName(arguments[0]));
-}
-
-bool OneWord(Arguments arguments) { return arguments.size() == 1; }
-
-bool WordOrNone(Arguments arguments) { return arguments.size() <= 1; }
-
-bool OneFlag(Arguments arguments) {
-    return arguments.size() == 1 &&
-           (arguments[0] == Atom(std::int64_t{0}) || arguments[0] == Atom(std::int64_t{1}));
-}
-
-bool IsOneOf(Arguments arguments, std::size_t at, std::initializer_list<std::string_view> words) {
-    const auto* word = at < arguments.size() ? std::get_if<std::string>(&arguments[at]) : nullptr;
-    return word && std::ranges::find(words, *word) != words.end();
-}
-
-bool IsCount(Arguments arguments, std::size_t at) {
-    const auto* n = at < arguments.size() ? std::get_if<std::int64_t>(&arguments[at]) : nullptr;
-    return n && *n >= 0 && *n <= 1'000'000'000;
-}
-
-bool ThreadAndMessage(Arguments arguments) {
-    return arguments.size() >= 2 && IsOneOf(arguments, 0, {"main", "scheduler", "audio"});
-}
-
-bool PresetAndSlot(Arguments arguments) {
-    return arguments.size() == 2 && IsOneOf(arguments, 0, {"store", "recall", "print"}) &&
-           IsCount(arguments, 1);
-}
-
-bool PattrAction(Arguments arguments) {
-    if (IsOneOf(arguments, 0, {"set"})) return true;
-    if (IsOneOf(arguments, 0, {"cut"})) return arguments.size() == 2 && IsCount(arguments, 1);
-    return arguments.size() == 1 && IsOneOf(arguments, 0, {"get", "print"});
-}
-
-bool DictionaryAction(Arguments arguments) {
-    if (IsOneOf(arguments, 1, {"set"})) return arguments.size() >= 3;
-    if (IsOneOf(arguments, 1, {"read", "write"})) return arguments.size() == 3;
-    return arguments.size() == 2 && IsOneOf(arguments, 1, {"clear", "print"});
-}
-
-bool BoxOrNone(Arguments arguments) {
-    return arguments.empty() || std::holds_alternative<std::string>(arguments[0]);
-}
-
-bool CallAndNumber(Arguments arguments) {
-    if (arguments.size() < 2 || arguments.size() > 3 || !IsCount(arguments, 1)) return false;
-    const bool isAllocation = IsOneOf(arguments, 0, {"allocation"});
-    return (isAllocation && arguments.size() == 2) ||
-           (!isAllocation && HostApi::CanFail(AtomSpelling(arguments[0])) &&
-            (arguments.size() == 2 || std::holds_alternative<std::int64_t>(arguments[2])));
-}
-
-struct DirectiveRow {
-    std::string_view keyword;
-    Directive directive;
-    bool (*fits)(Arguments);
-    std::string_view expects;
-};
-
-// clang-format off
-constexpr DirectiveRow kDirectives[] = {
-    // keyword       directive              fits              expects
-    {"connect",    Directive::Connect,    InletAndFlag,     "INLET 0|1"},
-    {"rate",       Directive::Rate,       OneRate,          "HZ (a whole number, 1000 to 768000)"},
-    {"vector",     Directive::Vector,     OneVectorSize,    "N (a power of two, 1 to 4096)"},
-    {"dsp",        Directive::Dsp,        OneFlag,          "0|1"},
-    {"inspect",    Directive::Inspect,    None,             "nothing"},
-    {"assist",     Directive::Assist,     None,             "nothing"},
-    {"methods",    Directive::Methods,    None,             "nothing"},
-    {"watch",      Directive::Watch,      OneFlag,          "0|1"},
-    {"sync",       Directive::Sync,       None,             "nothing"},
-    {"from",       Directive::From,       ThreadAndMessage, "main|scheduler|audio MESSAGE ATOMS..."},
-    {"layout",     Directive::Layout,     OneLayout,        "NAME, one of: "},
-    {"coverage",   Directive::Coverage,   None,             "nothing"},
-    {"searchpath", Directive::SearchPath, OneWord,          "DIR"},
-    {"open",       Directive::Open,       WordOrNone,       "FILE, or nothing (cancelled)"},
-    {"saveas",     Directive::SaveAs,     WordOrNone,       "FILE, or nothing (cancelled)"},
-    {"osc",        Directive::Osc,        OneWord,          "FILE"},
-    {"preset",     Directive::Preset,     PresetAndSlot,    "store|recall|print SLOT"},
-    {"pattr",      Directive::Pattr,      PattrAction,      "get, set [VALUES...], cut N or print"},
-    {"dictionary", Directive::Dictionary, DictionaryAction, "NAME set KEY VALUES..., clear, print, read FILE or write FILE"},
-    {"fail",       Directive::Fail,       CallAndNumber,    "allocation N, or FUNCTION N [CODE] with a function that can fail"},
-    {"remake",     Directive::Remake,     BoxOrNone,        "nothing or BOX TEXT"},
-    {"free",       Directive::Free,       None,             "nothing"},
-};
-// clang-format on
-
-/// Whether a directive may stand before the object.
-bool NeedsNoObject(Directive directive) {
-    return directive == Directive::SearchPath || directive == Directive::Open ||
-           directive == Directive::SaveAs || directive == Directive::Fail;
-}
 
 /// Reads the statements of one script; `line_` follows for the faults.
 class Parser {
@@ -194,18 +70,20 @@ private:
         if (words.front().IsKeyword("object")) Fail("the object has been made already");
         if (words.front().IsKeyword("host")) {
             if (words.size() < 2) Fail("host: a directive is missing");
-            statement.directive = ReadDirective(words[1]);
+            const std::string keyword = AtomSpelling(words[1].atom);
+            statement.directive = FindDirective(keyword);
+            if (!statement.directive) Fail("unknown directive 'host " + keyword + "'");
             words = words.subspan(2);
         }
         for (const Word& word : words) statement.atoms.push_back(word.atom);
-        CheckArguments(statement);
+        if (statement.directive && !statement.directive->fits(statement.atoms))
+            Fail(Expectation(*statement.directive));
         (isEarly ? script_.before : script_.statements).push_back(std::move(statement));
     }
 
     static bool IsPreparation(const Word& word) {
-        const auto* row =
-            std::ranges::find(kDirectives, AtomSpelling(word.atom), &DirectiveRow::keyword);
-        return row != std::end(kDirectives) && NeedsNoObject(row->directive);
+        const DirectiveRow* row = FindDirective(AtomSpelling(word.atom));
+        return row && row->when == When::Always;
     }
 
     void ReadObject(std::span<const Word> words) {
@@ -227,32 +105,15 @@ private:
         return AtomNumber(time);
     }
 
-    Directive ReadDirective(const Word& word) const {
-        const std::string spelling = AtomSpelling(word.atom);
-        const auto* row = std::ranges::find(kDirectives, spelling, &DirectiveRow::keyword);
-        if (row == std::end(kDirectives)) Fail("unknown directive 'host " + spelling + "'");
-        return row->directive;
-    }
-
-    void CheckArguments(const Statement& statement) const {
-        if (statement.directive == Directive::None) return;
-        const auto* row =
-            std::ranges::find(kDirectives, statement.directive, &DirectiveRow::directive);
-        if (row->fits(statement.atoms)) return;
-        const bool isLayout = statement.directive == Directive::Layout;
-        Fail("host " + std::string(row->keyword) + " expects " + std::string(row->expects) +
-             (isLayout ? LayoutNames() : ""));
-    }
-
     void RefuseMessagesToAFreedObject() {
         bool freed = false;
         for (const Statement& statement : script_.statements) {
             line_ = statement.line;
-            const bool isMessage =
-                statement.directive == Directive::None || statement.directive == Directive::From;
-            if (freed && isMessage) Fail("the object has been freed before this message");
-            freed |= statement.directive == Directive::Free;
-            freed &= statement.directive != Directive::Remake;
+            const DirectiveRow* directive = statement.directive;
+            if (freed && (!directive || directive->when == When::ToObject))
+                Fail("the object has been freed before this message");
+            freed |= statement.Says("free");
+            freed &= !statement.Says("remake");
         }
     }
 
@@ -264,25 +125,6 @@ private:
 
 Script ParseScript(std::string_view text, const std::string& name) {
     return Parser(name).Read(text);
-}
-
-double AtomNumber(const Atom& atom) {
-    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return static_cast<double>(*whole);
-    return std::get<double>(atom);
-}
-
-std::string LayoutName(const Atom& atom) {
-    const bool isWholeFloat =
-        std::holds_alternative<double>(atom) && std::floor(AtomNumber(atom)) == AtomNumber(atom);
-    return AtomSpelling(atom) + (isWholeFloat ? ".0" : "");
-}
-
-std::string AtomSpelling(const Atom& atom) {
-    if (const auto* symbol = std::get_if<std::string>(&atom)) return *symbol;
-    if (const auto* whole = std::get_if<std::int64_t>(&atom)) return std::to_string(*whole);
-    char text[64];
-    const auto end = std::to_chars(std::begin(text), std::end(text), std::get<double>(atom)).ptr;
-    return {std::begin(text), end};
 }
 
 }  // namespace Quilo::Host

@@ -5,52 +5,23 @@
 // nothing and leaves no output behind.
 #pragma once
 
+#include "HostDirectives.h"
+
 #include <algorithm>
-#include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 namespace Quilo::Host {
 
-/// A long, a float or a symbol (UTF-8).
-using Atom = std::variant<std::int64_t, double, std::string>;
-
-/// What a script says to the host itself ("host ...").
-enum class Directive : std::uint8_t {
-    None,
-    Connect,
-    Rate,
-    Vector,
-    Inspect,
-    Assist,
-    Methods,
-    Sync,
-    Layout,
-    SearchPath,
-    Open,
-    SaveAs,
-    Osc,
-    Dsp,
-    From,
-    Preset,
-    Pattr,
-    Dictionary,
-    Watch,
-    Remake,
-    Fail,
-    Free,
-    Coverage
-};
-
 struct Statement {
-    int line = 0;                           // in the script, from 1
-    bool timed = false;                     // false: before the audio starts
-    double seconds = 0;                     // finite, not negative; 0 unless timed
-    Directive directive = Directive::None;  // None: a message to the object
-    std::vector<Atom> atoms;                // the message with its selector, or the arguments
+    int line = 0;                             // in the script, from 1
+    bool timed = false;                       // false: before the audio starts
+    double seconds = 0;                       // finite, not negative; 0 unless timed
+    const DirectiveRow* directive = nullptr;  // null: a message to the object
+    std::vector<Atom> atoms;                  // the message with its selector, or the arguments
+
+    bool Says(std::string_view keyword) const { return directive && directive->keyword == keyword; }
 };
 
 struct Script {
@@ -60,9 +31,9 @@ struct Script {
     std::vector<Atom> box;              // the box text; the first atom is the class name
     std::vector<Statement> statements;  // as they happen: untimed ones, then by time
 
-    bool HasDirective(Directive directive) const {
-        const auto has = [=](const Statement& s) { return s.directive == directive; };
-        return std::ranges::any_of(before, has) || std::ranges::any_of(statements, has);
+    bool Says(std::string_view keyword) const {  // host KEYWORD, anywhere
+        const auto says = [=](const Statement& s) { return s.Says(keyword); };
+        return std::ranges::any_of(before, says) || std::ranges::any_of(statements, says);
     }
 };
 
@@ -71,14 +42,5 @@ struct Script {
 /// @param name  of the file, for faults
 /// Throws: Fault (WrongInput) that names the script, the line and what is wrong with it.
 Script ParseScript(std::string_view text, const std::string& name);
-
-/// The atom as a script would spell it.
-std::string AtomSpelling(const Atom& atom);
-
-/// The same for the name of a layout: "22.0" reads as a number.
-std::string LayoutName(const Atom& atom);
-
-/// The number that a long or float atom holds.  Throws: std::bad_variant_access for a symbol.
-double AtomNumber(const Atom& atom);
 
 }  // namespace Quilo::Host

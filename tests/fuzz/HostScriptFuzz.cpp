@@ -23,7 +23,7 @@ bool KeepsItsPromises(const Script& script) {
         if (previous &&
             (previous->timed > statement.timed || previous->seconds > statement.seconds))
             return false;
-        if (statement.directive == Directive::None && statement.atoms.empty()) return false;
+        if (!statement.directive && statement.atoms.empty()) return false;
         previous = &statement;
     }
     return true;

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "HostScript.h"
 
-#include "HostAtoms.h"
 #include "HostFault.h"
+#include "HostOptions.h"
+#include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <set>
 
 namespace {
 
@@ -52,7 +54,7 @@ TEST(Script, ReadsTheSameWithAnyLineEndsTabsAndMark) {
 
 TEST(Script, TakesAQuotedKeywordAsAMessage) {
     const Script script = ParseScript("object a~\n\"host\" sync\n\"at\" 1\n", "s");
-    EXPECT_EQ(script.statements[0].directive, Directive::None);
+    EXPECT_EQ(script.statements[0].directive, nullptr);
     EXPECT_EQ(script.statements[0].atoms.size(), 2u);
     EXPECT_FALSE(script.statements[1].timed);
 }
@@ -124,6 +126,24 @@ INSTANTIATE_TEST_SUITE_P(
                     Slip{"object a~\nhost vector 8192\n", 2, "expects N"},
                     Slip{"object a~\nhost free\nclear\n", 3, "freed"},
                     Slip{"object a~\nat 2 clear\nat 1 host free\n", 2, "freed"}));
+
+TEST(Directives, StandInTheHelpAndInTheDocumentationAlike) {
+    const auto keywords = [](const std::string& text, const std::string& before) {
+        std::set<std::string> found;
+        for (std::size_t at = 0; (at = text.find(before, at)) != text.npos;) {
+            at += before.size();
+            found.insert(
+                text.substr(at, text.find_first_not_of("abcdefghijklmnopqrstuvwxyz", at) - at));
+        }
+        return found;
+    };
+    auto documented = keywords(Tests::ReadText(QUILO_SOURCE_DIR "/docs/host.md"), "`host ");
+    documented.erase("");  // `host DIRECTIVE ...`
+    const auto helped = keywords(HelpText(), "\n  host ");
+    EXPECT_EQ(documented, helped);
+    EXPECT_GT(helped.size(), 20u);
+    for (const std::string& keyword : helped) EXPECT_NE(FindDirective(keyword), nullptr) << keyword;
+}
 
 TEST(Script, AllowsHostStatementsOnceTheObjectIsFree) {
     EXPECT_EQ(ParseScript("object a~\nclear\nhost free\nhost sync\n", "s").statements.size(), 3u);
