@@ -1,22 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "laws/QuiloWarpedSquare.h"
 #include "math/VelkDspCartesian.h"
 
-#include <array>
 #include <span>
 
 namespace Quilo {
 
-/// Panning inside a square: the azimuths of four corner loudspeakers are warped onto its corners,
-/// the sources are panned bilinearly between these, and the loudspeakers in between take their
-/// parts from pairs of corners. Distance counts as height up to 1, where a source is on the edge;
-/// near the listener it sounds everywhere.
-/// In single precision, whose roundings are promises; laws are linear in energy until the last
+/// Panning inside the square of QuiloWarpedSquare.h: the sources are panned bilinearly between its
+/// four corners, and the loudspeakers in between take their parts from pairs of corners.
+/// In single precision, whose roundings are promises; everything is linear in energy until the last
 /// step.  Thread: control.  Throws: nothing.
-
-/// Azimuths of the corners, navigational degrees, clockwise from front left.
-using SquareCorners = std::array<float, 4>;
 
 /// 4 to 8, and 12.
 bool IsRecursiveLayout(std::size_t numSpeakers) noexcept;

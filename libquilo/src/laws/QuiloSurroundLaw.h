@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "laws/QuiloWarpedSquare.h"
 #include "math/VelkDspCartesian.h"
-#include "math/VelkDspVector.h"
 
-#include <array>
 #include <span>
 
 namespace Quilo {
 
 /// Panning over a frontal arc and one rear loudspeaker: left, right, rear or left, centre, right,
-/// rear. The azimuth is warped so that the two front loudspeakers and the rear ones take a quarter
-/// of a turn each; a source nearer than one metre climbs towards the zenith and spreads.
+/// rear. It pans in the square of QuiloWarpedSquare.h, whose two rear corners are one loudspeaker;
+/// the centre stands between the two front ones.
 class SurroundLaw {
 public:
     /// Takes the azimuths of the front left and front right loudspeakers; the rear stays at 180.
@@ -25,10 +24,7 @@ public:
     void Gains(const tav::CartesianVector& source, std::span<float> gains) const;
 
 private:
-    /// Degrees in [0, 360): 45 on the right loudspeaker, 315 on the left one, 135 and 225 behind.
-    double WarpedAzimuthDeg(float azimuthDeg) const;
-
-    std::array<float, 4> azimuthsDeg_{-30.f, 30.f, 180.f, 180.f};  // navigational
+    SquareCorners corners_{-30.f, 30.f, 180.f, 180.f};
 };
 
 }  // namespace Quilo

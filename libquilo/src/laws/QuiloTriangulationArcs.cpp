@@ -80,19 +80,35 @@ bool ArcsCross(std::span<const Ray> speakers, const Arc& a, const Arc& b) noexce
 
 namespace {
 
-// The planes of two arcs meet on an axis, and the arcs cross where it pierces both. Most arcs
-// surely do not; they are sorted out many at a time, and ArcsCross is asked about the others alone:
-//   * An arc below kLeastArc crosses nothing: a point more than 0.01 off both its ends is on a way
-//     that is more than 0.01 longer.
-//   * With unit normals n, m of the planes and unit ends p, q of the first arc and r, s of the
-//     second, m.p, -m.q, n.s, -n.r over |n x m| are the sines of the angles between the ends and
-//     the axis, of one sign where it pierces both. The rounding of a normal is at most
-//     2e-7 / sin(kLeastArc) = 2e-5, so with |n x m| >= kOpen they are right to 1e-3: one within
-//     kNear undoes the crossing, and two beyond it, of opposite sign, are too far outwards.
-//   * Else, and with every axis: where an arc lets a way be 0.01 longer, half of that way leads
-//     from its middle to the furthest point. An axis kReach beyond half an arc misses it.
-//   * Two planes whose axis vanishes in rounding are measured by azimuths, each arc for itself.
-// Each arc that is nearly a half circle or has ends of extreme distance is left to ArcsCross.
+// Most pairs of arcs surely do not cross. They are sorted out many at a time, by products and
+// sums; ArcsCross, with its arc cosines, is asked about the others alone.
+//
+// Two arcs, from p to q and from r to s (unit vectors), lie in planes with the unit normals n along
+// p x q and m along r x s. The planes meet in the axis c = n x m, whose length is the sine of the
+// angle between them. Seen from outside the sphere, with c pointing at the reader:
+//
+//               r
+//               |            m.p = |c| sin(from p to c)     -m.q = |c| sin(from c to q)
+//        p -----c----> q    -n.r = |c| sin(from r to c)      n.s = |c| sin(from c to s)
+//               |
+//               v            All four are positive where both arcs pass through c, all four are
+//               s            negative where both pass through -c.
+//
+// ArcsCross asks two things of c, or of -c: each of the four ends is more than 0.01 rad away, and
+// the way over it, d(p, c) + d(c, q), is at most 0.01 longer than the arc. So two arcs do not cross
+//   1. where one is shorter than kLeastArc: the way is longer than 0.02 if both ends are far
+//   enough;
+//   2. where |c| >= kOpen and one of the four sines is below kNear, so that an end is too near, or
+//      two have different signs: then the axis is kNear outside of an arc, and the way 2 kNear too
+//      long. (Rounding turns a normal by 2e-7 / sin(kLeastArc) = 2e-5 at most, which over kOpen
+//      changes a sine by 0.001; hence kNear = 0.008 instead of 0.01.)
+//   3. where c is more than kReach beyond the end of an arc, measured from its middle. The vector
+//      p + q points to the middle and is 2 cos(arc / 2) long, so that this reads
+//      |c.(p + q)| < |c| 2 cos(arc / 2) cos(arc / 2 + kReach). (A point over which the way is 0.01
+//      longer is at most arc / 2 + 0.005 from the middle.)
+// ArcsCross is always asked where the length of c is lost in rounding, about arcs that are nearly
+// half circles, and about loudspeakers at extreme distances. Where c is exactly 0 it measures the
+// azimuths of the ends, so that each arc passes or fails by itself (passesWithoutAxis).
 constexpr float kOpen = 0.02f;
 constexpr float kNear = 0.008f;
 constexpr float kReach = 0.008f;
@@ -119,48 +135,48 @@ std::vector<End> MakeEnds(std::span<const Ray> speakers) {
 }
 
 /// An arc, and what its comparison with others needs.
-struct Head {
+struct PreparedArc {
     Arc arc;
-    bool passesWithoutAxis = false;  // what ArcsCross asks of it where the planes have no axis
-    CartesianVector normal;          // 0: left to ArcsCross
+    bool passesWithoutAxis = false;  // whether ArcsCross finds a c of 0 on it
+    CartesianVector normal;          // 0 where ArcsCross is always asked
     CartesianVector from;            // the ends, unit length
     CartesianVector to;
-    float reach = 0;  // square of the least part of an axis along from + to
+    float reach = 0;  // square of the least (c.(p + q)) / |c| in rule 3
 };
 
-Head MakeHead(std::span<const End> ends, const Arc& arc) noexcept {
+PreparedArc PrepareArc(std::span<const End> ends, const Arc& arc) noexcept {
     const End& from = ends[arc.from];
     const End& to = ends[arc.to];
     const bool passes = from.azimuth > kTolerance && to.azimuth > kTolerance &&
                         LiesOn(arc.angle, from.azimuth, to.azimuth);
-    Head head{arc, passes, {}, from.direction, to.direction, 0};
-    if (from.isExtreme || to.isExtreme || !(arc.angle <= kLargestArc)) return head;
+    PreparedArc prepared{arc, passes, {}, from.direction, to.direction, 0};
+    if (from.isExtreme || to.isExtreme || !(arc.angle <= kLargestArc)) return prepared;
     const float half = 0.5f * arc.angle;
     const float reach = 2.f * std::cos(half) * std::cos(half + kReach);
-    head.normal = arc.normal;
-    head.reach = reach * reach;
-    return head;
+    prepared.normal = arc.normal;
+    prepared.reach = reach * reach;
+    return prepared;
 }
 
-/// The arcs of one kind that are still there, by rank, as arrays: one arc meets all of them
-/// quickly.
+/// Arcs of one kind that are still there, in the order of their ranks, as arrays: so one arc is
+/// compared with all of them quickly. The rank of an arc is its place by increasing angle.
 class ArcField {
 public:
-    /// @param heads  of all kinds; the place of one is its rank
-    explicit ArcField(std::span<const Head> heads) : heads_(heads) {}
+    /// @param arcs  of all kinds, by rank
+    explicit ArcField(std::span<const PreparedArc> arcs) : arcs_(arcs) {}
 
     void Add(std::size_t rank);
 
     /// Beyond all ranks when every arc has had its turn.
     std::size_t NextRank() const noexcept {
-        return next_ < ranks_.size() ? ranks_[next_] : heads_.size();
+        return next_ < ranks_.size() ? ranks_[next_] : arcs_.size();
     }
     /// The next arc's turn has come.
     void TakeNext() noexcept { ++next_; }
-    /// Removes the arcs that the head crosses, of those whose turn has not come.
-    void RemoveCrossedBy(const Head& head, std::span<const Ray> speakers);
-    /// The same for a field and a head that have one plane.
-    void RemoveLevelWith(const Head& head);
+    /// Removes what the current arc crosses, of the arcs whose turn has not come.
+    void RemoveCrossedBy(const PreparedArc& current, std::span<const Ray> speakers);
+    /// The same where the current arc and all of the field lie in one plane.
+    void RemoveLevelWith(const PreparedArc& current);
 
     std::span<const std::size_t> Ranks() const noexcept { return ranks_; }
 
@@ -183,15 +199,15 @@ private:
         }
     };
 
-    void FindSuspects(const Head& head) noexcept;
+    void FindSuspects(const PreparedArc& current) noexcept;
     template <class Predicate>
     void RemoveIf(Predicate isGone);
     void Move(std::size_t to, std::size_t from) noexcept;
 
-    std::span<const Head> heads_;
+    std::span<const PreparedArc> arcs_;
     std::vector<std::size_t> ranks_;
     std::size_t next_ = 0;
-    // out of the heads
+    // copied from the arcs, in the order of ranks_
     Columns normals_;
     Columns froms_;
     Columns tos_;
@@ -200,21 +216,22 @@ private:
 };
 
 void ArcField::Add(std::size_t rank) {
-    const Head& head = heads_[rank];
+    const PreparedArc& arc = arcs_[rank];
     ranks_.push_back(rank);
-    normals_.Add(head.normal);
-    froms_.Add(head.from);
-    tos_.Add(head.to);
-    reaches_.push_back(head.reach);
+    normals_.Add(arc.normal);
+    froms_.Add(arc.from);
+    tos_.Add(arc.to);
+    reaches_.push_back(arc.reach);
     suspect_.push_back(0);
 }
 
-/// Marks the arcs that the head may cross.
-void ArcField::FindSuspects(const Head& head) noexcept {
-    const CartesianVector n = head.normal;
-    const CartesianVector p = head.from;
-    const CartesianVector q = head.to;
-    const float headReach = head.reach;
+/// Marks the arcs that the current one may cross; see the rules above. Written without branches,
+/// so that compilers take several arcs at a time.
+void ArcField::FindSuspects(const PreparedArc& current) noexcept {
+    const CartesianVector n = current.normal;
+    const CartesianVector p = current.from;
+    const CartesianVector q = current.to;
+    const float currentReach = current.reach;
     const float* const mx = normals_.x.data();
     const float* const my = normals_.y.data();
     const float* const mz = normals_.z.data();
@@ -246,14 +263,14 @@ void ArcField::FindSuspects(const Head& head) noexcept {
         const float a = x * (p.x + q.x) + y * (p.y + q.y) + z * (p.z + q.z);
         const float b = x * (rx[k] + sx[k]) + y * (ry[k] + sy[k]) + z * (rz[k] + sz[k]);
         const bool pierces =
-            (a * b >= 0.f) & (a * a >= square * headReach) & (b * b >= square * reach[k]);
+            (a * b >= 0.f) & (a * a >= square * currentReach) & (b * b >= square * reach[k]);
         const bool isOpen = square >= kOpen * kOpen;
         const bool isLost = !(square >= kLeastSquare);
         suspect[k] = static_cast<std::int32_t>(isLost | (pierces & (between | !isOpen)));
     }
 }
 
-bool Crosses(std::span<const Ray> speakers, const Head& a, const Head& b) noexcept {
+bool Crosses(std::span<const Ray> speakers, const PreparedArc& a, const PreparedArc& b) noexcept {
     if (ShareASpeaker(a.arc, b.arc)) return false;
     const CartesianVector axis = Cross(a.arc.normal, b.arc.normal);
     if (Dot(axis, axis) == 0.f) return a.passesWithoutAxis && b.passesWithoutAxis;
@@ -276,18 +293,18 @@ void ArcField::RemoveIf(Predicate isGone) {
     ranks_.resize(kept);
 }
 
-void ArcField::RemoveCrossedBy(const Head& head, std::span<const Ray> speakers) {
-    FindSuspects(head);
+void ArcField::RemoveCrossedBy(const PreparedArc& current, std::span<const Ray> speakers) {
+    FindSuspects(current);
     RemoveIf([&](std::size_t other) {
-        return suspect_[other] != 0 && Crosses(speakers, head, heads_[ranks_[other]]);
+        return suspect_[other] != 0 && Crosses(speakers, current, arcs_[ranks_[other]]);
     });
 }
 
-void ArcField::RemoveLevelWith(const Head& head) {
-    if (!head.passesWithoutAxis) return;
+void ArcField::RemoveLevelWith(const PreparedArc& current) {
+    if (!current.passesWithoutAxis) return;
     RemoveIf([&](std::size_t other) {
-        const Head& met = heads_[ranks_[other]];
-        return met.passesWithoutAxis && !ShareASpeaker(head.arc, met.arc);
+        const PreparedArc& met = arcs_[ranks_[other]];
+        return met.passesWithoutAxis && !ShareASpeaker(current.arc, met.arc);
     });
 }
 
@@ -298,32 +315,33 @@ bool IsLevel(const Arc& arc) noexcept { return arc.normal.x == 0.f && arc.normal
 }  // namespace
 
 void RemoveCrossedArcs(std::span<const Ray> speakers, std::vector<Arc>& arcs) {
-    // Crossing is mutual, to the last bit: an arc that a shorter one left alone leaves it alone
-    // too, so each arc needs to meet only those after it.
+    // Crossing is mutual, to the last bit, so an arc is compared only with those after it: the ones
+    // before it have already left it alone.
     const std::vector<End> ends = MakeEnds(speakers);
-    std::vector<Head> heads;
-    heads.reserve(arcs.size());
-    for (const Arc& arc : arcs) heads.push_back(MakeHead(ends, arc));
+    std::vector<PreparedArc> prepared;
+    prepared.reserve(arcs.size());
+    for (const Arc& arc : arcs) prepared.push_back(PrepareArc(ends, arc));
+    // Rule 1: the shortest arcs, which stand first, stay. The others are put back at the end.
     std::erase_if(arcs, [](const Arc& arc) { return arc.angle >= kLeastArc; });
-    ArcField level(heads);
-    ArcField others(heads);
-    for (std::size_t rank = arcs.size(); rank < heads.size(); ++rank) {
-        (IsLevel(heads[rank].arc) ? level : others).Add(rank);
+    ArcField level(prepared);
+    ArcField others(prepared);
+    for (std::size_t rank = arcs.size(); rank < prepared.size(); ++rank) {
+        (IsLevel(prepared[rank].arc) ? level : others).Add(rank);
     }
-    while (std::min(level.NextRank(), others.NextRank()) < heads.size()) {
+    while (std::min(level.NextRank(), others.NextRank()) < prepared.size()) {
         const bool isLevel = level.NextRank() < others.NextRank();
         ArcField& own = isLevel ? level : others;
-        const Head& head = heads[own.NextRank()];
+        const PreparedArc& current = prepared[own.NextRank()];
         own.TakeNext();
-        others.RemoveCrossedBy(head, speakers);
+        others.RemoveCrossedBy(current, speakers);
         if (isLevel) {
-            level.RemoveLevelWith(head);
+            level.RemoveLevelWith(current);
         } else {
-            level.RemoveCrossedBy(head, speakers);
+            level.RemoveCrossedBy(current, speakers);
         }
     }
     for (const ArcField* field : {&level, &others}) {
-        for (const std::size_t rank : field->Ranks()) arcs.push_back(heads[rank].arc);
+        for (const std::size_t rank : field->Ranks()) arcs.push_back(prepared[rank].arc);
     }
 }
 
