@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 
@@ -13,6 +14,8 @@ namespace {
 struct Faulty {
     t_pxobject ob;
     float gain;
+    float heard;  // the gain in the sound
+    double rateHz;
     void* dumpout;
     t_symbol* fault;
 };
@@ -30,11 +33,18 @@ void Perform(Faulty* x,
              void*) {
     if (Is(x, "unwritten")) return;
     if (Is(x, "posting")) object_post(&x->ob.z_ob, "hello");
-    std::transform(ins[0], ins[0] + frames, outs[0],
-                   [x](double sample) { return Is(x, "nan") ? std::nan("") : 0.5 * sample; });
+    const bool isNan = Is(x, "nan") || (Is(x, "nanfast") && x->rateHz > 200'000);
+    const double factor = isNan                ? std::nan("")
+                          : Is(x, "infinite")  ? 1e308 * 10
+                          : Is(x, "soundless") ? 0
+                                               : 1 - 0.5 * static_cast<double>(x->heard);
+    const max_long written = Is(x, "partial") ? std::min<max_long>(frames, 64) : frames;
+    std::transform(ins[0], ins[0] + written, outs[0],
+                   [factor](double sample) { return factor * sample; });
 }
 
-void Dsp64(Faulty* x, t_object* chain, short*, double, max_long, max_long) {
+void Dsp64(Faulty* x, t_object* chain, short*, double rateHz, max_long, max_long) {
+    x->rateHz = rateHz;
     dsp_add64(chain, &x->ob.z_ob, reinterpret_cast<t_perfroutine64>(Perform), 0, nullptr);
 }
 
@@ -45,6 +55,7 @@ void DspState(Faulty* x, max_long on) {
 void Touch(Faulty* x) {
     char* const block = sysmem_newptr(16);
     if (!block) return;
+    if (Is(x, "hoarding")) sysmem_newptr(10);
     if (Is(x, "overrun")) block[16] = 1;
     sysmem_freeptr(block);
     if (Is(x, "twice")) sysmem_freeptr(block);
@@ -61,12 +72,17 @@ void Touch(Faulty* x) {
 }
 
 void Assist(Faulty* x, void*, max_long, max_long, char* text) {
+    if (Is(x, "wordy")) std::fill_n(text, ASSIST_MAX_STRING_LEN, 'w');
+    if (Is(x, "wordy")) return;
     strncpy_zero(text, Is(x, "silent") ? "" : "help", ASSIST_MAX_STRING_LEN);
 }
 
 t_max_err SetGain(Faulty* x, void*, max_long argc, t_atom* argv) {
-    const double gain = argc > 0 ? atom_getfloat(argv) : std::nan("");
-    if (!std::isnan(gain)) x->gain = static_cast<float>(gain);
+    double gain = argc > 0 ? atom_getfloat(argv) : std::nan("");
+    if (Is(x, "mainonly") && !systhread_ismainthread()) return MAX_ERR_NONE;
+    if (Is(x, "drifting")) gain = 0.5 * gain + 0.2;
+    if (!std::isnan(gain) || Is(x, "nanheld")) x->gain = static_cast<float>(gain);
+    x->heard = x->gain;
     return MAX_ERR_NONE;
 }
 
@@ -79,6 +95,7 @@ t_max_err GetValueOf(Faulty* x, max_long* argc, t_atom** argv) {
 t_max_err SetValueOf(Faulty* x, max_long argc, t_atom* argv) {
     if (argc != 1) return MAX_ERR_GENERIC;
     if (!Is(x, "forgetful")) x->gain = static_cast<float>(atom_getfloat(argv));
+    if (!Is(x, "soundsother")) x->heard = x->gain;
     return MAX_ERR_NONE;
 }
 
@@ -95,11 +112,22 @@ void* New(t_symbol*, max_long argc, t_atom* argv) {
     auto* const x = static_cast<Faulty*>(object_alloc(FaultyClass()));
     if (!x) return nullptr;
     x->fault = argc > 0 ? atom_getsym(argv) : gensym("");
+    if (Is(x, "misplaced")) outlet_new(x, "signal");
     x->dumpout = outlet_new(x, nullptr);
-    if (x->dumpout) object_obex_store(x, gensym("dumpout"), static_cast<t_object*>(x->dumpout));
+    if (x->dumpout && !Is(x, "unanswering"))
+        object_obex_store(x, gensym("dumpout"), static_cast<t_object*>(x->dumpout));
     z_dsp_setup(&x->ob, 1);
-    if (Is(x, "unwritten")) x->ob.z_misc = Z_NO_INPLACE;  // where nothing sounds by luck
-    outlet_new(x, "signal");
+    if (Is(x, "unwritten") || Is(x, "partial"))
+        x->ob.z_misc = Z_NO_INPLACE;  // where nothing sounds by luck
+    if (Is(x, "unmutable")) x->ob.z_misc = Z_IGNORE_DISABLE;
+    if (Is(x, "spilling")) {
+        void* const first = operator new(10, std::nothrow);
+        void* const second = operator new(10, std::nothrow);
+        if (!second) return first ? x : nullptr;  // and the first stays
+        operator delete(first);
+        operator delete(second);
+    }
+    if (!Is(x, "misplaced")) outlet_new(x, "signal");
     if (Is(x, "leaking")) sysmem_newptr(10);
     if (!Is(x, "unclipped"))
         attr_addfilter_clip(class_attr_get(FaultyClass(), gensym("gain")), 0, 1, 1, 1);

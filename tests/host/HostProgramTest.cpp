@@ -114,6 +114,40 @@ TEST_F(HostProgram, AppendsInputsAndFeedsTheRestWithSilence) {
     }
 }
 
+TEST_F(HostProgram, RepeatsInputsInTheMiddleOfAVector) {
+    tav::AudioBuffer ramp(1, 100, 48000);
+    for (std::size_t k = 0; k < 100; ++k) ramp.Channel(0)[k] = static_cast<float>(k + 1) / 128;
+    tav::WriteWavFile(folder_ / "ramp.wav", ramp);
+    const std::string script = kQuad + "source 1 az -45\n";
+    for (const bool loops : {true, false})
+        for (const char* vector : {"1", "64", "1024"}) {
+            Words words{"--in", "ramp.wav", "--duration", "0.0055", "--vector", vector};
+            if (loops) words.emplace_back("--loop");
+            const auto audio = Render(script, words);
+            ASSERT_EQ(audio.NumFrames(), 264u);
+            for (std::size_t k = 0; k < 264; ++k)
+                ASSERT_EQ(audio.Channel(0)[k], loops || k < 100 ? ramp.Channel(0)[k % 100] : 0)
+                    << vector << " " << k;
+        }
+}
+
+TEST_F(HostProgram, RendersEachBegunFrameOnce) {
+    struct Case {
+        const char *rate, *seconds;
+        std::size_t numFrames;
+    };
+    // Binary fractions make 0.07 s at 48 kHz a little longer than 3360 frames, 2.3 s at 44.1 kHz a
+    // little shorter than 101430.
+    constexpr Case kCases[] = {{"48000", "0.07", 3360},  {"44100", "2.3", 101430},
+                               {"44100", "0.00001", 1},  {"48000", "0.0000001", 1},
+                               {"768000", "0.001", 768}, {"1000", "0.0639", 64},
+                               {"1000", "0.064", 64},    {"1000", "0.0641", 65}};
+    for (const Case& c : kCases)
+        EXPECT_EQ(Render(kQuad, {"--rate", c.rate, "--duration", c.seconds}).NumFrames(),
+                  c.numFrames)
+            << c.rate << " Hz, " << c.seconds << " s";
+}
+
 TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
     EXPECT_EQ(Render(kQuad, {}).NumFrames(), 48000u);
     EXPECT_EQ(Render(kQuad, {"--rate", "8000"}).NumFrames(), 8000u);

@@ -66,7 +66,21 @@ INSTANTIATE_TEST_SUITE_P(
                     Mistake{"dialog", "called in the stack of a message"},
                     Mistake{"dead", "\"dictionary\" is used after it was freed"},
                     Mistake{"escaping", "escaped"},
-                    Mistake{"forgetful", "pattr, 6 states: gain is"}),
+                    Mistake{"forgetful", "pattr, 6 states: gain is"},
+                    Mistake{"soundsother", "pattr, 6 states: sample "},
+                    Mistake{"nanfast", "384000 Hz: samples are no numbers"},
+                    Mistake{"infinite", "gives numbers"},
+                    Mistake{"soundless", "noise in, something out"},
+                    Mistake{"partial", "vectors of 512: samples were not written"},
+                    Mistake{"wordy", "every inlet"},
+                    Mistake{"misplaced", "the rightmost outlet takes messages"},
+                    Mistake{"unanswering", "gain answers: answers ''"},
+                    Mistake{"nanheld", "gain keeps to its range: holds nan"},
+                    Mistake{"drifting", "gain is what it says"},
+                    Mistake{"mainonly", "messages of the scheduler thread"},
+                    Mistake{"unmutable", "silent while its patcher is muted"},
+                    Mistake{"hoarding", "touch leaves nothing behind: 10 blocks"},
+                    Mistake{"spilling", "1 allocations stay behind"}),
     [](const auto& mistake) { return std::string(mistake.param.fault); });
 
 TEST(FreedInTheChain, IsReported) {
