@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "HostActions.h"
 
+#include "HostAdvisor.h"
 #include "HostAllocations.h"
 #include "HostChain.h"
 #include "HostConsole.h"
 #include "HostCoverageProbe.h"
 #include "HostFault.h"
+#include "HostFiles.h"
 #include "HostLayouts.h"
 #include "HostOutputFile.h"
-#include "reading/HostFiles.h"
 
 #include <utility>
 
@@ -28,14 +29,28 @@ HostApi::ThreadKind ThreadNamed(const std::string& name) {
 
 }  // namespace
 
-Actions::Actions(const Script& script, Object& object, Console& console)
+Actions::Actions(const Script& script, Object& object, Console& console, Advisor& advisor)
     : script_(script),
       object_(object),
       console_(console),
+      advisor_(advisor),
       state_(object, console) {}
 
+void Actions::MakeObject() {
+    advisor_.Begin(script_.objectLine);
+    AtLine(script_.name, script_.objectLine, [&] { object_.Make(script_.box); });
+    advisor_.End(script_.objectLine);
+}
+
+void Actions::RunPutOffWork() {
+    RunDueWork();
+    advisor_.TellWhatIsRight();
+}
+
 void Actions::Execute(const Statement& statement) {
+    advisor_.Begin(statement.line);
     AtLine(script_.name, statement.line, [&] { Act(statement); });
+    advisor_.End(statement.line);
 }
 
 void Actions::Act(const Statement& statement) {
@@ -83,7 +98,7 @@ void Actions::PrintCoverage(Arguments) {
 /// The packet stays in memory while the message runs; a message holds the address as a number.
 void Actions::SendPacket(Arguments arguments) {
     const std::string file = AtomSpelling(arguments[0]);
-    auto [bytes, fault] = HostReading::ReadRegularFile(PathOf(file));
+    auto [bytes, fault] = HostApi::ReadRegularFile(PathOf(file));
     if (!fault.empty()) throw StatementFault(file + ": the packet cannot be read: " + fault);
     object_.Send(std::vector<Atom>{
         std::string("FullPacket"), static_cast<std::int64_t>(bytes.size()),
@@ -99,7 +114,7 @@ void Actions::AddSearchPath(Arguments arguments) {
 /// An open dialog shows neither devices nor pipes.
 void Actions::AnswerOpen(Arguments arguments) {
     const auto file = OptionalFile(arguments);
-    if (file && HostReading::IsIrregularFile(*file))
+    if (file && HostApi::IsIrregularFile(*file))
         throw StatementFault(AtomSpelling(arguments[0]) + ": it is no regular file");
     HostApi::AnswerDialog(HostApi::Dialog::Open, file);
 }

@@ -7,6 +7,7 @@
 
 namespace Quilo::Host {
 
+class Advisor;
 class Chain;
 
 /// Everything belongs to the main thread.
@@ -14,16 +15,21 @@ class Actions final : private DirectiveActs {
 public:
     /// @param object  may still have to be made; until then only directives that act always are
     ///                executed
-    Actions(const Script& script, Object& object, Console& console);
+    Actions(const Script& script, Object& object, Console& console, Advisor& advisor);
     ~Actions() { Unwatch(); }
     Actions(const Actions&) = delete;
     Actions& operator=(const Actions&) = delete;
 
+    /// The `object` statement.  Throws: as Execute.
+    void MakeObject();
     /// Once the object is made, before anything but directives that act always.
     void Attach(Chain& chain) { chain_ = &chain; }
 
     /// Throws: ScriptFault when the statement cannot be carried out.
     void Execute(const Statement& statement);
+
+    /// Between statements: RunDueWork, and what the object complained about in it.
+    void RunPutOffWork();
 
     /// Messages so far that set what no attribute shows; see MeasureCoverage.
     const std::vector<std::vector<Atom>>& HiddenSettings() const { return hiddenSettings_; }
@@ -59,6 +65,7 @@ private:
     const Script& script_;
     Object& object_;
     Console& console_;
+    Advisor& advisor_;
     State state_;
     std::vector<std::vector<Atom>> hiddenSettings_;
     Chain* chain_ = nullptr;

@@ -59,6 +59,9 @@ void Console::Receive(HostApi::PostKind kind, std::string_view text) {
     if (pauses > 0) return;
     hasComplaints_ |= kind == HostApi::PostKind::Error || kind == HostApi::PostKind::Bug;
     Write(Head(kind), text);
+    if (kind == HostApi::PostKind::Post || !onComplaint_) return;
+    stream_->flush();  // what is said about the line must not come before it
+    onComplaint_();
 }
 
 void Console::Receive(const HostApi::OutletMessage& message) {

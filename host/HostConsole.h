@@ -38,6 +38,8 @@ public:
     bool HasComplaints() const { return hasComplaints_; }
     /// @param sink  hears the names of dictionaries that leave a dump outlet, before their line
     void SetDictionarySink(std::function<void(t_symbol*)> sink) { onDictionary_ = std::move(sink); }
+    /// @param sink  hears of each warning, error and bug, behind its line; any thread
+    void SetComplaintSink(std::function<void()> sink) { onComplaint_ = std::move(sink); }
     /// Makes the file complete.  Throws: Fault (WrongInput).
     void Close();
 
@@ -50,6 +52,7 @@ private:
     bool live_;
     bool hasComplaints_ = false;
     std::function<void(t_symbol*)> onDictionary_;
+    std::function<void()> onComplaint_;
 };
 
 }  // namespace Quilo::Host

@@ -3,6 +3,7 @@
 
 #include "ApiFailingCalls.h"
 #include "HostLimits.h"
+#include "HostNearestWord.h"
 #include "laws/QuiloNamedLayouts.h"
 
 #include <algorithm>
@@ -146,10 +147,19 @@ const DirectiveRow* FindDirective(std::string_view keyword) {
     return row == std::end(kDirectives) ? nullptr : row;
 }
 
-std::string Expectation(const DirectiveRow& row) {
-    const bool isLayout = row.fits == OneLayout;
-    return "host " + std::string(row.keyword) + " expects " + std::string(row.expects) +
-           (isLayout ? ", one of: " + LayoutNames() : "");
+std::string Expectation(const DirectiveRow& row, Arguments arguments) {
+    std::string text = "host " + std::string(row.keyword) + " expects " + std::string(row.expects);
+    if (row.fits != OneLayout) return text;
+    const std::string nearest =
+        arguments.empty() ? "" : NearestWord(LayoutName(arguments[0]), WordsOf(LayoutNames()));
+    text += ", one of: " + LayoutNames();
+    return nearest.empty() ? text : text + "; did you mean " + nearest + "?";
+}
+
+std::vector<std::string> DirectiveKeywords() {
+    std::vector<std::string> keywords;
+    for (const DirectiveRow& row : kDirectives) keywords.emplace_back(row.keyword);
+    return keywords;
 }
 
 std::string DirectivesHelp() {

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Quilo::Host {
 
@@ -65,8 +66,10 @@ struct DirectiveRow {
 /// Null for an unknown keyword.
 const DirectiveRow* FindDirective(std::string_view keyword);
 
+std::vector<std::string> DirectiveKeywords();
+
 /// "host KEYWORD expects ...", for arguments that do not fit.
-std::string Expectation(const DirectiveRow& row);
+std::string Expectation(const DirectiveRow& row, Arguments arguments);
 
 /// A line of help for each directive.
 std::string DirectivesHelp();

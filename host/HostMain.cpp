@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // quilo-host: plays the patcher's part for the module, without one.
 #include "HostActions.h"
+#include "HostAdvisor.h"
 #include "HostAudioBridge.h"
 #include "HostConsole.h"
 #include "HostFault.h"
+#include "HostFiles.h"
 #include "HostInputs.h"
 #include "HostObject.h"
 #include "HostOptions.h"
@@ -12,7 +14,6 @@
 #include "HostRender.h"
 #include "HostScript.h"
 #include "QuiloProject.h"
-#include "reading/HostFiles.h"
 #include "text/VelkDspException.h"
 #include "validator/HostValidator.h"
 
@@ -28,8 +29,8 @@ namespace {
 Script ReadScript(const std::string& file) {
     const bool isFile = file != "-";
     const std::string name = isFile ? file : "standard input";
-    const HostReading::FileContent script =
-        isFile ? HostReading::ReadRegularFile(PathOf(file)) : HostReading::ReadToEnd(std::cin);
+    const HostApi::FileContent script =
+        isFile ? HostApi::ReadRegularFile(PathOf(file)) : HostApi::ReadToEnd(std::cin);
     if (!script.fault.empty())
         throw Fault(ExitStatus::WrongInput, name + ": the script cannot be read: " + script.fault);
     return ParseScript(script.bytes, name);
@@ -43,9 +44,10 @@ ExitStatus RunScript(const Options& options) {
     LoadModule(options.module);
     HostApi::SetAudioSettings({RunRate(options, inputs), static_cast<int>(options.vector), false});
     Object object;
-    Actions actions(script, object, console);
+    Advisor advisor(script, object, console, !options.quiet);
+    Actions actions(script, object, console, advisor);
     for (const Statement& statement : script.before) actions.Execute(statement);
-    AtLine(script.name, script.objectLine, [&] { object.Make(script.box); });
+    actions.MakeObject();
     Render(options, script, inputs, object, actions);
     console.Close();
     return options.strict && console.HasComplaints() ? ExitStatus::ObjectComplained

@@ -80,11 +80,11 @@ public:
     void Play() {
         while (next_ < script_.statements.size() && !script_.statements[next_].timed)
             actions_.Execute(script_.statements[next_++]);
-        RunDueWork();
+        actions_.RunPutOffWork();
         chain_.Begin();
         if (options_.settled) Settle();
         PlayVectors();
-        RunDueWork();
+        actions_.RunPutOffWork();
         NoteUnsentStatements();
         chain_.Stop();
         const CoverageMap coverage = FinalCoverage();
@@ -159,7 +159,7 @@ private:
                 std::ranges::fill(chain_.Input(k), 0.0);
             chain_.Run();
             HostApi::AdvanceClocks(1000 * chain_.Vector() / rateHz_);
-            RunDueWork();
+            actions_.RunPutOffWork();
         }
     }
 
@@ -181,7 +181,7 @@ private:
             if (interrupted) throw Fault(ExitStatus::HostFailed, "interrupted");
             progress.Show(seconds);
             SendDueStatements(frame);
-            RunDueWork();
+            actions_.RunPutOffWork();
             PlayVector(frame);
             HostApi::AdvanceClocks(1000 * chain_.Vector() / rateHz_);
         }

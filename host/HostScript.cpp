@@ -2,6 +2,7 @@
 #include "HostScript.h"
 
 #include "HostFault.h"
+#include "HostNearestWord.h"
 #include "text/VelkDspUtf8.h"
 
 #include <algorithm>
@@ -11,13 +12,6 @@
 namespace Quilo::Host {
 
 namespace {
-
-using HostReading::Word;
-
-/// A quoted word is no keyword.
-bool IsKeyword(const Word& word, std::string_view keyword) {
-    return !word.isLiteral && word.text == keyword;
-}
 
 /// Reads the statements of one script; `line_` follows for the faults.
 class Parser {
@@ -56,59 +50,64 @@ private:
         if (bad != std::string_view::npos)
             Fail("byte " + std::to_string(bad + 1) +
                  " of the line is no UTF-8 text (save the script as UTF-8)");
-        const auto words = HostReading::SplitWords(line, HostReading::Dialect::Script);
+        text_ = line.substr(first, line.find_last_not_of(" \t") + 1 - first);
+        const auto words = SplitWords(line);
         if (!words) Fail("a quotation mark has no partner or stands inside a word");
         ReadStatement(*words);
     }
 
     void ReadStatement(std::span<const Word> words) {
         const bool isEarly = script_.box.empty() && words.size() > 1 &&
-                             IsKeyword(words.front(), "host") && IsPreparation(words[1]);
+                             words.front().IsKeyword("host") && IsPreparation(words[1]);
         if (script_.box.empty() && !isEarly) return ReadObject(words);
         Statement statement;
         statement.line = line_;
-        if (IsKeyword(words.front(), "at")) {
+        statement.text = text_;
+        if (words.front().IsKeyword("at")) {
             statement.timed = true;
             statement.seconds = ReadTime(words);
             words = words.subspan(2);
             if (words.empty()) Fail("nothing stands behind the time");
-            if (IsKeyword(words.front(), "at")) Fail("a statement has one time only");
+            if (words.front().IsKeyword("at")) Fail("a statement has one time only");
         }
-        if (IsKeyword(words.front(), "object")) Fail("the object has been made already");
-        if (IsKeyword(words.front(), "host")) {
+        if (words.front().IsKeyword("object")) Fail("the object has been made already");
+        if (words.front().IsKeyword("host")) {
             if (words.size() < 2) Fail("host: a directive is missing");
-            const std::string& keyword = words[1].text;
+            const std::string keyword = AtomSpelling(words[1].atom);
             statement.directive = FindDirective(keyword);
-            if (!statement.directive) Fail("unknown directive 'host " + keyword + "'");
+            if (!statement.directive)
+                Fail("unknown directive 'host " + keyword + "'; " +
+                     SuggestionText(keyword, DirectiveKeywords()));
             words = words.subspan(2);
         }
-        for (const Word& word : words) statement.atoms.push_back(AtomOf(word));
+        for (const Word& word : words) statement.atoms.push_back(word.atom);
         if (statement.directive && !statement.directive->fits(statement.atoms))
-            Fail(Expectation(*statement.directive));
+            Fail(Expectation(*statement.directive, statement.atoms));
         (isEarly ? script_.before : script_.statements).push_back(std::move(statement));
     }
 
     static bool IsPreparation(const Word& word) {
-        const DirectiveRow* row = FindDirective(word.text);
+        const DirectiveRow* row = FindDirective(AtomSpelling(word.atom));
         return row && row->when == When::Always;
     }
 
     void ReadObject(std::span<const Word> words) {
-        if (!IsKeyword(words.front(), "object"))
+        if (!words.front().IsKeyword("object"))
             Fail("the first statement must be: object BOX TEXT");
         if (words.size() < 2) Fail("object: the box text is missing");
-        if (!std::holds_alternative<std::string>(AtomOf(words[1])))
+        if (!std::holds_alternative<std::string>(words[1].atom))
             Fail("object: the box text must begin with the name of a class");
         script_.objectLine = line_;
-        for (const Word& word : words.subspan(1)) script_.box.push_back(AtomOf(word));
+        script_.objectText = text_;
+        for (const Word& word : words.subspan(1)) script_.box.push_back(word.atom);
     }
 
     double ReadTime(std::span<const Word> words) const {
         if (words.size() < 2) Fail("at: the time is missing");
-        const Atom time = AtomOf(words[1]);
+        const Atom& time = words[1].atom;
         if (std::holds_alternative<std::string>(time) || !std::isfinite(AtomNumber(time)) ||
             AtomNumber(time) < 0)
-            Fail("at: '" + words[1].text + "' is no time (seconds, 0 or more)");
+            Fail("at: '" + AtomSpelling(time) + "' is no time (seconds, 0 or more)");
         return AtomNumber(time);
     }
 
@@ -126,6 +125,7 @@ private:
 
     Script script_;
     int line_ = 0;
+    std::string_view text_;  // of the line, without blanks at its ends
 };
 
 }  // namespace

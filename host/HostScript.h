@@ -16,6 +16,7 @@ namespace Quilo::Host {
 
 struct Statement {
     int line = 0;                             // in the script, from 1
+    std::string text;                         // the line, without blanks at its ends
     bool timed = false;                       // false: before the audio starts
     double seconds = 0;                       // finite, not negative; 0 unless timed
     const DirectiveRow* directive = nullptr;  // null: a message to the object
@@ -28,6 +29,7 @@ struct Script {
     std::string name;                   // as faults show it
     std::vector<Statement> before;      // the object: search path, dialogs, failures
     int objectLine = 0;                 // of the `object` statement
+    std::string objectText;             // likewise, without blanks at its ends
     std::vector<Atom> box;              // the box text; the first atom is the class name
     std::vector<Statement> statements;  // as they happen: untimed ones, then by time
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Clocks: they run as the scheduler thread when the host moves the time on.
 #include "ApiObjects.h"
-#include "HostBridge.h"
+#include "ApiThreads.h"
 
 #include <cmath>
 #include <limits>
@@ -18,6 +18,7 @@ struct Clock {
     void* object;
     method function;
     double dueMs;
+    PutOffCause cause = {};
 
     static Clock* FromObject(t_object* object) { return reinterpret_cast<Clock*>(object); }
 };
@@ -71,7 +72,10 @@ void AdvanceClocks(double ms) {
     const double until = systimer_gettime() + std::max(ms, 0.0);
     {
         const ThreadScope scheduler(ThreadKind::Scheduler);
-        while (const Clock* clock = TakeDue(until)) clock->function(clock->object);
+        while (const Clock* clock = TakeDue(until)) {
+            const CauseScope cause(clock->cause);
+            clock->function(clock->object);
+        }
     }
     Time& time = TheTime();
     const std::lock_guard lock(time.mutex);
@@ -94,7 +98,11 @@ t_clock* clock_new(void* x, method fn) {
 void clock_fdelay(t_clock* c, double ms) {
     Time& time = TheTime();
     const std::lock_guard lock(time.mutex);
-    static_cast<Clock*>(c)->dueMs = time.nowMs + (ms > 0 ? ms : 0);
+    auto& clock = *static_cast<Clock*>(c);
+    PutOffCause cause = PutOffCause::Now();
+    if (clock.dueMs != kNotSet) cause.Add(clock.cause);
+    clock.cause = cause;
+    clock.dueMs = time.nowMs + (ms > 0 ? ms : 0);
 }
 
 void clock_delay(t_clock* c, max_long ms) { clock_fdelay(c, ms); }

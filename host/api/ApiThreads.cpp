@@ -6,6 +6,7 @@
 #include "ApiFaults.h"
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <mutex>
 #include <optional>
@@ -21,6 +22,7 @@ namespace {
 
 struct Work {
     WorkKey key;
+    PutOffCause cause;
     std::function<void()> run;
 };
 
@@ -42,6 +44,14 @@ struct QueueElement {
 const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
 thread_local std::optional<ThreadKind> assumedKind;
 thread_local int messagesAround = 0;  // in which the thread is
+
+thread_local Cause currentCause;
+std::atomic<int> lastInAudio = 0;  // the latest action that was a message of the audio interrupt
+
+Cause Joined(const Cause& a, const Cause& b) {
+    if (a.first == 0 || b.first == 0) return a.first == 0 ? b : a;
+    return {std::min(a.first, b.first), std::max(a.last, b.last)};
+}
 
 using DeferredFunction = void(void*, t_symbol*, short, t_atom*);
 
@@ -66,14 +76,40 @@ void Defer(void* x,
 
 }  // namespace
 
+void SetCause(const Cause& cause) { currentCause = cause; }
+
+Cause CurrentCause() { return currentCause; }
+
+PutOffCause PutOffCause::Now() {
+    PutOffCause now;
+    now.cause_ = currentCause;
+    now.isOfAudio_ = CurrentThreadKind() == ThreadKind::Audio;
+    return now;
+}
+
+void PutOffCause::Add(const PutOffCause& before) {
+    cause_ = Joined(cause_, before.cause_);
+    isOfAudio_ |= before.isOfAudio_;
+}
+
+Cause PutOffCause::AtWork() const {
+    const int last = lastInAudio;
+    return isOfAudio_ ? Joined(cause_, {last, last}) : cause_;
+}
+
 void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse) {
     Queue& queue = MainQueue();
     const std::lock_guard lock(queue.mutex);
-    if (collapse) std::erase_if(queue.waiting, [&](const Work& w) { return w.key == key; });
+    PutOffCause cause = PutOffCause::Now();
+    if (collapse)
+        std::erase_if(queue.waiting, [&](const Work& w) {
+            if (w.key == key) cause.Add(w.cause);
+            return w.key == key;
+        });
     if (end == QueueEnd::Front) {
-        queue.waiting.push_front({key, std::move(work)});
+        queue.waiting.push_front({key, cause, std::move(work)});
     } else {
-        queue.waiting.push_back({key, std::move(work)});
+        queue.waiting.push_back({key, cause, std::move(work)});
     }
 }
 
@@ -94,6 +130,7 @@ std::size_t RunDeferred() {
         queue.waiting.pop_front();
         lock.unlock();
         const ThreadScope main(ThreadKind::Main);
+        const CauseScope cause(work.cause);
         const int around = std::exchange(messagesAround, 0);
         work.run();
         messagesAround = around;
@@ -118,6 +155,7 @@ ThreadScope::ThreadScope(ThreadKind kind)
     : previous_(CurrentThreadKind()),
       wasSet_(assumedKind.has_value()) {
     assumedKind = kind;
+    if (kind == ThreadKind::Audio) lastInAudio = currentCause.last;
 }
 
 ThreadScope::~ThreadScope() { assumedKind = wasSet_ ? std::optional(previous_) : std::nullopt; }

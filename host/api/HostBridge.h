@@ -182,6 +182,17 @@ private:
     bool wasSet_;
 };
 
+/// Which of the host's actions something happens for; the host numbers them from 1, as it likes.
+/// Work that is put off (queued, or called by a clock) happens for the action that put it off.
+/// Where several did, because the work was put off again while it waited or because messages of the
+/// audio interrupt collect, `first` and `last` are the least and the largest number of them.
+struct Cause {
+    int first = 0, last = 0;  // 0: none
+};
+/// Of the calling thread.  Thread: any.
+MAXAPI_EXPORT void SetCause(const Cause& cause);
+MAXAPI_EXPORT Cause CurrentCause();
+
 /// Runs the work that was queued for the main thread before the call, in order; what that work
 /// queues in turn stays for the next call.  @return how many functions ran
 MAXAPI_EXPORT std::size_t RunDeferred();

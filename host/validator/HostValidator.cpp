@@ -30,10 +30,12 @@ constexpr LevelRow kLevels[kValidatorLevels] = {
 // clang-format on
 
 std::vector<Atom> ReadBox(const std::string& text) {
-    auto box = ReadAtoms(text);
-    if (!box || box->empty() || !std::holds_alternative<std::string>(box->front()))
+    const auto words = SplitWords(text);
+    if (!words || words->empty() || !std::holds_alternative<std::string>(words->front().atom))
         throw Fault(ExitStatus::WrongInput, "--validate: '" + text + "' is no box text");
-    return std::move(*box);
+    std::vector<Atom> box;
+    for (const Word& word : *words) box.push_back(word.atom);
+    return box;
 }
 
 /// `sources` or `outputs` positions on a ring, in degrees.

@@ -16,10 +16,16 @@ using namespace Quilo::Host;
 
 std::int64_t Long(std::int64_t value) { return value; }
 
-TEST(ScriptAtoms, AreSymbolsWhereTheyAreQuotedAndKeepTheirBackslashes) {
-    EXPECT_EQ(ReadAtoms("\tload \"two  words\"  \"1\" \"\" 1 C:\\\\a\\,b -1e999 1e-999"),
-              (std::vector<Atom>{"load", "two  words", "1", "", Long(1), "C:\\\\a\\,b",
-                                 -std::numeric_limits<double>::infinity(), 0.0}));
+TEST(SplitWords, QuotedTextIsOneSymbolWhateverItHolds) {
+    const auto words = SplitWords("\tload \"two  words\"  \"1\" \"\" 1");
+    ASSERT_TRUE(words);
+    ASSERT_EQ(words->size(), 5u);
+    EXPECT_EQ((*words)[1].atom, Atom("two  words"));
+    EXPECT_EQ((*words)[2].atom, Atom("1"));
+    EXPECT_EQ((*words)[3].atom, Atom(""));
+    EXPECT_EQ((*words)[4].atom, Atom(Long(1)));
+    EXPECT_EQ(ReadAtom("-1e999"), Atom(-std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(ReadAtom("1e-999"), Atom(0.0));
 }
 
 TEST(Script, RunsUntimedStatementsInFileOrderThenByTimeThenByFileOrder) {
@@ -102,6 +108,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Slip{"\xff\xfeo", 1, "no UTF-8"},
                     Slip{"object a~\nhost\n", 2, "directive is missing"},
                     Slip{"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
+                    Slip{"object a~\nhost coverag\n", 2, "did you mean coverage?"},
+                    Slip{"object a~\nhost layout 5.1.5\n", 2, "did you mean 5.1.2?"},
                     Slip{"object a~\nhost layout 5.3\n", 2, "NAME, one of"},
                     Slip{"object a~\nhost osc\n", 2, "expects FILE"},
                     Slip{"object a~\nhost from elsewhere a\n", 2, "main|scheduler|audio"},
