@@ -16,8 +16,9 @@ namespace Quilo {
 class AngularLaw {
 public:
     /// Loudspeakers of the same azimuth: the last one of them is used, the others stay silent.
-    /// @param speakers  metres; element i feeds output i      @param numOutputs  the rest is
-    /// ignored Thread: control.
+    /// @param speakers    metres; element i feeds output i
+    /// @param numOutputs  surplus loudspeakers are ignored
+    /// Thread: control.
     void SetSpeakers(const tav::CartesianArray& speakers, std::size_t numOutputs);
 
     /// Gains of one source: at most two are not 0, and their squares sum to 1.

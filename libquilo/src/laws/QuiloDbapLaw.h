@@ -32,19 +32,20 @@ struct DbapMetric {
     tav::CartesianVector weights{1, 1, 1};
     float offset = 0.f;
 };
-/// A spread source is as far from all loudspeakers as from their centroid, an unspread one as far
-/// as it is.
+/// The squared distance to a loudspeaker, mixed with the squared distance to the centroid of all of
+/// them: with a spread of 0 the first alone counts, with 1 the second, which is the same for every
+/// loudspeaker.
 /// @param spread  0 .. 1      @param isPlanar  heights do not count
 DbapMetric OmniMetric(float spread,
                       const tav::CartesianVector& source,
                       const tav::CartesianVector& centroid,
                       bool isPlanar) noexcept;
-/// Distances along an axis shrink by its spread; heights count in any case.
+/// Distances along an axis are multiplied by 1 - its spread; heights count in any case.
 /// @param spreads  x, y, z, 0 .. 1
 DbapMetric DirectionalMetric(const std::array<float, 3>& spreads) noexcept;
 
-/// Gains in the form of this machine: 1 / sqrt(D) where D is the squared distance by the metric
-/// plus 1e-10, then scaled to a sum of squares of 1.
+/// A kernel that computes the gains of one source: 1 / sqrt(D) where D is the squared distance by
+/// the metric plus 1e-10, then scaled to a sum of squares of 1.
 /// @param rows, stride, count  positions of the loudspeakers, as in SpeakerRows; count from 1
 /// @param metric  seven numbers: the source's x, y, z, the weights of the axes, the offset
 /// @param gains   count numbers, overwritten
@@ -61,15 +62,15 @@ void DbapGains(const SpeakerRows& speakers,
                DbapKernel kernel,
                std::span<float> gains) noexcept;
 
-/// What is left of a source outside the loudspeakers as seen from above: 1 inside the hull, less
-/// and less beyond it. All distances are measured in space.
+/// The factor on the gains of a source by its place as seen from above: 1 inside the hull of the
+/// loudspeakers, and the smaller, the farther outside. All distances are measured in space.
 /// @param centroid  of the loudspeakers
 float HullAttenuation(const tav::ConvexHull2D& hull,
                       const tav::CartesianVector& centroid,
                       const tav::CartesianVector& source) noexcept;
 
-/// How much of the directional and of the distance-based gains a source gets that is
-/// `distance` from the centroid of loudspeakers of that radius.
+/// The weights with which "vdbap" adds the gains of its two laws.
+/// @param distance  from the source to the centroid      @param radius  of the layout
 struct VdbapWeights {
     float vectorBase = 0.f;
     float distanceBased = 0.f;

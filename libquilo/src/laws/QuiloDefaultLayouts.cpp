@@ -14,16 +14,16 @@ struct Direction {
     double elevationDeg = 0.0;
 };
 
-/// Multiples of a quarter turn give clean zeros: users read these numbers.
-double Clean(double value) { return std::fabs(value) < 1e-15 ? 0.0 : value; }
+/// Users read these numbers, so the sine of a half turn is 0 and not 1e-16.
+double ZeroIfTiny(double value) { return std::fabs(value) < 1e-15 ? 0.0 : value; }
 
 tav::CartesianVector UnitVector(Direction d) {
     constexpr double kRadPerDeg = std::numbers::pi / 180.0;
     const double azimuth = d.azimuthDeg * kRadPerDeg;
     const double elevation = d.elevationDeg * kRadPerDeg;
-    return {static_cast<float>(Clean(std::sin(azimuth) * std::cos(elevation))),
-            static_cast<float>(Clean(std::cos(azimuth) * std::cos(elevation))),
-            static_cast<float>(Clean(std::sin(elevation)))};
+    return {static_cast<float>(ZeroIfTiny(std::sin(azimuth) * std::cos(elevation))),
+            static_cast<float>(ZeroIfTiny(std::cos(azimuth) * std::cos(elevation))),
+            static_cast<float>(ZeroIfTiny(std::sin(elevation)))};
 }
 
 tav::CartesianArray Placed(std::initializer_list<Direction> directions) {

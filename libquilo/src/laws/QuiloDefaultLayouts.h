@@ -5,7 +5,7 @@
 
 namespace Quilo {
 
-/// Positions before anybody says otherwise: a new panner is never silent by its layout.
+/// The positions with which a new object begins, so that it sounds before any have been set.
 /// All lie at distance 1.  Thread: control.  Throws: nothing but for lack of memory.
 
 /// What kind of loudspeaker layout a panning law is made for.

@@ -14,7 +14,7 @@ namespace Quilo {
 namespace {
 
 constexpr double kMostGain = 10.0;        // 20 dB, with the high-pass
-constexpr double kMostGainUncut = 100.0;  // 40 dB, without
+constexpr double kMostGainUncut = 100.0;  // 40 dB, without it
 constexpr double kTwoPi = 2.0 * std::numbers::pi;
 
 double Square(double x) { return x * x; }
@@ -44,7 +44,9 @@ NearFieldOrder::NearFieldOrder(unsigned order)
 }
 
 double NearFieldOrder::Magnitude(double ratio, double frequency) const {
-    constexpr double kFarAbove = 1e200;  // no factors that are still to come bring that down
+    // A product this large stays far above every limit, whatever the factors that are left; going
+    // on could overflow.
+    constexpr double kFarAbove = 1e200;
     double power = 1.0;
     for (const NearFieldPole& pole : poles_) {
         const double zero = pole.magnitude, at = pole.magnitude / ratio;

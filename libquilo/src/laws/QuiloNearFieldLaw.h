@@ -53,7 +53,8 @@ private:
 
     std::vector<NearFieldPole> poles_;
     double cappedRatio_;
-    // Places lie at first + span t^2, t in equal steps: the limit leaves 0 like a square root.
+    // Limits for ln(R / r) = first + span t^2, with t in equal steps from 0 to 1: near `first` the
+    // limit grows like a square root, which straight lines between these places follow better.
     float firstLog_;
     float spanLog_;
     std::array<float, kTableSize> limits_{};

@@ -11,7 +11,7 @@ namespace Quilo {
 
 namespace {
 
-/// The loudspeakers at the four corners.
+/// Which loudspeakers stand at the four corners.
 struct CornerRow {
     std::size_t numSpeakers;
     std::array<std::uint8_t, 4> speakers;
@@ -24,7 +24,7 @@ constexpr CornerRow kCornerRows[] = {
     {7, {0, 2, 4, 5}},
     {8, {0, 2, 4, 6}},
 };
-// Twelve have a pair at each.
+// Of twelve loudspeakers, two stand beside each corner.
 constexpr std::array<std::array<std::uint8_t, 2>, 4> kCornerPairs{{{0, 11}, {2, 3}, {5, 6}, {8, 9}}};
 // clang-format on
 
@@ -34,7 +34,8 @@ float NavigationalDeg(float azimuthRad) {
     return tav::Wrap360(270.f - azimuthRad * tav::kDegreesPerRadian) - 180.f;
 }
 
-/// Energies of the loudspeakers of a layout; each layout takes them from those of the corners.
+/// Energies of the loudspeakers of a layout, or of the four corners, which come first. Each of the
+/// functions below turns those of the corners into those of a layout.
 using Shares = std::array<float, 12>;
 
 Shares SharesOf5(const Shares& c) {

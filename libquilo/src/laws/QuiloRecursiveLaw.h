@@ -13,10 +13,10 @@ namespace Quilo {
 /// In single precision, whose roundings are promises; everything is linear in energy until the last
 /// step.  Thread: control.  Throws: nothing.
 
-/// 4 to 8, and 12.
+/// Whether the law knows layouts of this size: 4 to 8, and 12.
 bool IsRecursiveLayout(std::size_t numSpeakers) noexcept;
 
-/// Where a layout has its corners.
+/// The corners of the square, from the layout.
 /// @param speakers  clockwise from front left; IsRecursiveLayout of their number
 SquareCorners RecursiveCorners(std::span<const tav::CartesianVector> speakers) noexcept;
 

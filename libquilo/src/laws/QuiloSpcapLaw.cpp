@@ -54,8 +54,9 @@ void SpcapLaw::Gains(const tav::CartesianVector& source,
         return kernel_(speakers_.Data(), speakers_.Stride(), static_cast<int>(count),
                        static_cast<float>(d.x), static_cast<float>(d.y), exponent, gains.data());
     };
-    // With all loudspeakers opposite to the source there is no energy to scale. A source that is
-    // not quite there would sound by their density alone.
+    // Where all loudspeakers are exactly opposite to the source, every gain is 0 and cannot be
+    // scaled to unit energy. Their densities alone decide then, as they do for a source close to
+    // that point.
     if (!fill(1.f - 0.01f * spread)) fill(0.f);
 }
 

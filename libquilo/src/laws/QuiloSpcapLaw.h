@@ -14,9 +14,9 @@ namespace Quilo {
 ///      configurations", AES 117th Convention, 2004
 class SpcapLaw {
 public:
-    /// Gains in the form of this machine: (1 + cos d)^exponent * weight, d the angle between the
-    /// source and the loudspeaker, then scaled to a sum of squares of 1. Where 1 + cos d is below
-    /// the resolution of 32-bit cosines the base is 0.
+    /// A kernel that computes the gains of one source: (1 + cos d)^exponent * weight, d the angle
+    /// between the source and the loudspeaker, then scaled to a sum of squares of 1. Where 1 + cos
+    /// d is below the resolution of 32-bit cosines the base is 0.
     /// @param rows, stride, count  x and y of the loudspeakers' unit vectors and their weights
     /// @param x, y      the source's unit vector      @param exponent  0 .. 1; 0 to the 0 is 1
     /// @param gains     count numbers, overwritten

@@ -27,7 +27,7 @@ struct SpacedPair {
     float rightDelayMs = 1.f;  ///< 0.75 .. 1.25
 };
 
-/// Two cardioids half a metre of sound apart: level and time differences together.
+/// Two cardioids at a distance of 17 cm: the signals differ in level, and by up to 0.5 ms in time.
 SpacedPair AbPair(const tav::CartesianVector& source);
 
 }  // namespace Quilo

@@ -127,8 +127,9 @@ bool Rating::IsGood(std::size_t i, std::size_t j, std::size_t k) const {
 }
 
 std::vector<Arc> Rating::ConnectedArcs() const {
-    // One number orders a pair: above, the bits of its angle, which sort like the angle because it
-    // is never negative; below, its place counted backwards, so that later pairs stand first.
+    // A key sorts a pair. Its upper 32 bits are those of the angle, which sort like the angle
+    // itself because it is never negative; its lower ones count the pairs backwards, so that of
+    // equal angles the later pair comes first.
     constexpr std::uint64_t kLastPair = 0xffffffff;
     std::vector<std::uint64_t> keys;
     for (std::size_t i = 0; i < count_; ++i) {

@@ -2,7 +2,7 @@
 // The triplets of loudspeakers between which a source in space is panned.
 //
 // Which triplets there are decides how every layout sounds, so the procedure, its thresholds, its
-// 32-bit arithmetic and the order of its results are promises. Only the way to them is free.
+// 32-bit arithmetic and the order of its results are promises; how they are found is not.
 #pragma once
 
 #include "math/VelkDspCartesian.h"
@@ -35,10 +35,10 @@ std::array<float, 9> InverseOfColumns(const tav::CartesianVector& a,
 ///      is above 0.01 are joined by arcs. While those are more than a million, 0.01 grows
 ///      fivefold: layouts above about 190 loudspeakers can so lose directions, deliberately.
 ///   2. From the shortest arc to the longest, each one still there removes those that cross it.
-///   3. Left are the triples above the threshold that have their three arcs and no other
-///      loudspeaker inside.
-/// Positions keep their distances; loudspeakers may coincide or lie at the listener. Fewer than
-/// three loudspeakers, or more than kMostSpeakers, have no triplets.
+///   3. The triplets are the triples above the threshold whose three arcs are still there and that
+///      have no other loudspeaker inside.
+/// Positions are not scaled to one distance; loudspeakers may coincide or stand at the listener's
+/// place. Fewer than three loudspeakers, or more than kMostSpeakers, have no triplets.
 /// Thread: control, never audio.  Throws: std::bad_alloc.  Cost: O(n^3) small steps to rate the
 /// triples, and what the arcs take: under a millisecond at 64, some 20 at 250, up to two
 /// seconds where they all stand within a few degrees or in one row.

@@ -15,7 +15,7 @@ constexpr float kNegative = -0.01f;
 constexpr float kLeastMinimum = -100000.f;
 constexpr float kFlatElevationDeg = 1.f;
 
-/// Negative weights are silent; what overflowed stays finite.
+/// A negative weight is silence, an infinite one the largest number.
 float GainOf(float weight) noexcept {
     return weight > 0.f ? std::min(weight, std::numeric_limits<float>::max()) : 0.f;
 }
@@ -48,7 +48,7 @@ TripletBank::Peaks TripletBank::FindPeaksIn(std::size_t firstBlock,
 
 TripletBank::Peak TripletBank::FindPeak(const tav::CartesianVector& source) const noexcept {
     const Peaks peaks = FindPeaksIn(0, blocks_.size(), source, kLeastMinimum);
-    // Without branches: which lane wins cannot be foretold.
+    // Without branches, which processors would often predict wrongly here.
     Peak peak{kLeastMinimum, std::numeric_limits<std::uint32_t>::max()};
     for (const float minimum : peaks.minima) peak.minimum = std::max(peak.minimum, minimum);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
@@ -77,8 +77,9 @@ TripletGains TripletBank::GainsOf(std::size_t triplet, const Weights& weights) c
 
 std::optional<TripletGains> TripletBank::Choose(const tav::CartesianVector& source) const noexcept {
     if (speakers_.empty()) return std::nullopt;
-    // A triplet without negative weights that has the largest minimum wins the running comparison
-    // whatever stands before or behind it. Surplus lanes come last, and lose against equals.
+    // A shortcut: the triplet with the largest minimum of all is the one that the comparison one by
+    // one ends with, unless it has negative weights. (Unused lanes stand behind all triplets and do
+    // not win against equal ones.)
     const Peak peak = FindPeak(source);
     if (!(peak.minimum >= kNegative) || peak.triplet >= speakers_.size()) {
         return ChooseOneByOne(source);
@@ -98,7 +99,7 @@ std::optional<TripletGains> TripletBank::ChooseOneByOne(
             if (!(minima[lane] > bestMinimum)) continue;
             const Weights g = WeightsOf(first + lane, source);
             const auto negatives = std::ranges::count_if(g, [](float w) { return w < kNegative; });
-            // Deliberate: both at once, against the one taken last.
+            // Deliberate: both conditions, against the triplet taken last, not the best of all.
             //                                          (TripletBank, ComparesWithTheOneTakenLast)
             if (negatives > bestNegatives) continue;
             bestMinimum = minima[lane];

@@ -30,10 +30,10 @@ public:
     /// A block holds this many inverse matrices as nine rows, element by element.
     static constexpr std::size_t kLanes = 16;
 
-    /// The search, in the form of this machine: per lane, the largest over the blocks of the
-    /// smallest component of matrix . position; `best` holds the values to beat, `bestBlock`
-    /// receives the first block of each that did. Products add up from left to right, nothing is
-    /// fused.
+    /// A kernel that searches for the best triplet in each lane: the one whose smallest component
+    /// of matrix . position is the largest of all blocks. `best` holds the values to be exceeded
+    /// and receives those found, `bestBlock` the first block that has it. Products are added from
+    /// left to right, without fused multiply-adds.
     using FindPeaks = void (*)(const float* elements,
                                std::int32_t numBlocks,
                                const float* position,
@@ -55,7 +55,7 @@ public:
     std::span<const std::array<std::uint16_t, 3>> Speakers() const noexcept { return speakers_; }
 
 private:
-    /// Surplus lanes of the last block are 0.
+    /// The inverse matrices of kLanes triplets. Unused lanes of the last block are 0.
     struct alignas(64) Block {  // a row is a cache line
         std::array<std::array<float, kLanes>, 9> elements{};
     };
@@ -85,14 +85,14 @@ private:
     FindPeaks findPeaks_ = nullptr;
 };
 
-/// Gains of one source, before normalisation: three outputs at most are above 0, none where no
-/// triplet fits.
+/// Gains of one source, before normalisation: at most three are above 0, and none where no triplet
+/// fits.
 /// @param gains  one per output, overwritten; loudspeakers without an output are left out
 void Vbap3DGains(const TripletBank& bank,
                  const tav::CartesianVector& source,
                  std::span<float> gains) noexcept;
 
-/// Scales gains to a sum of squares of 1; very small ones less, and zeros stay.
+/// Scales gains so that their squares add up to 1. Zeros stay, and so do gains far below 1e-20.
 void NormaliseAmplitude3D(std::span<float> gains) noexcept;
 
 /// Whether no loudspeaker rises more than 1 degree above the horizontal plane.

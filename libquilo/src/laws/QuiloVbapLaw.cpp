@@ -12,8 +12,8 @@ namespace Quilo {
 
 namespace {
 
-constexpr double kDegPerRad = 57.295780181884766;  // the single-precision factor, written out
-constexpr double kLargestPlainGain = 1e15;         // squares of larger ones could leave a float
+constexpr double kDegPerRad = 57.295780181884766;  // of 32 bits, so that all azimuths agree
+constexpr double kLargestPlainGain = 1e15;         // the squares of larger ones overflow 32 bits
 
 double Cross(PlanePoint a, PlanePoint b) { return a.x * b.y - a.y * b.x; }
 

@@ -67,13 +67,13 @@ private:
 
 /// Gains of one source over a ring, before normalisation: two outputs at most are above 0.
 /// An empty ring leaves all of them at 0.
-/// @param source  metres, any finite point; z is ignored    @param gains  one per output,
-/// overwritten
+/// @param source  metres, any finite point; z is ignored
+/// @param gains   one per output, overwritten
 void Vbap2DGains(const SpeakerRing& ring,
                  const tav::CartesianVector& source,
                  std::span<float> gains);
 
-/// Scales gains to a sum of squares of 1; very small ones less, and zeros stay.
+/// Scales gains so that their squares add up to 1. Zeros stay, and so do gains far below 1e-10.
 void NormaliseAmplitude2D(std::span<float> gains);
 
 /// Turns gains into the square roots of their shares, so that their squares sum to 1; zeros stay.

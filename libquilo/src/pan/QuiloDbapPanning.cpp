@@ -42,7 +42,7 @@ void DbapPanning::ApplySpreadByDirection(unsigned index, std::span<const float> 
     const SpreadByDirection spread{percent(values[0]), percent(values[1]), percent(values[2])};
     if (spread == directionalSpreads_[index]) return;
     directionalSpreads_[index] = spread;
-    if (spreadingMode_ != SpreadingMode::Directional) return;  // not heard yet
+    if (spreadingMode_ != SpreadingMode::Directional) return;  // not in use
     RecomputeSource(index);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Distance-based panning: sources walk between the loudspeakers, which may stand anywhere.
+// Distance-based panning among loudspeakers that may stand anywhere.
 #pragma once
 
 #include "laws/QuiloDbapLaw.h"
@@ -62,8 +62,8 @@ private:
     const bool isPlanar_;
 };
 
-/// Horizontal distances. Beyond the hull of the loudspeakers as seen from above a source becomes
-/// softer with the distance, or silent.
+/// Distances are horizontal. Outside the hull of the loudspeakers, as seen from above, a source
+/// becomes softer with the distance, or silent.
 class DbapPanning2D : public DbapPanning {
 public:
     DbapPanning2D(unsigned numInputs, unsigned numOutputs)
@@ -76,7 +76,7 @@ private:
     tav::ConvexHull2D hull_ TAV_GUARDED_BY(controlLock_);
 };
 
-/// Distances in space.
+/// Distances are those in space.
 class DbapPanning3D : public DbapPanning {
 public:
     DbapPanning3D(unsigned numInputs, unsigned numOutputs)

@@ -21,7 +21,7 @@ public:
     void SetSampleRate(float hz);
     void Reset();
     void SetInterpolationTime(float ms);
-    /// Glides.
+    /// The source glides to silence or back.
     void SetSourceMute(unsigned index, bool muted);
     void SetWeights(std::span<const float> weights) { bank_.SetWeights(weights); }
 

@@ -7,7 +7,7 @@ namespace Quilo {
 
 namespace {
 
-/// Equal powers that add up to that of the sum.
+/// Equal gains whose squares add up to 1.
 std::vector<float> EqualWeights(unsigned numOutputs) {
     if (numOutputs == 0) return {};
     return std::vector<float>(numOutputs, 1.f / std::sqrt(static_cast<float>(numOutputs)));

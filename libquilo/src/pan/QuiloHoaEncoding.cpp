@@ -13,7 +13,7 @@ using tav::SphericalHarmonic;
 
 namespace {
 
-/// Appends a line for each.
+/// Appends one line for each member of the state.
 void AppendHoaLines(std::vector<std::string>& lines, const HoaState& state) {
     const auto flag = [](bool on) { return std::string(tav::BooleanText(on)); };
     const std::string norm(tav::NormalizationKeywords().Print(state.normalization));

@@ -50,16 +50,16 @@ protected:
     /// The gains of a source in this direction.  @param gains  at least the channels, overwritten
     void Encode(const tav::CartesianVector& source, std::span<float> gains)
         TAV_REQUIRES(controlLock_);
-    /// Silence above the order in use.
+    /// Sets the gains of channels above the order in use to 0.
     void LimitOrder(std::span<float> gains) const TAV_REQUIRES(controlLock_);
-    /// What Dump says.
+    /// The values that Dump prints.
     virtual HoaState State() const TAV_REQUIRES(controlLock_);
 
 private:
     using Normalization = tav::SphericalHarmonic::Normalization;
     using Mode = tav::HoaEncodingVector::Mode;
 
-    /// Another order is in use; the sources follow.
+    /// Another order is in use; afterwards all sources are recomputed.
     virtual void OrderChanged(unsigned) TAV_REQUIRES(controlLock_) {}
 
     /// Channels above `order` glide to silence; an order beyond the outputs is the largest there
@@ -78,7 +78,7 @@ private:
                                                   Normalization normalization) const final;
     void Describe(std::vector<std::string>& lines) const final TAV_REQUIRES(controlLock_);
 
-    // Guarded by the control lock, but for its order and dimension, which never change.
+    // Guarded by the control lock, except for its order and dimension, which never change.
     tav::HoaEncodingVector encoding_;
     unsigned order_ TAV_GUARDED_BY(controlLock_);  // at most that of the encoding
 };

@@ -7,8 +7,8 @@
 
 namespace Quilo {
 
-/// Each source sounds on the loudspeakers nearest to it, at first on three. Silent until a layout
-/// comes.
+/// Each source sounds on the loudspeakers nearest to it, on three of them until another number is
+/// set. Silent until a layout comes.
 class KnnPanning : public AmplitudePanning {
 public:
     KnnPanning(unsigned numInputs, unsigned numOutputs);

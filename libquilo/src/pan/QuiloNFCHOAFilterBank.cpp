@@ -36,7 +36,8 @@ std::span<const tav::NearFieldSection> NFCHOAFilterBank::Sections(
     const std::size_t end = orders_[order].first;
     if (entry.scale != scale) {
         entry.scale = scale;
-        // Deliberate: no tangent. Its correction of the frequency makes the error larger.
+        // Deliberate: g is the half angle itself, not its tangent. Correcting the frequencies of
+        // the poles by the tangent, as is usual, makes the error of the whole filter larger.
         for (std::size_t s = first; s < end; ++s) sections_[s].g = magnitudes_[s] * scale;
     }
     return std::span(sections_).subspan(first, end - first);
@@ -50,7 +51,7 @@ void NFCHOAHighPass::Compute(const NFCHOARow& ratios,
     const float gPerHertz = kPi / settings.rateHz;
     for (std::size_t i = 0; i < g.size(); ++i) {
         const float limit = share > 0.f ? order_->LimitFrequency(logRatios[i]) : 0.f;
-        // As untangled as the near-field filter, so that their product keeps its 20 dB.
+        // Without a tangent like the near-field filter: only so their product stays below 20 dB.
         g[i] = 2.f * kPi * limit * ratios[i] * settings.scale;
         if (share < 1.f && limit > 0.f) {
             g[i] = std::min(g[i], gPerHertz * std::pow(g[i] / gPerHertz, share));

@@ -12,12 +12,15 @@ using tav::SphericalHarmonic;
 namespace {
 
 constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
-constexpr float kShortestSwitchMs = 100.f;  // of the high-pass
-constexpr float kSwitchMsPerMetre = 40.f;   // so that no ratio grows faster than a source's may
-constexpr float kLeakSeconds = 0.005f;
-constexpr float kReleaseSeconds = 0.01f;  // of a limit that comes down
-constexpr float kLeastLimitHz = 1.f;      // below, it drops
-/// Gains come to rest within two segments of the longest interpolation time.
+// Switching the high-pass takes at least this long, and longer on a larger array: on the way the
+// largest ratio must not grow faster than that of a moving source may.
+constexpr float kShortestSwitchMs = 100.f;
+constexpr float kSwitchMsPerMetre = 40.f;
+constexpr float kLeakSeconds = 0.005f;    // time constant at which an unused high-pass is emptied
+constexpr float kReleaseSeconds = 0.01f;  // time constant of a limit that comes down
+constexpr float kLeastLimitHz = 1.f;      // below, such a limit becomes 0 at once
+/// An order that is switched off is computed this long: after two segments of the longest
+/// interpolation time, and a little more, its gains have surely come to rest.
 constexpr float kFadeSeconds = 2.1f * kMaxInterpolationTimeMs * 0.001f;
 
 }  // namespace
@@ -152,8 +155,8 @@ void NFCHOAPanning::Perform(float* const* outputs,
     }
 }
 
-/// At a new rate all is silent and every glide has ended, so what was set before the audio started
-/// holds from its first sample.
+/// Begins anew at another rate: the filters are empty and every glide ends at once, so that what
+/// was set before the audio started holds from its first sample on.
 void NFCHOAPanning::StartAtRate() noexcept TAV_NONBLOCKING {
     piece_.keep = std::exp(-1.f / (kLeakSeconds * rateHz_));
     piece_.leastG = std::numbers::pi_v<float> * kLeastLimitHz / rateHz_;
@@ -173,7 +176,7 @@ void NFCHOAPanning::TakeControls() noexcept TAV_NONBLOCKING {
     if (!shared_.Take(taken_)) return;
     if (taken_.radius != radius_.Target()) radius_.Set(taken_.radius, taken_.glideMs);
     if (taken_.highPass != highPass_.Target()) {
-        // Half of the glide takes the cap of the ratios through their whole range.
+        // In the first half of this glide the largest ratio moves through its whole range.
         const float slowest = kSwitchMsPerMetre * taken_.radius;
         highPass_.Set(taken_.highPass, std::max({taken_.glideMs, slowest, kShortestSwitchMs}));
     }
@@ -185,7 +188,7 @@ void NFCHOAPanning::TakeControls() noexcept TAV_NONBLOCKING {
     for (NFCHOASourceGroup& group : groups_) group.Clear();
 }
 
-/// Cuts the piece at the points of the grid.
+/// Fills piece_: cuts it at the points of the grid into steps with their settings.
 void NFCHOAPanning::MakePiece(unsigned frames) noexcept TAV_NONBLOCKING {
     std::array<float, kNFCHOAFrames> radius{};
     radius_.Fill(std::span(radius).first(frames));
@@ -228,7 +231,7 @@ void NFCHOAPanning::PerformPiece(float* const* outputs,
         const auto own = std::span(feeds_).subspan(g * kLanes, count);
         awake_[g] = groups_[g].Prepare(piece_, own) ? 1 : 0;
     }
-    // Order by order, so that the signals of one order at a time have to be kept.
+    // Order by order, so that only the signals of one order have to be kept at a time.
     mixers_[0]->Perform(outputs_.data(), inputs_.data(), frames);
     for (unsigned n = 1; n < mixers_.size(); ++n) {
         const bool runs = RunsOrder(n);

@@ -28,8 +28,9 @@ public:
                  unsigned frames) noexcept TAV_NONBLOCKING override;
 
     float SpeakersRadius() const;
-    /// On: each order is cut where its gain would pass 20 dB. Off: near sources are held where the
-    /// gain at 0 Hz would pass 40 dB. On at first; glides.
+    /// On, as it is at first: below the frequency where an order would amplify a near source by
+    /// more than 20 dB, a high-pass takes it away. Off: no source counts as nearer than where 0 Hz
+    /// is amplified by 40 dB. Glides from one to the other.
     void SetHighPass(bool on);
     bool HighPass() const;
 
@@ -71,7 +72,7 @@ private:
     std::vector<NFCHOAPanningOneSource> sources_;
     std::vector<NFCHOASourceGroup> groups_;                   // of kSourceLanes sources
     std::vector<std::unique_ptr<tav::SignalMatrix>> mixers_;  // one per order: sources x channels
-    std::vector<unsigned> firstChannels_;                     // of each order, then of none
+    std::vector<unsigned> firstChannels_;  // of each order; a last one ends the highest order
 
     // control only
     std::vector<float> row_ TAV_GUARDED_BY(controlLock_);
@@ -83,8 +84,8 @@ private:
     float rateHz_ = 0.f;
     tav::Ramp radius_{1.f};
     tav::Ramp highPass_{1.f};
-    unsigned ordersRun_;            // those above the order fade before they rest
-    std::int64_t fadeSamples_ = 0;  // left
+    unsigned ordersRun_;            // the highest that is computed; above taken_.order it fades out
+    std::int64_t fadeSamples_ = 0;  // until those above taken_.order rest
     unsigned toGrid_ = 0;           // samples to the next point of the grid
     NFCHOASettings settings_;       // those of the grid point passed last
     NFCHOAPiece piece_;

@@ -16,7 +16,7 @@ public:
     /// Thread: control.
     void SetCompensation(bool on) { isCompensated_ = on; }
     bool Compensation() const { return isCompensated_; }
-    /// Distances count from 0.1 m on; without compensation the ratio is 1.
+    /// A distance below 0.1 m counts as 0.1 m; without compensation the ratio is 1.
     void SetPlace(const tav::CartesianVector& position,
                   float radius,
                   float glideMs,
@@ -30,9 +30,9 @@ public:
 private:
     struct Target {
         float ratio = 1.f;
-        float jump = 1.f;  // the last one that was immediate
+        float jump = 1.f;  // the newest ratio that was set as immediate
         float glideMs = 0.f;
-        std::uint32_t numJumps = 0;
+        std::uint32_t numJumps = 0;  // when it has grown, the ratio first jumps to `jump`
     };
 
     // control only

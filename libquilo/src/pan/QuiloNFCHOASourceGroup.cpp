@@ -8,8 +8,9 @@ namespace Quilo {
 
 namespace {
 
-constexpr float kLoudest = 1e12f;   // sum of an order's states; more is no sound
-constexpr float kSilence = 1e-15f;  // likewise
+// Sums of the magnitudes of the states that a source has in one order.
+constexpr float kLoudest = 1e12f;   // above, it is no sound but a fault: cleared
+constexpr float kSilence = 1e-15f;  // below, it has died away
 
 constexpr std::array<float, kNFCHOAFrames> kNothing{};
 
@@ -29,7 +30,7 @@ NFCHOASourceGroup::NFCHOASourceGroup(std::span<NFCHOAPanningOneSource> sources,
 
 void NFCHOASourceGroup::Clear() noexcept TAV_NONBLOCKING {
     for (unsigned n = 1; n <= orders_.size(); ++n) ClearOrder(n);
-    isAwake_ = false;
+    activity_ = Activity::Asleep;
 }
 
 void NFCHOASourceGroup::SetSampleRate(float hz) noexcept TAV_NONBLOCKING {
@@ -48,20 +49,20 @@ std::span<float> NFCHOASourceGroup::States(unsigned order) noexcept TAV_NONBLOCK
 bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
                                 std::span<const float* const> inputs) noexcept TAV_NONBLOCKING {
     const bool isFed = std::ranges::any_of(inputs, [](const float* p) { return p != nullptr; });
-    if (!isFed && !isAwake_) {
+    if (!isFed && activity_ == Activity::Asleep) {
         for (NFCHOAPanningOneSource& source : sources_) {
             source.Ratio().Skip(static_cast<std::uint32_t>(piece.frames));
         }
         return false;
     }
-    const bool wakes = !isAwake_;
-    isAwake_ = isFed;  // Finish wakes it for what still rings
+    const bool wakes = activity_ == Activity::Asleep;
+    activity_ = isFed ? Activity::Fed : Activity::Ringing;
     std::array<const float*, kLanes> lanes{};
     lanes.fill(kNothing.data());
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         if (inputs[i] != nullptr) lanes[i] = inputs[i];
     }
-    kernels_.toRows(lanes.data(), input_.data(), piece.frames);
+    kernels_.toRows(lanes.data(), inputs_.data(), piece.frames);
     loudest_.fill(0.f);
     FillRatios(piece, wakes);
     FindRefreshes(piece, wakes);
@@ -69,14 +70,15 @@ bool NFCHOASourceGroup::Prepare(const NFCHOAPiece& piece,
                std::all_of(ratios_.begin(), ratios_.begin() + kLanes,
                            [](float ratio) { return ratio == 1.f; }) &&
                std::ranges::none_of(orders_, [](const OrderState& o) {
-                   return !o.isClear && (o.leaks || o.hasHighPass);
+                   return o.motion != Motion::Clear && (o.leaks || o.hasHighPass);
                });
     return true;
 }
 
-/// A ratio above 1 that grew faster would amplify bass which the filters took in before the
-/// high-pass could keep it out, by up to 80 dB; at this rate it has died away. What the filters
-/// start with when they wake is nothing, so then a ratio may begin anywhere.
+/// Fills the ratios of the piece. They follow their sources, but above 1 they grow by no more than
+/// kFastestGrowth: bass that the filters took in before the high-pass kept it out would otherwise
+/// be amplified by up to 80 dB, while at this rate it has died away in time. When the group wakes,
+/// its filters hold nothing, and a ratio may begin anywhere.
 void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING {
     constexpr float kFastestGrowth = 0.75f;  // logarithm, per radius / speed of sound
     const auto frames = static_cast<std::size_t>(piece.frames);
@@ -87,7 +89,7 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
         if (wakes) reached_[i] = ratio.Value();
         ratiosMove_ = ratiosMove_ || !ratio.IsConstant() || reached_[i] != ratio.Target();
     }
-    leads_.fill(reached_);
+    askedRatios_.fill(reached_);
     if (!ratiosMove_) {
         std::ranges::copy(reached_, ratios_.begin());
         return;
@@ -97,7 +99,7 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
         values.fill(1.f);
         if (i < sources_.size()) sources_[i].Ratio().Fill(std::span(values).first(frames));
         for (std::size_t s = 0; s < piece.numSteps; ++s) {
-            leads_[s][i] = values[static_cast<std::size_t>(piece.steps[s].first)];
+            askedRatios_[s][i] = values[static_cast<std::size_t>(piece.steps[s].first)];
         }
         float reached = reached_[i];
         for (std::size_t k = 0; k < frames; ++k) {
@@ -108,22 +110,23 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
     }
 }
 
-/// At which steps the high-passes have to be computed anew.
+/// Finds the steps at which the targets of the high-passes have to be computed again: on the grid,
+/// or at the start of a group that wakes, where settings or ratios have changed.
 void NFCHOASourceGroup::FindRefreshes(const NFCHOAPiece& piece,
                                       bool wakes) noexcept TAV_NONBLOCKING {
     refreshes_ = false;
     for (std::size_t s = 0; s < piece.numSteps; ++s) {
         const NFCHOAStep& step = piece.steps[s];
-        const NFCHOARow& row = leads_[s];
-        const bool isNew = row != last_.ratios || step.settings != last_.settings;
+        const NFCHOARow& row = askedRatios_[s];
+        const bool isNew = row != input_.ratios || step.settings != input_.settings;
         steps_[s].refreshes = isNew && (step.isOnGrid || (wakes && s == 0));
         if (steps_[s].refreshes) {
             refreshes_ = true;
-            last_.settings = step.settings;
-            last_.ratios = row;
-            std::ranges::transform(row, last_.logs.begin(), [](float u) { return std::log(u); });
+            input_.settings = step.settings;
+            input_.ratios = row;
+            std::ranges::transform(row, input_.logs.begin(), [](float u) { return std::log(u); });
         }
-        steps_[s].place = last_;
+        steps_[s].input = input_;
     }
 }
 
@@ -132,51 +135,49 @@ void NFCHOASourceGroup::Run(unsigned order,
                             float* const* signals) noexcept TAV_NONBLOCKING {
     if (isPlain_) {
         ClearOrder(order);
-        orders_[order - 1].isStale = true;
-        return kernels_.fromRows(input_.data(), signals, piece.frames);
+        return kernels_.fromRows(inputs_.data(), signals, piece.frames);
     }
     OrderState& state = orders_[order - 1];
-    if (state.isClear || state.isStale) {
-        AimHighPass(order, steps_[0].place);
-        JumpHighPass(order);
+    if (state.motion == Motion::Clear) {
+        ComputeTarget(order, steps_[0].input);
+        JumpToTarget(order);
     }
-    state.isClear = false;
     CapRatios(order, piece);
-    if (refreshes_ || state.glides) {
+    if (refreshes_ || state.motion == Motion::Gliding) {
         for (std::size_t s = 0; s < piece.numSteps; ++s) {
-            if (steps_[s].refreshes) AimHighPass(order, steps_[s].place);
-            if (piece.steps[s].isOnGrid) GlideHighPass(order, piece);
+            if (steps_[s].refreshes) ComputeTarget(order, steps_[s].input);
+            if (piece.steps[s].isOnGrid) GlideToTarget(order, piece);
             RunStep(order, piece.steps[s], piece.keep);
         }
     } else {
         RunStep(order, {0, piece.frames, false, piece.steps[0].settings}, piece.keep);
     }
     CheckStates(order, piece.frames);
-    kernels_.fromRows(output_.data(), signals, piece.frames);
+    kernels_.fromRows(outputs_.data(), signals, piece.frames);
 }
 
-void NFCHOASourceGroup::AimHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING {
+void NFCHOASourceGroup::ComputeTarget(unsigned order,
+                                      const HighPassInput& input) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
-    highPasses_.Of(order).Compute(place.ratios, place.logs, place.settings, state.highPassTarget);
-    state.isStale = false;
+    highPasses_.Of(order).Compute(input.ratios, input.logs, input.settings, state.highPassTarget);
 }
 
-void NFCHOASourceGroup::JumpHighPass(unsigned order) noexcept TAV_NONBLOCKING {
+void NFCHOASourceGroup::JumpToTarget(unsigned order) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
     state.highPassG = state.highPassNext = state.highPassSlow = state.highPassTarget;
     state.highPassStep.fill(0.f);
-    state.glides = false;
-    NoteHighPass(order);
+    state.motion = Motion::Resting;
+    UpdateUse(order);
 }
 
-/// Up to the next point of the grid. A limit rises at once, so that the gain keeps below its own,
-/// and comes down through two poles: at its end it would drop like a square root, which
-/// modulates what passes.
-void NFCHOASourceGroup::GlideHighPass(unsigned order,
+/// Plans the way of each limit up to the next point of the grid. A limit rises at once, so that the
+/// gain stays below what is allowed. It comes down through two poles of 10 ms: following its source
+/// it would end like a square root, whose steep last part modulates what passes.
+void NFCHOASourceGroup::GlideToTarget(unsigned order,
                                       const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
     constexpr float kReached = 1.00001f;
     OrderState& state = orders_[order - 1];
-    state.glides = false;
+    state.motion = Motion::Resting;
     for (std::size_t i = 0; i < kLanes; ++i) {
         const float target = state.highPassTarget[i];
         const float from = state.highPassNext[i];
@@ -188,23 +189,23 @@ void NFCHOASourceGroup::GlideHighPass(unsigned order,
         state.highPassSlow[i] = isThere ? target : slow;
         state.highPassNext[i] = isThere ? target : next;
         state.highPassStep[i] = (state.highPassNext[i] - from) / static_cast<float>(kNFCHOAGrid);
-        state.glides = state.glides || from != target;
+        if (from != target) state.motion = Motion::Gliding;
     }
-    NoteHighPass(order);
+    UpdateUse(order);
 }
 
-void NFCHOASourceGroup::NoteHighPass(unsigned order) noexcept TAV_NONBLOCKING {
+void NFCHOASourceGroup::UpdateUse(unsigned order) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
     std::ptrdiff_t zeros = 0;
     for (std::size_t i = 0; i < kLanes; ++i) {
         if (state.highPassG[i] == 0.f && state.highPassNext[i] == 0.f) ++zeros;
     }
-    // One that went out of use just now has states.
+    // A source that has just lost its high-pass still has states in it.
     state.leaks = state.leaks || (state.hasHighPass && zeros > 0);
     state.hasHighPass = zeros < static_cast<std::ptrdiff_t>(kLanes);
 }
 
-/// What this order may use of the ratios.
+/// Chooses the ratios that this order may use: without its high-pass, none above a largest one.
 void NFCHOASourceGroup::CapRatios(unsigned order,
                                   const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
     const NFCHOAHighPass& highPass = highPasses_.Of(order);
@@ -235,7 +236,7 @@ void NFCHOASourceGroup::RunStep(unsigned order,
     lanes.ratios = ratiosInUse_ + step.first * ratioStride_;
     lanes.ratioStride = ratioStride_;
     if (state.hasHighPass || state.leaks) lanes.highPassG = state.highPassG.data();
-    if (state.glides) lanes.highPassStep = state.highPassStep.data();
+    if (state.motion == Motion::Gliding) lanes.highPassStep = state.highPassStep.data();
     if (state.leaks) {
         std::ranges::transform(
             state.highPassG, state.highPassNext, keeps.begin(),
@@ -243,20 +244,21 @@ void NFCHOASourceGroup::RunStep(unsigned order,
         lanes.highPassKeep = keeps.data();
     }
     float* states = States(order).data();
-    const float* in = input_.data() + first;
-    float* const out = output_.data() + first;
+    const float* in = inputs_.data() + first;
+    float* const out = outputs_.data() + first;
     for (const tav::NearFieldSection& section : bank_.Sections(order, step.settings.scale)) {
         kernels_.nearField(section, lanes, states, in, out, step.count);
         states += tav::kNearFieldStates * kLanes;
         in = out;
     }
-    if (!state.glides) return;
+    if (state.motion != Motion::Gliding) return;
     for (std::size_t i = 0; i < kLanes; ++i) {
         state.highPassG[i] += state.highPassStep[i] * static_cast<float>(step.count);
     }
 }
 
-/// Clears what cannot be sound any more, and notes what still is.
+/// Clears lanes whose states are too large to be sound, or no numbers, and high-passes that have
+/// died away after their use; finds the loudest lanes and those that still leak.
 void NFCHOASourceGroup::CheckStates(unsigned order, int frames) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
     NFCHOARow high{};
@@ -274,7 +276,7 @@ void NFCHOASourceGroup::CheckStates(unsigned order, int frames) noexcept TAV_NON
         if (!(sum <= kLoudest)) {
             ClearLane(order, i, 4);
             for (int k = 0; k < frames; ++k)
-                output_[static_cast<std::size_t>(k) * kLanes + i] = 0.f;
+                outputs_[static_cast<std::size_t>(k) * kLanes + i] = 0.f;
             continue;
         }
         loudest_[i] = std::max(loudest_[i], sum);
@@ -287,22 +289,19 @@ void NFCHOASourceGroup::CheckStates(unsigned order, int frames) noexcept TAV_NON
     }
 }
 
-void NFCHOASourceGroup::Skip(unsigned order) noexcept TAV_NONBLOCKING {
-    ClearOrder(order);
-    orders_[order - 1].isStale = true;
-}
+void NFCHOASourceGroup::Skip(unsigned order) noexcept TAV_NONBLOCKING { ClearOrder(order); }
 
 void NFCHOASourceGroup::Finish() noexcept TAV_NONBLOCKING {
-    if (isAwake_) return;
-    isAwake_ = std::ranges::any_of(loudest_, [](float sum) { return sum >= kSilence; });
-    if (!isAwake_) Clear();
+    if (activity_ == Activity::Fed) return;
+    const auto isHeard = [](float sum) { return sum >= kSilence; };
+    if (std::ranges::none_of(loudest_, isHeard)) Clear();
 }
 
 void NFCHOASourceGroup::ClearOrder(unsigned order) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
-    if (state.isClear) return;
+    if (state.motion == Motion::Clear) return;
     std::ranges::fill(States(order), 0.f);
-    state.isClear = true;
+    state.motion = Motion::Clear;
     state.leaks = false;
 }
 

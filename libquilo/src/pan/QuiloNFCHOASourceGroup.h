@@ -1,5 +1,26 @@
 // SPDX-License-Identifier: MIT
 // Sources whose near-field filters run side by side.
+//
+// The moving parts of near-field compensated panning. All of them belong to one NFCHOAPanning, and
+// what is not said to be written by control is touched by the audio thread alone.
+//
+//   object                  owner          written by    when
+//   --------------------------------------------------------------------------------------------
+//   NFCHOAPanningOneSource  panner         control       a source moves or changes its switch:
+//     target (shared cell)                               new ratio radius / distance
+//     ramp of the ratio                    audio         target taken at the start of a block
+//   Controls (shared cell)  panner         control       radius, high-pass, order, reset, glide
+//   ramps of the radius     panner         audio         controls taken at the start of a block
+//     and of the high-pass
+//   NFCHOAPiece             panner         panner        every piece of at most 64 samples, cut
+//                                                        into steps on a grid of 8 samples
+//   NFCHOAFilterBank        panner         bank          the frequency of an order's sections, when
+//                                                        a step has another radius or rate
+//   NFCHOAHighPassFilterBank panner        constructor   never after
+//   NFCHOASourceGroup       panner         group         Prepare, then Run or Skip for each order,
+//     states of sections                                 then Finish, in every piece
+//   gain matrices           panner         control       rows of gains, through their own hand-over
+//
 #pragma once
 
 #include "pan/QuiloNFCHOAFilterBank.h"
@@ -7,6 +28,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -14,7 +36,8 @@ namespace Quilo {
 
 /// Longest piece of audio that the filters take at once.
 inline constexpr unsigned kNFCHOAFrames = 64;
-/// What moves with the distance, but for the output mix, does so this often.
+/// Settings and the limits of the high-passes change at every eighth sample; ratios, which are only
+/// mixed in at the output of a filter, move in every sample.
 inline constexpr unsigned kNFCHOAGrid = 8;
 inline constexpr std::size_t kNFCHOASteps = kNFCHOAFrames / kNFCHOAGrid + 1;
 
@@ -22,7 +45,7 @@ inline constexpr std::size_t kNFCHOASteps = kNFCHOAFrames / kNFCHOAGrid + 1;
 struct NFCHOAStep {
     int first = 0;
     int count = 0;
-    bool isOnGrid = false;  // false: the settings of the step before go on
+    bool isOnGrid = false;  // false: the piece begins between two points; the settings stay
     NFCHOASettings settings;
 };
 
@@ -31,20 +54,21 @@ struct NFCHOAPiece {
     int frames = 0;
     std::array<NFCHOAStep, kNFCHOASteps> steps;
     std::size_t numSteps = 0;
-    /// Of the settings, sample by sample.
+    /// The switch of the high-pass, 0 .. 1, sample by sample.
     std::array<float, kNFCHOAFrames> highPass{};
     bool highPassMoves = false;
-    /// What is left of a high-pass that went out of use, after a sample.
+    /// The states of a high-pass that is no longer in use are multiplied by this in every sample.
     float keep = 1.f;
-    /// What is left of the way down of a limit, after a step of the grid.
+    /// The part of its way down that a limit still has before it after a step of the grid.
     float release = 1.f;
-    /// A limit that comes down drops from here on; below, a high-pass would hold what it has
-    /// taken away as an offset.
+    /// A limit that comes down drops to 0 when it is here. Going on, it would take ever longer,
+    /// and a high-pass at next to 0 Hz holds what it has taken away as a constant.
     float leastG = 0.f;
 };
 
 /// Up to kSourceLanes sources through all orders. A group whose sources are silent, and have died
-/// away, costs nothing; one whose sources all are as far as the array passes them bit for bit.
+/// away, costs nothing; one whose sources are all as far away as the array passes them on bit for
+/// bit.
 /// Pattern, per piece: Prepare (Run | Skip)*, one of them for each order from 1 on, Finish.
 /// Thread: the constructor control, the rest audio.
 class NFCHOASourceGroup {
@@ -56,7 +80,7 @@ public:
 
     /// Silence in all filters.
     void Clear() noexcept TAV_NONBLOCKING;
-    /// A glide under way ends at its target.
+    /// A glide that is running ends at its target.
     void SetSampleRate(float hz) noexcept TAV_NONBLOCKING;
 
     /// @param inputs  one per source, null for one that carries nothing
@@ -75,37 +99,48 @@ private:
     static constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
     using Rows = std::array<float, kNFCHOAFrames * kLanes>;
 
-    struct OrderState {
-        NFCHOARow highPassG{};     // reached
-        NFCHOARow highPassStep{};  // per sample, up to the next point of the grid
-        NFCHOARow highPassNext{};  // there
-        NFCHOARow highPassSlow{};  // halfway from the next to the target
-        NFCHOARow highPassTarget{};
-        bool glides = false;       // the target is not reached
-        bool isStale = true;       // the target has to be computed
-        bool hasHighPass = false;  // of any source
-        bool leaks = false;        // a high-pass out of use still has states
-        bool isClear = true;       // all states are 0
+    enum class Activity : std::uint8_t {
+        Asleep,   // all states of all filters are 0, no input carries a signal
+        Fed,      // an input carries a signal
+        Ringing,  // none does, but the filters have not died away
     };
-    /// What the high-passes depend on.
-    struct Place {
+    enum class Motion : std::uint8_t {
+        Clear,    // the states are 0; Run begins at the target, without a glide
+        Resting,  // the limits are at their targets
+        Gliding,  // a limit is still on its way
+    };
+
+    /// The filters of one order. The high-pass of a source is given by g = pi * its limit in Hz /
+    /// rate; 0 where the source has none.
+    struct OrderState {
+        NFCHOARow highPassG{};       // now
+        NFCHOARow highPassStep{};    // added in every sample, up to the next point of the grid
+        NFCHOARow highPassNext{};    // at the next point of the grid
+        NFCHOARow highPassSlow{};    // the first of the two poles that a limit comes down through
+        NFCHOARow highPassTarget{};  // for the settings and ratios in force
+        Motion motion = Motion::Clear;
+        bool hasHighPass = false;  // some source has a high-pass
+        bool leaks = false;        // some source has none any more, but its states are not 0 yet
+    };
+    /// What the targets of the high-passes are computed from.
+    struct HighPassInput {
         NFCHOASettings settings;
         NFCHOARow ratios{};
         NFCHOARow logs{};
     };
     struct Step {
-        Place place;             // in force
-        bool refreshes = false;  // is a new one
+        HighPassInput input;     // in force
+        bool refreshes = false;  // the input changed here
     };
 
     std::span<float> States(unsigned order) noexcept TAV_NONBLOCKING;
     void FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void FindRefreshes(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void RunStep(unsigned order, const NFCHOAStep& step, float keep) noexcept TAV_NONBLOCKING;
-    void AimHighPass(unsigned order, const Place& place) noexcept TAV_NONBLOCKING;
-    void JumpHighPass(unsigned order) noexcept TAV_NONBLOCKING;
-    void GlideHighPass(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
-    void NoteHighPass(unsigned order) noexcept TAV_NONBLOCKING;
+    void ComputeTarget(unsigned order, const HighPassInput& input) noexcept TAV_NONBLOCKING;
+    void JumpToTarget(unsigned order) noexcept TAV_NONBLOCKING;
+    void GlideToTarget(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
+    void UpdateUse(unsigned order) noexcept TAV_NONBLOCKING;
     void CapRatios(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
     void CheckStates(unsigned order, int frames) noexcept TAV_NONBLOCKING;
     void ClearOrder(unsigned order) noexcept TAV_NONBLOCKING;
@@ -118,21 +153,24 @@ private:
     std::vector<OrderState> orders_;  // from 1 on
     std::vector<float> states_;       // kNearFieldStates rows per section
 
-    bool isAwake_ = false;
-    bool isPlain_ = false;     // all ratios are 1 and no high-pass has states
-    bool ratiosMove_ = false;  // sample by sample
+    Activity activity_ = Activity::Asleep;
+    HighPassInput input_;  // the one in force at the end of the piece
+    NFCHOARow reached_{};  // ratios at the end of the piece
+
+    // of the piece
+    bool isPlain_ = false;     // all ratios are 1 and no high-pass has states: output is input
+    bool ratiosMove_ = false;  // in every sample
     bool refreshes_ = false;   // in any step
-    NFCHOARow loudest_{};      // largest sum of states of any order, in this piece
-    NFCHOARow reached_{};      // ratios at the end of the piece
-    std::array<NFCHOARow, kNFCHOASteps> leads_{};  // ratios of each step as the sources have them
-    Place last_;                                   // the one in force at the end of the piece
+    NFCHOARow loudest_{};      // largest sum of states of any order
+    std::array<NFCHOARow, kNFCHOASteps> askedRatios_{};  // at the start of each step, uncapped
     std::array<Step, kNFCHOASteps> steps_;
-    Rows input_{};
-    Rows output_{};
-    Rows ratios_{};  // one row alone when they do not move
-    Rows capped_{};  // the same as an order may use them
-    const float* ratiosInUse_ = nullptr;
-    std::ptrdiff_t ratioStride_ = 0;
+    // A row of kLanes values per sample.
+    Rows inputs_{};
+    Rows outputs_{};
+    Rows ratios_{};                       // only the first row when they do not move
+    Rows capped_{};                       // the ratios as far as the order that runs may use them
+    const float* ratiosInUse_ = nullptr;  // one of these two
+    std::ptrdiff_t ratioStride_ = 0;      // 0: one row for all samples
 };
 
 }  // namespace Quilo

@@ -7,7 +7,7 @@
 
 namespace Quilo {
 
-/// The layout of a new panner when nobody gave one; see DefaultSpeakers.
+/// The layout of a new object that was given none; see DefaultSpeakers.
 /// Thread: control.  Throws: nothing but for lack of memory.
 tav::CartesianArray DefaultSpeakersFor(Pan::Type type, unsigned numSpeakers);
 

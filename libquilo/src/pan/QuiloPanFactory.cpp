@@ -77,7 +77,7 @@ struct TypeRecipe {
 
 constexpr std::optional<Pan::Type> kAnyType = std::nullopt;
 
-// The first row that agrees in everything wins, these before those by type.
+// The first row that agrees in subtype, type and size wins. Where none does, kByType decides.
 // clang-format off
 constexpr SubTypeRecipe kBySubType[] = {
     // subtype                          type                 fits           class
@@ -133,7 +133,7 @@ Maker FindMaker(unsigned inputs, unsigned outputs, Pan::Type type, Pan::SubType 
     return Make<NullPanning>;
 }
 
-/// Null instead of an exception.
+/// Returns null where there is no memory.
 std::unique_ptr<Pan> MakeSilent(unsigned inputs, unsigned outputs) noexcept {
     try {
         return Make<NullPanning>(inputs, outputs);

@@ -9,15 +9,15 @@
 
 namespace Quilo {
 
-/// Sources move in a square whose corners are four of the loudspeakers. A layout of another size is
-/// silent, as is none.
+/// Sources move in a square whose corners are four of the loudspeakers. Without a layout, or with
+/// one of another size, everything is silent.
 class RecursivePanning : public AmplitudePanning {
 public:
     RecursivePanning(unsigned numInputs, unsigned numOutputs)
         : AmplitudePanning(numInputs, numOutputs) {}
 
-    /// Azimuths in navigational degrees, in the order of the corners; the corners beyond them keep
-    /// theirs. All are refused when one is not finite.
+    /// @param azimuthsDeg  navigational, from the first corner on. Corners beyond the list keep
+    /// their azimuths; a list with a number that is not finite is refused as a whole.
     void SetCorners(std::span<const float> azimuthsDeg);
     std::array<float, 4> Corners() const;
 

@@ -7,8 +7,8 @@
 
 namespace Quilo {
 
-/// Two outputs: left, right; loudspeaker positions do not enter. Every source is late by about
-/// one millisecond.
+/// Two outputs: left, right; loudspeaker positions do not enter. Every source is delayed by about
+/// one millisecond, so that one of its outputs can be earlier than the other.
 class StereoABPanning : public Pan {
 public:
     StereoABPanning(unsigned numInputs, unsigned numOutputs);
@@ -19,7 +19,8 @@ public:
     bool IsPlanar() const override { return false; }
 
 private:
-    // Deliberate: force jumps and immediate does not.   (StereoABPanning, JumpsWhenForced)
+    // Deliberate: a forced source jumps, an immediate one does not.   (StereoABPanning,
+    // JumpsWhenForced)
     void ComputeSource(unsigned index, bool, bool force) override TAV_REQUIRES(controlLock_);
     void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
     void ApplySampleRate() override TAV_REQUIRES(controlLock_);

@@ -32,7 +32,7 @@ public:
     void SetInterpolationTime(float ms);
     void SetDelays(const SpacedPair& pair, bool immediate);
     void SetGains(float left, float right, bool immediate);
-    /// Silence in the lines from the next block on.
+    /// Empties the lines, from the next block on.
     void Reset();
 
     /// Adds the source to the outputs.  @param left, right  null: not wanted
@@ -42,12 +42,13 @@ public:
              const float* input,
              unsigned frames,
              Scratch& scratch) noexcept TAV_NONBLOCKING;
-    /// In place of Add while the input carries nothing: the past is forgotten, glides go on.
+    /// To be called in place of Add while the input carries nothing: the lines are emptied, and
+    /// glides go on.
     void Rest(unsigned frames) noexcept TAV_NONBLOCKING;
 
 private:
     struct GainTargets {
-        std::uint32_t numJumps = 0;  // a new number: jump there first
+        std::uint32_t numJumps = 0;  // when it has grown, the gains first jump to `jump`
         std::array<float, 2> jump{};
         std::array<float, 2> target{};
         float glideMs = 0.f;

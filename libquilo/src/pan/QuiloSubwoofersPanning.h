@@ -24,7 +24,8 @@ public:
                  unsigned frames) noexcept TAV_NONBLOCKING override;
     bool IsPlanar() const override;
 
-    /// Of every source. Glides.  @param hz  clamped to 10 .. 1000
+    /// The corner of the low-pass filter of every source; it glides.  @param hz  clamped to 10 ..
+    /// 1000
     void SetCutoff(float hz);
     float Cutoff() const;
 
