@@ -81,7 +81,7 @@ constexpr char kSourcesHelp[] =
     "The <m> source </m> message moves a single one, in any coordinate format. <br/> Example: "
     "<m> sourcespositions -1 1 0 1 1 0 </m> places two sources in front, on the left and on the "
     "right.";
-constexpr char kSpeakersHelp[] =
+constexpr char kSpeakersPositionsHelp[] =
     "The <m> speakerspositions </m> attribute holds the positions of all loudspeakers, in metres: "
     "three values x (right), y (front) and z (up) for each. The <m> speakers </m> message sets "
     "them in any coordinate format, the <m> speaker </m> message a single one. Types that do not "
@@ -133,7 +133,7 @@ constexpr AttributeRow kClassAttributes[] = {
     {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     Bind<&P::Type, &P::SetType>,                                                 kTypeHelp},
     {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     Bind<&P::SubType, &P::SetSubType>,                                           kSubTypeHelp},
     {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     Bind<&P::SourcesPositions, &P::SetSourcesPositions>,                         kSourcesHelp},
-    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, Bind<&P::SpeakersPositions, &P::SetSpeakersPositions>,                       kSpeakersHelp},
+    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, Bind<&P::SpeakersPositions, &P::SetSpeakersPositions>,                       kSpeakersPositionsHelp},
     {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     Bind<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
 };
 

@@ -25,7 +25,7 @@ std::span<const float> Flatten(const tav::CartesianArray& positions,
     return xyz;
 }
 
-constexpr std::size_t kMostValues = std::size_t{3} * kMaxChannels;
+constexpr std::size_t kMostCoordinates = std::size_t{3} * kMaxChannels;
 
 /// Where memory for the values of attributes is asked for, as it is reported.
 constexpr tav::SourceSite kObjectSite{"..\\..\\src\\quilo.pan~", 0};
@@ -44,9 +44,9 @@ const PanAttributeNames& PanAttributeNames::Get() {
 PanObject::PanObject(t_pxobject& header)
     : header_(header),
       door_(&header),
-      sourcesValues_(kMostValues, kObjectSite),
-      speakersValues_(kMostValues, kObjectSite),
-      perSourceValues_(kMostValues, kObjectSite) {
+      sourcesValues_(kMostCoordinates, kObjectSite),
+      speakersValues_(kMostCoordinates, kObjectSite),
+      perSourceValues_(kMostCoordinates, kObjectSite) {
     PanAttributeNames::Get();
 }
 

@@ -8,6 +8,7 @@ Console lines have to be equal, audio within 1e-6, under every instruction set t
 The input is noise from a fixed seed. Ends with "N passed, M failed".
 """
 import array
+import concurrent.futures
 import os
 import random
 import shlex
@@ -52,13 +53,15 @@ def samples_of(path):
     return samples
 
 
-def run(host, script, folder, kernels):
+def run(host, script, noise, kernels):
+    with tempfile.TemporaryDirectory() as folder:
+        return run_inside(folder, host, script, noise, kernels)
+
+
+def run_inside(folder, host, script, noise, kernels):
     wave, console = os.path.join(folder, "out.wav"), os.path.join(folder, "console.txt")
-    for path in (wave, console):
-        if os.path.exists(path):
-            os.remove(path)
     words = [os.path.abspath(word) if os.path.exists(word) else word for word in shlex.split(host)]
-    command = words + ["--quiet", "--in", os.path.join(folder, "noise.wav"), "--out", wave,
+    command = words + ["--quiet", "--in", noise, "--out", wave,
                                    "--console", console, os.path.abspath(script)]
     # What scripts write stays in the folder.
     done = subprocess.run(command, cwd=folder, env=dict(os.environ, TAV_SIMD=kernels), stdin=subprocess.DEVNULL,
@@ -89,14 +92,15 @@ def main():
         sys.exit(__doc__)
     first, second, scripts = sys.argv[1], sys.argv[2], sys.argv[3:]
     passed = failed = 0
-    with tempfile.TemporaryDirectory() as folder:
-        write_noise(os.path.join(folder, "noise.wav"))
-        for kernels in instruction_sets():
-            for script in scripts:
-                fault = difference(run(first, script, folder, kernels), run(second, script, folder, kernels))
-                passed, failed = passed + (fault is None), failed + (fault is not None)
-                if fault:
-                    print(f"FAIL {script} ({kernels}): {fault}")
+    cases = [(kernels, script) for kernels in instruction_sets() for script in scripts]
+    with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        noise = os.path.join(folder, "noise.wav")
+        write_noise(noise)
+        faults = pool.map(lambda case: difference(*(run(host, case[1], noise, case[0]) for host in (first, second))), cases)
+        for (kernels, script), fault in zip(cases, faults):
+            passed, failed = passed + (fault is None), failed + (fault is not None)
+            if fault:
+                print(f"FAIL {script} ({kernels}): {fault}")
     print(f"{passed} passed, {failed} failed")
     return 0 if failed == 0 and passed else 1
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kMostGain = 10.0;        // 20 dB, with the high-pass
 constexpr double kMostGainUncut = 100.0;  // 40 dB, without it
-constexpr double kTwoPi = 2.0 * std::numbers::pi;
+constexpr double kFullTurn = 2.0 * std::numbers::pi;
 
 double Square(double x) { return x * x; }
 
@@ -39,7 +39,7 @@ NearFieldOrder::NearFieldOrder(unsigned order)
     spanLog_ = static_cast<float>(span);
     for (std::size_t j = 1; j < kTableSize; ++j) {
         const double t = static_cast<double>(j) / (kTableSize - 1);
-        limits_[j] = static_cast<float>(FindLimit(std::exp(first + span * t * t)) / kTwoPi);
+        limits_[j] = static_cast<float>(FindLimit(std::exp(first + span * t * t)) / kFullTurn);
     }
 }
 

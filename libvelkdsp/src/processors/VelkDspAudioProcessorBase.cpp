@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspAudioProcessorBase.h"
 
+#include "containers/VelkDspRelaxed.h"
 #include "kernels/VelkDspDenormalGuard.h"
 #include "text/VelkDspStringHelper.h"
 
@@ -14,7 +15,6 @@ namespace tav {
 
 namespace {
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr float kInitialSampleRate = 44100.f;
 constexpr unsigned kInitialBufferSize = 64;
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspDelay.h"
 
+#include "containers/VelkDspRelaxed.h"
+
 #include <algorithm>
 #include <cmath>
 #include <span>
@@ -8,7 +10,6 @@
 namespace tav {
 
 namespace {
-constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr float kLongestDelayMs = 10000.f;
 constexpr auto kLastDelayKind = static_cast<std::uint32_t>(DelayKind::Cardinal);
 constexpr std::uint32_t kUnusedDelayKind = 4;  // between the all-pass and Hermite

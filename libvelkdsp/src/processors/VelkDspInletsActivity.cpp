@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspInletsActivity.h"
 
+#include "containers/VelkDspRelaxed.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -9,8 +11,6 @@
 namespace tav {
 
 namespace {
-
-constexpr auto kRelaxed = std::memory_order_relaxed;
 
 void StoreConnected(std::vector<std::atomic<std::int16_t>>& flags,
                     std::span<const short> counts) noexcept {

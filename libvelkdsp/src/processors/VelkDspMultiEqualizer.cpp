@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspMultiEqualizer.h"
 
+#include "containers/VelkDspRelaxed.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,7 +10,6 @@ namespace tav {
 
 namespace {
 
-constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr double kGlideSeconds = 0.02;
 constexpr double kLargestStates = 1e12;  // beyond, something has gone wrong
 
