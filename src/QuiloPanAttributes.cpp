@@ -10,6 +10,7 @@ namespace Quilo {
 
 using VelkMax::AttributeRow;
 using VelkMax::Bind;
+using VelkMax::BindAnnounced;
 using VelkMax::Range;
 
 namespace {
@@ -128,13 +129,13 @@ constexpr AttributeRow kClassAttributes[] = {
     {"mute",              "long",    1,                "mute dsp",                                  "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Mute, &P::SetMute, kOnOff>,                                         kMuteHelp},
     {"bypass",            "long",    1,                "bypass dsp",                                "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Bypass, &P::SetBypass, kOnOff>,                                     kBypassHelp},
     {"automute",          "float32", 1,                "threshold for auto-muting",                 nullptr, nullptr,        "20.00",   "sec",   "options", nullptr, Bind<&P::AutoMute, &P::SetAutoMute, kAutoMuteSeconds>,                       kAutoMuteHelp},
-    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     Bind<&P::NumInputs, &P::SetNumInputs, kChannels>,                            kInputsHelp},
-    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     Bind<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                          kOutputsHelp},
-    {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     Bind<&P::Type, &P::SetType>,                                                 kTypeHelp},
-    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     Bind<&P::SubType, &P::SetSubType>,                                           kSubTypeHelp},
-    {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     Bind<&P::SourcesPositions, &P::SetSourcesPositions>,                         kSourcesHelp},
-    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, Bind<&P::SpeakersPositions, &P::SetSpeakersPositions>,                       kSpeakersPositionsHelp},
-    {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     Bind<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
+    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     BindAnnounced<&P::NumInputs, &P::SetNumInputs, kChannels>,                   kInputsHelp},
+    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     BindAnnounced<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                 kOutputsHelp},
+    {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     BindAnnounced<&P::Type, &P::SetType>,                                        kTypeHelp},
+    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     BindAnnounced<&P::SubType, &P::SetSubType>,                                  kSubTypeHelp},
+    {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     BindAnnounced<&P::SourcesPositions, &P::SetSourcesPositions>,                kSourcesHelp},
+    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, BindAnnounced<&P::SpeakersPositions, &P::SetSpeakersPositions>,              kSpeakersPositionsHelp},
+    {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     BindAnnounced<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
 };
 
 // Deliberate: "xyz" is accepted too and not offered.
@@ -142,16 +143,16 @@ std::string SpreadModeChoices() { return "omni directional"; }
 std::string EncodingChoices() { return tav::NormalizationKeywords().AcceptedKeywords(' '); }
 std::string HoaModeChoices() { return tav::HoaModeKeywords().AcceptedKeywords(' '); }
 
-/// Attributes of the objects whose engine wants them.
+/// Attributes of the objects of one family.
 struct AttributeGroup {
-    bool (*has)(const Pan& engine);
+    Family family;
     const char* category;
 };
-constexpr AttributeGroup kHoa{IsHoa, "hoa"};
-constexpr AttributeGroup kDbap{IsDbap, "dbap"};
-constexpr AttributeGroup kNfcHoa{IsNfcHoa, "hoa"};
-constexpr AttributeGroup kSpreading{[](const Pan& engine) { return engine.SupportsSpread(); }, "options"};
-constexpr AttributeGroup kSubwoofers{IsSubwoofers, nullptr};
+constexpr AttributeGroup kHoa{Family::Hoa, "hoa"};
+constexpr AttributeGroup kDbap{Family::Dbap, "dbap"};
+constexpr AttributeGroup kNfcHoa{Family::NfcHoa, "hoa"};
+constexpr AttributeGroup kSpreading{Family::Spreading, "options"};
+constexpr AttributeGroup kSubwoofers{Family::Subwoofers, nullptr};
 
 /// A row without a default has the one with which its engine begins.
 struct InstanceRow {
@@ -182,7 +183,7 @@ std::span<const AttributeRow> PanClassAttributes() { return kClassAttributes; }
 void AddPanInstanceAttributes(PanObject& object) {
     if (object.Engine() == nullptr) return;
     for (const InstanceRow& row : kInstanceAttributes) {
-        if (!row.group.has(*object.Engine())) continue;
+        if (!IsOf(object, row.group.family)) continue;
         AttributeRow attribute = row.attribute;
         attribute.category = row.group.category;
         VelkMax::AddInstanceAttribute(MaxObjectOf(object), attribute);

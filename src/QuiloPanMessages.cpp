@@ -5,6 +5,7 @@
 #include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
 #include "QuiloPanSource.h"
+#include "QuiloPanSymbols.h"
 
 #include <string_view>
 
@@ -26,7 +27,9 @@ void SpeakersMessage(PanObject& object, Atoms atoms) {
     const auto formatted = ReadFormat(object, atoms);
     if (!formatted) return;
     tav::CartesianArray speakers = object.Speakers();
-    if (ReadLayout(object, *formatted, speakers)) object.SetSpeakers(speakers);
+    if (!ReadLayout(object, *formatted, speakers)) return;
+    object.TheDoor().Changed(PanSymbols::Get().speakers);
+    object.SetSpeakers(std::move(speakers));
 }
 
 void SpeakerMessage(PanObject& object, Atoms atoms) {
@@ -41,7 +44,8 @@ void SpeakerMessage(PanObject& object, Atoms atoms) {
     tav::CartesianArray speakers = object.Speakers();
     if (ReadPosition(object, kSpeakerTexts, *formatted,
                      speakers[static_cast<std::size_t>(number - 1)])) {
-        object.SetSpeakers(speakers);
+        object.TheDoor().Changed(PanSymbols::Get().speakers);
+        object.SetSpeakers(std::move(speakers));
     }
 }
 
@@ -84,8 +88,7 @@ void ClearMessage(PanObject& object) {
 }
 
 void CornersMessage(PanObject& object, Atoms atoms) {
-    const Pan* engine = object.Engine();
-    if (engine == nullptr || engine->GetType() != Pan::Type::Panr) return Error(object, kOnlyPanr);
+    if (!IsOf(object, Family::Panr)) return Error(object, kOnlyPanr);
     constexpr std::size_t kCorners = 4;
     if (atoms.Size() > kCorners) Warn(object, kTooManyCorners, static_cast<int>(kCorners));
     const Atoms corners = atoms.First(kCorners);
@@ -153,11 +156,11 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         // name            handler                                  digest                                    description                                                   arguments
         {"postdspstatus",  Handler<&DspStatusMessage>,              "Post the state of the processing",       "post information about the dsp status in the Max window."},
         {"postdspstate",   Handler<&DspStateMessage>,               "Post the state of the inlets",           "post information about the dsp connections."},
-        {"source",         PromptHandler<&SourceMessage>,           "Move a source or set its properties",    kSourceHelp,                                                  kSourceArguments},
+        {"source",         PromptHandler<&SourceMessage, 2>,          "Move a source or set its properties",    kSourceHelp,                                                  kSourceArguments},
         {"loudspeakers",   Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},
         {"speakers",       Handler<&SpeakersMessage>,               "Set the positions of all loudspeakers",  kSpeakersHelp,                                                kPositionsArguments},
-        {"loudspeaker",    Handler<&SpeakerMessage>,                "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
-        {"speaker",        Handler<&SpeakerMessage>,                "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
+        {"loudspeaker",    Handler<&SpeakerMessage, 2>,             "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
+        {"speaker",        Handler<&SpeakerMessage, 2>,             "Set the position of one loudspeaker",    kSpeakerHelp,                                                 kSpeakerArguments},
         {"info",           Handler<&InfoMessage>,                   "Post information about the object",      kInfoHelp},
         {"clear",          Handler<&ClearMessage>,                  "Clear the signal processing",            kClearHelp},
         {"corners",        Handler<&CornersMessage>,                "Set the corners of the type panr",       kCornersHelp,                                                 kCornersArguments},

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanObject.h"
 
+#include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
+#include "QuiloPanSymbols.h"
 #include "laws/QuiloDefaultLayouts.h"
+#include "max/VelkMaxMaxAttribute.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloPanDefaults.h"
 
@@ -30,13 +33,21 @@ constexpr std::size_t kMostCoordinates = std::size_t{3} * kMaxChannels;
 /// Where memory for the values of attributes is asked for, as it is reported.
 constexpr tav::SourceSite kObjectSite{"..\\..\\src\\quilo.pan~", 0};
 
+Pan::Type TypeNamed(std::string_view word) {
+    return PanTypeKeywords().Parse(word).value_or(Pan::Type::Null);
+}
+
+Pan::SubType SubTypeNamed(std::string_view word) {
+    return PanSubTypeKeywords().Parse(word).value_or(Pan::SubType::Direct);
+}
+
 std::vector<t_atom> Copy(Atoms atoms) { return {atoms.Span().begin(), atoms.Span().end()}; }
 
 }  // namespace
 
-const PanAttributeNames& PanAttributeNames::Get() {
-    static const PanAttributeNames names;
-    return names;
+const PanSymbols& PanSymbols::Get() {
+    static const PanSymbols symbols;
+    return symbols;
 }
 
 // ---- Life
@@ -47,7 +58,7 @@ PanObject::PanObject(t_pxobject& header)
       sourcesValues_(kMostCoordinates, kObjectSite),
       speakersValues_(kMostCoordinates, kObjectSite),
       perSourceValues_(kMostCoordinates, kObjectSite) {
-    PanAttributeNames::Get();
+    PanSymbols::Get();
 }
 
 void PanObject::BuildEngine() {
@@ -56,9 +67,6 @@ void PanObject::BuildEngine() {
                               type_, subType_);
     if (engine == nullptr) return VelkMax::Bug(*this, kNotInitialized);
     if (engine->GetType() == Pan::Type::Null) Error(*this, kUnsupported);
-    // What is really running, be it an alias or the silent stand-in.
-    type_ = engine->GetTypeName();
-    subType_ = engine->GetSubTypeName();
     if (interpolationTimeMs_) engine->SetInterpolationTime(*interpolationTimeMs_);
     engine->SetAutoMuteTime(autoMuteSeconds_);
     engine_ = std::move(engine);
@@ -73,41 +81,73 @@ void PanObject::PlaceSpeakers() {
 
 void PanObject::PlaceSources() {
     if (engine_ == nullptr) return;
-    sources_ = DefaultSources(static_cast<unsigned>(numInputs_));
-    ReadTriplets(*this, kSourcesPositionTexts, Atoms(givenSources_), sources_);
-    // Forced: the spaced pair jumps to where it is told to be by force only.
+    tav::CartesianArray sources = DefaultSources(static_cast<unsigned>(numInputs_));
+    ReadTriplets(*this, kSourcesPositionTexts, Atoms(givenSources_), sources);
+    // By force: the spaced pair (type ab) glides to a new position even when told to jump, unless
+    // it is forced. Without force, sources would first sound gliding in from the origin.
     for (unsigned index = 0; index < NumSources(); ++index) {
-        engine_->SetSourcePosition(index, sources_[index], true, true);
+        engine_->SetSourcePosition(index, sources[index], true, true);
     }
+}
+
+void PanObject::Complete() {
+    isBeingMade_ = false;
+    // A whole state is the longest message that the object understands.
+    std::size_t longest = 0;
+    for (const VelkMax::MaxAttribute& attribute : VelkMax::ListAttributes(&header_.z_ob)) {
+        longest += attribute.NumAtoms();
+    }
+    door_.Open(longest);
 }
 
 // ---- Positions
 
 bool PanObject::TakesSpeakers() const {
-    return engine_ != nullptr && engine_->GetType() != Pan::Type::Binaural;
+    return engine_ != nullptr && !IsOf(*this, Family::Binaural);
 }
 
 void PanObject::MoveSource(unsigned index, const tav::CartesianVector& position) {
-    sources_[index] = position;
     if (engine_ != nullptr) engine_->SetSourcePosition(index, position, false, false);
-    door_.Changed(PanAttributeNames::Get().sources);
+    door_.Changed(PanSymbols::Get().sources);
 }
 
-void PanObject::SetSpeakers(const tav::CartesianArray& speakers) {
-    speakers_ = speakers;
-    door_.Changed(PanAttributeNames::Get().speakers);
-    if (engine_ != nullptr) engine_->SetSpeakersPositions(speakers_);
+void PanObject::SetSpeakers(tav::CartesianArray speakers) {
+    const tav::CartesianArray asked = speakers;
+    std::swap(speakers_, speakers);  // `speakers` are those before
+    const unsigned number = ++numLayouts_;
+    struct Undo {
+        ~Undo() {
+            if (isNeeded && object.numLayouts_ == number) std::swap(object.speakers_, before);
+        }
+        PanObject& object;
+        unsigned number;
+        tav::CartesianArray& before;
+        bool isNeeded = true;
+    } undo{*this, number, speakers};
+    std::unique_ptr<SpeakersLayout> layout;
+    door_.StepOutside([&] { layout = engine_->PrepareSpeakers(asked); });
+    undo.isNeeded = false;
+    if (numLayouts_ == number) engine_->InstallSpeakers(std::move(layout));
+}
+
+tav::CartesianArray PanObject::Sources() const {
+    tav::CartesianArray sources(NumSources());
+    for (unsigned index = 0; index < NumSources(); ++index) sources[index] = Source(index);
+    return sources;
 }
 
 std::span<const float> PanObject::SourcesPositions() const {
-    return Flatten(sources_, sourcesValues_);
+    return Flatten(Sources(), sourcesValues_);
 }
 
 void PanObject::SetSourcesPositions(Atoms xyz) {
     if (engine_ == nullptr) {
         givenSources_ = Copy(xyz);
-    } else if (ReadTriplets(*this, kSourcesPositionTexts, xyz, sources_)) {
-        engine_->SetSourcesPositions(sources_, false);
+        return;
+    }
+    tav::CartesianArray sources = Sources();
+    if (ReadTriplets(*this, kSourcesPositionTexts, xyz, sources)) {
+        engine_->SetSourcesPositions(sources, false);
     }
 }
 
@@ -118,8 +158,12 @@ std::span<const float> PanObject::SpeakersPositions() const {
 void PanObject::SetSpeakersPositions(Atoms xyz) {
     if (engine_ == nullptr) {
         givenSpeakers_ = Copy(xyz);
-    } else if (TakesSpeakers() && ReadTriplets(*this, kSpeakersPositionTexts, xyz, speakers_)) {
-        engine_->SetSpeakersPositions(speakers_);
+        return;
+    }
+    if (!TakesSpeakers()) return;
+    tav::CartesianArray speakers = speakers_;
+    if (ReadTriplets(*this, kSpeakersPositionTexts, xyz, speakers)) {
+        SetSpeakers(std::move(speakers));
     }
 }
 
@@ -141,21 +185,30 @@ void PanObject::SetNumOutputs(max_long count) {
     }
 }
 
-void PanObject::SetType(t_symbol* type) {
+t_symbol* PanObject::Type() const {
+    const Pan::Type type = engine_ != nullptr ? engine_->GetType() : TypeNamed(type_);
+    return PanSymbols::Get().types.Of(type);
+}
+
+void PanObject::SetType(std::string_view type) {
     if (engine_ == nullptr) {
-        type_ = type->s_name;
-    } else if (PanTypeKeywords().Parse(type->s_name).value_or(Pan::Type::Null) !=
-               engine_->GetType()) {
-        Error(*this, kTypeIsFixed, type->s_name);
+        type_ = type;
+    } else if (TypeNamed(type) != engine_->GetType()) {
+        Error(*this, kTypeIsFixed, std::string(type).c_str());
     }
 }
 
-void PanObject::SetSubType(t_symbol* subType) {
+t_symbol* PanObject::SubType() const {
+    const Pan::SubType subType =
+        engine_ != nullptr ? engine_->GetSubType() : SubTypeNamed(subType_);
+    return PanSymbols::Get().subTypes.Of(subType);
+}
+
+void PanObject::SetSubType(std::string_view subType) {
     if (engine_ == nullptr) {
-        subType_ = subType->s_name;
-    } else if (PanSubTypeKeywords().Parse(subType->s_name).value_or(Pan::SubType::Direct) !=
-               engine_->GetSubType()) {
-        Error(*this, kSubTypeIsFixed, subType->s_name);
+        subType_ = subType;
+    } else if (SubTypeNamed(subType) != engine_->GetSubType()) {
+        Error(*this, kSubTypeIsFixed, std::string(subType).c_str());
     }
 }
 
@@ -200,7 +253,7 @@ void PanObject::SetSpread(const std::vector<float>& spreads) {
 void PanObject::SetSourceSpread(unsigned index, float spread) {
     if (engine_ == nullptr) return;
     engine_->SetSourceSpread(index, spread);
-    door_.Changed(PanAttributeNames::Get().spread);
+    door_.Changed(PanSymbols::Get().spread);
 }
 
 // ---- Audio

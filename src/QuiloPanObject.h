@@ -8,6 +8,7 @@
 
 #include "QuiloPanTexts.h"
 #include "max/VelkMaxAttributes.h"
+#include "max/VelkMaxObjectParts.h"
 #include "max/VelkMaxStorage.h"
 #include "pan/QuiloPan.h"
 
@@ -17,6 +18,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Quilo {
@@ -24,19 +26,6 @@ namespace Quilo {
 using VelkMax::Atoms;
 
 class PanObject;
-
-/// Names of the attributes that messages and aliases change too. Interned with the first object:
-/// the audio thread only reads them.
-struct PanAttributeNames {
-    static const PanAttributeNames& Get();
-
-    t_symbol* sources = gensym("sourcespositions");
-    t_symbol* speakers = gensym("speakerspositions");
-    t_symbol* spread = gensym("spread");
-    t_symbol* spreadXyz = gensym("spreadxyz");
-    t_symbol* encoding = gensym("encoding");
-    t_symbol* norm = gensym("norm");
-};
 
 /// Most channels on either side.
 inline constexpr unsigned kMaxChannels = 250;
@@ -56,8 +45,8 @@ public:
 
     static PanObject& Of(void* record) { return *static_cast<PanRecord*>(record)->object; }
     friend t_object* MaxObjectOf(const PanObject& object) { return &object.header_.z_ob; }
-    VelkMax::Door& TheDoor() { return door_; }
-    const VelkMax::Door& TheDoor() const { return door_; }
+    VelkMax::Door& TheDoor() const { return door_; }
+    VelkMax::ObjectParts Parts() { return {&header_.z_ob, door_, dictionary_}; }
 
     // ---- Life
 
@@ -70,21 +59,26 @@ public:
 
     /// Until the box is complete.
     bool IsBeingMade() const { return isBeingMade_; }
-    void Complete() { isBeingMade_ = false; }
+    /// The box is complete: changes are announced from now on.  Throws: std::bad_alloc.
+    void Complete();
 
     /// Null until BuildEngine, and for good when there was no memory for an engine.
     Pan* Engine() const { return engine_.get(); }
 
     // ---- Positions; attributes and messages meet here.
 
-    unsigned NumSources() const { return static_cast<unsigned>(sources_.Size()); }
+    // The engine keeps where the sources are, this object which layout was asked for last.
+
+    unsigned NumSources() const { return engine_ != nullptr ? engine_->NumInputs() : 0; }
     unsigned NumSpeakers() const { return static_cast<unsigned>(speakers_.Size()); }
-    const tav::CartesianVector& Source(unsigned index) const { return sources_[index]; }
-    const tav::CartesianVector& Speaker(unsigned index) const { return speakers_[index]; }
-    /// Stores the position and lets the source glide there.  @param index  below NumSources()
+    /// @param index  below NumSources()
+    tav::CartesianVector Source(unsigned index) const { return engine_->SourcePosition(index); }
+    /// Lets the source glide there.  @param index  below NumSources()
     void MoveSource(unsigned index, const tav::CartesianVector& position);
-    /// Stores the layout, then hands it to the engine.  Throws: as PlaceSpeakers.
-    void SetSpeakers(const tav::CartesianArray& speakers);
+    /// Stores the layout and prepares it with others let in through the door; unless another one
+    /// was asked for meanwhile, hands it to the engine then.  Thread: inside the door
+    /// Throws: std::bad_alloc, the layout stays; what the engine throws, it is in force.
+    void SetSpeakers(tav::CartesianArray speakers);
     const tav::CartesianArray& Speakers() const { return speakers_; }
     /// False for a panner to which loudspeaker positions mean nothing.
     bool TakesSpeakers() const;
@@ -97,10 +91,10 @@ public:
     void SetNumInputs(max_long count);
     max_long NumOutputs() const { return numOutputs_; }
     void SetNumOutputs(max_long count);
-    t_symbol* Type() const { return gensym(type_.c_str()); }
-    void SetType(t_symbol* type);
-    t_symbol* SubType() const { return gensym(subType_.c_str()); }
-    void SetSubType(t_symbol* subType);
+    t_symbol* Type() const;
+    void SetType(std::string_view type);
+    t_symbol* SubType() const;
+    void SetSubType(std::string_view subType);
     /// x, y, z of each position, metres.
     std::span<const float> SourcesPositions() const;
     /// Whole triplets from the first source on; sources beyond the list stay where they are. What
@@ -142,15 +136,18 @@ public:
                 max_long frames) noexcept TAV_NONBLOCKING;
 
 private:
+    tav::CartesianArray Sources() const;
+
     t_pxobject& header_;
-    VelkMax::Door door_;
+    mutable VelkMax::Door door_;
+    VelkMax::KeptDictionary dictionary_;
     VelkMax::AttributeStorage sourcesValues_;
     VelkMax::AttributeStorage speakersValues_;
     VelkMax::AttributeStorage perSourceValues_;
 
     bool isBeingMade_ = true;
 
-    // Settings until the engine exists, then what it really has.
+    // Settings until the engine exists; from then on it answers what is really running.
     max_long numInputs_ = 1;
     max_long numOutputs_ = 4;
     std::string type_ = "angular";
@@ -160,8 +157,8 @@ private:
     std::vector<t_atom> givenSources_;  // positions that came before there was a layout
     std::vector<t_atom> givenSpeakers_;
 
-    tav::CartesianArray sources_;
     tav::CartesianArray speakers_;
+    unsigned numLayouts_ = 0;      // asked for, ever
     std::unique_ptr<Pan> engine_;  // never changes once audio runs
 
     // shared: control writes, audio reads

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanPanners.h"
 
+#include "QuiloPanSymbols.h"
 #include "math/VelkDspKeywords.h"
 #include "max/VelkMaxRestoring.h"
 #include "pan/QuiloDbapPanning.h"
@@ -19,22 +20,15 @@ using VelkMax::Error;
 
 namespace {
 
+/// The engine as the panner of its type; null where another one stands in for it.
 template <class Panner>
 Panner* EngineAs(const PanObject& object) {
     return dynamic_cast<Panner*>(object.Engine());
 }
 
 template <class... Panners>
-bool IsA(const PanObject& object) {
+bool IsOneOf(const PanObject& object) {
     return (... || (EngineAs<Panners>(object) != nullptr));
-}
-
-bool Is(const Pan& engine, std::initializer_list<Pan::Type> types) {
-    return std::ranges::find(types, engine.GetType()) != types.end();
-}
-
-bool IsEngine(const PanObject& object, bool (*is)(const Pan&)) {
-    return object.Engine() != nullptr && is(*object.Engine());
 }
 
 /// What a panner of that type answers; `otherwise` for any other engine.
@@ -44,61 +38,71 @@ Value Answer(const PanObject& object, Value (Panner::*get)() const, Value otherw
     return panner != nullptr ? (panner->*get)() : otherwise;
 }
 
-/// Says so to whoever sets what the engine has not, but not to a state that brings back what such
-/// an object answers.
+/// Posts the refusal of a setting that the engine does not have. Not while a stored state is being
+/// restored: such an object answers the setting, so its own state contains it.
 template <class... Refusal>
 void Refuse(const PanObject& object, const Refusal&... refusal) {
     if (!VelkMax::RestoringState::IsActive()) Error(object, refusal...);
 }
 
-/// The panner behind an attribute. Null, and refused, where another one stands in for that type.
+/// The panner behind an attribute. Null, and refused, where another one stands in for it.
 template <class Panner, class... Refusal>
-Panner* PannerElse(const PanObject& object, const Refusal&... refusal) {
+Panner* PannerOrRefusal(const PanObject& object, const Refusal&... refusal) {
     auto* const panner = EngineAs<Panner>(object);
     if (panner == nullptr) Refuse(object, refusal...);
     return panner;
 }
 template <class Panner>
 Panner* PannerOf(const PanObject& object, const char* handler) {
-    return PannerElse<Panner>(object, kNoPanner, handler);
+    return PannerOrRefusal<Panner>(object, kNoPanner, handler);
 }
 
-/// The code of a word, by what the table accepts. A state that is restored brings printed words.
-/// Where there is none, `invalid` says so.
+/// The code of a word that the table accepts. A stored state may also hold words that are only
+/// printed. For any other word `invalid` is posted.
 template <class Code>
 std::optional<Code> ReadKeyword(const PanObject& object,
                                 const tav::KeywordTable<Code>& table,
-                                const t_symbol* word,
+                                std::string_view word,
                                 const VelkMax::Text<const char*>& invalid) {
-    auto code = table.Parse(word->s_name);
-    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word->s_name);
-    if (!code) Error(object, invalid, word->s_name);
+    auto code = table.Parse(word);
+    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word);
+    if (!code) Error(object, invalid, std::string(word).c_str());
     return code;
 }
 
-t_symbol* Symbol(std::string_view text) { return gensym(std::string(text).c_str()); }
-
 }  // namespace
 
-bool IsDbap(const Pan& engine) { return Is(engine, {Pan::Type::Dbap, Pan::Type::Dbap3D}); }
-
-bool IsNfcHoa(const Pan& engine) { return Is(engine, {Pan::Type::Nfchoa2D, Pan::Type::Nfchoa3D}); }
-
-bool IsHoa(const Pan& engine) {
-    return IsNfcHoa(engine) || Is(engine, {Pan::Type::Hoa2D, Pan::Type::Hoa3D});
+bool IsOf(const Pan& engine, Family family) {
+    using Type = Pan::Type;
+    const auto isAnyOf = [type = engine.GetType()](auto... types) {
+        return (... || (type == types));
+    };
+    switch (family) {
+        case Family::Binaural: return isAnyOf(Type::Binaural);
+        case Family::Dbap: return isAnyOf(Type::Dbap, Type::Dbap3D);
+        case Family::Hoa: return isAnyOf(Type::Hoa2D, Type::Hoa3D, Type::Nfchoa2D, Type::Nfchoa3D);
+        case Family::Knn: return isAnyOf(Type::Knn);
+        case Family::NfcHoa: return isAnyOf(Type::Nfchoa2D, Type::Nfchoa3D);
+        case Family::Panr: return isAnyOf(Type::Panr);
+        case Family::Spreading: return engine.SupportsSpread();
+        case Family::Subwoofers: return isAnyOf(Type::Subwoofers);
+    }
+    return false;
 }
 
-bool IsSubwoofers(const Pan& engine) { return Is(engine, {Pan::Type::Subwoofers}); }
+bool IsOf(const PanObject& object, Family family) {
+    return object.Engine() != nullptr && IsOf(*object.Engine(), family);
+}
 
 // ---- Distance-based panners
 
 t_symbol* SpreadMode(const PanObject& object) {
     const auto mode = Answer(object, &DbapPanning::GetSpreadingMode, Pan::SpreadingMode::Omni);
-    return Symbol(PanSpreadingModeKeywords().Print(mode));
+    return PanSymbols::Get().spreadingModes.Of(mode);
 }
 
-void SetSpreadMode(PanObject& object, t_symbol* mode) {
-    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
+void SetSpreadMode(PanObject& object, std::string_view mode) {
+    auto* const dbap = PannerOrRefusal<DbapPanning>(object, kOnlyDbap);
     if (dbap == nullptr) return;
     const auto code = ReadKeyword(object, PanSpreadingModeKeywords(), mode, kInvalidSpreadMode);
     if (code) dbap->SetSpreadingMode(*code);
@@ -109,7 +113,7 @@ max_long MuteOutside(const PanObject& object) {
 }
 
 void SetMuteOutside(PanObject& object, max_long on) {
-    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
+    auto* const dbap = PannerOrRefusal<DbapPanning>(object, kOnlyDbap);
     if (dbap != nullptr) dbap->SetMuteOutside(on != 0);
 }
 
@@ -125,7 +129,7 @@ std::span<const float> SpreadXyz(const PanObject& object) {
 }
 
 void SetSpreadXyz(PanObject& object, const std::vector<float>& values) {
-    auto* const dbap = PannerElse<DbapPanning>(object, kOnlyDbap);
+    auto* const dbap = PannerOrRefusal<DbapPanning>(object, kOnlyDbap);
     if (dbap == nullptr) return;
     const std::span<const float> before = SpreadXyz(object);
     std::vector<float> all(before.begin(), before.end());
@@ -139,7 +143,7 @@ bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float
     auto* const dbap = EngineAs<DbapPanning>(object);
     if (dbap == nullptr) return false;
     dbap->SetSpreadByDirection(index, xyz);
-    object.TheDoor().Changed(PanAttributeNames::Get().spreadXyz);
+    object.TheDoor().Changed(PanSymbols::Get().spreadXyz);
     return true;
 }
 
@@ -150,32 +154,34 @@ t_symbol* Encoding(const PanObject& object) {
     const Pan* engine = object.Engine();
     const auto code =
         engine != nullptr ? engine->GetNormalization() : SphericalHarmonic::Normalization::SN3D;
-    return Symbol(tav::NormalizationKeywords().Print(code));
+    return PanSymbols::Get().encodings.Of(code);
 }
 
-void SetEncoding(PanObject& object, t_symbol* encoding) {
-    if (!IsA<HOAPanning, NFCHOAPanning, HoaDiffusePanning>(object)) {
+void SetEncoding(PanObject& object, std::string_view encoding) {
+    if (!IsOneOf<HOAPanning, NFCHOAPanning, HoaDiffusePanning>(object)) {
         return Refuse(object, kOnlyHoa, "encoding");
     }
     const auto code = ReadKeyword(object, tav::NormalizationKeywords(), encoding, kInvalidEncoding);
     if (!code) return;
-    object.Engine()->SetNormalization(*code);
-    // One value under two names.
-    object.TheDoor().Changed(PanAttributeNames::Get().encoding);
-    object.TheDoor().Changed(PanAttributeNames::Get().norm);
+    object.TheDoor().StepOutside([&] { object.Engine()->SetNormalization(*code); });
+    // One value under two names: Max knows of one of them.
+    object.TheDoor().Changed(PanSymbols::Get().encoding);
+    object.TheDoor().Changed(PanSymbols::Get().norm);
 }
 
 t_symbol* HoaMode(const PanObject& object) {
     using Mode = tav::HoaEncodingVector::Mode;
     const Pan* engine = object.Engine();
     const Mode mode = engine != nullptr ? engine->GetComputationMode() : Mode::Precise;
-    return Symbol(tav::HoaModeKeywords().Print(mode));
+    return PanSymbols::Get().hoaModes.Of(mode);
 }
 
-void SetHoaMode(PanObject& object, t_symbol* mode) {
-    if (!IsA<HOAPanning, NFCHOAPanning>(object)) return Refuse(object, kOnlyHoa, "hoamode");
+void SetHoaMode(PanObject& object, std::string_view mode) {
+    if (!IsOneOf<HOAPanning, NFCHOAPanning>(object)) return Refuse(object, kOnlyHoa, "hoamode");
     const auto code = ReadKeyword(object, tav::HoaModeKeywords(), mode, kInvalidHoaMode);
-    if (code) object.Engine()->SetComputationMode(*code);
+    if (!code) return;
+    // A table may have to be made: others are let in meanwhile.
+    object.TheDoor().StepOutside([&] { object.Engine()->SetComputationMode(*code); });
 }
 
 max_long NfcHighPass(const PanObject& object) {
@@ -183,7 +189,7 @@ max_long NfcHighPass(const PanObject& object) {
 }
 
 void SetNfcHighPass(PanObject& object, max_long on) {
-    if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "nfchighpass");
+    if (!IsOf(object, Family::NfcHoa)) return Error(object, kOnlyHoa, "nfchighpass");
     auto* const nfc = PannerOf<NFCHOAPanning>(object, "quilo_pan_update_nfchighpass");
     if (nfc != nullptr) nfc->SetHighPass(on != 0);
 }
@@ -193,7 +199,7 @@ float SpeakersRadius(const PanObject& object) {
 }
 
 void SetSpeakersRadius(PanObject& object, float metres) {
-    if (!IsEngine(object, IsNfcHoa)) return Error(object, kOnlyHoa, "speakersradius");
+    if (!IsOf(object, Family::NfcHoa)) return Error(object, kOnlyHoa, "speakersradius");
     auto* const nfc = PannerOf<NFCHOAPanning>(object, "quilo_pan_update_nfcradius");
     if (nfc != nullptr) nfc->SetSpeakersRadius(metres);
 }
@@ -205,7 +211,7 @@ float Cutoff(const PanObject& object) {
 }
 
 void SetCutoff(PanObject& object, float hz) {
-    if (!IsEngine(object, IsSubwoofers)) return Error(object, kOnlySubwoofers, "cutoff");
+    if (!IsOf(object, Family::Subwoofers)) return Error(object, kOnlySubwoofers, "cutoff");
     auto* const subwoofers = PannerOf<SubwoofersPanning>(object, "quilo_pan_update_subwoofers");
     if (subwoofers != nullptr) subwoofers->SetCutoff(hz);
 }

@@ -25,8 +25,7 @@ struct SourceRequest {
 // ---- source: its properties
 
 void SourceSpread(PanObject& object, const SourceRequest& request) {
-    const Pan* engine = object.Engine();
-    if (engine == nullptr || !engine->SupportsSpread()) return Error(object, kNoSpread);
+    if (!IsOf(object, Family::Spreading)) return Error(object, kNoSpread);
     if (!request.values.AreNumbers(1)) {
         return Reject(object, kInvalidSource, request.message);
     }
@@ -41,13 +40,12 @@ void SourceSpreadXyz(PanObject& object, const SourceRequest& request) {
 }
 
 void SourceNumNeighbors(PanObject& object, const SourceRequest& request) {
-    Pan* const engine = object.Engine();
-    if (engine == nullptr || engine->GetType() != Pan::Type::Knn) return Error(object, kOnlyKnn);
+    if (!IsOf(object, Family::Knn)) return Error(object, kOnlyKnn);
     const Atoms& values = request.values;
     if (values.Size() != 1 || !values.IsLong(0)) return Error(object, kInvalidNumNeighbors);
     const int count = VelkMax::SaturatedInt(values.Long(0));
     if (count < 1) return Error(object, kTooFewNeighbors, count);
-    engine->SetNumNeighbors(request.index, static_cast<unsigned>(count));
+    object.Engine()->SetNumNeighbors(request.index, static_cast<unsigned>(count));
 }
 
 void SourceMute(PanObject& object, const SourceRequest& request) {

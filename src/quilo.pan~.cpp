@@ -8,12 +8,14 @@
 #include "QuiloPanObject.h"
 #include "max/VelkMaxDictionaries.h"
 #include "max/VelkMaxStandardMessages.h"
+#include "max/VelkMaxSymbols.h"
 
 #include "ext.h"
 #include "z_dsp.h"
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 using Quilo::PanObject;
@@ -33,51 +35,80 @@ PanRecord& RecordOf(void* x) { return *static_cast<PanRecord*>(x); }
 /// The plain arguments of a box, in their order: all of them are attributes.
 constexpr const char* kCreationArguments[] = {"numinputs", "numoutputs", "type", "subtype"};
 
-void SetPlainArguments(t_object* x, std::span<t_atom> atoms) {
-    const std::size_t count = std::min(atoms.size(), std::size(kCreationArguments));
-    for (std::size_t index = 0; index < count; ++index) {
-        if (atom_gettype(&atoms[index]) == A_OBJ) continue;  // a dictionary in place of arguments
-        object_attr_setvalueof(x, gensym(kCreationArguments[index]), 1, &atoms[index]);
-    }
-}
+/// How an object gets what its box text asks for. A step that fails says so and leaves an object
+/// that is silent or stands at its defaults; the steps behind it are taken all the same.
+class Creation {
+public:
+    Creation(PanObject& object, std::span<t_atom> atoms)
+        : object_(object),
+          x_(MaxObjectOf(object)),
+          atoms_(atoms) {}
 
-/// Settings, engine, attributes of the instance, positions. What fails is posted and leaves an
-/// object that is silent or stands at its defaults.
-void Configure(PanObject& object, std::span<t_atom> atoms) {
-    t_object* const x = MaxObjectOf(object);
-    const auto step = [x](auto&& operation) {
-        return Guarded(x, &object_error, operation,
-                       [x](const char*) { VelkMax::Error(x, VelkMax::kNoMemory); });
-    };
-    const auto plainCount =
-        static_cast<std::size_t>(attr_args_offset(static_cast<short>(atoms.size()), atoms.data()));
-    step([&] {
-        SetPlainArguments(x, atoms.first(plainCount));
-        VelkMax::AttributeArguments arguments(atoms.subspan(plainCount));
-        VelkMax::CreationDictionary dictionary(x, atoms, kCreationArguments);
-        const auto setKnown = [&] {
-            arguments.SetKnown(x);
-            return !dictionary.IsGiven() || dictionary.SetKnown();
+    void Run() {
+        constexpr void (Creation::*kSteps[])() = {
+            &Creation::SetPlainArguments, &Creation::ReadAttributes, &Creation::SetAttributes,
+            &Creation::BuildEngine,       &Creation::AddAttributes,  &Creation::SetAddedAttributes,
+            &Creation::ReportUnknown,     &Creation::PlaceSpeakers,  &Creation::PlaceSources,
         };
-        setKnown();
-        step([&] { object.BuildEngine(); });
-        if (object.Engine() == nullptr) VelkMax::Error(x, Quilo::kNotCreated);
-        Quilo::AddPanInstanceAttributes(object);
-        if (!setKnown()) VelkMax::Error(x, Quilo::kNotCreated);
-        arguments.ReportUnknown(x);
-        if (dictionary.IsGiven()) dictionary.ReportUnknown();
-        step([&] { object.PlaceSpeakers(); });
-        object.PlaceSources();
-    });
-}
+        for (const auto step : kSteps) {
+            Guarded(
+                object_, &object_error, [&] { (this->*step)(); },
+                [this](const char*) { VelkMax::Error(x_, VelkMax::kNoMemory); });
+        }
+    }
+
+private:
+    std::size_t NumPlain() const {
+        return static_cast<std::size_t>(
+            attr_args_offset(static_cast<short>(atoms_.size()), atoms_.data()));
+    }
+    void SetPlainArguments() {
+        const std::size_t count = std::min(NumPlain(), std::size(kCreationArguments));
+        for (std::size_t index = 0; index < count; ++index) {
+            if (atom_gettype(&atoms_[index]) == A_OBJ) continue;  // a dictionary instead
+            object_attr_setvalueof(x_, gensym(kCreationArguments[index]), 1, &atoms_[index]);
+        }
+    }
+    void ReadAttributes() {
+        arguments_.emplace(atoms_.subspan(NumPlain()));
+        dictionary_.emplace(x_, atoms_, kCreationArguments);
+    }
+    /// @return false when there is a dictionary that cannot be read
+    bool SetKnown() {
+        if (arguments_) arguments_->SetKnown(x_);
+        return !dictionary_ || dictionary_->SetKnown();
+    }
+    void SetAttributes() { SetKnown(); }
+    void BuildEngine() {
+        object_.BuildEngine();
+        if (object_.Engine() == nullptr) VelkMax::Error(x_, Quilo::kNotCreated);
+    }
+    void AddAttributes() { Quilo::AddPanInstanceAttributes(object_); }
+    void SetAddedAttributes() {
+        if (!SetKnown()) VelkMax::Error(x_, Quilo::kNotCreated);
+    }
+    void ReportUnknown() {
+        if (arguments_) arguments_->ReportUnknown(x_);
+        if (dictionary_) dictionary_->ReportUnknown();
+    }
+    void PlaceSpeakers() { object_.PlaceSpeakers(); }
+    void PlaceSources() { object_.PlaceSources(); }
+
+    PanObject& object_;
+    t_object* x_;
+    std::span<t_atom> atoms_;
+    std::optional<VelkMax::AttributeArguments> arguments_;
+    std::optional<VelkMax::CreationDictionary> dictionary_;
+};
 
 /// Inlets and outlets, and the audio settings of the moment.
 void Connect(PanRecord& record) {
     PanObject& object = *record.object;
     t_object* const x = MaxObjectOf(object);
     // Outlets are made from right to left: the dump outlet is the rightmost.
-    object_obex_store(x, gensym("dumpout"), static_cast<t_object*>(outlet_new(x, nullptr)));
-    Guarded(x, &object_error, [&] {
+    object_obex_store(x, VelkMax::Symbols().dumpout,
+                      static_cast<t_object*>(outlet_new(x, nullptr)));
+    Guarded(object, &object_error, [&] {
         if (object.Engine() == nullptr) return;
         object.Engine()->SetSampleRate(sys_getsr());
         object.Engine()->SetBufferSize(static_cast<unsigned>(std::max(sys_getblksize(), 0)));
@@ -105,16 +136,18 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
         return nullptr;
     }
     // A box text has fewer atoms than the API's counts of 16 bits.
-    Configure(*record.object,
-              {argv, static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767))});
+    const auto count = static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767));
+    Creation(*record.object, {argv, count}).Run();
     Connect(record);
-    record.object->Complete();
+    Guarded(*record.object, &object_error, [&] { record.object->Complete(); });
     return x;
 }
 
 void quilo_pan_free(void* x) noexcept {
     PanRecord& record = RecordOf(x);
     z_dsp_free(&record.header);  // first: it takes the object out of the running audio
+    if (record.object == nullptr) return;
+    record.object->TheDoor().Close();  // while all that its callers use still stands
     delete record.object;
     record.object = nullptr;
 }
@@ -140,8 +173,8 @@ void quilo_pan_dsp64(void* x,
                      max_long maxvectorsize,
                      max_long) noexcept {
     PanObject& object = PanObject::Of(x);
-    Guarded(MaxObjectOf(object), &object_bug, [&] {
-        const auto lock = object.TheDoor().Wait();
+    Guarded(object, &object_bug, [&] {
+        const VelkMax::Door::Visit inside(object.TheDoor());
         Quilo::Pan* const engine = object.Engine();
         if (engine == nullptr) return;
         engine->SetSampleRate(static_cast<float>(samplerate));
@@ -157,7 +190,7 @@ void quilo_pan_dsp64(void* x,
 void quilo_pan_assist(void* x, void*, max_long io, max_long index, char* text) noexcept {
     PanObject& object = PanObject::Of(x);
     text[0] = '\0';
-    Guarded(MaxObjectOf(object), &object_error, [&] {
+    Guarded(object, &object_error, [&] {
         if (object.Engine() == nullptr || index < 0) return;
         const auto channel = static_cast<unsigned>(index);
         const std::string label = io == ASSIST_INLET ? object.Engine()->InputLabel(channel)

@@ -43,11 +43,35 @@ void SourceMessage(benchmark::State& state) {
     object_free(box);
 }
 
+/// What a second of work in a patcher costs: 250 sources, each moved 1000 times a second, with so
+/// many clients (inspectors, pattr) that ask for the new positions whenever they are told.
+void MoveAll(benchmark::State& state) {
+    t_object* const box = MakeBox("250 8 vbap2d");
+    t_symbol* const source = gensym("source");
+    std::vector<std::vector<t_atom>> moves;
+    for (int index = 1; index <= 250; ++index)
+        moves.push_back(HostApi::ParseAtoms(std::to_string(index) + " azim++ 7"));
+    std::vector<t_object*> clients;
+    for (int client = 0; client < state.range(0); ++client)
+        clients.push_back(HostApi::Watch(box, [box](t_symbol*, t_symbol* attribute) {
+            if (attribute == nullptr) return;
+            benchmark::DoNotOptimize(HostApi::AttributeValue(box, attribute->s_name).size());
+        }));
+    for (auto _ : state) {
+        for (const std::vector<t_atom>& move : moves) HostApi::DeliverMessage(box, 0, source, move);
+        HostApi::AdvanceClocks(1);
+    }
+    state.SetItemsProcessed(state.iterations() * 250);
+    for (t_object* client : clients) object_free(client);
+    object_free(box);
+}
+
 BENCHMARK(CreateObject)
     ->ArgNames({"in", "out"})
     ->Args({2, 8})
     ->Args({250, 250})
     ->Unit(benchmark::kMillisecond);
+BENCHMARK(MoveAll)->ArgName("clients")->Arg(0)->Arg(2)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SourceMessage)->ArgNames({"in", "out"})->Args({2, 8})->Args({250, 250});
 
 }  // namespace

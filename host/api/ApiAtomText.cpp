@@ -194,8 +194,11 @@ std::vector<t_atom> FormatAtoms(const char* format, std::va_list arguments) {
 t_max_err HandOut(std::span<const t_atom> from, max_long* count, t_atom** atoms) {
     char allocated = 0;
     const auto wanted = static_cast<max_long>(from.size());
+    const bool isHandedIn = *count > 0 && *atoms;
+    if (isHandedIn && *count < wanted) return MAX_ERR_OUT_OF_MEM;
     if (const t_max_err error = atom_alloc_array(wanted, count, atoms, &allocated)) return error;
     std::ranges::copy(from, *atoms);
+    *count = wanted;
     return MAX_ERR_NONE;
 }
 

@@ -138,11 +138,8 @@ t_max_err atom_alloc_array(max_long minsize, max_long* count, t_atom** atoms, ch
     if (const auto code = InjectedFailure("atom_alloc_array")) return *code;
     if (!count || !atoms || minsize < 0) return MAX_ERR_INVALID_PTR;
     if (allocated) *allocated = 0;
-    if (*count > 0 && *atoms) {
-        if (*count < minsize) return MAX_ERR_OUT_OF_MEM;  // the caller's memory is too small
-        *count = minsize;
-        return MAX_ERR_NONE;
-    }
+    // Memory that was handed in stays as it is: neither is its size checked nor the count set.
+    if (*count > 0 && *atoms) return MAX_ERR_NONE;
     // One atom at least, so that an empty answer has memory to free as well.
     const auto room = static_cast<t_ptr_size>(std::max(minsize, max_long{1}));
     *atoms = reinterpret_cast<t_atom*>(sysmem_newptrclear(room * sizeof(t_atom)));

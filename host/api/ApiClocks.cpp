@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace HostApi {
@@ -18,6 +19,7 @@ struct Clock {
     void* object;
     method function;
     double dueMs;
+    Target target;
     PutOffCause cause = {};
 
     static Clock* FromObject(t_object* object) { return reinterpret_cast<Clock*>(object); }
@@ -52,18 +54,25 @@ Class& ClockClass() {
     return type;
 }
 
-/// Takes the earliest clock that is due by `untilMs` and moves the time to it; null when none is.
-Clock* TakeDue(double untilMs) {
+/// What a clock calls; a copy, for the clock may be freed while its function is about to run.
+struct Call {
+    method function;
+    void* object;
+    Target target;
+    PutOffCause cause;
+};
+
+/// Takes the earliest clock that is due by `untilMs` and moves the time to it.
+std::optional<Call> TakeDue(double untilMs) {
     Time& time = TheTime();
     const std::lock_guard lock(time.mutex);
     Clock* first = nullptr;
     for (Clock* clock : time.clocks)
         if (clock->dueMs <= untilMs && (!first || clock->dueMs < first->dueMs)) first = clock;
-    if (first) {
-        time.nowMs = std::max(time.nowMs, first->dueMs);
-        first->dueMs = kNotSet;
-    }
-    return first;
+    if (!first) return {};
+    time.nowMs = std::max(time.nowMs, first->dueMs);
+    first->dueMs = kNotSet;
+    return Call{first->function, first->object, first->target, first->cause};
 }
 
 }  // namespace
@@ -72,9 +81,9 @@ void AdvanceClocks(double ms) {
     const double until = systimer_gettime() + std::max(ms, 0.0);
     {
         const ThreadScope scheduler(ThreadKind::Scheduler);
-        while (const Clock* clock = TakeDue(until)) {
-            const CauseScope cause(clock->cause);
-            clock->function(clock->object);
+        while (const auto call = TakeDue(until)) {
+            const CauseScope cause(call->cause);
+            if (CanReach(call->target)) call->function(call->object);
         }
     }
     Time& time = TheTime();
@@ -87,7 +96,7 @@ void AdvanceClocks(double ms) {
 using namespace HostApi;
 
 t_clock* clock_new(void* x, method fn) {
-    auto* const clock = new Clock{{}, x, fn, kNotSet};
+    auto* const clock = new Clock{{}, x, fn, kNotSet, TargetOf(x)};
     AdoptObject(&clock->ob, ClockClass());
     Time& time = TheTime();
     const std::lock_guard lock(time.mutex);

@@ -92,8 +92,9 @@ void CallDeferred(int code, method function, const Message& message) {
                  copy = std::vector(message.atoms.begin(), message.atoms.end())] {
         CallGimme(function, {x, s, copy});
     };
-    Enqueue({message.object, message.selector}, low ? QueueEnd::Back : QueueEnd::Front,
-            std::move(work), code == A_USURP || code == A_USURP_LOW);
+    Enqueue({message.object, message.selector}, message.object,
+            low ? QueueEnd::Back : QueueEnd::Front, std::move(work),
+            code == A_USURP || code == A_USURP_LOW);
 }
 
 t_max_err CallTyped(const t_messlist& entry, const Message& message) {

@@ -5,7 +5,7 @@
 #include "ApiAttributes.h"
 #include "ApiFaults.h"
 #include "ApiOutlets.h"
-#include "ApiThreads.h"
+#include "HostBridge.h"
 
 #include <algorithm>
 #include <deque>
@@ -24,6 +24,7 @@ struct LiveObjects {
     std::unordered_map<const void*, Grave> dead;
     std::deque<std::pair<const void*, std::uint64_t>> deadInOrder;  // the oldest first
     std::uint64_t numDead = 0;                                      // ever
+    std::uint64_t numBorn = 0;
 };
 
 constexpr std::size_t kMostDead = 1024;  // how many are remembered
@@ -36,10 +37,19 @@ LiveObjects& Live() {
 
 using Name = std::pair<const t_symbol*, const t_symbol*>;
 
-std::map<Name, void*>& Names() {
-    static auto& names = *new std::map<Name, void*>;
-    return names;
+/// Who is registered under which name. Its lock also guards names, clients and targets of records,
+/// and is never held while a client is called.
+struct Connections {
+    std::recursive_mutex mutex;
+    std::map<Name, void*> names;
+};
+
+Connections& TheConnections() {
+    static auto& connections = *new Connections;
+    return connections;
 }
+
+auto LockConnections() { return std::lock_guard(TheConnections().mutex); }
 
 /// Remembers an object that died, and forgets the oldest one where there are many.
 void Bury(LiveObjects& live, const void* object, const t_symbol* className) {
@@ -78,6 +88,21 @@ ObjectRecord* FindObject(const void* object) {
     return nullptr;
 }
 
+Target TargetOf(const void* object) {
+    LiveObjects& live = Live();
+    const std::lock_guard lock(live.mutex);
+    const auto found = live.records.find(object);
+    if (found == live.records.end()) return {object, 0, nullptr};
+    return {object, found->second->birth, found->second->type->c_sym};
+}
+
+bool CanReach(const Target& target) {
+    if (target.birth == 0 || TargetOf(target.object).birth == target.birth) return true;
+    object_bug(nullptr, "a deferred call reaches an object of class \"%s\" after it was freed",
+               target.className->s_name);
+    return false;
+}
+
 void ForgetDead() {
     LiveObjects& live = Live();
     const std::lock_guard lock(live.mutex);
@@ -100,6 +125,7 @@ ObjectRecord& AdoptObject(t_object* object, Class& type) {
     auto& record = live.records[object];
     record = std::make_unique<ObjectRecord>();
     record->type = &type;
+    record->birth = ++live.numBorn;
     return *record;
 }
 
@@ -114,13 +140,21 @@ void NotifyClients(void* object, t_symbol* message, void* data) {
     const ObjectRecord* record = FindObject(object);
     if (!record) return;
     using Notify = t_max_err(void*, t_symbol*, t_symbol*, void*, void*);
-    const std::vector<void*> clients = record->clients;  // a client may detach itself
+    std::vector<void*> clients;  // a copy: a client may detach itself
+    t_symbol* name = nullptr;
+    {
+        const auto lock = LockConnections();
+        clients = record->clients;
+        name = record->name;
+    }
+    if (!name) return;
     for (void* client : clients)
         if (const t_messlist* notify = FindMessage(client, gensym("notify")))
-            MaxApi::FromMethod<Notify>(notify->m_fun)(client, record->name, message, object, data);
+            MaxApi::FromMethod<Notify>(notify->m_fun)(client, name, message, object, data);
 }
 
 void DetachEverywhere(void* object, ObjectRecord& record) {
+    const auto lock = LockConnections();
     for (const void* target : std::exchange(record.targets, {}))
         std::erase(FindObject(target)->clients, object);
     for (const void* client : std::exchange(record.clients, {}))
@@ -131,12 +165,11 @@ void DestroyObject(t_object* object) {
     ObjectRecord* const record = FindObject(object);
     if (!record) return;
     Class& type = *record->type;
-    if (record->name) NotifyClients(object, gensym("free"), nullptr);
+    NotifyClients(object, gensym("free"), nullptr);
     if (type.c_freefun) type.c_freefun(object);
     if (record->signalInlets > 0) object_bug(object, "%s", "freed without z_dsp_free");
     object_unregister(object);
     DetachEverywhere(object, *record);
-    ForgetQueued(object);
     FreeStored(record->stored);
     for (Attribute* attribute : record->attributes) DestroyObject(attribute->Object());
     for (Outlet* outlet : record->outlets) DestroyObject(outlet->Object());
@@ -275,29 +308,35 @@ void object_obex_dumpout(void* x, t_symbol* s, max_long argc, t_atom* argv) {
 void* object_register(t_symbol* nameSpace, t_symbol* name, void* x) {
     ObjectRecord* record = FindObject(x);
     if (!record) return nullptr;
+    const auto lock = LockConnections();
     object_unregister(x);
     record->nameSpace = nameSpace;
     record->name = name ? name : symbol_unique();
-    Names()[{record->nameSpace, record->name}] = x;
+    TheConnections().names[{record->nameSpace, record->name}] = x;
     return x;
 }
 
 t_max_err object_unregister(void* x) {
     ObjectRecord* record = FindObject(x);
+    const auto lock = LockConnections();
     if (!record || !record->name) return MAX_ERR_GENERIC;
-    const auto known = Names().find({record->nameSpace, record->name});
-    if (known != Names().end() && known->second == x) Names().erase(known);
+    auto& names = TheConnections().names;
+    const auto known = names.find({record->nameSpace, record->name});
+    if (known != names.end() && known->second == x) names.erase(known);
     record->nameSpace = record->name = nullptr;
     return MAX_ERR_NONE;
 }
 
 void* object_findregistered(t_symbol* nameSpace, t_symbol* name) {
-    const auto found = Names().find({nameSpace, name});
-    return found == Names().end() ? nullptr : found->second;
+    const auto lock = LockConnections();
+    const auto& names = TheConnections().names;
+    const auto found = names.find({nameSpace, name});
+    return found == names.end() ? nullptr : found->second;
 }
 
 t_max_err object_findregisteredbyptr(t_symbol** nameSpace, t_symbol** name, void* x) {
     const ObjectRecord* record = FindObject(x);
+    const auto lock = LockConnections();
     if (!record || !record->name) return MAX_ERR_GENERIC;
     *nameSpace = record->nameSpace;
     *name = record->name;
@@ -315,6 +354,7 @@ t_max_err object_detach(t_symbol* nameSpace, t_symbol* name, void* client) {
 
 t_max_err object_attach_byptr(void* client, void* registered) {
     ObjectRecord* record = FindObject(registered);
+    const auto lock = LockConnections();
     if (!record || !record->name || !FindObject(client)) return MAX_ERR_GENERIC;
     if (std::ranges::find(record->clients, client) != record->clients.end()) return MAX_ERR_NONE;
     record->clients.push_back(client);
@@ -325,6 +365,7 @@ t_max_err object_attach_byptr(void* client, void* registered) {
 t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* nameSpace) {
     const ObjectRecord* record = FindObject(target);
     if (!record) return MAX_ERR_INVALID_PTR;
+    const auto lock = LockConnections();
     if (!record->name) object_register(nameSpace, nullptr, target);
     return object_attach_byptr(client, target);
 }
@@ -332,6 +373,7 @@ t_max_err object_attach_byptr_register(void* client, void* target, t_symbol* nam
 t_max_err object_detach_byptr(void* client, void* registered) {
     ObjectRecord* record = FindObject(registered);
     if (!record) return MAX_ERR_INVALID_PTR;
+    const auto lock = LockConnections();
     if (std::erase(record->clients, client) == 0) return MAX_ERR_GENERIC;
     std::erase(FindObject(client)->targets, registered);
     return MAX_ERR_NONE;
@@ -345,6 +387,6 @@ t_max_err object_notify(void* x, t_symbol* message, void* data) {
         object_bug(static_cast<t_object*>(x), "%s", "attr_modified without an attribute");
         return MAX_ERR_INVALID_PTR;
     }
-    if (record->name) NotifyClients(x, message, data);
+    NotifyClients(x, message, data);
     return MAX_ERR_NONE;
 }

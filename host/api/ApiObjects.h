@@ -9,6 +9,7 @@
 
 #include "ext.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -54,6 +55,7 @@ struct Class : t_class {
 
 struct ObjectRecord {
     Class* type = nullptr;
+    std::uint64_t birth = 0;             // a number of its own, from 1
     std::vector<Attribute*> attributes;  // of the instance, owned
     Store stored;
     std::vector<Outlet*> outlets;  // as made, right to left, owned
@@ -61,6 +63,7 @@ struct ObjectRecord {
     std::size_t signalInlets = 0;
     std::set<const t_symbol*> disabledAttributes;
 
+    // Under the lock of all connections.
     t_symbol* nameSpace = nullptr;  // null while not registered
     t_symbol* name = nullptr;
     std::vector<void*> clients;  // attached to this object
@@ -72,6 +75,17 @@ ObjectRecord* FindObject(const void* object);
 
 /// The same without a report.
 ObjectRecord* FindLive(const void* object);
+
+/// An object as work that was put off knows it.
+struct Target {
+    const void* object = nullptr;
+    std::uint64_t birth = 0;  // 0: any other pointer, of which nothing is known
+    const t_symbol* className = nullptr;
+};
+Target TargetOf(const void* object);
+/// Whether a call that was put off may reach its object; one that would reach a freed object is
+/// reported, also where a younger one stands in its place.  Thread: any.
+bool CanReach(const Target& target);
 
 /// Forgets which objects have died.
 void ForgetDead();

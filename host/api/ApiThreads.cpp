@@ -4,6 +4,7 @@
 
 #include "ApiAtomText.h"
 #include "ApiFaults.h"
+#include "ApiObjects.h"
 
 #include <algorithm>
 #include <atomic>
@@ -23,6 +24,7 @@ namespace {
 struct Work {
     WorkKey key;
     PutOffCause cause;
+    Target target;
     std::function<void()> run;
 };
 
@@ -40,6 +42,13 @@ struct QueueElement {
     void* object;
     method function;
 };
+
+/// Drops what waits under a key's object.
+void ForgetQueued(const void* object) {
+    Queue& queue = MainQueue();
+    const std::lock_guard lock(queue.mutex);
+    std::erase_if(queue.waiting, [object](const Work& w) { return w.key.object == object; });
+}
 
 const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
 thread_local std::optional<ThreadKind> assumedKind;
@@ -70,7 +79,7 @@ void Defer(void* x,
     if (!always && CurrentThreadKind() == ThreadKind::Main) {
         work();
     } else {
-        Enqueue({x, nullptr}, end, std::move(work));
+        Enqueue({x, nullptr}, x, end, std::move(work));
     }
 }
 
@@ -97,7 +106,9 @@ Cause PutOffCause::AtWork() const {
     return isOfAudio_ ? Joined(cause_, {last, last}) : cause_;
 }
 
-void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse) {
+void Enqueue(
+    const WorkKey& key, const void* x, QueueEnd end, std::function<void()> work, bool collapse) {
+    const Target target = TargetOf(x);
     Queue& queue = MainQueue();
     const std::lock_guard lock(queue.mutex);
     PutOffCause cause = PutOffCause::Now();
@@ -107,16 +118,10 @@ void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool 
             return w.key == key;
         });
     if (end == QueueEnd::Front) {
-        queue.waiting.push_front({key, cause, std::move(work)});
+        queue.waiting.push_front({key, cause, target, std::move(work)});
     } else {
-        queue.waiting.push_back({key, cause, std::move(work)});
+        queue.waiting.push_back({key, cause, target, std::move(work)});
     }
-}
-
-void ForgetQueued(const void* object) {
-    Queue& queue = MainQueue();
-    const std::lock_guard lock(queue.mutex);
-    std::erase_if(queue.waiting, [object](const Work& w) { return w.key.object == object; });
 }
 
 std::size_t RunDeferred() {
@@ -132,7 +137,7 @@ std::size_t RunDeferred() {
         const ThreadScope main(ThreadKind::Main);
         const CauseScope cause(work.cause);
         const int around = std::exchange(messagesAround, 0);
-        work.run();
+        if (CanReach(work.target)) work.run();
         messagesAround = around;
         ++count;
         lock.lock();
@@ -194,7 +199,8 @@ void SetElement(t_qelem* q, QueueEnd end) {
     RefusePerform("qelem_set");
     auto* const element = static_cast<QueueElement*>(q);
     Enqueue(
-        {element, nullptr}, end, [element] { element->function(element->object); }, true);
+        {element, nullptr}, element->object, end,
+        [function = element->function, x = element->object] { function(x); }, true);
 }
 
 }  // namespace

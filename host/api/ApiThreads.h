@@ -47,9 +47,15 @@ struct WorkKey {
     bool operator==(const WorkKey&) const = default;
 };
 
-/// Queues work for the main thread.  Work of an object that dies before is dropped with it.
+/// Queues work for the main thread. It stays when its object dies, as in Max: the call is then
+/// reported instead of made.
+/// @param x         whom the work calls
 /// @param collapse  takes the place of work with the same key that still waits.  Thread: any.
-void Enqueue(const WorkKey& key, QueueEnd end, std::function<void()> work, bool collapse = false);
+void Enqueue(const WorkKey& key,
+             const void* x,
+             QueueEnd end,
+             std::function<void()> work,
+             bool collapse = false);
 
 /// Whether this thread is inside a message, and not in work that the queue runs.
 bool InMessage();
@@ -62,8 +68,5 @@ public:
     MessageScope(const MessageScope&) = delete;
     MessageScope& operator=(const MessageScope&) = delete;
 };
-
-/// Drops what waits for an object.
-void ForgetQueued(const void* object);
 
 }  // namespace HostApi

@@ -49,6 +49,33 @@ std::string AnswerFault(Bench& bench, const HostApi::AttributeInfo& attribute) {
     return answer == "outlet: " + name + " " + text ? "" : "answers '" + answer + "'";
 }
 
+/// "" when the getter fills memory that is handed in with room to spare, and leaves memory alone
+/// that has too little.
+std::string BufferFault(const Bench& bench, t_symbol* name) {
+    t_atom mark{};
+    atom_setsym(&mark, gensym("untouched"));
+    const std::vector<t_atom> value = HostApi::AttributeValue(bench.Get(), name->s_name);
+    const auto isMark = [](const t_atom& atom) {
+        return atom_getsym(&atom) == gensym("untouched");
+    };
+    for (const std::size_t room : {value.size() + 3, value.size() - 1}) {
+        if (value.empty() || room == 0) continue;
+        const bool isEnough = room >= value.size();
+        std::vector<t_atom> memory(value.size() + 3, mark);
+        auto argc = static_cast<max_long>(room);
+        t_atom* argv = memory.data();
+        const t_max_err error = object_attr_getvalueof(bench.Get(), name, &argc, &argv);
+        const std::string what = isEnough ? "memory for more: " : "memory for less: ";
+        if (argv != memory.data()) return what + "answers elsewhere";
+        if (isEnough != (error == MAX_ERR_NONE)) return what + "says " + std::to_string(error);
+        if (isEnough && argc != static_cast<max_long>(value.size()))
+            return what + "counts " + std::to_string(argc);
+        const std::span rest = std::span(memory).subspan(isEnough ? value.size() : room);
+        if (!std::ranges::all_of(rest, isMark)) return what + "writes beyond it";
+    }
+    return "";
+}
+
 std::vector<t_atom> AnyAtoms(Random& random) {
     static const auto kAtoms = HostApi::ParseAtoms(
         "0 1 2 -1 3 250 251 100000000000 -9223372036854775808 0. 0.5 -0.5 1e-40 1e30 -1e300 aed "
@@ -124,6 +151,7 @@ void CheckAttributes(Validation& v) {
         if (attribute.flags & (ATTR_GET_OPAQUE | ATTR_GET_OPAQUE_USER)) continue;
         const std::string name = attribute.name->s_name;
         v.report.Refute(name + " answers", AnswerFault(v.bench, attribute));
+        v.report.Refute(name + " answers into", BufferFault(v.bench, attribute.name));
     }
     for (const HostApi::AttributeInfo& attribute : v.bench.Settable()) {
         const std::string name = attribute.name->s_name;

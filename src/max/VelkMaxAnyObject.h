@@ -1,58 +1,54 @@
 // SPDX-License-Identifier: MIT
-// An object as the messages that every object has see it: by its header, whatever its class.
+// The messages that every object answers, as functions of what any object has.
 #pragma once
 
 #include "max/VelkMaxHandlers.h"
+#include "max/VelkMaxObjectParts.h"
 
 namespace VelkMax {
 
-/// What these messages do goes through the attributes, which enter by the object's door one by one.
-/// So they do not hold the door themselves: nothing is locked while a message leaves an outlet.
-/// Only from the audio thread they enter there like any other, for what they do takes long.
-/// @tparam Object  the class behind the header; without a door its messages come as they are
+/// An object by its parts, whatever its class.
+/// @tparam Object  the class behind the header; has Of(void* record) and Parts()
 template <class Object>
 struct AnyObject {
-    t_object header;
+    ObjectParts parts;
 
-    static AnyObject& Of(void* record) { return *static_cast<AnyObject*>(record); }
-    friend t_object* MaxObjectOf(const AnyObject& object) {
-        return &const_cast<AnyObject&>(object).header;
-    }
-
-    struct SideDoor {
-        void* record;
-
-        void Enter(const Letter& letter, Door::Pace pace) const {
-            if constexpr (HasDoor<Object>) {
-                if (systhread_isaudiothread() != 0) {
-                    return Object::Of(record).TheDoor().Enter(letter, pace);
-                }
-            }
-            letter.run(record, letter.name, letter.atoms);
-        }
-    };
-    SideDoor TheDoor() { return {this}; }
+    static AnyObject Of(void* record) { return {Object::Of(record).Parts()}; }
+    friend t_object* MaxObjectOf(const AnyObject& object) { return object.parts.header; }
+    Door& TheDoor() const { return parts.door; }
 };
 
-/// A function of the header as a message of `Object`.
+/// What these messages do goes through the attributes, which enter by the object's door one by one,
+/// and leaves by outlets and the console. So they run outside the door.
 template <class Object, auto Function>
 struct AnyMessage;
 
-template <class Object, class... Arguments, void (*Function)(t_object*, Arguments...)>
+template <class Object, class... Arguments, void (*Function)(const ObjectParts&, Arguments...)>
 struct AnyMessage<Object, Function> {
-    static void Run(AnyObject<Object>& object, Arguments... arguments) {
-        Function(MaxObjectOf(object), arguments...);
+    static void Run(const AnyObject<Object>& object, Arguments... arguments) {
+        Function(object.parts, arguments...);
     }
 };
 
+template <class Object, class... Arguments, void (*Function)(t_object*, Arguments...)>
+struct AnyMessage<Object, Function> {
+    static void Run(const AnyObject<Object>& object, Arguments... arguments) {
+        Function(object.parts.header, arguments...);
+    }
+};
+
+template <class Object, auto Function>
+using AnyMessageHandler = MessageHandler<&AnyMessage<Object, Function>::Run, Letter::Pace::Outside>;
+
 // NOLINTBEGIN(readability-identifier-naming): these read as functions in the tables
 
-/// The registration of `void Function(t_object*)` and of those that take a symbol or atoms, too.
+/// The registration of a function of the header, or of the parts, which may take a symbol or atoms,
+/// too; optional: the symbol may be missing, then the function gets the empty one.
 template <class Object, auto Function>
-inline constexpr MessageRegistration AnyHandler = Handler<&AnyMessage<Object, Function>::Run>;
+inline constexpr MessageRegistration AnyHandler = &AnyMessageHandler<Object, Function>::Register;
 template <class Object, auto Function>
 inline constexpr MessageRegistration AnyOptionalHandler =
-    OptionalHandler<&AnyMessage<Object, Function>::Run>;
+    &AnyMessageHandler<Object, Function>::RegisterOptional;
 
 // NOLINTEND(readability-identifier-naming)
 

@@ -86,6 +86,22 @@ std::string Atoms::Text() const {
     return text;
 }
 
+// The API's helpers leave memory that was handed in as it is: neither is its size checked nor the
+// count set.
+t_max_err ReserveAnswer(std::size_t count, max_long* argc, t_atom** argv) noexcept {
+    const auto needed = static_cast<max_long>(count);
+    if (*argc > 0 && *argv != nullptr) {
+        if (*argc < needed) return MAX_ERR_GENERIC;
+    } else if (needed > 0) {
+        char isAllocated = 0;
+        const t_max_err error = needed == 1 ? atom_alloc(argc, argv, &isAllocated)
+                                            : atom_alloc_array(needed, argc, argv, &isAllocated);
+        if (error != MAX_ERR_NONE || *argv == nullptr) return MAX_ERR_OUT_OF_MEM;
+    }
+    *argc = needed;
+    return MAX_ERR_NONE;
+}
+
 int SaturatedInt(t_atom_long value) noexcept {
     return static_cast<int>(std::clamp<t_atom_long>(value, std::numeric_limits<int>::min(),
                                                     std::numeric_limits<int>::max()));

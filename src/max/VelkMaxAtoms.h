@@ -57,6 +57,11 @@ private:
     std::span<const t_atom> atoms_;
 };
 
+/// Room for the answer of a getter, by the API's protocol: in the caller's memory where it handed
+/// some in, else newly allocated. Then *argc is `count`.
+/// @return the error for the caller: GENERIC, his memory is too small; OUT_OF_MEM, there is none
+t_max_err ReserveAnswer(std::size_t count, max_long* argc, t_atom** argv) noexcept;
+
 /// 1-based number of a message, as far as an int reaches: for console texts.
 int SaturatedInt(t_atom_long value) noexcept;
 

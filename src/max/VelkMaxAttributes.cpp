@@ -2,6 +2,7 @@
 #include "max/VelkMaxAttributes.h"
 
 #include "max/VelkMaxMaxAttribute.h"
+#include "max/VelkMaxSymbols.h"
 
 #include <algorithm>
 #include <charconv>
@@ -117,7 +118,7 @@ void AddInstanceAttribute(t_object* object, const AttributeRow& row) {
 }
 
 t_symbol* AttributeName(void* attribute) {
-    return static_cast<t_symbol*>(object_method_imp(attribute, gensym("getname"), nullptr, nullptr,
+    return static_cast<t_symbol*>(object_method_imp(attribute, Symbols().getName, nullptr, nullptr,
                                                     nullptr, nullptr, nullptr, nullptr, nullptr,
                                                     nullptr));
 }
@@ -149,36 +150,28 @@ void AttributeArguments::ReportUnknown(t_object* object) const {
     }
 }
 
-bool WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values) {
-    if (values.empty()) {
-        *argc = 0;
-        return true;
-    }
-    char isAllocated = 0;
-    const auto count = static_cast<max_long>(values.size());
-    if (atom_alloc_array(count, argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
-    for (std::size_t index = 0; index < values.size(); ++index) {
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values) {
+    const t_max_err error = ReserveAnswer(values.size(), argc, argv);
+    for (std::size_t index = 0; error == MAX_ERR_NONE && index < values.size(); ++index) {
         atom_setfloat(*argv + index, static_cast<double>(values[index]));
     }
-    return true;
+    return error;
 }
 
-bool WriteAnswer(max_long* argc, t_atom** argv, float value) {
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, float value) {
     return WriteAnswer(argc, argv, std::span(&value, 1));
 }
 
-bool WriteAnswer(max_long* argc, t_atom** argv, max_long value) {
-    char isAllocated = 0;
-    if (atom_alloc(argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
-    atom_setlong(*argv, value);
-    return true;
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, max_long value) {
+    const t_max_err error = ReserveAnswer(1, argc, argv);
+    if (error == MAX_ERR_NONE) atom_setlong(*argv, value);
+    return error;
 }
 
-bool WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value) {
-    char isAllocated = 0;
-    if (atom_alloc(argc, argv, &isAllocated) != MAX_ERR_NONE) return false;
-    atom_setsym(*argv, value);
-    return true;
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value) {
+    const t_max_err error = ReserveAnswer(1, argc, argv);
+    if (error == MAX_ERR_NONE) atom_setsym(*argv, value);
+    return error;
 }
 
 }  // namespace VelkMax

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace VelkMax {
@@ -97,30 +98,29 @@ private:
 template <class Value>
 struct ValueReader;
 
-/// Answers a getter's caller by the API's memory protocol. False: no memory.
-bool WriteAnswer(max_long* argc, t_atom** argv, max_long value);
-bool WriteAnswer(max_long* argc, t_atom** argv, float value);
-bool WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value);
-bool WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values);
+/// Answers a getter's caller.  @return as ReserveAnswer
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, max_long value);
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, float value);
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value);
+t_max_err WriteAnswer(max_long* argc, t_atom** argv, std::span<const float> values);
 
 template <class Object, class Get>
 t_max_err AnswerGetter(
     void* record, void* attribute, max_long* argc, t_atom** argv, const Get& get) noexcept {
     const Object& object = Object::Of(record);
-    bool isAsked = true;
-    bool isAnswered = false;
-    Guarded(
-        MaxObjectOf(object), &object_error,
+    t_max_err error = MAX_ERR_GENERIC;  // in the audio thread, which does not wait
+    const bool isOver = Guarded(
+        object, &object_error,
         [&] {
-            const Door::Lock lock = object.TheDoor().Ask();
-            isAsked = lock.owns_lock();
-            if (isAsked) isAnswered = WriteAnswer(argc, argv, get(object));
+            const Door::Visit inside(object.TheDoor(), Door::Patience::WaitsOutsideAudio);
+            if (inside) error = WriteAnswer(argc, argv, get(object));
         },
         [](const char*) {});
-    if (isAnswered) return MAX_ERR_NONE;
-    if (!isAsked) return MAX_ERR_GENERIC;  // in the audio thread, which does not wait
-    Error(object, kNoMemoryForGetter, AttributeName(attribute)->s_name);
-    return MAX_ERR_OUT_OF_MEM;
+    if (!isOver) error = MAX_ERR_OUT_OF_MEM;
+    if (error == MAX_ERR_OUT_OF_MEM) {
+        Error(object, kNoMemoryForGetter, AttributeName(attribute)->s_name);
+    }
+    return error;
 }
 
 template <auto Get>
@@ -141,53 +141,65 @@ struct GetterOf<Get> {
     }
 };
 
-/// Runs a letter that sets an attribute. Clients are told in any case: an inspector that tried in
-/// vain goes back to the value that stands.
-template <class Object, class Value, Range kRange, class Set>
-void RunSetter(void* record, t_symbol* name, Atoms atoms, const Set& set) noexcept {
-    Object& object = Object::Of(record);
-    Guarded(
-        MaxObjectOf(object), &object_error,
-        [&] {
-            const bool isRead = ValueReader<std::remove_cvref_t<Value>>::Read(
-                atoms, kRange, [&](const auto& value) { set(object, value); });
-            if (!isRead) Error(object, kUnreadableValue, name->s_name);
-        },
-        [&](const char* what) { PostOutOfMemory(object, what); });
-    object.TheDoor().Changed(name);
-}
+/// Who announces that an attribute was set through Max.
+enum class Announced : std::uint8_t { ByMax, ByUsToo };
 
-template <class Object, class Value>
-t_max_err EnterSetter(
-    void* record, Letter::Run run, void* attribute, max_long argc, t_atom* argv) noexcept {
-    constexpr bool kIsShort = std::is_arithmetic_v<Value>;
-    if (argc < 1) return MAX_ERR_NONE;
-    Object::Of(record).TheDoor().Enter({run, AttributeName(attribute), Atoms(argc, argv)},
-                                       kIsShort ? Door::Pace::Prompt : Door::Pace::Calm);
-    return MAX_ERR_NONE;
-}
-
-template <auto Set, Range kRange>
-struct SetterOf;
-
-template <class Object, class Value, void (Object::*Set)(Value), Range kRange>
-struct SetterOf<Set, kRange> {
-    static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
-        return EnterSetter<Object, Value>(record, &Run, attribute, argc, argv);
+/// How a setter is called: what stands between its letter and its function.
+template <class Object, class Value, Range kRange, Announced kAnnounced>
+struct SetterCall {
+    static t_max_err Enter(
+        void* record, Letter::Run run, void* attribute, max_long argc, t_atom* argv) noexcept {
+        constexpr bool kIsShort = std::is_arithmetic_v<Value>;
+        if (argc < 1) return MAX_ERR_NONE;
+        Receive<Object>(record, {run, kIsShort ? Letter::Pace::Prompt : Letter::Pace::Calm,
+                                 AttributeName(attribute), Atoms(argc, argv)});
+        return MAX_ERR_NONE;
     }
-    static void Run(void* record, t_symbol* name, Atoms atoms) noexcept {
-        RunSetter<Object, Value, kRange>(
-            record, name, atoms, [](Object& object, const auto& value) { (object.*Set)(value); });
+
+    template <class Set>
+    static void Run(void* record, t_symbol* name, Atoms atoms, const Set& set) noexcept {
+        Object& object = Object::Of(record);
+        Guarded(
+            object, &object_error,
+            [&] {
+                const bool isRead = ValueReader<std::remove_cvref_t<Value>>::Read(
+                    atoms, kRange, [&](const auto& value) { set(object, value); });
+                if (!isRead) Error(object, kUnreadableValue, name->s_name);
+            },
+            [&](const char* what) { PostOutOfMemory(object, what); });
+        // In any case: an inspector that tried in vain goes back to the value that stands.
+        if (kAnnounced == Announced::ByUsToo) return object.TheDoor().Changed(name);
+        object.TheDoor().WasSet(name);
     }
 };
 
-template <class Object, class Value, void (*Set)(Object&, Value), Range kRange>
-struct SetterOf<Set, kRange> {
+template <auto Set, Range kRange, Announced kAnnounced>
+struct SetterOf;
+
+template <class Object, class Value, void (Object::*Set)(Value), Range kRange, Announced kAnnounced>
+struct SetterOf<Set, kRange, kAnnounced> {
+    using SetCall = SetterCall<Object, Value, kRange, kAnnounced>;
     static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
-        return EnterSetter<Object, Value>(record, &Run, attribute, argc, argv);
+        return SetCall::Enter(record, &Run, attribute, argc, argv);
     }
     static void Run(void* record, t_symbol* name, Atoms atoms) noexcept {
-        RunSetter<Object, Value, kRange>(record, name, atoms, Set);
+        SetCall::Run(record, name, atoms,
+                     [](Object& object, const auto& value) { (object.*Set)(value); });
+    }
+};
+
+template <class Object,
+          class Value,
+          void (*Set)(Object&, Value),
+          Range kRange,
+          Announced kAnnounced>
+struct SetterOf<Set, kRange, kAnnounced> {
+    using SetCall = SetterCall<Object, Value, kRange, kAnnounced>;
+    static t_max_err Call(void* record, void* attribute, max_long argc, t_atom* argv) noexcept {
+        return SetCall::Enter(record, &Run, attribute, argc, argv);
+    }
+    static void Run(void* record, t_symbol* name, Atoms atoms) noexcept {
+        SetCall::Run(record, name, atoms, Set);
     }
 };
 
@@ -210,11 +222,16 @@ struct ValueReader<float> {
         return true;
     }
 };
+/// A word; a number is its own text. No symbol is made of it.
 template <>
-struct ValueReader<t_symbol*> {
+struct ValueReader<std::string_view> {
     template <class Use>
     static bool Read(Atoms atoms, Range, Use&& use) {
-        use(atoms.Symbol(0));
+        if (atoms.IsSymbol(0)) {
+            use(std::string_view(atoms.Symbol(0)->s_name));
+        } else {
+            use(std::string_view(atoms.First(1).Text()));
+        }
         return true;
     }
 };
@@ -242,10 +259,17 @@ struct ValueReader<Atoms> {
 };
 
 /// Accessors from two members, `Value Get() const` and `void Set(Value)`, or from two functions,
-/// `Value Get(const Object&)` and `void Set(Object&, Value)`. Value is max_long, float, t_symbol*,
-/// std::vector<float> or, for a setter, Atoms.
-template <auto Get, auto Set, Range kRange = Range{}>
+/// `Value Get(const Object&)` and `void Set(Object&, Value)`. Value is max_long, float,
+/// std::span<const float> or t_symbol* for a getter, max_long, float, std::string_view,
+/// std::vector<float> or Atoms for a setter.
+template <auto Get, auto Set, Range kRange = Range{}, Announced kAnnounced = Announced::ByMax>
 // NOLINTNEXTLINE(readability-identifier-naming): reads as a function in the tables
-inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call, &SetterOf<Set, kRange>::Call, kRange};
+inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call,
+                                      &SetterOf<Set, kRange, kAnnounced>::Call, kRange};
+
+/// The same for an attribute whose setter announces the change itself, whoever set it.
+template <auto Get, auto Set, Range kRange = Range{}>
+// NOLINTNEXTLINE(readability-identifier-naming): as above
+inline constexpr AttributeAccess BindAnnounced = Bind<Get, Set, kRange, Announced::ByUsToo>;
 
 }  // namespace VelkMax

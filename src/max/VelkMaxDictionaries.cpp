@@ -7,6 +7,7 @@
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxState.h"
 #include "max/VelkMaxStateTexts.h"
+#include "max/VelkMaxSymbols.h"
 
 #include <algorithm>
 #include <memory>
@@ -51,25 +52,6 @@ void AppendAll(t_dictionary* dictionary, t_object* object) {
     for (const MaxAttribute& attribute : ListAttributes(object)) {
         AppendAttribute(dictionary, object, attribute.Name());
     }
-}
-
-/// The dictionary that an object gives away; made when it is first wanted, freed with the object.
-/// Null when there is no memory for it.
-t_dictionary* DictionaryOf(t_object* object) {
-    t_symbol* const key = gensym("velkmax_dictionary");
-    t_object* kept = nullptr;
-    object_obex_lookup(object, key, &kept);
-    if (kept != nullptr) return reinterpret_cast<t_dictionary*>(kept);
-    t_dictionary* const made = dictionary_new();
-    if (made == nullptr) return nullptr;
-    t_symbol* name = nullptr;
-    t_dictionary* const registered = dictobj_register(made, &name);
-    if (registered != nullptr &&
-        object_obex_store(object, key, &registered->d_obj) == MAX_ERR_NONE) {
-        return registered;
-    }
-    object_free(made);
-    return nullptr;
 }
 
 // ---- Reading
@@ -118,7 +100,7 @@ public:
         }
     }
     void SetAttributes() {
-        const RestoringState restoring;
+        const RestoringState restoring(RestoringState::By::Message);
         for (Entry& entry : entries_) SetAttribute(object_, entry.key, entry.atoms);
     }
 
@@ -145,7 +127,6 @@ bool ApplyDictionary(t_object* object, t_dictionary* dictionary) {
         }
     }
     entries.SetAttributes();
-    AnnounceState(object);
     return true;
 }
 
@@ -159,7 +140,7 @@ void ReadPlace(t_object* object, const FilePlace& place) {
     Error(object, kDictionaryUnparsed, place.name.c_str());
 }
 
-void AskAndExport(void* x, t_symbol*, short, t_atom*) noexcept {
+void AskAndExport(void* x, t_symbol*, Atoms) noexcept {
     auto* const object = static_cast<t_object*>(x);
     Guarded(object, &object_error, [&] {
         const auto place = AskWhereToSave("file.json", kJson);
@@ -173,14 +154,14 @@ void AskAndExport(void* x, t_symbol*, short, t_atom*) noexcept {
     });
 }
 
-void AskAndRead(void* x, t_symbol*, short, t_atom*) noexcept {
+void AskAndRead(void* x, t_symbol*, Atoms) noexcept {
     auto* const object = static_cast<t_object*>(x);
     Guarded(object, &object_error, [&] {
         if (const auto place = AskForFile({&kJson, 1})) ReadPlace(object, *place);
     });
 }
 
-void ReadNamed(void* x, t_symbol* name, short, t_atom*) noexcept {
+void ReadNamed(void* x, t_symbol* name, Atoms) noexcept {
     auto* const object = static_cast<t_object*>(x);
     Guarded(object, &object_error, [&] {
         if (const auto place = LocateFile(name->s_name)) return ReadPlace(object, *place);
@@ -190,27 +171,44 @@ void ReadNamed(void* x, t_symbol* name, short, t_atom*) noexcept {
 
 }  // namespace
 
+// ---- The dictionary of an object
+
+KeptDictionary::~KeptDictionary() {
+    if (dictionary_ != nullptr) object_free(dictionary_);
+}
+
+t_dictionary* KeptDictionary::Get() {
+    if (dictionary_ != nullptr) return dictionary_;
+    OwnedDictionary made(dictionary_new());
+    if (made == nullptr) return nullptr;
+    t_symbol* name = nullptr;
+    t_dictionary* const registered = dictobj_register(made.get(), &name);
+    if (registered == nullptr) return nullptr;
+    made.release();
+    name_ = name;
+    return dictionary_ = registered;
+}
+
 // ---- Messages
 
-void DumpDictMessage(t_object* object, Atoms atoms) {
-    t_object* const outlet = DumpOutlet(object);
+void DumpDictMessage(const ObjectParts& object, Atoms atoms) {
+    t_object* const outlet = DumpOutlet(object.header);
     if (outlet == nullptr) return;
     for (std::size_t index = 0; index < atoms.Size(); ++index) {
         if (!atoms.IsSymbol(index)) return Reject(object, kInvalidDumpDict, atoms);
     }
-    t_dictionary* const dictionary = DictionaryOf(object);
-    t_symbol* const name = dictionary != nullptr ? dictobj_namefromptr(dictionary) : nullptr;
-    if (name == nullptr) return Error(object, kNotOutlet);
+    t_dictionary* const dictionary = object.dictionary.Get();
+    if (dictionary == nullptr) return Error(object, kNotOutlet);
     dictionary_clear(dictionary);
-    if (atoms.Empty()) AppendAll(dictionary, object);
+    if (atoms.Empty()) AppendAll(dictionary, object.header);
     for (std::size_t index = 0; index < atoms.Size(); ++index) {
-        AppendAttribute(dictionary, object, atoms.Symbol(index));
+        AppendAttribute(dictionary, object.header, atoms.Symbol(index));
     }
+    object_notify(dictionary, Symbols().modified, nullptr);
     t_atom atom{};
-    atom_setsym(&atom, name);
-    if (outlet_anything(outlet, gensym("dictionary"), 1, &atom) == nullptr) {
-        Error(object, kNotOutlet);
-    }
+    atom_setsym(&atom, object.dictionary.Name());
+    // Deliberate: whether anybody is connected does not matter.
+    outlet_anything(outlet, Symbols().dictionary, 1, &atom);
 }
 
 void DictionaryMessage(t_object* object, t_symbol* name) {
@@ -221,11 +219,11 @@ void DictionaryMessage(t_object* object, t_symbol* name) {
     }
 }
 
-void ExportDictMessage(t_object* object) { DeferDialog(object, &AskAndExport); }
+void ExportDictMessage(const ObjectParts& object) { object.door.SendToMain({&AskAndExport}); }
 
-void ReadDictMessage(t_object* object, t_symbol* name) {
-    if (name->s_name[0] == '\0') return DeferDialog(object, &AskAndRead);
-    DeferFileWork(object, &ReadNamed, name);
+void ReadDictMessage(const ObjectParts& object, t_symbol* name) {
+    if (name->s_name[0] == '\0') return object.door.SendToMain({&AskAndRead});
+    object.door.Enter({&ReadNamed, Letter::Pace::InMain, name});
 }
 
 // ---- Creation

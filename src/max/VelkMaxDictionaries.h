@@ -2,19 +2,18 @@
 // The state of an object as a dictionary: one entry an attribute, by its name.
 #pragma once
 
-#include "max/VelkMaxAtoms.h"
+#include "max/VelkMaxObjectParts.h"
 
 namespace VelkMax {
 
-/// The attributes asked for, or all that are listed, out of the dump outlet. The dictionary belongs
-/// to the object, under one name for its life: what came out can be sent back at any time, until
-/// the next message fills it anew.
-void DumpDictMessage(t_object* object, Atoms atoms);
+/// The attributes asked for, or all that are listed, out of the dump outlet. What came out can be
+/// sent back at any time, until the next message fills the object's dictionary anew.
+void DumpDictMessage(const ObjectParts& object, Atoms atoms);
 void DictionaryMessage(t_object* object, t_symbol* name);
 /// Lets the user choose a file, when the message is over.
-void ExportDictMessage(t_object* object);
+void ExportDictMessage(const ObjectParts& object);
 /// @param name  of a JSON file in the search path; the empty symbol lets the user choose one
-void ReadDictMessage(t_object* object, t_symbol* name);
+void ReadDictMessage(const ObjectParts& object, t_symbol* name);
 
 /// The keys of a dictionary in the order in which they were added.
 class DictionaryKeys {

@@ -3,154 +3,357 @@
 
 #include "max/VelkMaxMethod.h"
 #include "max/VelkMaxRestoring.h"
+#include "max/VelkMaxSymbols.h"
+#include "max/VelkMaxTexts.h"
 
 #include <algorithm>
-#include <cstring>
+#include <deque>
+#include <new>
+#include <utility>
 
 namespace VelkMax {
 
+namespace {
+
+bool InAudioThread() noexcept { return systhread_isaudiothread() != 0; }
+
+/// How long after it was put off each duty is done, milliseconds.
+constexpr double kDelaysMs[] = {0, 40, 1000};
+
+}  // namespace
+
+// ---- Handles
+
+// A clock may be about to call its function while its door is closed. So clocks know a handle that
+// is never freed: the late one finds no door, or at worst another object's, which then does a
+// little earlier what it put off.
+struct Door::Handle {
+    std::mutex mutex;
+    Door* door = nullptr;
+
+    struct Pool {
+        std::mutex mutex;
+        std::deque<Handle> handles;
+        std::vector<Handle*> free;
+    };
+    static Pool& ThePool() {
+        static auto& pool = *new Pool;  // clocks may ring while the process ends
+        return pool;
+    }
+
+    static Handle& Of(Door& door) {
+        Pool& pool = ThePool();
+        const std::lock_guard lock(pool.mutex);
+        if (pool.free.empty()) {
+            pool.free.reserve(pool.handles.size() + 1);  // so that Release needs no memory
+            pool.free.push_back(&pool.handles.emplace_back());
+        }
+        Handle& handle = *pool.free.back();
+        pool.free.pop_back();
+        const std::lock_guard own(handle.mutex);
+        handle.door = &door;
+        return handle;
+    }
+    void Release() noexcept {
+        {
+            const std::lock_guard own(mutex);
+            door = nullptr;
+        }
+        Pool& pool = ThePool();
+        const std::lock_guard lock(pool.mutex);
+        pool.free.push_back(this);
+    }
+
+    /// The door, which stands as long as its visitors are counted; null when it has closed.
+    Door* Knock() noexcept {
+        const std::lock_guard lock(mutex);
+        if (door != nullptr) ++door->visitors_;
+        return door;
+    }
+};
+
+// ---- Life
+
+Door::Door(void* record)
+    : record_(record),
+      audioLines_({kAudioLines, kAudioLines * kKeptLineSize, kKeptLineSize}),
+      handle_(Handle::Of(*this)) {
+    Symbols();
+    clocks_[0].clock = clock_new(&handle_, AsMethod(&Ring<Duty::CarryOutLetters>));
+    clocks_[1].clock = clock_new(&handle_, AsMethod(&Ring<Duty::Announce>));
+    clocks_[2].clock = clock_new(&handle_, AsMethod(&Ring<Duty::ReportLosses>));
+    qelem_ = qelem_new(&handle_, AsMethod(&Serve));
+    const auto isMade = [](const Clock& clock) { return clock.clock != nullptr; };
+    if (qelem_ != nullptr && std::ranges::all_of(clocks_, isMade)) return;
+    Close();
+    throw std::bad_alloc();
+}
+
+Door::~Door() { Close(); }
+
+void Door::Open(std::size_t longestLetter) {
+    const std::size_t longest = std::max(kLongestLetter, longestLetter);
+    letters_.emplace(tav::Mailbox<LetterKey, t_atom>::Room{
+        kLetters, std::max(kLetterAtoms, 4 * longest), longest});
+    state_ = State::Open;
+}
+
+void Door::Close() noexcept {
+    if (state_.exchange(State::Closed) == State::Closed) return;
+    handle_.Release();
+    while (visitors_ > 0) std::this_thread::yield();
+    for (Clock& clock : clocks_) {
+        if (clock.clock != nullptr) object_free(clock.clock);
+    }
+    if (qelem_ != nullptr) qelem_free(qelem_);
+    letters_.reset();
+    errands_.clear();
+    const Visit last(*this);
+    CollectAudioLines();
+}
+
+// ---- Coming and going
+
+Door::Visit::Visit(Door& door, Patience patience) : door_(door) {
+    ++door.visitors_;
+    isInside_ = door.Arrive(patience);
+}
+
+Door::Visit::~Visit() {
+    if (isInside_) door_.Leave();
+    --door_.visitors_;
+}
+
+bool Door::Arrive(Patience patience) {
+    const bool inAudio = InAudioThread();
+    if (inAudio && patience == Patience::WaitsOutsideAudio) {
+        if (!mutex_.try_lock()) return false;
+    } else {
+        mutex_.lock();
+    }
+    holder_ = std::this_thread::get_id();
+    return true;
+}
+
+void Door::CollectAudioLines() {
+    while (audioLines_.Take([this](ConsoleRow row, std::span<const char> text) {
+        Say(row, {text.data(), text.size()});
+    })) {}
+}
+
+void Door::Leave() {
+    const std::vector<Line> said = std::exchange(said_, {});
+    const CutLine cutLine = std::exchange(cutLine_, {});
+    const bool hasNews = changes_.numAttributes > 0 || changes_.isOfState;
+    holder_ = std::thread::id();
+    mutex_.unlock();
+    auto* const object = static_cast<t_object*>(record_);
+    for (const Line& line : said) line.row(object, "%s", line.text.c_str());
+    if (cutLine.row != nullptr) cutLine.row(object, "%s", cutLine.text.data());
+    if (hasNews) Set(Duty::Announce);
+}
+
+void Door::Enter(const Letter& letter) {
+    using Pace = Letter::Pace;
+    const bool inAudio = InAudioThread();
+    const bool isForInside = letter.pace == Pace::Prompt || letter.pace == Pace::Calm;
+    if (!inAudio && !isForInside) {
+        if (letter.pace == Pace::InMain && systhread_ismainthread() == 0) return SendToMain(letter);
+        return letter.run(record_, letter.name, letter.atoms);
+    }
+    if (!inAudio) {
+        const Visit inside(*this);
+        CollectAudioLines();  // they are older than what the letter has to say
+        if (state_ != State::Closed) letter.run(record_, letter.name, letter.atoms);
+        return;
+    }
+    if (letter.pace == Pace::Prompt && (!letters_ || letters_->IsEmpty())) {
+        if (const Visit inside(*this, Patience::WaitsOutsideAudio); inside) {
+            return letter.run(record_, letter.name, letter.atoms);
+        }
+    }
+    KeepLetter(letter);
+}
+
 // ---- Letters
 
-bool LetterBox::Keep(const Letter& letter) noexcept {
-    const unsigned written = written_.load(std::memory_order_relaxed);
-    const unsigned waiting = written - read_.load(std::memory_order_acquire);
-    if (waiting == 0) numAtoms_ = 0;
-    const auto count = letter.atoms.Size();
-    if (waiting == kLetters || count > kAtoms - numAtoms_) return false;
-    t_atom* const copy = atoms_.data() + numAtoms_;
-    std::ranges::copy(letter.atoms.Span(), copy);
-    numAtoms_ += static_cast<unsigned>(count);
-    letters_[written % kLetters] = {letter.run, letter.name,
-                                    Atoms(std::span<const t_atom>(copy, count))};
-    written_.store(written + 1, std::memory_order_release);
-    return true;
-}
-
-bool LetterBox::RunOne(void* record) {
-    const unsigned read = read_.load(std::memory_order_relaxed);
-    if (read == written_.load(std::memory_order_acquire)) return false;
-    const Letter& letter = letters_[read % kLetters];
-    letter.run(record, letter.name, letter.atoms);
-    read_.store(read + 1, std::memory_order_release);
-    return true;
-}
-
-// ---- The door
-
-Door::Door(void* record) : record_(record), clock_(clock_new(this, AsMethod(&Tick))) {}
-
-Door::~Door() {
-    if (clock_ != nullptr) object_free(clock_);
-    PostLines();
-}
-
-Door::Lock Door::Ask() const {
-    if (systhread_isaudiothread() == 0) return Wait();
-    return Lock(mutex_, std::try_to_lock);
-}
-
-void Door::Enter(const Letter& letter, Pace pace) {
-    if (systhread_isaudiothread() == 0) return RunInside(letter, Wait());
-    if (pace == Pace::Prompt && letters_.IsEmpty()) {
-        if (Lock lock = Ask()) return RunInside(letter, std::move(lock));
+void Door::KeepLetter(const Letter& letter) noexcept {
+    if (state_ != State::Open) return;
+    LetterKey key{letter.run, letter.pace, letter.name, 0, nullptr};
+    if (letter.numSubjectAtoms > 0 && letter.atoms.IsLong(0)) key.index = letter.atoms.Long(0);
+    if (letter.numSubjectAtoms > 1 && letter.atoms.IsSymbol(1)) {
+        key.property = letter.atoms.Symbol(1);
     }
-    if (clock_ != nullptr && letters_.Keep(letter)) return clock_fdelay(clock_, 0);
-    // A flood: to lose a message would be worse than to wait.
-    RunWaiting();
-    RunInside(letter, Wait());
-}
-
-void Door::RunInside(const Letter& letter, Lock lock) {
-    if (!KeepsLines()) PostLines();  // they are older than what the letter has to say
-    ++depth_;
-    letter.run(record_, letter.name, letter.atoms);
-    const bool isLast = --depth_ == 0;
-    lock.unlock();
-    if (!isLast) return;
-    if (systhread_isaudiothread() == 0) {
-        PostLines();
-        return Announce();
+    using Box = tav::Mailbox<LetterKey, t_atom>;
+    const auto outcome = letters_->Put(key, letter.atoms.Span(), Box::WhenFull::Replace);
+    if (outcome == Box::Outcome::Dropped) {
+        ++numLost_;
+        Set(Duty::ReportLosses);
     }
-    if (clock_ == nullptr) return;  // told with the next message of another thread
-    if (HasNews() && !isAnnouncingSoon_.exchange(true)) clock_fdelay(clock_, kAnnounceMs);
+    Set(Duty::CarryOutLetters);
 }
 
-void Door::RunWaiting() {
-    const Lock lock = Wait();
-    ++depth_;
-    while (letters_.RunOne(record_)) continue;
-    --depth_;
+bool Door::CarryOutOneLetter() {
+    const Visit inside(*this);
+    CollectAudioLines();
+    // Whoever is outside in the middle of a letter goes on with those behind it himself.
+    if (isCarryingOut_ || !letters_) return false;
+    isCarryingOut_ = isLate_ = true;
+    const bool isTaken =
+        letters_->Take([this](const LetterKey& key, std::span<const t_atom> atoms) {
+            const Letter letter{key.run, key.pace, key.name, Atoms(atoms)};
+            if (key.pace == Letter::Pace::Prompt || key.pace == Letter::Pace::Calm) {
+                letter.run(record_, letter.name, letter.atoms);
+            } else {
+                StepOutside([&] { Enter(letter); });
+            }
+        });
+    isCarryingOut_ = isLate_ = false;
+    return isTaken;
+}
+
+void Door::ReportLosses() {
+    if (const int numLost = numLost_.exchange(0); numLost > 0) {
+        Warn(static_cast<t_object*>(record_), kLettersLost, numLost);
+    }
 }
 
 // ---- Changes
 
-void Door::Changed(t_symbol* attribute) noexcept {
-    for (std::atomic<t_symbol*>& place : changed_) {
-        t_symbol* found = nullptr;
-        if (place.compare_exchange_strong(found, attribute) || found == attribute) return;
-    }
+void Door::NoteChange(t_symbol* attribute) noexcept {
+    if (state_ != State::Open) return;
+    // The audio thread restores nothing, and is spared a look at what belongs to a thread.
+    if (InAudioThread() || !RestoringState::IsByClient()) changes_.isOfState = true;
+    if (attribute == nullptr) return;
+    const auto known = std::span(changes_.attributes).first(changes_.numAttributes);
+    if (std::ranges::find(known, attribute) != known.end()) return;
+    if (known.size() < kMostChanges) changes_.attributes[changes_.numAttributes++] = attribute;
+}
+
+void Door::Changed(t_symbol* attribute) noexcept { NoteChange(attribute); }
+
+void Door::WasSet(t_symbol* attribute) noexcept {
+    if (isLate_) return NoteChange(attribute);
+    NoteChange(nullptr);
+    const auto known = std::span(changes_.attributes).first(changes_.numAttributes);
+    const auto place = std::ranges::find(known, attribute);
+    if (place == known.end()) return;
+    *place = known.back();
+    --changes_.numAttributes;
 }
 
 void Door::Announce() {
-    auto* const object = static_cast<t_object*>(record_);
-    bool hasNews = false;
-    for (std::atomic<t_symbol*>& place : changed_) {
-        if (t_symbol* const attribute = place.exchange(nullptr)) {
-            object_attr_touch(object, attribute);
-            hasNews = true;
-        }
+    Changes changes;
+    {
+        const std::lock_guard lock(mutex_);
+        changes = std::exchange(changes_, {});
     }
-    if (hasNews) AnnounceState(object);
-}
-
-bool Door::HasNews() const noexcept {
-    return std::ranges::any_of(changed_, [](const auto& name) { return name.load(); }) ||
-           std::ranges::any_of(lines_, [](const Line& line) { return line.state == Line::Ready; });
+    auto* const object = static_cast<t_object*>(record_);
+    for (t_symbol* attribute : std::span(changes.attributes).first(changes.numAttributes)) {
+        object_attr_touch(object, attribute);
+    }
+    if (changes.isOfState) object_notify(object, Symbols().modified, nullptr);
 }
 
 // ---- Console lines
 
-void Door::KeepLine(ConsoleRow row, const char* text) const noexcept {
-    for (Line& line : lines_) {
-        Line::State found = Line::Free;
-        if (!line.state.compare_exchange_strong(found, Line::Written)) continue;
-        line.row = row;
-        std::ranges::copy_n(text, static_cast<std::ptrdiff_t>(std::strlen(text) + 1), line.text);
-        line.state = Line::Ready;
-        return;
+bool Door::KeepsLines() const noexcept {
+    return InAudioThread() || holder_ == std::this_thread::get_id();
+}
+
+void Door::KeepLine(ConsoleRow row, std::string_view text) noexcept {
+    if (!InAudioThread()) return Say(row, text);
+    const std::span line(text.data(), std::min(text.size(), kKeptLineSize));
+    using Box = tav::Mailbox<ConsoleRow, char>;
+    audioLines_.Put(row, line, Box::WhenFull::Drop);
+    Set(Duty::Announce);
+}
+
+void Door::Say(ConsoleRow row, std::string_view text) noexcept {
+    try {
+        said_.push_back({row, std::string(text)});
+    } catch (const std::bad_alloc&) {
+        if (cutLine_.row != nullptr) return;
+        cutLine_.row = row;
+        const std::string_view head = text.substr(0, kKeptLineSize - 1);
+        *std::ranges::copy(head, cutLine_.text.begin()).out = '\0';
     }
 }
 
-void Door::PostLines() {
-    for (Line& line : lines_) {
-        Line::State found = Line::Ready;
-        if (!line.state.compare_exchange_strong(found, Line::Written)) continue;
-        line.row(static_cast<t_object*>(record_), "%s", line.text);
-        line.state = Line::Free;
+// ---- Clocks and the main thread
+
+void Door::Set(Duty duty) noexcept {
+    if (state_ != State::Open) return;
+    Clock& clock = clocks_[static_cast<std::size_t>(duty)];
+    if (!clock.isSet.exchange(true)) {
+        clock_fdelay(clock.clock, kDelaysMs[static_cast<std::size_t>(duty)]);
     }
 }
 
-// ---- Off the audio thread
-
-void Door::CatchUp() {
-    PostLines();
-    RunWaiting();
-    Announce();
+void Door::Do(Duty duty) {
+    clocks_[static_cast<std::size_t>(duty)].isSet = false;
+    switch (duty) {
+        case Duty::CarryOutLetters:
+            while (CarryOutOneLetter()) continue;
+            return;
+        case Duty::Announce: {
+            const Visit inside(*this);
+            CollectAudioLines();
+        }
+            return Announce();
+        case Duty::ReportLosses: return ReportLosses();
+    }
 }
 
-void Door::Tick(void* door) noexcept {
-    Door& self = *static_cast<Door*>(door);
-    self.isAnnouncingSoon_ = false;
-    if (systhread_isaudiothread() == 0) return self.CatchUp();
-    // The clock itself runs in the audio interrupt: the main thread is the only way out.
-    if (self.letters_.IsEmpty() && !self.HasNews()) return;
-    t_atom atom{};
-    atom_setobj(&atom, door);
-    defer_low(self.record_, AsMethod(&RunDeferred), nullptr, 1, &atom);
+template <Door::Duty kDuty>
+void Door::Ring(void* handle) {
+    Door* const door = static_cast<Handle*>(handle)->Knock();
+    if (door == nullptr) return;
+    if (!InAudioThread()) {
+        door->Do(kDuty);
+    } else {
+        // The scheduler runs in the audio interrupt: the main thread is the only way out.
+        door->clocks_[static_cast<std::size_t>(kDuty)].isDue = true;
+        qelem_set(door->qelem_);
+    }
+    --door->visitors_;
 }
 
-void Door::RunDeferred(void*, t_symbol*, short, t_atom* door) noexcept {
-    static_cast<Door*>(atom_getobj(door))->CatchUp();
+void Door::Serve(void* handle) {
+    Door* const door = static_cast<Handle*>(handle)->Knock();
+    if (door == nullptr) return;
+    for (const Duty duty : {Duty::CarryOutLetters, Duty::Announce, Duty::ReportLosses}) {
+        Clock& clock = door->clocks_[static_cast<std::size_t>(duty)];
+        if (clock.isDue.exchange(false)) door->Do(duty);
+    }
+    const std::vector<Errand> errands = door->TakeErrands();
+    void* const record = door->record_;
+    --door->visitors_;
+    // A dialog may take the object away: nobody waits for it, and the errands behind it are lost.
+    for (const Errand& errand : errands) {
+        Door* const still = static_cast<Handle*>(handle)->Knock();
+        if (still == nullptr) return;
+        --still->visitors_;
+        errand.run(record, errand.name, Atoms(std::span(errand.atoms)));
+    }
+}
+
+void Door::SendToMain(const Letter& letter) noexcept {
+    try {
+        const auto atoms = letter.atoms.Span();
+        Errand errand{letter.run, letter.name, {atoms.begin(), atoms.end()}};
+        const std::lock_guard lock(mutex_);
+        if (state_ == State::Closed) return;
+        errands_.push_back(std::move(errand));
+        qelem_set(qelem_);
+    } catch (const std::bad_alloc& failure) {
+        Error(static_cast<t_object*>(record_), kOutOfMemory, failure.what());
+    }
+}
+
+std::vector<Door::Errand> Door::TakeErrands() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(errands_, {});
 }
 
 }  // namespace VelkMax

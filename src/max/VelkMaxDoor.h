@@ -3,112 +3,225 @@
 //
 // They come from the main thread, from the scheduler, and, where a patcher runs its scheduler in
 // the audio interrupt, from the audio thread. The first two wait for each other. The audio thread
-// never waits: what cannot be done at once is kept and done a moment later, off the audio thread
-// where there is a way to leave it.
+// never waits: what cannot be done at once is kept and done a moment later, off the audio thread.
+//
+// Nothing of Max's is called while somebody is inside: console lines wait until he has left, and
+// changes are announced later, together. Clients may therefore ask back at any time.
+//
+//   what waits            written by             told or done by, and when
+//   letters               audio                  scheduler at its next tick, else main
+//   lines of audio        audio                  the next message, or within 40 ms
+//   said lines            whoever is inside      the same thread, when it has left
+//   changes               whoever is inside      scheduler or main, at most every 40 ms
+//   lost letters          audio                  scheduler or main, at most once a second
+//   errands               any but audio          main
+//
+// Pattern: Open, then anything, Close while all that visitors use still stands.
 #pragma once
 
+#include "containers/VelkDspMailbox.h"
 #include "max/VelkMaxAtoms.h"
 #include "max/VelkMaxText.h"
 
 #include <array>
 #include <atomic>
 #include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
 
 namespace VelkMax {
 
 /// One call of a message or of an attribute's setter. `run` lets nothing escape.
 struct Letter {
     using Run = void (*)(void* record, t_symbol* name, Atoms atoms);
+    /// Where it runs.
+    enum class Pace : std::uint8_t {
+        Prompt,   // inside; short: the audio thread does it itself when nothing is in its way
+        Calm,     // inside; may allocate and compute for long: never in the audio thread
+        Outside,  // with nobody held up, since it calls Max: never in the audio thread
+        InMain,   // the same, in the main thread: for work on files
+    };
+
     Run run = nullptr;
+    Pace pace = Pace::Calm;
     t_symbol* name = nullptr;
     Atoms atoms{};
+    /// How many of the first atoms say what the letter is about, such as the number of a source and
+    /// the property: of letters about the same only the newest is worth keeping.  At most 2
+    unsigned numSubjectAtoms = 0;
 };
 
-/// Letters that wait, with copies of their atoms. One thread keeps, one at a time takes.
-class LetterBox {
-public:
-    bool IsEmpty() const noexcept {
-        return read_.load(std::memory_order_acquire) == written_.load(std::memory_order_acquire);
-    }
-    /// False: no room.  No allocation.
-    bool Keep(const Letter& letter) noexcept;
-    /// Runs the oldest letter; false when there is none.
-    bool RunOne(void* record);
-
-private:
-    static constexpr unsigned kLetters = 32;
-    static constexpr unsigned kAtoms = 1024;  // the positions of 250 loudspeakers are one letter
-
-    std::array<Letter, kLetters> letters_;
-    std::array<t_atom, kAtoms> atoms_{};
-    unsigned numAtoms_ = 0;              // the writer's own; from 0 again whenever all is read
-    std::atomic<unsigned> written_ = 0;  // letters, ever
-    std::atomic<unsigned> read_ = 0;
+/// What a letter is about; two with the same key differ in their values only.
+struct LetterKey {
+    Letter::Run run = nullptr;
+    Letter::Pace pace = Letter::Pace::Calm;
+    t_symbol* name = nullptr;
+    t_atom_long index = 0;
+    t_symbol* property = nullptr;
+    bool operator==(const LetterKey&) const = default;
 };
 
 class Door {
 public:
-    using Lock = std::unique_lock<std::recursive_mutex>;
+    enum class Patience : std::uint8_t { Waits, WaitsOutsideAudio };
 
-    /// What the audio thread may do.
-    enum class Pace : std::uint8_t {
-        Prompt,  // short: at once when nobody else is inside and nothing waits
-        Calm,    // may allocate, compute for long, post: never in the audio thread
-    };
+    class Visit;
 
     /// @param record  begins with the object's header and outlives this
+    /// Throws: std::bad_alloc, also where Max has no clock left.
     explicit Door(void* record);
     ~Door();
     Door(const Door&) = delete;
     Door& operator=(const Door&) = delete;
 
-    /// Runs the letter alone, now or soon; letters of the audio thread keep their order. Then
-    /// announces what changed, with nobody inside, so that a client may ask back.  Thread: any
-    void Enter(const Letter& letter, Pace pace);
+    /// From now on changes are announced and letters of the audio thread kept.
+    /// @param longestLetter  atoms that the object needs; one that is longer than them and than
+    /// 1024 atoms is lost when it comes from the audio thread
+    /// Throws: std::bad_alloc.
+    void Open(std::size_t longestLetter);
+    /// Ends all that was put off: letters and errands are dropped, no clock comes back. Waits for
+    /// those who are inside; nobody enters any more.  Thread: main, once audio has let go.
+    void Close() noexcept;
 
-    /// For what Max itself asks of the object.  Thread: not audio.
-    [[nodiscard]] Lock Wait() const { return Lock(mutex_); }
-    /// Empty-handed where the audio thread would have to wait.  Thread: any
-    [[nodiscard]] Lock Ask() const;
+    /// Runs the letter where it belongs, now or soon; letters of the audio thread keep their order.
+    /// Thread: any, not inside
+    void Enter(const Letter& letter);
 
-    /// An attribute has another value now: its clients, such as inspectors, are told once the
-    /// caller has left. What the audio thread changes is collected and told a few times a second.
+    /// Lets others in while `work` runs: for long work on copies.  Thread: inside, not audio
+    template <class Work>
+    void StepOutside(const Work& work);
+
+    /// Runs the letter in the main thread, outside the door, once the current message is over:
+    /// only then dialogs may open.  Thread: any but audio, not inside
+    void SendToMain(const Letter& letter) noexcept;
+
+    /// An attribute has another value now and Max does not know of it.
     /// @param attribute  its name.  Thread: any, inside
     void Changed(t_symbol* attribute) noexcept;
+    /// The same for an attribute that Max itself is setting. It tells the clients when the setter
+    /// returns, so that nothing of this attribute is left to be announced, unless the setter is
+    /// carried out later.  Thread: any, inside
+    void WasSet(t_symbol* attribute) noexcept;
 
     /// Whether the calling thread may not post.  Thread: any
-    bool KeepsLines() const noexcept { return systhread_isaudiothread() != 0; }
-    /// Keeps a console line until a thread comes that may post it. Of a flood the first are kept.
-    /// Thread: any
-    void KeepLine(ConsoleRow row, const char* text) const noexcept;
+    bool KeepsLines() const noexcept;
+    /// Whether a line beyond kKeptLineSize would be kept whole.  Thread: any
+    static bool KeepsLongLines() noexcept { return systhread_isaudiothread() == 0; }
+    /// Keeps a console line until it may be posted. Of a flood in the audio thread the first lines
+    /// are kept, and cut at kKeptLineSize.  Thread: audio, or inside
+    void KeepLine(ConsoleRow row, std::string_view text) noexcept;
 
 private:
-    static constexpr double kAnnounceMs = 40;
+    // What may wait, at least: atoms of one letter, letters, atoms of all.
+    static constexpr std::size_t kLongestLetter = 1024;
+    static constexpr unsigned kLetters = 256;
+    static constexpr std::size_t kLetterAtoms = 4096;
+    static constexpr unsigned kAudioLines = 8;
+    static constexpr std::size_t kMostChanges = 40;  // more than an object has attributes
 
     struct Line {
-        enum State : unsigned { Free, Written, Ready };
-        std::atomic<State> state = Free;
         ConsoleRow row = nullptr;
-        char text[kKeptLineSize] = "";
+        std::string text;
+    };
+    /// The one line that can be kept without memory.
+    struct CutLine {
+        ConsoleRow row = nullptr;
+        std::array<char, kKeptLineSize> text{};
+    };
+    struct Errand {
+        Letter::Run run;
+        t_symbol* name;
+        std::vector<t_atom> atoms;
+    };
+    struct Changes {
+        std::array<t_symbol*, kMostChanges> attributes{};
+        std::size_t numAttributes = 0;
+        bool isOfState = false;  // the whole value, as pattr sees it
     };
 
-    bool HasNews() const noexcept;
-    void RunInside(const Letter& letter, Lock lock);
-    void RunWaiting();
-    void PostLines();
+    enum class State : std::uint8_t { New, Open, Closed };
+
+    /// What is put off, each with a clock of its own.
+    enum class Duty : std::uint8_t { CarryOutLetters, Announce, ReportLosses };
+    struct Clock {
+        t_clock* clock = nullptr;
+        std::atomic<bool> isSet = false;  // and its duty not done yet
+        std::atomic<bool> isDue = false;  // it rang in the audio interrupt: main does the duty
+    };
+    /// What clocks and queue elements know: it outlives the door.
+    struct Handle;
+
+    bool Arrive(Patience patience);
+    void Leave();
+    /// What the audio thread has said is posted by this visit.
+    void CollectAudioLines();
+    void Say(ConsoleRow row, std::string_view text) noexcept;
+    void NoteChange(t_symbol* attribute) noexcept;
+    void KeepLetter(const Letter& letter) noexcept;
+    void Set(Duty duty) noexcept;
+    void Do(Duty duty);
+    bool CarryOutOneLetter();
     void Announce();
-    void CatchUp();
-    static void Tick(void* door) noexcept;
-    static void RunDeferred(void*, t_symbol*, short, t_atom* door) noexcept;
+    void ReportLosses();
+    std::vector<Errand> TakeErrands();
+
+    template <Duty kDuty>
+    static void Ring(void* handle);
+    static void Serve(void* handle);
 
     void* record_;
-    mutable std::recursive_mutex mutex_;
-    int depth_ = 0;  // of callers inside each other; under the mutex
-    LetterBox letters_;
-    std::array<std::atomic<t_symbol*>, 40> changed_{};  // more than an object has attributes
-    mutable std::array<Line, 8> lines_;
-    std::atomic<bool> isAnnouncingSoon_ = false;
-    t_clock* clock_;
+    std::mutex mutex_;
+    std::atomic<std::thread::id> holder_;  // of the mutex
+    std::atomic<int> visitors_ = 0;        // who enter, are inside or leave
+    std::atomic<State> state_ = State::New;
+
+    // Under the mutex.
+    bool isLate_ = false;         // what runs now is a letter that was kept
+    bool isCarryingOut_ = false;  // somebody carries out letters, even while he is outside
+    Changes changes_;
+    std::vector<Line> said_;
+    CutLine cutLine_;
+    std::vector<Errand> errands_;
+
+    std::optional<tav::Mailbox<LetterKey, t_atom>> letters_;
+    tav::Mailbox<ConsoleRow, char> audioLines_;
+    std::atomic<int> numLost_ = 0;
+
+    Handle& handle_;
+    std::array<Clock, 3> clocks_;
+    t_qelem* qelem_ = nullptr;  // runs Serve in the main thread
 };
+
+/// Inside from its making to its end; what was said meanwhile is posted then.
+class Door::Visit {
+public:
+    explicit Visit(Door& door, Patience patience = Patience::Waits);
+    ~Visit();
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+
+    /// False where the audio thread would have had to wait.
+    explicit operator bool() const noexcept { return isInside_; }
+
+private:
+    Door& door_;
+    bool isInside_;
+};
+
+template <class Work>
+void Door::StepOutside(const Work& work) {
+    struct Return {
+        ~Return() {
+            door.Arrive(Patience::Waits);
+            door.isLate_ = wasLate;
+        }
+        Door& door;
+        bool wasLate;
+    };
+    const Return after{*this, std::exchange(isLate_, false)};
+    Leave();
+    work();
+}
 
 }  // namespace VelkMax

@@ -56,14 +56,6 @@ std::optional<FilePlace> AskWhereToSave(const char* proposedName, t_fourcc type)
     return place;
 }
 
-void DeferDialog(t_object* object, DeferredFunction* function) {
-    defer_low(object, AsMethod(function), nullptr, 0, nullptr);
-}
-
-void DeferFileWork(t_object* object, DeferredFunction* function, t_symbol* word) {
-    defer_medium(object, AsMethod(function), word, 0, nullptr);
-}
-
 std::string FullPath(const FilePlace& place) {
     PathBuffer path{};
     const t_max_err error =

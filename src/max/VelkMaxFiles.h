@@ -30,17 +30,10 @@ struct FilePlace {
 std::optional<FilePlace> LocateFile(const char* name);
 
 /// Lets the user choose; nothing when the dialog is cancelled. Never call them in the stack of a
-/// message: see DeferDialog.
+/// message: see Door::SendToMain.
 /// @param types  that the dialog shows; none: all
 std::optional<FilePlace> AskForFile(std::span<const t_fourcc> types);
 std::optional<FilePlace> AskWhereToSave(const char* proposedName, t_fourcc type);
-
-using DeferredFunction = void(void* x, t_symbol* word, short argc, t_atom* argv) noexcept;
-
-/// Runs `function` in the main thread when the current message is over, where dialogs may open.
-void DeferDialog(t_object* object, DeferredFunction* function);
-/// Runs `function` at once in the main thread, from any other thread later: for work on files.
-void DeferFileWork(t_object* object, DeferredFunction* function, t_symbol* word);
 
 /// The full path as the operating system writes it; only the name when Max cannot tell.
 std::string FullPath(const FilePlace& place);

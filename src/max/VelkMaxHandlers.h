@@ -3,7 +3,7 @@
 //
 // Nothing may leave them by an exception, so the only catch clauses of the binding are here. An
 // object takes part with a static Of(void* record), which finds it, and TheDoor(), through which
-// its messages and attributes enter one at a time. One without a door takes them as they come.
+// its messages and attributes enter one at a time.
 #pragma once
 
 #include "max/VelkMaxDoor.h"
@@ -15,12 +15,12 @@
 
 namespace VelkMax {
 
-/// Runs `operation`; what escapes it becomes one console line of `object`.
+/// Runs `operation`; what escapes it becomes one console line of `object`, as for Post.
 /// @param row  object_error for what users can cause, object_bug where Max is the caller
 /// @param outOfMemory  called with the failure's own text when memory is short; must not throw
 /// @return whether the operation ran to its end
-template <class Operation, class OutOfMemory>
-bool Guarded(t_object* object,
+template <class Object, class Operation, class OutOfMemory>
+bool Guarded(const Object& object,
              ConsoleRow row,
              Operation&& operation,
              OutOfMemory&& outOfMemory) noexcept {
@@ -28,19 +28,19 @@ bool Guarded(t_object* object,
         operation();
         return true;
     } catch (const tav::Exception& failure) {
-        PostRow(row, object, kLibraryException, failure.what());
+        Say(row, object, kLibraryException, failure.what());
     } catch (const std::bad_alloc& failure) {
         outOfMemory(failure.what());
     } catch (...) {
-        PostRow(row, object, kUnknownException);
+        Say(row, object, kUnknownException);
     }
     return false;
 }
 
-template <class Operation>
-bool Guarded(t_object* object, ConsoleRow row, Operation&& operation) noexcept {
+template <class Object, class Operation>
+bool Guarded(const Object& object, ConsoleRow row, Operation&& operation) noexcept {
     return Guarded(object, row, operation,
-                   [&](const char* what) { PostRow(row, object, kOutOfMemory, what); });
+                   [&](const char* what) { Say(row, object, kOutOfMemory, what); });
 }
 
 /// Says that memory ran short: while an object is being made that is one text for all that fails.
@@ -75,39 +75,28 @@ struct MessageRow {
 };
 
 template <class Object>
-concept HasDoor = requires(Object& object) {
-    object.TheDoor();
-};
-
-/// Runs a letter as the object's door has it.
-template <class Object>
-void Receive(void* record, const Letter& letter, Door::Pace pace) {
-    if constexpr (HasDoor<Object>) {
-        Object::Of(record).TheDoor().Enter(letter, pace);
-    } else {
-        letter.run(record, letter.name, letter.atoms);
-    }
+void Receive(void* record, const Letter& letter) noexcept {
+    Object::Of(record).TheDoor().Enter(letter);
 }
 
-/// What all forms of a message share: the guarded run of a letter.
-template <class Object, auto Function>
-struct MessageRun {
-    template <class... Arguments>
-    static void Run(void* record, Arguments... arguments) noexcept {
-        Object& object = Object::Of(record);
-        Guarded(MaxObjectOf(object), &object_error, [&] { Function(object, arguments...); });
-    }
-};
+template <class Object, auto Function, class... Arguments>
+void RunGuarded(void* record, Arguments... arguments) noexcept {
+    decltype(auto) object = Object::Of(record);
+    Guarded(object, &object_error, [&] { Function(object, arguments...); });
+}
 
-template <auto Function, Door::Pace kPace = Door::Pace::Calm>
+/// @tparam kNumSubjectAtoms  as in Letter
+template <auto Function, Letter::Pace kPace = Letter::Pace::Calm, unsigned kNumSubjectAtoms = 0>
 struct MessageHandler;
 
 /// A message without arguments.
-template <class Object, void (*Function)(Object&), Door::Pace kPace>
-struct MessageHandler<Function, kPace> {
-    static void Call(void* record) noexcept { Receive<Object>(record, {&Run}, kPace); }
+template <class Object, void (*Function)(Object), Letter::Pace kPace, unsigned kNumSubjectAtoms>
+struct MessageHandler<Function, kPace, kNumSubjectAtoms> {
+    static void Call(void* record) noexcept {
+        Receive<std::remove_cvref_t<Object>>(record, {&Run, kPace});
+    }
     static void Run(void* record, t_symbol*, Atoms) noexcept {
-        MessageRun<Object, Function>::Run(record);
+        RunGuarded<std::remove_cvref_t<Object>, Function>(record);
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, 0);
@@ -115,45 +104,48 @@ struct MessageHandler<Function, kPace> {
 };
 
 /// A message with a free list of arguments.
-template <class Object, void (*Function)(Object&, Atoms), Door::Pace kPace>
-struct MessageHandler<Function, kPace> {
+template <class Object,
+          void (*Function)(Object, Atoms),
+          Letter::Pace kPace,
+          unsigned kNumSubjectAtoms>
+struct MessageHandler<Function, kPace, kNumSubjectAtoms> {
     static void Call(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
-        Receive<Object>(record, {&Run, name, Atoms(argc, argv)}, kPace);
+        Receive<std::remove_cvref_t<Object>>(
+            record, {&Run, kPace, name, Atoms(argc, argv), kNumSubjectAtoms});
     }
     static void Run(void* record, t_symbol*, Atoms atoms) noexcept {
-        MessageRun<Object, Function>::Run(record, atoms);
+        RunGuarded<std::remove_cvref_t<Object>, Function>(record, atoms);
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, A_GIMME, 0);
     }
 
-    // The same, done by the main thread: what touches files or lets the user choose one.
-    static void CallDeferred(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
-        Receive<Object>(record, {&Defer, name, Atoms(argc, argv)}, Door::Pace::Calm);
+    // The same, brought by the main thread: what touches files.
+    static void CallInMain(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
+        Receive<std::remove_cvref_t<Object>>(
+            record, {&BringIn, Letter::Pace::InMain, name, Atoms(argc, argv)});
     }
-    static void Defer(void* record, t_symbol* name, Atoms atoms) noexcept {
-        std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
-        const auto count = static_cast<short>(std::min<std::size_t>(copy.size(), 32767));
-        defer_medium(record, AsMethod(&RunDeferred), name, count, copy.data());
-    }
-    static void RunDeferred(void* record, t_symbol* name, short argc, t_atom* argv) noexcept {
-        Call(record, name, argc, argv);
+    static void BringIn(void* record, t_symbol* name, Atoms atoms) noexcept {
+        Receive<std::remove_cvref_t<Object>>(record, {&Run, kPace, name, atoms});
     }
     static t_max_err RegisterDeferred(t_class* type, const char* name) {
-        return class_addmethod(type, AsMethod(&CallDeferred), name, A_GIMME, 0);
+        return class_addmethod(type, AsMethod(&CallInMain), name, A_GIMME, 0);
     }
 };
 
 /// A message with one symbol; Max refuses any other before the handler runs.
-template <class Object, void (*Function)(Object&, t_symbol*), Door::Pace kPace>
-struct MessageHandler<Function, kPace> {
+template <class Object,
+          void (*Function)(Object, t_symbol*),
+          Letter::Pace kPace,
+          unsigned kNumSubjectAtoms>
+struct MessageHandler<Function, kPace, kNumSubjectAtoms> {
     static void Call(void* record, t_symbol* word) noexcept {
         t_atom atom{};
         atom_setsym(&atom, word);
-        Receive<Object>(record, {&Run, nullptr, Atoms(1, &atom)}, kPace);
+        Receive<std::remove_cvref_t<Object>>(record, {&Run, kPace, nullptr, Atoms(1, &atom)});
     }
     static void Run(void* record, t_symbol*, Atoms word) noexcept {
-        MessageRun<Object, Function>::Run(record, word.Symbol(0));
+        RunGuarded<std::remove_cvref_t<Object>, Function>(record, word.Symbol(0));
     }
     static t_max_err Register(t_class* type, const char* name) {
         return class_addmethod(type, AsMethod(&Call), name, A_SYM, 0);
@@ -167,19 +159,16 @@ struct MessageHandler<Function, kPace> {
 
 /// The registration of `void Function(Object&)`, `void Function(Object&, Atoms)` or
 /// `void Function(Object&, t_symbol*)`.
-template <auto Function>
-inline constexpr MessageRegistration Handler = &MessageHandler<Function>::Register;
+template <auto Function, unsigned kNumSubjectAtoms = 0>
+inline constexpr MessageRegistration Handler =
+    &MessageHandler<Function, Letter::Pace::Calm, kNumSubjectAtoms>::Register;
 
 /// The same for a short message that the audio thread may carry out itself.
-template <auto Function>
+template <auto Function, unsigned kNumSubjectAtoms = 0>
 inline constexpr MessageRegistration PromptHandler =
-    &MessageHandler<Function, Door::Pace::Prompt>::Register;
+    &MessageHandler<Function, Letter::Pace::Prompt, kNumSubjectAtoms>::Register;
 
-/// The same for a symbol that may be missing: then the handler gets the empty one.
-template <auto Function>
-inline constexpr MessageRegistration OptionalHandler = &MessageHandler<Function>::RegisterOptional;
-
-/// The same, deferred to the main thread.
+/// The same, brought by the main thread.
 template <auto Function>
 inline constexpr MessageRegistration DeferredHandler = &MessageHandler<Function>::RegisterDeferred;
 

@@ -208,7 +208,7 @@ void AddSeeAlso(Page& page, t_object* object) {
     for (std::string name; names >> name;) page.Line("<seealso" + Quoted("name", name) + " />");
 }
 
-void WritePage(void* x, t_symbol*, short, t_atom*) noexcept {
+void WritePage(void* x, t_symbol*, Atoms) noexcept {
     auto* const object = static_cast<t_object*>(x);
     Guarded(object, &object_error, [&] {
         const FilePlace place{std::string(object_classname(object)->s_name) + ".maxref.xml",
@@ -248,6 +248,8 @@ std::string ReferencePage(t_object* object) {
     return page.Text();
 }
 
-void GenerateXmlMessage(t_object* object) { DeferFileWork(object, &WritePage, gensym("")); }
+void GenerateXmlMessage(const ObjectParts& object) {
+    object.door.Enter({&WritePage, Letter::Pace::InMain});
+}
 
 }  // namespace VelkMax

@@ -3,7 +3,7 @@
 // registered and from one of its objects.
 #pragma once
 
-#include "ext.h"
+#include "max/VelkMaxObjectParts.h"
 
 #include <string>
 
@@ -16,6 +16,6 @@ namespace VelkMax {
 std::string ReferencePage(t_object* object);
 
 /// Writes CLASS.maxref.xml into the folder of the class's module.
-void GenerateXmlMessage(t_object* object);
+void GenerateXmlMessage(const ObjectParts& object);
 
 }  // namespace VelkMax

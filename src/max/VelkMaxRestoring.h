@@ -2,32 +2,31 @@
 // Whether an attribute is being set by a stored state.
 #pragma once
 
-#include "ext.h"
+#include <cstdint>
 
 namespace VelkMax {
 
 /// While one lives, the setters that its thread runs are told a state that the object itself gave
 /// away. Some attributes print a word that they refuse from a user: there, and only there, such a
 /// word is taken for the value that prints it.
+/// Thread: main or scheduler.
 class RestoringState {
 public:
-    RestoringState() noexcept : before_(isActive_) { isActive_ = true; }
-    ~RestoringState() { isActive_ = before_; }
+    /// Who brings the state: a message, or a client such as pattr, which holds the whole value and
+    /// is not told that it is another one now.
+    enum class By : std::uint8_t { Nobody, Message, Client };
+
+    explicit RestoringState(By by) noexcept : before_(by_) { by_ = by; }
+    ~RestoringState() { by_ = before_; }
     RestoringState(const RestoringState&) = delete;
     RestoringState& operator=(const RestoringState&) = delete;
 
-    static bool IsActive() noexcept { return isActive_; }
+    static bool IsActive() noexcept { return by_ != By::Nobody; }
+    static bool IsByClient() noexcept { return by_ == By::Client; }
 
 private:
-    static inline thread_local bool isActive_ = false;
-    bool before_;
+    static inline thread_local By by_ = By::Nobody;
+    By before_;
 };
-
-/// Tells clients of the whole value, such as pattr, that it is another one now. While a state is
-/// being restored nothing is told: who restores it tells it once, or is the client itself.
-/// Thread: main or scheduler.
-inline void AnnounceState(t_object* object) {
-    if (!RestoringState::IsActive()) object_notify(object, gensym("modified"), nullptr);
-}
 
 }  // namespace VelkMax

@@ -5,6 +5,7 @@
 #include "max/VelkMaxMaxAttribute.h"
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
+#include "max/VelkMaxSymbols.h"
 
 #include <algorithm>
 #include <limits>
@@ -99,8 +100,8 @@ void PostValueOfAttribute(t_object* object, const MaxAttribute& attribute) {
 }
 
 /// Sets the listed attributes from a state, each from its share of the atoms.
-/// @return false, and said, when the state does not fit
-bool RestoreState(t_object* object, Atoms atoms) {
+/// Says so when the state does not fit; then nothing changes.
+void RestoreState(t_object* object, Atoms atoms, RestoringState::By by) {
     struct Share {
         MaxAttribute attribute;
         std::size_t count;
@@ -112,14 +113,13 @@ bool RestoreState(t_object* object, Atoms atoms) {
         expected += shares.back().count;
     }
     if (atoms.Size() != expected) {
-        Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
-              static_cast<int>(expected));
-        return false;
+        return Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
+                     static_cast<int>(expected));
     }
     // Copied before anything is set: without memory for it everything stays as it is.
     std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
     std::span<t_atom> rest = copy;
-    const RestoringState restoring;
+    const RestoringState restoring(by);
     for (const Share& share : shares) {
         const std::span<t_atom> values = rest.first(share.count);
         rest = rest.subspan(share.count);
@@ -129,7 +129,6 @@ bool RestoreState(t_object* object, Atoms atoms) {
             Error(object, kRestoredUnknownAtom);
         }
     }
-    return true;
 }
 
 t_max_err HandOutState(t_object* object, max_long* argc, t_atom** argv) {
@@ -145,10 +144,8 @@ t_max_err HandOutState(t_object* object, max_long* argc, t_atom** argv) {
         Error(object, kStateProblem);
         return MAX_ERR_GENERIC;
     }
-    char isAllocated = 0;
-    if (atom_alloc_array(count, argc, argv, &isAllocated) != MAX_ERR_NONE) throw std::bad_alloc();
+    if (ReserveAnswer(state.atoms.size(), argc, argv) != MAX_ERR_NONE) throw std::bad_alloc();
     std::ranges::copy(state.atoms, *argv);
-    *argc = count;
     return MAX_ERR_NONE;
 }
 
@@ -174,12 +171,12 @@ void DumpMessage(t_object* object, Atoms atoms) {
 }
 
 void PresetMessage(t_object* object) {
-    t_object* const binbuf = gensym("_preset")->s_thing;
+    t_object* const binbuf = Symbols().preset->s_thing;
     if (binbuf == nullptr) return Error(object, kNoPreset);
     std::vector<t_atom> record(3);
     atom_setobj(&record[0], object);
     atom_setsym(&record[1], object_classname(object));
-    atom_setsym(&record[2], gensym("recallpreset"));
+    atom_setsym(&record[2], Symbols().recallPreset);
     const Values state = GatherState(object);
     record.insert(record.end(), state.atoms.begin(), state.atoms.end());
     if (record.size() > kMostAtoms) return Error(object, kNoPreset);
@@ -187,7 +184,7 @@ void PresetMessage(t_object* object) {
 }
 
 void RecallPresetMessage(t_object* object, Atoms atoms) {
-    if (RestoreState(object, atoms)) AnnounceState(object);
+    RestoreState(object, atoms, RestoringState::By::Message);
 }
 
 void VersionMessage(t_object* object) {
@@ -214,14 +211,14 @@ t_max_err SetValueOfMethod(void* x, max_long argc, t_atom* argv) noexcept {
     auto* const object = static_cast<t_object*>(x);
     const bool isDone = Guarded(object, &object_error, [&] {
         if (argc > 0 && argv == nullptr) return Error(object, kStateUnreadable);
-        RestoreState(object, Atoms(argc, argv));
+        RestoreState(object, Atoms(argc, argv), RestoringState::By::Client);
     });
     return isDone ? MAX_ERR_NONE : MAX_ERR_GENERIC;
 }
 
 t_object* DumpOutlet(t_object* object) {
     t_object* outlet = nullptr;
-    object_obex_lookup(object, gensym("dumpout"), &outlet);
+    object_obex_lookup(object, Symbols().dumpout, &outlet);
     if (outlet == nullptr) Error(object, kNoDumpOutlet);
     return outlet;
 }

@@ -9,6 +9,8 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <new>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -75,7 +77,32 @@ void PostRow(ConsoleRow row,
 /// The longest line that waits for a thread that may post it; what is longer is cut.
 inline constexpr std::size_t kKeptLineSize = 256;
 
-/// As PostRow, except that an object with a door keeps what the audio thread says.
+/// Keeps what the text becomes with its arguments; without memory, as much as fits a kept line.
+template <class TheDoor, class... Arguments>
+void Keep(TheDoor& door,
+          ConsoleRow row,
+          const Text<Arguments...>& text,
+          std::type_identity_t<Arguments>... arguments) noexcept {
+    if constexpr (sizeof...(Arguments) == 0) {
+        door.KeepLine(row, text.Format());
+    } else {
+        char head[kKeptLineSize];
+        const int length = std::snprintf(head, sizeof head, text.Format(), arguments...);
+        if (length < 0) return;
+        if (static_cast<std::size_t>(length) < sizeof head || !door.KeepsLongLines()) {
+            return door.KeepLine(row, head);
+        }
+        try {
+            std::string whole(static_cast<std::size_t>(length), '\0');
+            std::snprintf(whole.data(), whole.size() + 1, text.Format(), arguments...);
+            door.KeepLine(row, whole);
+        } catch (const std::bad_alloc&) {
+            door.KeepLine(row, head);
+        }
+    }
+}
+
+/// As PostRow, except that an object with a door keeps what is said inside or by the audio thread.
 template <class Object, class... Arguments>
 void Say(ConsoleRow row,
          const Object& object,
@@ -83,21 +110,14 @@ void Say(ConsoleRow row,
          std::type_identity_t<Arguments>... arguments) noexcept {
     if constexpr (requires { object.TheDoor().KeepsLines(); }) {
         if (object.TheDoor().KeepsLines()) {
-            char line[kKeptLineSize];
-            if constexpr (sizeof...(Arguments) == 0) {
-                std::snprintf(line, sizeof line, "%s", text.Format());
-            } else {
-                std::snprintf(line, sizeof line, text.Format(), arguments...);
-            }
-            return object.TheDoor().KeepLine(row, line);
+            return Keep(object.TheDoor(), row, text, arguments...);
         }
     }
     PostRow(row, MaxObjectOf(object), text, arguments...);
 }
 
 /// `object` is a t_object* or whatever has a MaxObjectOf beside it.
-/// Thread: any for an object with a door, else main or scheduler.  Throws: nothing.  No allocation
-/// on this side.
+/// Thread: any for an object with a door, else main or scheduler.  Throws: nothing.
 template <class Object, class... Arguments>
 void Post(const Object& object,
           const Text<Arguments...>& text,

@@ -23,6 +23,9 @@ inline constexpr Text<const char*> kNoMemoryForGetter{"couldnt allocate memory f
 inline constexpr Text<const char*> kUnreadableValue{"error reading value of attribute %s"};
 inline constexpr Text<const char*> kUnknownAttribute{"unknown attribute %s"};
 
+// What the audio thread sent faster than it could be carried out
+inline constexpr Text<int>         kLettersLost{"%d messages from the audio thread came too fast and were lost"};
+
 // A message that is refused as a whole: its text, then its arguments or only the blank
 inline constexpr Text<const char*, const char*> kRefused{"%s %s"};
 inline constexpr Text<const char*>              kRefusedAlone{"%s "};

@@ -77,6 +77,13 @@ void Assist(Faulty* x, void*, max_long, max_long, char* text) {
     strncpy_zero(text, Is(x, "silent") ? "" : "help", ASSIST_MAX_STRING_LEN);
 }
 
+t_max_err GetGain(Faulty* x, void*, max_long* argc, t_atom** argv) {
+    char allocated = 0;
+    if (const t_max_err error = atom_alloc(argc, argv, &allocated)) return error;
+    if (!Is(x, "uncounted")) *argc = 1;
+    return atom_setfloat(*argv, static_cast<double>(x->gain));
+}
+
 t_max_err SetGain(Faulty* x, void*, max_long argc, t_atom* argv) {
     double gain = argc > 0 ? atom_getfloat(argv) : std::nan("");
     if (Is(x, "mainonly") && !systhread_ismainthread()) return MAX_ERR_NONE;
@@ -89,6 +96,7 @@ t_max_err SetGain(Faulty* x, void*, max_long argc, t_atom* argv) {
 t_max_err GetValueOf(Faulty* x, max_long* argc, t_atom** argv) {
     char allocated = 0;
     if (const t_max_err error = atom_alloc(argc, argv, &allocated)) return error;
+    *argc = 1;
     return atom_setfloat(*argv, static_cast<double>(x->gain));
 }
 
@@ -145,9 +153,9 @@ extern "C" MAX_EXPORTED void ext_main(void*) {
     class_addmethod(type, MaxApi::ToMethod(GetValueOf), "getvalueof", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(SetValueOf), "setvalueof", A_CANT, 0);
     class_addmethod(type, MaxApi::ToMethod(Touch), "touch", 0);
-    class_addattr(type,
-                  attr_offset_new("gain", gensym("float32"), 0, nullptr, MaxApi::ToMethod(SetGain),
-                                  static_cast<max_long>(offsetof(Faulty, gain))));
+    class_addattr(type, attr_offset_new("gain", gensym("float32"), 0, MaxApi::ToMethod(GetGain),
+                                        MaxApi::ToMethod(SetGain),
+                                        static_cast<max_long>(offsetof(Faulty, gain))));
     class_attr_addattr_parse(type, "gain", "min", gensym("float32"), 0, "0");
     class_attr_addattr_parse(type, "gain", "max", gensym("float32"), 0, "1");
     class_dspinit(type);

@@ -60,6 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Mistake{"leaking", "leaves nothing behind"},
                     Mistake{"silent", "every outlet"},
                     Mistake{"unclipped", "gain keeps to its range"},
+                    Mistake{"uncounted", "memory for more: counts 4"},
                     Mistake{"overrun", "written beyond their end"},
                     Mistake{"twice", "the memory has been freed already"},
                     Mistake{"late", "written to after they were freed"},

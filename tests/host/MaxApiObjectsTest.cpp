@@ -62,11 +62,24 @@ TEST_F(Deferral, DeferredMethodsWaitAndUsurpingOnesCollapse) {
     EXPECT_EQ(Take(), (Lines{"raw later (1) inlet 0", "raw lastonly (2) inlet 0"}));
 }
 
-TEST_F(Deferral, WorkOfADeadObjectIsDroppedAndNewWorkWaitsForTheNextRound) {
+TEST_F(Deferral, WorkOfADeadObjectIsReportedAndNewWorkWaitsForTheNextRound) {
+    t_class* const type = object_class(object_);
+    t_clock* const clock = clock_new(object_, MaxApi::ToMethod(+[](void*) { Say("clock"); }));
+    clock_fdelay(clock, 0);
     DeferAll();
     object_free(object_);
     Take();
-    EXPECT_EQ(HostApi::RunDeferred(), 0u);
+    HostApi::AdvanceClocks(0);
+    object_free(clock);
+    // One that has its memory is not taken for it.
+    std::vector<void*> others;
+    for (int k = 0; k < 100; ++k) others.push_back(object_alloc(type));
+    EXPECT_EQ(HostApi::RunDeferred(), 1u);
+    const std::string report =
+        "bug: a deferred call reaches an object of class \"probe\" after it was freed";
+    EXPECT_EQ(Take(), (Lines{report, report}));
+    for (void* other : others) object_free(other);
+    Take();
 
     static void* element = nullptr;
     element = qelem_new(nullptr, MaxApi::ToMethod(+[](void*) {

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <thread>
 #include <utility>
 
@@ -91,6 +92,35 @@ TEST(PanObject, RefusesValuesThatAreNotFinite) {
         EXPECT_EQ(box.Ask("sourcespositions"), before);
         EXPECT_EQ(box.TakeConsole(), Lines{"error: error reading source coordinates"});
     }
+}
+
+// An inspector and a pattr at the object that moves 1000 times a second, from both threads.
+TEST(PanObject, AnnouncesWhatMovesTwentyFiveTimesASecond) {
+    PanBox box("2 4 vbap2d");
+    std::map<std::string, int> told;
+    t_object* const client = HostApi::Watch(box.Get(), [&](t_symbol* message, t_symbol* attribute) {
+        ++told[attribute != nullptr ? attribute->s_name : message->s_name];
+    });
+    for (int ms = 0; ms < 1000; ++ms) {
+        const HostApi::ThreadScope scope(ms % 2 != 0 ? HostApi::ThreadKind::Main
+                                                     : HostApi::ThreadKind::Scheduler);
+        box.Send("source " + std::to_string(1 + ms % 2) + " azim++ 7");
+        HostApi::AdvanceClocks(1);
+    }
+    using Told = std::map<std::string, int>;
+    EXPECT_EQ(told, (Told{{"sourcespositions", 25}, {"modified", 25}}));
+    // A pattr that sets the whole value is not told that it is another one.
+    max_long count = 0;
+    t_atom* state = nullptr;
+    object_getvalueof(box.Get(), &count, &state);
+    told.clear();
+    object_setvalueof(box.Get(), count, state);
+    sysmem_freeptr(state);
+    HostApi::AdvanceClocks(100);
+    EXPECT_EQ(told["modified"], 0);
+    EXPECT_EQ(told["automute"], 1);
+    EXPECT_EQ(told["interpolationtime"], 2) << "by Max, and by the object itself";
+    object_free(client);
 }
 
 TEST(PanObject, IsNotMadeWithoutMemoryForItsAttributes) {

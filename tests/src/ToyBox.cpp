@@ -10,9 +10,19 @@ namespace {
 
 using VelkMax::AsMethod;
 
+struct ToyInside {
+    explicit ToyInside(void* record) : door(record) {}
+    VelkMax::Door door;
+    VelkMax::KeptDictionary dictionary;
+};
+
 struct ToyRecord {
     t_object object;
     float level;
+    ToyInside* inside;
+
+    static ToyRecord& Of(void* record) { return *static_cast<ToyRecord*>(record); }
+    VelkMax::ObjectParts Parts() { return {&object, inside->door, inside->dictionary}; }
 };
 
 ToyBox* current = nullptr;
@@ -29,8 +39,12 @@ t_max_err SetOdd(void*, void*, max_long, t_atom*) { return MAX_ERR_NONE; }
 
 t_max_err Unreadable(void*, void*, max_long*, t_atom**) { return MAX_ERR_DUPLICATE; }
 
-void* MakeToy(t_symbol*, max_long, t_atom*) { return object_alloc(toyClass); }
-void FreeToy(void*) {}
+void* MakeToy(t_symbol*, max_long, t_atom*) {
+    void* const toy = object_alloc(toyClass);
+    ToyRecord::Of(toy).inside = new ToyInside(toy);
+    return toy;
+}
+void FreeToy(void* toy) { delete ToyRecord::Of(toy).inside; }
 
 void RegisterClass() {
     if (toyClass != nullptr) return;

@@ -185,7 +185,6 @@ const Failure kFailures[] = {
     {"StateNoMemory",     Failing("atom_alloc_array", 7),               GetState,                    {"error: out of memory : std::bad_alloc"}},
     {"StateOfObjects",    kNothing,                                  SetObjects,                  {"error: unknown atom type in velkmax_setvalueof"}},
     {"StateOfNothing",    kNothing,                                  [](ToyBox& box) { object_setvalueof(box.Get(), 2, nullptr); }, {"error: error reading atoms in velkmax_setvalueof"}},
-    {"DictNotSent",       Failing("outlet_anything"),                SendWithOutlet("dumpdict"),  {"error: couldnt outlet dictionary"}},
     {"DictNoMemory",      Failing("dictionary_new"),                 SendWithOutlet("dumpdict"),  {"error: couldnt outlet dictionary"}},
     {"DictOfAnObject",    HoldsAnObject,                             SendWithOutlet("dumpdict"),  {"error: unknown atom type in AppendAttributeToDictionary"}},
     {"DictEntryNoAtom",   kNothing,                                  UseDictionary,               {"error: entry odd is not atom ? ", "error: no attribute nonsense"}},

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// Symbols of quilo.pan~, looked up once: attributes that messages and aliases change too, and the
+// words that attributes answer.
+#pragma once
+
+#include "math/VelkDspKeywords.h"
+#include "pan/QuiloKeywords.h"
+
+#include "ext.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Quilo {
+
+/// The symbol of each code's printed word.
+template <class Code>
+class WordSymbols {
+public:
+    explicit WordSymbols(const tav::KeywordTable<Code>& table) {
+        for (const auto& row : table.Rows()) {
+            symbols_.emplace_back(row.code, gensym(std::string(row.printed).c_str()));
+        }
+    }
+    /// The empty symbol for a code without a row.
+    t_symbol* Of(Code code) const noexcept {
+        for (const auto& [known, symbol] : symbols_) {
+            if (known == code) return symbol;
+        }
+        return none_;
+    }
+
+private:
+    std::vector<std::pair<Code, t_symbol*>> symbols_;
+    t_symbol* none_ = gensym("");
+};
+
+struct PanSymbols {
+    /// The first call, before any audio, looks them up.
+    static const PanSymbols& Get();
+
+    t_symbol* sources = gensym("sourcespositions");
+    t_symbol* speakers = gensym("speakerspositions");
+    t_symbol* spread = gensym("spread");
+    t_symbol* spreadXyz = gensym("spreadxyz");
+    t_symbol* encoding = gensym("encoding");
+    t_symbol* norm = gensym("norm");
+
+    WordSymbols<Pan::Type> types{PanTypeKeywords()};
+    WordSymbols<Pan::SubType> subTypes{PanSubTypeKeywords()};
+    WordSymbols<Pan::SpreadingMode> spreadingModes{PanSpreadingModeKeywords()};
+    WordSymbols<tav::SphericalHarmonic::Normalization> encodings{tav::NormalizationKeywords()};
+    WordSymbols<tav::HoaEncodingVector::Mode> hoaModes{tav::HoaModeKeywords()};
+};
+
+}  // namespace Quilo
