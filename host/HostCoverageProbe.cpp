@@ -158,6 +158,8 @@ CoverageMap MapOf(const MeasuredCoverage& measured) {
     map.silentShare = coverage.silentShare;
     map.silentUpperShare = coverage.silentUpperShare;
     map.meanErrorDeg = coverage.meanErrorDeg;
+    map.meanHorizonErrorDeg = coverage.meanHorizonErrorDeg;
+    map.worstHorizonErrorDeg = coverage.worstHorizonErrorDeg.value;
     map.worstErrorDeg = coverage.worstErrorDeg.value;
     map.worstAzimuthDeg = measured.grid[coverage.worstErrorDeg.cell].azimuthDeg;
     map.worstElevationDeg = measured.grid[coverage.worstErrorDeg.cell].elevationDeg;

@@ -29,11 +29,13 @@ constexpr Shade kShades[] = {
 };
 constexpr Shade kSilent{0, "#3b4652", "silent"};
 
+constexpr double kRounding = 0.01;  // degrees; rings of the grid lie on the limits of the shades
+
 const Shade& ShadeOf(const CoverageMap::Cell& cell) {
     if (cell.isSilent) return kSilent;
     const Shade* shade = kShades;
     for (const Shade& row : kShades)
-        if (cell.errorDeg >= row.fromDeg) shade = &row;
+        if (cell.errorDeg >= row.fromDeg + kRounding) shade = &row;
     return *shade;
 }
 
@@ -155,10 +157,14 @@ std::vector<std::string> Facts(const CoverageMap& map) {
             LabelNumber(map.worstErrorDeg, 0) + "\u00b0",
         "(azimuth " + LabelNumber(map.worstAzimuthDeg, 0) + "\u00b0, elevation " +
             LabelNumber(map.worstElevationDeg, 0) + "\u00b0)"};
+    facts.push_back("on the horizon by " + LabelNumber(map.meanHorizonErrorDeg, 1) +
+                    "\u00b0 in the mean, at worst by " + LabelNumber(map.worstHorizonErrorDeg, 0) +
+                    "\u00b0");
     if (map.isFlat) facts.emplace_back("flat: all loudspeakers stand at the height of the ears");
     if (map.leftRight)
-        facts.push_back("left and right differ by gains of up to " +
-                        LabelNumber(*map.leftRight, 3));
+        facts.push_back(*map.leftRight < 1e-3 ? "left and right are mirror images"
+                                              : "left and right differ by gains of up to " +
+                                                    LabelNumber(*map.leftRight, 3));
     return facts;
 }
 

@@ -26,6 +26,7 @@ struct CoverageMap {
     double distanceMetres = 1;
     double silentShare = 0, silentUpperShare = 0;  // 0 to 1
     double meanErrorDeg = 0, worstErrorDeg = 0;
+    double meanHorizonErrorDeg = 0, worstHorizonErrorDeg = 0;
     double worstAzimuthDeg = 0, worstElevationDeg = 0;
     bool isFlat = false;
     std::optional<double> leftRight;  // largest difference of gains on a symmetric layout
