@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Makes the tables of the built-in HRTF set from the KEMAR measurement.
 
@@ -8,7 +8,7 @@ Reads directions.txt and impulses.s16 of the data folder and writes positions.tx
 coefficients.txt: where each direction is, how much later the left ear hears it, and six second-order
 cells whose level is that of the left ear, equalised to the diffuse field and smoothed over one ERB.
 With --check nothing is written: the tables are made anew and compared with those that are there.
-Takes about a minute and needs nothing but numpy.
+Takes about a minute and needs nothing but numpy, Debian's python3-numpy.
 
 The cells are fitted by Levenberg-Marquardt, all directions at once. A term of the cost draws the cells
 of every direction to those of its neighbours, cell by cell: a blend of two neighbours' coefficients is
