@@ -7,9 +7,9 @@
 #include "HostConsole.h"
 #include "HostCoverageProbe.h"
 #include "HostFault.h"
-#include "HostFiles.h"
 #include "HostLayouts.h"
 #include "HostOutputFile.h"
+#include "reading/HostFiles.h"
 
 #include <utility>
 
@@ -98,7 +98,7 @@ void Actions::PrintCoverage(Arguments) {
 /// The packet stays in memory while the message runs; a message holds the address as a number.
 void Actions::SendPacket(Arguments arguments) {
     const std::string file = AtomSpelling(arguments[0]);
-    auto [bytes, fault] = HostApi::ReadRegularFile(PathOf(file));
+    auto [bytes, fault] = HostReading::ReadRegularFile(PathOf(file));
     if (!fault.empty()) throw StatementFault(file + ": the packet cannot be read: " + fault);
     object_.Send(std::vector<Atom>{
         std::string("FullPacket"), static_cast<std::int64_t>(bytes.size()),
@@ -114,7 +114,7 @@ void Actions::AddSearchPath(Arguments arguments) {
 /// An open dialog shows neither devices nor pipes.
 void Actions::AnswerOpen(Arguments arguments) {
     const auto file = OptionalFile(arguments);
-    if (file && HostApi::IsIrregularFile(*file))
+    if (file && HostReading::IsIrregularFile(*file))
         throw StatementFault(AtomSpelling(arguments[0]) + ": it is no regular file");
     HostApi::AnswerDialog(HostApi::Dialog::Open, file);
 }

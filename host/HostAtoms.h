@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The atoms of a script, and how a line is split into them.
+// The atoms of a script.
 #pragma once
+
+#include "reading/HostWords.h"
 
 #include <cstdint>
 #include <optional>
@@ -16,6 +18,13 @@ namespace Quilo::Host {
 using Atom = std::variant<std::int64_t, double, std::string>;
 using Arguments = std::span<const Atom>;
 
+/// A whole number is a long (a float beyond 64 bits), any other number a float, anything else and
+/// any quoted word a symbol.
+Atom AtomOf(const HostReading::Word& word);
+
+/// The atoms of a line; nothing when it is no line of a script.
+std::optional<std::vector<Atom>> ReadAtoms(std::string_view line);
+
 /// The atom as a script would spell it.
 std::string AtomSpelling(const Atom& atom);
 
@@ -24,20 +33,5 @@ std::string LayoutName(const Atom& atom);
 
 /// The number that a long or float atom holds.  Throws: std::bad_variant_access for a symbol.
 double AtomNumber(const Atom& atom);
-
-struct Word {
-    Atom atom;
-    bool quoted = false;  // a quoted word is a symbol and never a keyword of the script
-
-    bool IsKeyword(std::string_view keyword) const;
-};
-
-/// Splits a line at blanks and tabs; "two words" is one symbol. Nothing when a quotation mark has
-/// no partner or stands inside a word.
-std::optional<std::vector<Word>> SplitWords(std::string_view line);
-
-/// A whole number is a long (a float beyond 64 bits), a decimal or exponent number a float,
-/// anything else ("0x10", "nan", "1e") a symbol.
-Atom ReadAtom(std::string_view word);
 
 }  // namespace Quilo::Host

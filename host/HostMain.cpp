@@ -5,7 +5,6 @@
 #include "HostAudioBridge.h"
 #include "HostConsole.h"
 #include "HostFault.h"
-#include "HostFiles.h"
 #include "HostInputs.h"
 #include "HostObject.h"
 #include "HostOptions.h"
@@ -14,6 +13,7 @@
 #include "HostRender.h"
 #include "HostScript.h"
 #include "QuiloProject.h"
+#include "reading/HostFiles.h"
 #include "text/VelkDspException.h"
 #include "validator/HostValidator.h"
 
@@ -29,8 +29,8 @@ namespace {
 Script ReadScript(const std::string& file) {
     const bool isFile = file != "-";
     const std::string name = isFile ? file : "standard input";
-    const HostApi::FileContent script =
-        isFile ? HostApi::ReadRegularFile(PathOf(file)) : HostApi::ReadToEnd(std::cin);
+    const HostReading::FileContent script =
+        isFile ? HostReading::ReadRegularFile(PathOf(file)) : HostReading::ReadToEnd(std::cin);
     if (!script.fault.empty())
         throw Fault(ExitStatus::WrongInput, name + ": the script cannot be read: " + script.fault);
     return ParseScript(script.bytes, name);

@@ -20,9 +20,9 @@ namespace {
 
 /// The number that the whole text spells; nothing for anything else.
 std::optional<double> Number(const std::string& text) {
-    const Atom atom = text.empty() ? Atom(text) : ReadAtom(text);
-    if (std::holds_alternative<std::string>(atom)) return std::nullopt;
-    return AtomNumber(atom);
+    const auto number = HostReading::ReadNumber(text);
+    if (!number) return {};
+    return number->value;
 }
 
 void SetRate(Options& options, const std::string& value) {
@@ -32,11 +32,10 @@ void SetRate(Options& options, const std::string& value) {
 }
 
 void SetVector(Options& options, const std::string& value) {
-    const Atom atom = value.empty() ? Atom(value) : ReadAtom(value);
-    const auto* frames = std::get_if<std::int64_t>(&atom);
-    if (!frames || !IsVectorSize(*frames))
+    const auto frames = HostReading::ReadNumber(value);
+    if (!frames || !frames->isWhole || !IsVectorSize(frames->whole))
         Fail("--vector expects a power of two from 1 to 4096, not '" + value + "'");
-    options.vector = static_cast<unsigned>(*frames);
+    options.vector = static_cast<unsigned>(frames->whole);
 }
 
 void SetDuration(Options& options, const std::string& value) {
@@ -55,10 +54,10 @@ std::int64_t WholeNumber(const std::string& value,
                          std::int64_t low,
                          std::int64_t high,
                          const std::string& expectation) {
-    const Atom atom = value.empty() ? Atom(value) : ReadAtom(value);
-    const auto* number = std::get_if<std::int64_t>(&atom);
-    if (!number || *number < low || *number > high) Fail(expectation + ", not '" + value + "'");
-    return *number;
+    const auto number = HostReading::ReadNumber(value);
+    if (!number || !number->isWhole || number->whole < low || number->whole > high)
+        Fail(expectation + ", not '" + value + "'");
+    return number->whole;
 }
 
 void SetLevel(Options& options, const std::string& value) {

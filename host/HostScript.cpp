@@ -13,6 +13,13 @@ namespace Quilo::Host {
 
 namespace {
 
+using HostReading::Word;
+
+/// A quoted word is no keyword.
+bool IsKeyword(const Word& word, std::string_view keyword) {
+    return !word.isLiteral && word.text == keyword;
+}
+
 /// Reads the statements of one script; `line_` follows for the faults.
 class Parser {
 public:
@@ -51,63 +58,63 @@ private:
             Fail("byte " + std::to_string(bad + 1) +
                  " of the line is no UTF-8 text (save the script as UTF-8)");
         text_ = line.substr(first, line.find_last_not_of(" \t") + 1 - first);
-        const auto words = SplitWords(line);
+        const auto words = HostReading::SplitWords(line, HostReading::Dialect::Script);
         if (!words) Fail("a quotation mark has no partner or stands inside a word");
         ReadStatement(*words);
     }
 
     void ReadStatement(std::span<const Word> words) {
         const bool isEarly = script_.box.empty() && words.size() > 1 &&
-                             words.front().IsKeyword("host") && IsPreparation(words[1]);
+                             IsKeyword(words.front(), "host") && IsPreparation(words[1]);
         if (script_.box.empty() && !isEarly) return ReadObject(words);
         Statement statement;
         statement.line = line_;
         statement.text = text_;
-        if (words.front().IsKeyword("at")) {
+        if (IsKeyword(words.front(), "at")) {
             statement.timed = true;
             statement.seconds = ReadTime(words);
             words = words.subspan(2);
             if (words.empty()) Fail("nothing stands behind the time");
-            if (words.front().IsKeyword("at")) Fail("a statement has one time only");
+            if (IsKeyword(words.front(), "at")) Fail("a statement has one time only");
         }
-        if (words.front().IsKeyword("object")) Fail("the object has been made already");
-        if (words.front().IsKeyword("host")) {
+        if (IsKeyword(words.front(), "object")) Fail("the object has been made already");
+        if (IsKeyword(words.front(), "host")) {
             if (words.size() < 2) Fail("host: a directive is missing");
-            const std::string keyword = AtomSpelling(words[1].atom);
+            const std::string& keyword = words[1].text;
             statement.directive = FindDirective(keyword);
             if (!statement.directive)
                 Fail("unknown directive 'host " + keyword + "'; " +
                      SuggestionText(keyword, DirectiveKeywords()));
             words = words.subspan(2);
         }
-        for (const Word& word : words) statement.atoms.push_back(word.atom);
+        for (const Word& word : words) statement.atoms.push_back(AtomOf(word));
         if (statement.directive && !statement.directive->fits(statement.atoms))
             Fail(Expectation(*statement.directive, statement.atoms));
         (isEarly ? script_.before : script_.statements).push_back(std::move(statement));
     }
 
     static bool IsPreparation(const Word& word) {
-        const DirectiveRow* row = FindDirective(AtomSpelling(word.atom));
+        const DirectiveRow* row = FindDirective(word.text);
         return row && row->when == When::Always;
     }
 
     void ReadObject(std::span<const Word> words) {
-        if (!words.front().IsKeyword("object"))
+        if (!IsKeyword(words.front(), "object"))
             Fail("the first statement must be: object BOX TEXT");
         if (words.size() < 2) Fail("object: the box text is missing");
-        if (!std::holds_alternative<std::string>(words[1].atom))
+        if (!std::holds_alternative<std::string>(AtomOf(words[1])))
             Fail("object: the box text must begin with the name of a class");
         script_.objectLine = line_;
         script_.objectText = text_;
-        for (const Word& word : words.subspan(1)) script_.box.push_back(word.atom);
+        for (const Word& word : words.subspan(1)) script_.box.push_back(AtomOf(word));
     }
 
     double ReadTime(std::span<const Word> words) const {
         if (words.size() < 2) Fail("at: the time is missing");
-        const Atom& time = words[1].atom;
+        const Atom time = AtomOf(words[1]);
         if (std::holds_alternative<std::string>(time) || !std::isfinite(AtomNumber(time)) ||
             AtomNumber(time) < 0)
-            Fail("at: '" + AtomSpelling(time) + "' is no time (seconds, 0 or more)");
+            Fail("at: '" + words[1].text + "' is no time (seconds, 0 or more)");
         return AtomNumber(time);
     }
 

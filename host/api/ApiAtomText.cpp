@@ -2,6 +2,8 @@
 // Text to atoms and back.
 #include "ApiAtomText.h"
 
+#include "reading/HostWords.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -11,37 +13,10 @@
 namespace HostApi {
 namespace {
 
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-/// Whether a backslash takes away this character's meaning; before others it stands for itself.
-bool IsEscapable(char c) { return IsBlank(c) || std::strchr("\"\\,;$", c) != nullptr; }
-
 t_atom SymbolAtom(const std::string& text) {
     t_atom atom{};
     atom_setsym(&atom, gensym(text.c_str()));
     return atom;
-}
-
-/// Reads one atom at `at` (no blank) and moves `at` behind it.
-t_atom ReadAtom(std::string_view text, std::size_t& at) {
-    std::string word;
-    const bool quoted = text[at] == '"';
-    bool escaped = false;
-    if (quoted) ++at;
-    for (; at < text.size(); ++at) {
-        const char c = text[at];
-        if (c == '\\' && at + 1 < text.size() && IsEscapable(text[at + 1])) {
-            word += text[++at];
-            escaped = true;
-        } else if (quoted ? c == '"' : IsBlank(c)) {
-            break;
-        } else {
-            word += c;
-        }
-    }
-    if (quoted && at < text.size()) ++at;
-    if (quoted || escaped) return SymbolAtom(word);
-    return ParseNumber(word).value_or(SymbolAtom(word));
 }
 
 template <class Number>
@@ -96,35 +71,22 @@ void AppendArray(std::vector<t_atom>& atoms,
 }  // namespace
 
 std::optional<t_atom> ParseNumber(std::string_view text) {
-    const std::string_view digits = text.starts_with('+') ? text.substr(1) : text;
-    if (digits.empty() || digits.find_first_not_of("0123456789.eE+-") != digits.npos) return {};
-    if (text.starts_with('+') && digits.starts_with('-')) return {};
-    const char* const begin = digits.data();
-    const char* const end = begin + digits.size();
+    const auto number = HostReading::ReadNumber(text);
+    if (!number || !number->isInRange) return {};
     t_atom atom{};
-
-    long long whole = 0;
-    const auto asWhole = std::from_chars(begin, end, whole);
-    if (asWhole.ptr == end && asWhole.ec == std::errc()) {
-        atom_setlong(&atom, static_cast<t_atom_long>(whole));
-        return atom;
-    }
-    double value = 0;
-    const auto asFloat = std::from_chars(begin, end, value);
-    if (asFloat.ptr != end || asFloat.ec != std::errc()) return {};
-    atom_setfloat(&atom, value);
+    if (number->isWhole)
+        atom_setlong(&atom, static_cast<t_atom_long>(number->whole));
+    else
+        atom_setfloat(&atom, number->value);
     return atom;
 }
 
 std::vector<t_atom> ParseAtoms(std::string_view text) {
+    const auto words = HostReading::SplitWords(text, HostReading::Dialect::Max);
     std::vector<t_atom> atoms;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        if (IsBlank(text[at])) {
-            ++at;
-        } else {
-            atoms.push_back(ReadAtom(text, at));
-        }
+    for (const HostReading::Word& word : *words) {
+        const auto number = word.isLiteral ? std::nullopt : ParseNumber(word.text);
+        atoms.push_back(number.value_or(SymbolAtom(word.text)));
     }
     return atoms;
 }

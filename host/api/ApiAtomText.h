@@ -12,8 +12,8 @@
 
 namespace HostApi {
 
-/// A long for digits with a sign or none, a float for text with a point or an exponent (and for
-/// whole numbers beyond 64 bits), nothing for any other text, hexadecimal, inf and nan included.
+/// A long for a whole number, a float for any other (and for a whole one beyond 64 bits); nothing
+/// for text that is no number, or one that no double holds.
 std::optional<t_atom> ParseNumber(std::string_view text);
 
 /// The atoms that an atom_setformat format and its arguments describe.

@@ -5,7 +5,7 @@
 #include "ApiAtomText.h"
 #include "ApiFaults.h"
 #include "ApiFiles.h"
-#include "HostFiles.h"
+#include "reading/HostFiles.h"
 
 #include <algorithm>
 #include <fstream>
@@ -216,7 +216,7 @@ t_max_err dictionary_read(const char* filename, short path, t_dictionary** d) {
     *d = nullptr;
     const std::filesystem::path file = Folder(path) / PathOf(filename);
     if (!std::filesystem::exists(file)) return MAX_ERR_GENERIC;
-    auto [text, fault] = ReadRegularFile(file);
+    auto [text, fault] = HostReading::ReadRegularFile(file);
     if (fault.empty()) *d = ReadJson(text, fault);
     if (!*d) object_error(nullptr, "%s: %s", filename, fault.c_str());
     return *d ? MAX_ERR_NONE : MAX_ERR_GENERIC;

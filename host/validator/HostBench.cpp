@@ -86,11 +86,9 @@ bool Bench::MakeAndFree() {
 }
 
 void Bench::Send(const std::string& words) {
-    std::vector<Atom> atoms;
-    if (const auto split = SplitWords(words))
-        for (const Word& word : *split) atoms.push_back(word.atom);
-    if (atoms.empty()) return;
-    object_.Send(atoms);
+    const auto atoms = ReadAtoms(words);
+    if (!atoms || atoms->empty()) return;
+    object_.Send(*atoms);
     RunDueWork();
 }
 

@@ -30,12 +30,10 @@ constexpr LevelRow kLevels[kValidatorLevels] = {
 // clang-format on
 
 std::vector<Atom> ReadBox(const std::string& text) {
-    const auto words = SplitWords(text);
-    if (!words || words->empty() || !std::holds_alternative<std::string>(words->front().atom))
+    auto box = ReadAtoms(text);
+    if (!box || box->empty() || !std::holds_alternative<std::string>(box->front()))
         throw Fault(ExitStatus::WrongInput, "--validate: '" + text + "' is no box text");
-    std::vector<Atom> box;
-    for (const Word& word : *words) box.push_back(word.atom);
-    return box;
+    return std::move(*box);
 }
 
 /// `sources` or `outputs` positions on a ring, in degrees.

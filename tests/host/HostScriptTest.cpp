@@ -16,16 +16,10 @@ using namespace Quilo::Host;
 
 std::int64_t Long(std::int64_t value) { return value; }
 
-TEST(SplitWords, QuotedTextIsOneSymbolWhateverItHolds) {
-    const auto words = SplitWords("\tload \"two  words\"  \"1\" \"\" 1");
-    ASSERT_TRUE(words);
-    ASSERT_EQ(words->size(), 5u);
-    EXPECT_EQ((*words)[1].atom, Atom("two  words"));
-    EXPECT_EQ((*words)[2].atom, Atom("1"));
-    EXPECT_EQ((*words)[3].atom, Atom(""));
-    EXPECT_EQ((*words)[4].atom, Atom(Long(1)));
-    EXPECT_EQ(ReadAtom("-1e999"), Atom(-std::numeric_limits<double>::infinity()));
-    EXPECT_EQ(ReadAtom("1e-999"), Atom(0.0));
+TEST(ScriptAtoms, AreSymbolsWhereTheyAreQuotedAndKeepTheirBackslashes) {
+    EXPECT_EQ(ReadAtoms("\tload \"two  words\"  \"1\" \"\" 1 C:\\\\a\\,b -1e999 1e-999"),
+              (std::vector<Atom>{"load", "two  words", "1", "", Long(1), "C:\\\\a\\,b",
+                                 -std::numeric_limits<double>::infinity(), 0.0}));
 }
 
 TEST(Script, RunsUntimedStatementsInFileOrderThenByTimeThenByFileOrder) {

@@ -35,7 +35,7 @@ TEST_P(AtomReading, GivesOneAtomThatPrintsBack) {
     EXPECT_EQ(HostApi::AtomText(atoms), reading.again);
     // A script reads what it does not quote in the same way.
     if (std::string_view(reading.text).find_first_of("\"\\") != std::string_view::npos) return;
-    const Quilo::Host::Atom word = Quilo::Host::ReadAtom(reading.text);
+    const Quilo::Host::Atom word = Quilo::Host::AtomOf({reading.text});
     if (const auto* whole = std::get_if<std::int64_t>(&word)) {
         EXPECT_EQ(reading.type, A_LONG);
         EXPECT_EQ(*whole, atom_getlong(atoms.data()));

@@ -12,7 +12,7 @@
 #include <string>
 #include <system_error>
 
-namespace HostApi {
+namespace HostReading {
 
 /// Bytes that are read of one file or stream at most.
 inline constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
@@ -48,4 +48,4 @@ inline FileContent ReadRegularFile(const std::filesystem::path& path) {
     return ReadToEnd(stream);
 }
 
-}  // namespace HostApi
+}  // namespace HostReading
