@@ -99,8 +99,8 @@ def product_files(root):
 
 
 def check(root, faults):
-    """Complaints about rows that do not find their place."""
-    files, complaints, seen = product_files(root), [], set()
+    """Those that do not find their place, each with a complaint."""
+    files, complaints, seen = product_files(root), {}, set()
     for fault in faults:
         try:
             path = fault.find(files)
@@ -109,7 +109,7 @@ def check(root, faults):
                 raise ValueError("is in the table twice")
             seen.add(planted)
         except ValueError as complaint:
-            complaints.append(f"{TABLE.name}:{fault.number}: {fault}: {complaint}")
+            complaints[fault] = f"{TABLE.name}:{fault.number}: {fault}: {complaint}"
     return complaints
 
 
@@ -210,12 +210,14 @@ def main():
     options = parser.parse_args()
 
     faults, complaints = read_table()
-    complaints += check(ROOT, faults)
-    if options.check or complaints:
+    misplaced = check(ROOT, faults)
+    complaints += misplaced.values()
+    if options.check:
         print("\n".join(complaints) or f"{len(faults)} faults find their places")
         return 1 if complaints else 0
 
-    faults = [fault for fault in faults if options.storms or not fault.mark]
+    print("\n".join(complaints), file=sys.stderr)
+    faults = [fault for fault in faults if fault not in misplaced and (options.storms or not fault.mark)]
     if options.only:
         faults = [fault for fault in faults if any(word in str(fault) for word in options.only)]
     commit = subprocess.check_output(["git", "rev-parse", "HEAD"], cwd=ROOT, text=True).strip()
@@ -239,7 +241,7 @@ def main():
     tried = counts["killed"] + counts["survived"]
     print(f"{commit[:9]}: {tried} faults, {counts['killed']} killed, {counts['survived']} survived, "
           f"{counts['not built']} not built: {100 * counts['killed'] / max(tried, 1):.1f} % killed")
-    return 1 if counts["not built"] else 0
+    return 1 if counts["not built"] or complaints else 0
 
 
 if __name__ == "__main__":

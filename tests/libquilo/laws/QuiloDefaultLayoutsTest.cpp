@@ -2,6 +2,7 @@
 #include "laws/QuiloDefaultLayouts.h"
 
 #include "math/VelkDspSpherical.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -48,18 +49,18 @@ TEST_P(FlatDefaults, StandAtTheirAzimuths) {
 }
 
 using Azimuths = std::vector<float>;
-INSTANTIATE_TEST_SUITE_P(
-    Layouts,
-    FlatDefaults,
-    testing::Values(Expected{"None", LayoutKind::Horizontal, {}},
-                    Expected{"Mono", LayoutKind::Periphonic, {0}},
-                    Expected{"Stereo", LayoutKind::Horizontal, {-30, 30}},
-                    Expected{"Three", LayoutKind::Horizontal, {-60, 60, 180}},
-                    Expected{"Quad", LayoutKind::Horizontal, {-45, 45, 135, -135}},
-                    Expected{"Five", LayoutKind::Horizontal, {-36, 36, 108, 180, -108}},
-                    Expected{"SurroundThree", LayoutKind::Surround, {-30, 30, 180}},
-                    Expected{"SurroundFour", LayoutKind::Surround, {-30, 0, 30, 180}}),
-    [](const auto& test) { return test.param.name; });
+// clang-format off
+const Expected kLayouts[] = {
+    {"None", LayoutKind::Horizontal, {}}, {"Mono", LayoutKind::Periphonic, {0}},
+    {"Stereo", LayoutKind::Horizontal, {-30, 30}},
+    {"Three", LayoutKind::Horizontal, {-60, 60, 180}},
+    {"Quad", LayoutKind::Horizontal, {-45, 45, 135, -135}},
+    {"Five", LayoutKind::Horizontal, {-36, 36, 108, 180, -108}},
+    {"SurroundThree", LayoutKind::Surround, {-30, 30, 180}},
+    {"SurroundFour", LayoutKind::Surround, {-30, 0, 30, 180}},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Layouts, FlatDefaults, testing::ValuesIn(kLayouts), Tests::kByName);
 
 // No two loudspeakers closer than the even packing allows, the sum of all near the listener.
 TEST(PeriphonicDefaults, SpreadEvenlyOverTheSphere) {

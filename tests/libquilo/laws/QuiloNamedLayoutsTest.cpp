@@ -41,24 +41,16 @@ TEST_P(NamedLayout, HasTheLoudspeakersThatItsNameCounts) {
     EXPECT_EQ(found.lfe, expected.lfe);
 }
 
-INSTANTIATE_TEST_SUITE_P(Names,
-                         NamedLayout,
-                         testing::Values(Counts{"stereo", 2, 0, 0, 0},
-                                         Counts{"quad", 4, 0, 0, 0},
-                                         Counts{"5.1", 5, 0, 0, 1},
-                                         Counts{"5.0", 5, 0, 0, 0},
-                                         Counts{"2+5+0", 5, 2, 0, 1},
-                                         Counts{"5.1.4", 5, 4, 0, 1},
-                                         Counts{"4+5+1", 5, 4, 1, 1},
-                                         Counts{"0+7+0", 7, 0, 0, 1},
-                                         Counts{"7.1.4", 7, 4, 0, 1},
-                                         Counts{"3+7+0", 7, 3, 0, 2},
-                                         Counts{"4+9+0", 9, 4, 0, 1},
-                                         Counts{"22.2", 10, 9, 3, 2},
-                                         Counts{"22.0", 10, 9, 3, 0},
-                                         Counts{"octagon", 8, 0, 0, 0},
-                                         Counts{"cube", 0, 4, 4, 0},
-                                         Counts{"dome-24", 12, 12, 0, 0}));
+// clang-format off
+constexpr Counts kNames[] = {
+    {"stereo", 2, 0, 0, 0}, {"quad", 4, 0, 0, 0}, {"5.1", 5, 0, 0, 1}, {"5.0", 5, 0, 0, 0},
+    {"2+5+0", 5, 2, 0, 1}, {"5.1.4", 5, 4, 0, 1}, {"4+5+1", 5, 4, 1, 1}, {"0+7+0", 7, 0, 0, 1},
+    {"7.1.4", 7, 4, 0, 1}, {"3+7+0", 7, 3, 0, 2}, {"4+9+0", 9, 4, 0, 1}, {"22.2", 10, 9, 3, 2},
+    {"22.0", 10, 9, 3, 0}, {"octagon", 8, 0, 0, 0}, {"cube", 0, 4, 4, 0},
+    {"dome-24", 12, 12, 0, 0},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Names, NamedLayout, testing::ValuesIn(kNames));
 
 TEST(NamedLayouts, MirrorLeftAndRightAndStandApart) {
     for (const std::string& name : AllNames()) {

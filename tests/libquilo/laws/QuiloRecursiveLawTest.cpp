@@ -112,6 +112,19 @@ TEST(RecursiveGains, StayFiniteWhereACornerIsRoundedAway) {
     }
 }
 
+// Corners and those half way between them, also from the other side of the zenith.
+TEST(RecursiveGains, PlayALoudspeakerOfAnEvenRingAloneWhereItStands) {
+    for (const unsigned count : {4u, 5u, 6u, 7u, 8u}) {
+        const auto layout = DefaultSpeakers(LayoutKind::Horizontal, count);
+        for (std::size_t k = 0; k < count; ++k) {
+            EXPECT_NEAR(GainsAt(layout, layout[k])[k], 1.f, 1e-3f) << count << " " << k;
+        }
+        const Gains over = GainsAt(layout, tav::FromNavigational(180.f, 60.f, 0.5f));
+        const Gains front = GainsAt(layout, tav::FromNavigational(0.f, 60.f, 1.f));
+        for (std::size_t k = 0; k < count; ++k) EXPECT_NEAR(over[k], front[k], 1e-3f) << count;
+    }
+}
+
 TEST(RecursiveCorners, AreHalfSumsOfTwelve) {
     auto layout = DefaultSpeakers(LayoutKind::Horizontal, 12);
     const SquareCorners even = RecursiveCorners(layout);

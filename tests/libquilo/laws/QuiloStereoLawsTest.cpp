@@ -2,6 +2,7 @@
 #include "laws/QuiloStereoLaws.h"
 
 #include "math/VelkDspSpherical.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -58,18 +59,14 @@ TEST_P(StereoLaws, GiveMidAndSide) {
                 kTolerance);
 }
 
-INSTANTIATE_TEST_SUITE_P(Placements,
-                         StereoLaws,
-                         testing::Values(Placement{"Front", 0, 0, 2},
-                                         Placement{"Left", -90, 0, 1},
-                                         Placement{"HalfRight", 45, 0, 5},
-                                         Placement{"Behind", 180, 0, 1},
-                                         Placement{"Near", 30, 0, 0.25},
-                                         Placement{"HighUp", 60, 70, 1.5},
-                                         Placement{"FarAndHigh", -120, 40, 1e20},
-                                         Placement{"Below", -20, -89, 1},
-                                         Placement{"AtTheListener", 0, 0, 0}),
-                         [](const auto& test) { return test.param.name; });
+// clang-format off
+constexpr Placement kPlacements[] = {
+    {"Front", 0, 0, 2}, {"Left", -90, 0, 1}, {"HalfRight", 45, 0, 5}, {"Behind", 180, 0, 1},
+    {"Near", 30, 0, 0.25}, {"HighUp", 60, 70, 1.5}, {"FarAndHigh", -120, 40, 1e20},
+    {"Below", -20, -89, 1}, {"AtTheListener", 0, 0, 0},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Placements, StereoLaws, testing::ValuesIn(kPlacements), Tests::kByName);
 
 // Deliberate: the factor is no square root.
 TEST(XyGains, KeepsItsOwnFactor) {

@@ -2,6 +2,7 @@
 #include "laws/QuiloSurroundLaw.h"
 
 #include "libquilo/RingsAndGains.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -41,19 +42,20 @@ TEST_P(SurroundDefaults, GiveThePowersOfTheSymmetry) {
     }
 }
 
-using Powers = std::vector<double>;
-INSTANTIATE_TEST_SUITE_P(
-    Placements,
-    SurroundDefaults,
-    testing::Values(Placement{"Left", -30, 0, 1, Powers{1, 0, 0}, Powers{1, 0, 0, 0}},
-                    Placement{"Right", 30, 0, 3, Powers{0, 1, 0}, Powers{0, 0, 1, 0}},
-                    Placement{"Front", 0, 0, 1, Powers{.5, .5, 0}, Powers{0, 1, 0, 0}},
-                    Placement{"Behind", 180, 0, 9, Powers{0, 0, 1}, Powers{0, 0, 0, 1}},
-                    Placement{"HalfWayToTheRear", 105, 0, 1, Powers{0, .5, .5},
-                              Powers{0, 0, .5, .5}},
-                    Placement{"Zenith", 20, 90, 1, Powers{.25, .25, .5}, Powers{0, .5, 0, .5}},
-                    Placement{"Centre", 0, 0, 0, Powers{.25, .25, .5}, Powers{0, .5, 0, .5}}),
-    [](const auto& test) { return test.param.name; });
+// clang-format off
+const Placement kPlacements[] = {
+    {"Left", -30, 0, 1, {1, 0, 0}, {1, 0, 0, 0}}, {"Right", 30, 0, 3, {0, 1, 0}, {0, 0, 1, 0}},
+    {"Front", 0, 0, 1, {.5, .5, 0}, {0, 1, 0, 0}}, {"Behind", 180, 0, 9, {0, 0, 1}, {0, 0, 0, 1}},
+    {"HalfWayToTheRear", 105, 0, 1, {0, .5, .5}, {0, 0, .5, .5}},
+    {"OverTheZenith", -150, 60, .5f, {.1875, .5625, .25}, {0, .375, .375, .25}},
+    {"Zenith", 20, 90, 1, {.25, .25, .5}, {0, .5, 0, .5}},
+    {"Centre", 0, 0, 0, {.25, .25, .5}, {0, .5, 0, .5}},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Placements,
+                         SurroundDefaults,
+                         testing::ValuesIn(kPlacements),
+                         Tests::kByName);
 
 TEST(SurroundLaw, KeepsEnergyWhateverTheLayout) {
     for (const auto& layout : {At({-30, 30, 180}), At({10, 10, 10}), At({170, -170, 0}),

@@ -6,6 +6,7 @@
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainTriangulation.h"
 #include "reference/RandomPoints.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -150,10 +151,7 @@ TEST_P(TriangulationOf, EqualsThePlainProcedure) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts,
-                         TriangulationOf,
-                         testing::ValuesIn(kFamilies),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Layouts, TriangulationOf, testing::ValuesIn(kFamilies), Tests::kByName);
 
 TEST(Triangulation, RaisesTheThresholdForLargeLayouts) {
     // 182 loudspeakers have just under a million triples. Those of an even layout of 250 need the

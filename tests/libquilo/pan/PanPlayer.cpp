@@ -2,7 +2,6 @@
 #include "libquilo/pan/PanPlayer.h"
 
 #include "pan/QuiloPanDefaults.h"
-#include "support/AllocationTrap.h"
 #include "text/VelkDspException.h"
 
 #include <algorithm>
@@ -14,31 +13,20 @@ namespace Tests {
 PanPlayer::PanPlayer(Quilo::Pan& pan, float rateHz, unsigned blockSize)
     : pan_(pan),
       rateHz_(rateHz),
-      blockSize_(blockSize),
-      inputs_(pan.NumInputs(), std::vector<double>(blockSize)),
-      outputs_(pan.NumOutputs(), std::vector<double>(blockSize)) {
+      blockSize_(blockSize) {
     pan_.SetSampleRate(rateHz);
     pan_.SetBufferSize(blockSize);
-    for (auto& input : inputs_) inputPointers_.push_back(input.data());
-    for (auto& output : outputs_) outputPointers_.push_back(output.data());
 }
 
 PanPlayer::Audio PanPlayer::Play(std::size_t frames, const Signal& signal) {
-    Audio audio(outputs_.size());
-    for (std::size_t done = 0; done < frames; done += blockSize_) {
-        for (unsigned i = 0; i < inputs_.size(); ++i) {
-            for (std::size_t k = 0; k < blockSize_; ++k) inputs_[i][k] = signal(i, done + k);
-        }
-        {
-            const AllocationTrap trap;
-            pan_.Process(outputPointers_.data(), inputPointers_.data(), blockSize_);
-            violations_ += trap.Violations();
-        }
-        for (std::size_t o = 0; o < audio.size(); ++o) {
-            audio[o].insert(audio[o].end(), outputs_[o].begin(), outputs_[o].end());
-        }
+    frames = (frames + blockSize_ - 1) / blockSize_ * blockSize_;
+    Audio inputs(pan_.NumInputs(), std::vector<double>(frames));
+    for (unsigned i = 0; i < inputs.size(); ++i) {
+        for (std::size_t k = 0; k < frames; ++k) inputs[i][k] = signal(i, k);
     }
-    return audio;
+    return PlayBlocks(
+        inputs, pan_.NumOutputs(), frames, blockSize_,
+        [this](auto outputs, auto ins, unsigned count) { pan_.Process(outputs, ins, count); });
 }
 
 std::vector<double> PanPlayer::SteadyGains(unsigned source) {

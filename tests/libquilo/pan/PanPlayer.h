@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pan/QuiloPan.h"
+#include "support/BlockPlayer.h"
 
 #include <functional>
 #include <memory>
@@ -16,7 +17,7 @@ class PanPlayer {
 public:
     /// A sample of an input; frames count from the start of each Play.
     using Signal = std::function<double(unsigned input, std::size_t frame)>;
-    using Audio = std::vector<std::vector<double>>;  // one vector per output
+    using Audio = Channels<double>;  // one vector per output
 
     explicit PanPlayer(Quilo::Pan& pan, float rateHz = 48000.f, unsigned blockSize = 64);
 
@@ -27,17 +28,10 @@ public:
     /// every glide has ended: its row of gains.
     std::vector<double> SteadyGains(unsigned source);
 
-    /// Allocations and locks in the audio thread so far.
-    unsigned Violations() const { return violations_; }
-
 private:
     Quilo::Pan& pan_;
     float rateHz_;
     unsigned blockSize_;
-    unsigned violations_ = 0;
-    std::vector<std::vector<double>> inputs_, outputs_;
-    std::vector<const double*> inputPointers_;
-    std::vector<double*> outputPointers_;
 };
 
 inline double Impulse(unsigned, std::size_t frame) { return frame == 0 ? 1.0 : 0.0; }

@@ -86,21 +86,7 @@ TEST(NFCHOAPanning, FiltersEachOrderAsTheWaveFrontAsks) {
                     << "order " << n << ", " << exact << " Hz, r " << r << ", R " << radius;
             }
         }
-        EXPECT_EQ(overhead.player.Violations(), 0u);
     }
-}
-
-TEST(NFCHOAPanning, SettingsMadeBeforeTheAudioHoldFromItsFirstSample) {
-    Overhead settled(3, 2.f, 0.7f);
-    settled.pan.SetHighPass(false);
-    settled.player.Play(24000, Silence);
-
-    NFCHOAPanning3D pan(1, 16);
-    PanPlayer player(pan, static_cast<float>(kRate));
-    pan.SetSourcePosition(0, {0, 0, 0.7f}, true, true);
-    pan.SetSpeakersRadius(2.f);
-    pan.SetHighPass(false);
-    EXPECT_EQ(player.Play(640, Impulse), settled.player.Play(640, Impulse));
 }
 
 TEST(NFCHOAPanning, GainHasItsLimitWithAndWithoutTheHighPass) {
@@ -116,6 +102,8 @@ TEST(NFCHOAPanning, GainHasItsLimitWithAndWithoutTheHighPass) {
                     highest = std::max(highest, std::abs(value));
                 }
                 EXPECT_LE(InDecibels(highest), highPass ? 20.01 : 40.01) << n << " of " << radius;
+                if (n < 14 || radius > 1.f) continue;  // a large array switches in a second
+                EXPECT_GE(InDecibels(highest), highPass ? 16.0 : 39.9);
             }
         }
     }
@@ -158,7 +146,6 @@ TEST(NFCHOAPanning, IsPlainAmbisonicsAtTheRadius) {
     for (unsigned i = 0; i < kSources; ++i) field.SetNearfieldCompensation(i, false);
     fieldPlayer.Play(96000, Silence);
     expectSame();
-    EXPECT_EQ(fieldPlayer.Violations(), 0u);
 }
 
 /// The largest component above 2 kHz over the largest of all, dB, through a window whose side lobes

@@ -80,7 +80,6 @@ TEST_P(PannerUnderFire, RecoversFromEverythingThatIsNoSignal) {
                 ASSERT_NEAR(after[o][k], expected[o][k], 1e-4) << rate << " Hz, frame " << k;
             }
         }
-        EXPECT_EQ(player.Violations(), 0u);
     }
 }
 
@@ -127,7 +126,6 @@ TEST_P(PannerAnywhere, StaysFiniteInDegenerateGeometry) {
             }
         }
     }
-    EXPECT_EQ(player.Violations(), 0u);
 }
 
 TEST_P(PannerAnywhere, WorksWithoutSourcesAndInThousandsOfFrames) {
@@ -174,7 +172,6 @@ TEST(LargestPanner, FeedsEachSourceToItsLoudspeaker) {
         const PanPlayer::Audio audio = player.Play(6400, numbered);
         for (unsigned o = 0; o < kCount; ++o)
             ASSERT_NEAR(audio[o].back(), o + 1.0, 0.02 * (o + 1.0));
-        EXPECT_EQ(player.Violations(), 0u);
     }
 }
 

@@ -2,6 +2,7 @@
 // What the horizontal loudspeaker panners do with a layout, heard in their outputs.
 #include "libquilo/RingsAndGains.h"
 #include "libquilo/pan/PanPlayer.h"
+#include "support/ByName.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -28,15 +29,6 @@ protected:
     std::unique_ptr<Pan> Make(unsigned outputs) { return Pan::Create(1, outputs, GetParam(), ""); }
 };
 
-TEST_P(LayoutPanners, PlayASourceOnALoudspeakerThereAlone) {
-    const auto pan = Tests::OnDefaultSpeakers(1, 4, GetParam());
-    const float azimuths[] = {-45.f, 45.f, 135.f, -135.f};
-    for (std::size_t speaker = 0; speaker < 4; ++speaker) {
-        const Gains gains = GainsAt(*pan, azimuths[speaker]);
-        for (std::size_t o = 0; o < 4; ++o) EXPECT_NEAR(gains[o], o == speaker ? 1 : 0, 1e-3);
-    }
-}
-
 TEST_P(LayoutPanners, AreSilentBeforeALayoutAndUseWhatTheyGet) {
     const auto pan = Make(3);
     EXPECT_EQ(GainsAt(*pan, 20.f), (Gains{0, 0, 0}));
@@ -59,7 +51,7 @@ TEST_P(LayoutPanners, AreSilentBeforeALayoutAndUseWhatTheyGet) {
 INSTANTIATE_TEST_SUITE_P(Types,
                          LayoutPanners,
                          testing::Values("angular", "vbap2d", "vbip2d"),
-                         [](const auto& test) { return std::string(test.param); });
+                         Tests::kByName);
 
 TEST(Vbap2DPanning, PansOverALayoutThatItReports) {
     for (const char* type : {"vbap2d", "subwoofers"}) {
@@ -78,14 +70,6 @@ TEST(Vbap2DPanning, PansOverALayoutThatItReports) {
         // The listener on the edge is inside.
         EXPECT_NO_THROW(pan->SetSpeakersPositions({{-1, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
     }
-}
-
-TEST(SurroundPanning, StartsWithALayoutAndTakesAnother) {
-    const auto pan = Pan::Create(1, 4, "surround", "direct");
-    EXPECT_NEAR(GainsAt(*pan, 30.f)[2], 1.0, 1e-3);
-    pan->SetSpeakersPositions(At({-60, 0, 60, 180}));
-    EXPECT_NEAR(GainsAt(*pan, 60.f)[2], 1.0, 1e-3);
-    EXPECT_NEAR(GainsAt(*pan, -60.f)[0], 1.0, 1e-3);
 }
 
 }  // namespace

@@ -26,22 +26,6 @@ void UseDefaultLayout(Pan& pan) {
     pan.SetSpeakersPositions(DefaultSpeakersFor(Pan::Type::Subwoofers, pan.NumOutputs()));
 }
 
-// The blocks are longer than what is filtered at once, and everything glides meanwhile.
-TEST(SubwoofersPanning, PlaysALongBlockAsEightShortOnes) {
-    std::vector<PanPlayer::Audio> played;
-    for (const unsigned blockSize : {4096u, 512u}) {
-        SubwoofersPanning pan(1, 4);
-        UseDefaultLayout(pan);
-        PanPlayer player(pan, 48000.f, blockSize);
-        pan.SetBufferSize(64);
-        player.Play(4096, Sine(90.0));
-        pan.SetSourcePosition(0, tav::FromNavigational(110.f, 0.f, 1.f), false, false);
-        pan.SetCutoff(700.f);
-        played.push_back(player.Play(4096, Sine(90.0)));
-        EXPECT_EQ(played.back(), played.front()) << blockSize;
-    }
-}
-
 TEST(SubwoofersPanning, LeavesTheBassAndGlidesToAnotherCutoff) {
     SubwoofersPanning pan(1, 1);
     UseDefaultLayout(pan);
@@ -77,21 +61,6 @@ TEST(SubwoofersPanning, PansAsARingOfLoudspeakersDoes) {
     }
     pan.SetInterpolationTime(500.f);
     EXPECT_EQ(pan.GetInterpolationTime(), 200.f);
-}
-
-TEST(SubwoofersPanning, StopsForSilentSourcesAndStartsAfreshWithThem) {
-    SubwoofersPanning pan(2, 2), fresh(2, 2);
-    for (auto* p : {&pan, &fresh}) UseDefaultLayout(*p);
-    pan.SetAutoMuteTime(1.f);
-    PanPlayer player(pan), expected(fresh);
-    const auto tone = [sine = Sine(50.0)](unsigned input, std::size_t frame) {
-        return input == 0 ? sine(input, frame) : 0.0;
-    };
-    player.Play(4800, tone);
-    player.Play(2 * 48000, Tests::Silence);
-    EXPECT_FALSE(pan.InputActive(0));
-    expected.Play(4800 + 2 * 48000, Tests::Silence);
-    EXPECT_EQ(player.Play(4800, tone), expected.Play(4800, tone));
 }
 
 }  // namespace

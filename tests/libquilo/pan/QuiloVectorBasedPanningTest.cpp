@@ -2,6 +2,7 @@
 // Panning over loudspeakers in space, heard in the outputs and read in the report.
 #include "libquilo/RingsAndGains.h"
 #include "libquilo/pan/PanPlayer.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -81,22 +82,6 @@ TEST_P(VectorBasedPanners, AreSilentOnFlatLayouts) {
     EXPECT_NEAR(Energy(GainsAt(*pan, source)), 1.0, 1e-6);
 }
 
-TEST_P(VectorBasedPanners, MoveEverySourceToANewLayout) {
-    const auto pan = Make(3, 6);
-    pan->SetSpeakersPositions(Octahedron());
-    pan->SetSourcesPositions({{0, 0, 1}, {0, 0, -1}, {1, 0, 0}}, true);
-    pan->SetSourceMute(0, true);  // the first to be recomputed asks for no gains
-    CartesianArray layout = Octahedron();
-    std::swap(layout[4], layout[5]);
-    pan->SetSpeakersPositions(layout);
-    Tests::PanPlayer player(*pan, kRateHz);
-    EXPECT_EQ(player.SteadyGains(0), (Gains{0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(player.SteadyGains(1), (Gains{0, 0, 0, 0, 1, 0}));
-    EXPECT_EQ(player.SteadyGains(2), (Gains{1, 0, 0, 0, 0, 0}));
-    pan->SetSourceMute(0, false);
-    EXPECT_EQ(player.SteadyGains(0), (Gains{0, 0, 0, 0, 0, 1}));
-}
-
 TEST_P(VectorBasedPanners, KeepTheLayoutThatWasBegunLast) {
     const auto pan = Make(1, 6);
     const auto stranger = Make(1, 6);
@@ -136,7 +121,7 @@ TEST_P(VectorBasedPanners, AreNeverSilentByTheirDefaultLayout) {
 INSTANTIATE_TEST_SUITE_P(Types,
                          VectorBasedPanners,
                          testing::Values("vbap", "vbip"),
-                         [](const auto& test) { return std::string(test.param); });
+                         Tests::kByName);
 
 TEST(VectorBasedPanning, DiffersByItsNormalisation) {
     // Raw gains 1 and 3: amplitude keeps their ratio, intensity the ratio of their energies.

@@ -51,20 +51,15 @@ TEST_P(AmbixOf, IsTheEncodingOfTheTurnedSource) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Fields,
-                         AmbixOf,
-                         testing::Values(Field{0, 3, Normalization::SN3D},
-                                         Field{1, 3, Normalization::FuMa},
-                                         Field{3, 3, Normalization::FuMa},
-                                         Field{3, 3, Normalization::MaxN},
-                                         Field{3, 2, Normalization::MaxN},
-                                         Field{7, 3, Normalization::N3D},
-                                         Field{7, 3, Normalization::Unnormalized},
-                                         Field{6, 3, Normalization::RONB},
-                                         Field{9, 2, Normalization::SN2D},
-                                         Field{9, 2, Normalization::N2D},
-                                         Field{9, 2, Normalization::RONB},
-                                         Field{14, 3, Normalization::SN3D}));
+// clang-format off
+constexpr Field kFields[] = {
+    {0, 3, Normalization::SN3D}, {1, 3, Normalization::FuMa}, {3, 3, Normalization::FuMa},
+    {3, 3, Normalization::MaxN}, {3, 2, Normalization::MaxN}, {7, 3, Normalization::N3D},
+    {7, 3, Normalization::Unnormalized}, {6, 3, Normalization::RONB}, {9, 2, Normalization::SN2D},
+    {9, 2, Normalization::N2D}, {9, 2, Normalization::RONB}, {14, 3, Normalization::SN3D},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Fields, AmbixOf, testing::ValuesIn(kFields));
 
 TEST(Ambix, RefusesWhatTheNormalizationHasNot) {
     for (const unsigned dimension : {2u, 3u}) {

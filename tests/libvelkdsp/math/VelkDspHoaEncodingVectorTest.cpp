@@ -4,6 +4,7 @@
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainHarmonics.h"
 #include "reference/RandomPoints.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -118,7 +119,7 @@ TEST_P(HoaEncodingVectorOfSmallOrder, IsThePolynomialOfItsNormalization) {
 INSTANTIATE_TEST_SUITE_P(Normalizations,
                          HoaEncodingVectorOfSmallOrder,
                          testing::ValuesIn(kSmallOrders),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         Tests::kByName);
 
 struct Encoding {
     const char* name;
@@ -163,7 +164,7 @@ TEST_P(HoaEncodingVectorOf, AgreesWithTheLegendreFunctions) {
 INSTANTIATE_TEST_SUITE_P(Orders,
                          HoaEncodingVectorOf,
                          testing::ValuesIn(kEncodings),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         Tests::kByName);
 
 TEST(HoaEncodingVector, TakesTheOriginAsADirection) {
     HoaEncodingVector encoding(3, 3, Normalization::N3D);

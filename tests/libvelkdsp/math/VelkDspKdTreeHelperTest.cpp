@@ -78,17 +78,13 @@ TEST_P(KdTreeHelperCase, FindsWhatSortingAllPointsFinds) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(ScansAndTrees,
-                         KdTreeHelperCase,
-                         testing::Values(TreeCase{1, 10, 1},
-                                         TreeCase{2, 0, 1},
-                                         TreeCase{9, 1, 1},
-                                         TreeCase{23, 2, KdTreeHelper::kTreeFrom},
-                                         TreeCase{24, 2, KdTreeHelper::kTreeFrom},
-                                         TreeCase{100, 0, 1},
-                                         TreeCase{200, 1, 1},
-                                         TreeCase{200, 1, 1000},
-                                         TreeCase{500, 1000, 1}));
+// clang-format off
+constexpr TreeCase kScansAndTrees[] = {
+    {1, 10, 1}, {2, 0, 1}, {9, 1, 1}, {23, 2, KdTreeHelper::kTreeFrom},
+    {24, 2, KdTreeHelper::kTreeFrom}, {100, 0, 1}, {200, 1, 1}, {200, 1, 1000}, {500, 1000, 1},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(ScansAndTrees, KdTreeHelperCase, testing::ValuesIn(kScansAndTrees));
 
 TEST(KdTreeHelper, WithoutPointsNothingIsFound) {
     std::vector<std::size_t> indices{1};

@@ -123,12 +123,5 @@ TEST(MatrixPrinters, WriteTheirExactTexts) {
                    "\\end{array}\n\\end{pmatrix}\n\\end{equation}\n"});
 }
 
-TEST(MatrixPrinters, WithoutRowsAndNameOnlyTheFrameIsLeft) {
-    ExpectPrinted(Matrix<float>(0, 3), "",
-                  {"matrix 0 x 3\n", "% matrix 0 x 3\n[ ...\n...\n]; \n",
-                   "\\begin{equation}\n\\begin{pmatrix}\n\\begin{array}{ccc}\n"
-                   "\\end{array}\n\\end{pmatrix}\n\\end{equation}\n"});
-}
-
 }  // namespace
 }  // namespace tav

@@ -15,10 +15,6 @@ namespace {
 using Normalization = SphericalHarmonic::Normalization;
 using Sorting = SphericalHarmonic::Sorting;
 
-constexpr Normalization kAll[] = {
-    Normalization::Unnormalized, Normalization::SN3D, Normalization::SN2D, Normalization::N3D,
-    Normalization::N2D,          Normalization::FuMa, Normalization::MaxN, Normalization::RONB};
-
 std::string Letters(unsigned dimension, Sorting sorting, unsigned count) {
     std::string letters;
     for (unsigned index = 0; index < count; ++index) {
@@ -70,28 +66,6 @@ TEST(SphericalHarmonic, KnowsTheCountsThatAreWholeOrders) {
         for (unsigned count = 0; count <= 250; ++count) {
             EXPECT_EQ(SphericalHarmonic::OrderFromChannelCount(count, dimension), orders[count]);
             EXPECT_EQ(SphericalHarmonic::IsValidChannelCount(count, dimension), orders[count] >= 0);
-        }
-    }
-}
-
-// There and back is 1 wherever both sides have the harmonic, and a detour changes nothing.
-TEST(SphericalHarmonic, ConvertsByTheSameWayBack) {
-    for (const Normalization a : kAll) {
-        for (const Normalization b : kAll) {
-            if (a == b) continue;
-            for (unsigned n = 0; n <= 124; n += n < 5 ? 1 : 17) {
-                for (const int m : {0, 1, -2, static_cast<int>(n), -static_cast<int>(n)}) {
-                    if (static_cast<unsigned>(std::abs(m)) > n) continue;
-                    const double there = SphericalHarmonic::ExactConversionFactor(n, m, a, b);
-                    const double back = SphericalHarmonic::ExactConversionFactor(n, m, b, a);
-                    if (there == 0.0 || !std::isfinite(there)) continue;
-                    EXPECT_NEAR(there * back, 1.0, 1e-14) << n << " " << m;
-                    const double detour =
-                        SphericalHarmonic::ExactConversionFactor(n, m, a, Normalization::N3D) *
-                        SphericalHarmonic::ExactConversionFactor(n, m, Normalization::N3D, b);
-                    EXPECT_NEAR(there / detour, 1.0, 1e-14) << n << " " << m;
-                }
-            }
         }
     }
 }

@@ -4,6 +4,7 @@
 #include "kernels/VelkDspDenormalGuard.h"
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
 #include "support/AllocationTrap.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -96,9 +97,7 @@ constexpr Sample kSamples[] = {
     {"Denormal",            std::numeric_limits<double>::denorm_min(),  0.f},
 };
 // clang-format on
-INSTANTIATE_TEST_SUITE_P(Samples, InputMapping, testing::ValuesIn(kSamples), [](const auto& row) {
-    return std::string(row.param.name);
-});
+INSTANTIATE_TEST_SUITE_P(Samples, InputMapping, testing::ValuesIn(kSamples), Tests::kByName);
 
 TEST(AudioProcessorBase, GivesTheHostFiniteSamplesOnly) {
     Copier copier(1, 1);
@@ -179,9 +178,12 @@ TEST_P(MuteAndBypass, SpendNoProcessing) {
     EXPECT_EQ(copier.calls, 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shapes,
-                         MuteAndBypass,
-                         testing::Values(Ports{2, 4}, Ports{4, 2}, Ports{0, 2}, Ports{2, 0}));
+// clang-format off
+constexpr Ports kShapes[] = {
+    {2, 4}, {4, 2}, {0, 2}, {2, 0},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Shapes, MuteAndBypass, testing::ValuesIn(kShapes));
 
 TEST(AudioProcessorWithAutoMute, WritesZerosToUnconnectedOutputsAndHearsNoUnconnectedInput) {
     Copier copier(3, 3);

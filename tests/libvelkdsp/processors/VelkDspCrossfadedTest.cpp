@@ -4,6 +4,8 @@
 #include "processors/VelkDspCrossfadedFir.h"
 #include "reference/PlainFourier.h"
 #include "reference/Signals.h"
+#include "support/BlockPlayer.h"
+#include "support/ByName.h"
 
 #include <gtest/gtest.h>
 
@@ -19,19 +21,17 @@ namespace tav {
 namespace {
 
 constexpr float kRate = 48000.f;
+using Tests::kNothing;
 using Tests::Noise;
 using Tests::Signal;
 
-/// What comes out of `filter` in blocks; `before(frame)` is called in front of each of them.
-template <class Perform, class Before>
+/// What comes out of a filter in blocks; `before(frame)` is called in front of each of them.
+template <class Before, class Perform>
 Signal Play(const Signal& input, unsigned blockSize, Before before, Perform perform) {
-    Signal output(input.size());
-    for (std::size_t done = 0; done < input.size(); done += blockSize) {
-        before(done);
-        const std::size_t n = std::min<std::size_t>(blockSize, input.size() - done);
-        perform(output.data() + done, input.data() + done, static_cast<unsigned>(n));
-    }
-    return output;
+    return Tests::PlayBlocks<float>(
+        {input}, 1, input.size(), blockSize,
+        [&](auto outputs, auto inputs, unsigned n) { perform(outputs[0], inputs[0], n); },
+        before)[0];
 }
 
 Signal PlayFir(CrossfadedFir& fir, const Signal& input, unsigned blockSize, auto before) {
@@ -39,20 +39,24 @@ Signal PlayFir(CrossfadedFir& fir, const Signal& input, unsigned blockSize, auto
                 [&](float* y, const float* x, unsigned n) { fir.Perform(y, x, n); });
 }
 
-constexpr auto kNothing = [](std::size_t) {};
+/// What comes out of `taps` from a filter that heard nothing before `from`.
+std::vector<double> Convolve(const Signal& taps, const Signal& input, std::size_t from = 0) {
+    std::vector<double> output(input.size());
+    for (std::size_t k = from; k < input.size(); ++k) {
+        for (std::size_t t = 0; t < std::min(taps.size(), k - from + 1); ++t) {
+            output[k] += static_cast<double>(taps[t]) * static_cast<double>(input[k - t]);
+        }
+    }
+    return output;
+}
 
 class FirOfLength : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(FirOfLength, IsTheConvolutionInEveryFormAndBlock) {
     const Signal taps = Noise(GetParam(), 1), input = Noise(6000, 2);
-    std::vector<double> expected(input.size());
     double largest = 0.0;  // sum of the magnitudes of the taps: what a sample can be
     for (const float tap : taps) largest += std::abs(static_cast<double>(tap));
-    for (std::size_t k = 0; k < input.size(); ++k) {
-        for (std::size_t t = 0; t < std::min(taps.size(), k + 1); ++t) {
-            expected[k] += static_cast<double>(taps[t]) * static_cast<double>(input[k - t]);
-        }
-    }
+    const std::vector<double> expected = Convolve(taps, input);
     for (const auto form : {FirResponse::Form::Cheapest, FirResponse::Form::Partitioned}) {
         const FirResponse response(taps, form);
         for (const unsigned blockSize : {1u, 17u, 64u, 4096u}) {
@@ -65,6 +69,46 @@ TEST_P(FirOfLength, IsTheConvolutionInEveryFormAndBlock) {
                     << "blocks of " << blockSize << ", frame " << k;
             }
         }
+    }
+}
+
+// Responses of more than a thousand taps are exchanged anywhere in the grid of their partitions,
+// with a fade and without, once for an equal one; in the middle of a fade the past is forgotten.
+TEST(CrossfadedFir, ExchangesLongResponsesAndForgetsInTheMiddleOfAFade) {
+    const Signal taps[] = {Noise(1100, 11), Noise(2000, 12), Noise(1600, 13)};
+    const FirResponse responses[] = {FirResponse(taps[0]), FirResponse(taps[1]),
+                                     FirResponse(taps[2]), FirResponse(taps[2])};
+    const Signal input = Noise(9000, 14);
+    constexpr std::size_t kFade = 221, kFirst = 2100, kClear = kFirst + 100, kSecond = 5050,
+                          kThird = 6999;
+    CrossfadedFir fir(2000, 44100.f);
+    fir.SetFade(0.f, FadeShape::Cosine);
+    fir.Load(&responses[0]);
+    const auto change = [&](std::size_t frame) {
+        if (frame == kFirst) fir.SetFade(5.f, FadeShape::Cosine);  // 220.5 samples
+        if (frame == kFirst) fir.Load(&responses[1]);
+        if (frame == kClear) fir.Clear();
+        if (frame == kSecond) fir.SetFade(0.f, FadeShape::Cosine);
+        if (frame == kSecond) fir.Load(&responses[2]);
+        if (frame == kThird) fir.SetFade(5.f, FadeShape::Cosine);
+        if (frame == kThird) fir.Load(&responses[3]);  // would swell by 3 dB
+    };
+    const Signal output = PlayFir(fir, input, 1, change);
+    std::vector<double> heard[2][3];
+    for (std::size_t r = 0; r < 3; ++r) {
+        for (const std::size_t cleared : {0u, 1u}) {
+            heard[cleared][r] = Convolve(taps[r], input, cleared * kClear);
+        }
+    }
+    for (std::size_t k = 0; k < input.size(); ++k) {
+        const auto& filters = heard[k < kClear ? 0 : 1];
+        const double t =
+            k < kFirst ? 0.0 : std::min(static_cast<double>(k - kFirst + 1) / kFade, 1.0);
+        const double expected = k >= kSecond
+                                    ? filters[2][k]
+                                    : std::cos(0.5 * std::numbers::pi * t) * filters[0][k] +
+                                          std::sin(0.5 * std::numbers::pi * t) * filters[1][k];
+        ASSERT_NEAR(output[k], expected, 1e-3) << k;
     }
 }
 
@@ -124,9 +168,7 @@ TEST_P(FadeOfShape, FollowsItsWeightsAndTakesTheNewestOfThoseThatWait) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Shapes, FadeOfShape, testing::ValuesIn(kShapes), [](const auto& test) {
-    return std::string(test.param.name);
-});
+INSTANTIATE_TEST_SUITE_P(Shapes, FadeOfShape, testing::ValuesIn(kShapes), Tests::kByName);
 
 /// Energy above 3 kHz in relation to all, in decibels, of the 65536 samples in the middle.
 double HighEnergyDb(const Signal& signal) {
@@ -239,6 +281,39 @@ TEST(CrossfadedCascade, RunsItsCellsOneAfterTheOther) {
         const Signal after = Play(input, blockSize, kNothing, perform);
         for (std::size_t k = 0; k < after.size(); ++k) ASSERT_NEAR(after[k], expected[k], 1e-4);
     }
+}
+
+TEST(CrossfadedCascade, StartsFromItsPastAloneWheneverItIsExchanged) {
+    std::mt19937 random(7);
+    const BiquadCells a = RandomCells(random), b = RandomCells(random);
+    const Signal noise = Noise(600, 8), silence(200);
+    CrossfadedCascade cascade(6, kRate);
+    unsigned starts = 9;
+    const auto play = [&](const Signal& input) {
+        return Play(input, 64, kNothing, [&](float* y, const float* x, unsigned n) {
+            cascade.Perform(y, x, n, starts);
+        });
+    };
+    const auto load = [&](const BiquadCells& cells, float fadeMs) {
+        cascade.SetFade(fadeMs, FadeShape::Linear);
+        cascade.Load(&cells);
+    };
+    load(a, 0.f);
+    play(noise);
+    load(b, 0.f);
+    play(silence);
+    load(a, 0.f);
+    EXPECT_EQ(play(silence), silence) << "what it heard the last time is no past";
+    play(noise);
+    load(b, 50.f);
+    play(noise);
+    cascade.Clear();
+    EXPECT_EQ(play(silence), silence) << "in the middle of the fade";
+    play(Signal(3000));
+    play(noise);
+    cascade.Clear();
+    load(a, 0.f);
+    EXPECT_EQ(play(silence), silence) << "a past that is forgotten";
 }
 
 }  // namespace

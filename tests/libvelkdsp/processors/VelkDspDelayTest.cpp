@@ -3,7 +3,7 @@
 
 #include "reference/PlainDelay.h"
 #include "reference/Signals.h"
-#include "support/AllocationTrap.h"
+#include "support/BlockPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -27,68 +27,21 @@ constexpr std::uint32_t kLagrange = 2, kAllpass = 3;
 float Ms(float samples) { return samples * 1000.f / kRate; }
 
 /// A delay at 48 kHz and what goes through it, block by block, under the trap.
-class Line {
-public:
+struct Line {
     Line() {
         delay.SetSampleRate(kRate);
         delay.SetInterpolationTime(0.f);
     }
-    ~Line() { EXPECT_EQ(violations_, 0u); }
-    Line(const Line&) = delete;
-    Line& operator=(const Line&) = delete;
 
     std::vector<float> Play(const std::vector<float>& input, std::size_t block = 64) {
-        std::vector<float> output(input.size(), 99.f);
-        for (std::size_t begin = 0; begin < input.size(); begin += block) {
-            const auto count = static_cast<unsigned>(std::min(block, input.size() - begin));
-            const float* const in = input.data() + begin;
-            float* const out = output.data() + begin;
-            violations_ += Tests::ViolationsOf([&] { delay.Process(&out, &in, count); });
-        }
-        return output;
+        return Tests::PlayBlocks<float>({input}, 1, input.size(), block,
+                                        [this](auto outputs, auto inputs, unsigned n) {
+                                            delay.Process(outputs, inputs, n);
+                                        })[0];
     }
 
     Delay delay;
-
-private:
-    unsigned violations_ = 0;
 };
-
-struct Response {
-    std::uint32_t code;
-    double at9, at10, at11, at12;
-};
-
-class DelayKinds : public testing::TestWithParam<Response> {};
-
-TEST_P(DelayKinds, SpreadAnImpulseByTheirWeightsAtHalfASample) {
-    const Response& row = GetParam();
-    Line line;
-    line.delay.SetInterpolationKind(row.code);
-    line.delay.SetDelay(Ms(10.5f), true);
-    const std::vector<float> response = line.Play(Impulse(40), 7);
-    const double expected[] = {0.0, row.at9, row.at10, row.at11, row.at12};
-    for (std::size_t n = 0; n < 5; ++n) EXPECT_NEAR(response[8 + n], expected[n], 1e-6) << 8 + n;
-}
-
-// clang-format off
-constexpr Response kHalfASample[] = {
-    // code  9           10          11          12
-    {0,      0,          1,          0,          0},
-    {1,      0,          0.5,        0.5,        0},
-    {2,      -1.0 / 16,  9.0 / 16,   9.0 / 16,   -1.0 / 16},
-    {3,      0,          1.0 / 3,    8.0 / 9,    -8.0 / 27},
-    {4,      0,          1,          0,          0},
-    {5,      -1.0 / 16,  9.0 / 16,   9.0 / 16,   -1.0 / 16},
-    {6,      -1.0 / 8,   5.0 / 8,    5.0 / 8,    -1.0 / 8},
-    {7,      1.0 / 48,   23.0 / 48,  23.0 / 48,  1.0 / 48},
-    {8,      -0.075,     0.575,      0.575,      -0.075},
-    {77,     0,          1,          0,          0},
-};
-// clang-format on
-INSTANTIATE_TEST_SUITE_P(Codes, DelayKinds, testing::ValuesIn(kHalfASample), [](const auto& row) {
-    return "Code" + std::to_string(row.param.code);
-});
 
 /// Everything a control thread may do between two blocks, at random, against the slow model.
 class DelayModel : public testing::TestWithParam<std::uint32_t> {};
@@ -143,16 +96,6 @@ TEST_P(DelayModel, AgreesThroughGlidesJumpsAndGrowthOfTheRing) {
 
 INSTANTIATE_TEST_SUITE_P(Codes, DelayModel, testing::Values(1u, 2u, 3u, 5u, 6u, 7u, 8u));
 
-TEST(Delay, OfNothingCopiesForEveryKindButTheAllpassBitForBit) {
-    const std::vector<float> noise = Noise(300, 5);
-    for (std::uint32_t code = 0; code <= 9; ++code) {
-        if (code == kAllpass) continue;
-        Line line;
-        line.delay.SetInterpolationKind(code);
-        EXPECT_EQ(line.Play(noise), noise) << code;
-    }
-}
-
 TEST(Delay, OfLessThanASampleDoesNotDependOnTheBlockSize) {
     const std::vector<float> noise = Noise(2048, 6);
     for (std::uint32_t code = 0; code <= 8; ++code) {
@@ -202,32 +145,6 @@ TEST(Delay, ClearAndAnotherRateForgetTheSoundButNotTheDelay) {
     const std::vector<float> impulse = line.Play(Impulse(512));
     EXPECT_EQ(std::ranges::find(impulse, 1.f) - impulse.begin(), 96);
     EXPECT_EQ(std::ranges::count(impulse, 0.f), 511);
-}
-
-TEST(DelayRing, HasRoomForGlidesAndBlocksBesideTheLongestDelay) {
-    EXPECT_EQ(DelayRing::LengthFor(0.f, 44100.f), 16384u);
-    EXPECT_EQ(DelayRing::LengthFor(120.6f, 48000.f), 16384u);  // 8188 + 8193 samples
-    EXPECT_EQ(DelayRing::LengthFor(120.7f, 48000.f), 32768u);  // 8193 + 8193
-    EXPECT_EQ(DelayRing(16384).LongestDelay(), 16384.f - 8193.f);
-}
-
-TEST(Delay, ClampsAndRefusesSenselessTimes) {
-    Delay delay;
-    delay.SetDelay(3.f, true);
-    for (const float ms : {std::nanf(""), std::numeric_limits<float>::infinity()}) {
-        delay.SetDelay(ms, true);
-        delay.SetMaximumDelay(ms);
-        delay.SetInterpolationTime(ms);
-    }
-    EXPECT_EQ(delay.DelayTime(), 3.f);
-    EXPECT_EQ(delay.MaximumDelay(), 3.f) << "raised by the delay";
-    EXPECT_EQ(delay.InterpolationTime(), 30.f);
-    delay.SetDelay(-1.f, false);
-    EXPECT_EQ(delay.DelayTime(), 0.f);
-    delay.SetDelay(1e30f, false);
-    EXPECT_EQ(delay.DelayTime(), 10000.f);
-    delay.SetMaximumDelay(5.f);
-    EXPECT_EQ(delay.MaximumDelay(), 5.f);
 }
 
 TEST(Delay, NothingUnheardOfStaysInTheAllpass) {

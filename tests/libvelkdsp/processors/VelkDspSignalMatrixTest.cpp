@@ -3,7 +3,7 @@
 
 #include "reference/PlainSignalMatrix.h"
 #include "reference/Signals.h"
-#include "support/AllocationTrap.h"
+#include "support/BlockPlayer.h"
 
 #include <gtest/gtest.h>
 
@@ -31,62 +31,25 @@ Channels Constant(std::size_t count, int frames, float value = 1.f) {
 
 /// One block through slot 1.
 template <class Matrix>
-Channels Play(Matrix& matrix, Channels inputs, int frames) {
-    Channels outputs = Constant(matrix.NumOutputs(), frames, 7.f);
-    matrix.Process(Pointers(outputs).data(), Pointers(inputs).data(),
-                   static_cast<unsigned>(frames));
-    return outputs;
+Channels Play(Matrix& matrix, const Channels& inputs, std::size_t frames) {
+    return Tests::PlayBlocks(
+        inputs, matrix.NumOutputs(), frames, frames,
+        [&](auto outputs, auto ins, unsigned n) { matrix.Process(outputs, ins, n); });
 }
 
-/// A mono matrix at 1000 Hz, so that a millisecond is a sample; its input is 1, its output the
-/// gain.
-class OneGain : public testing::Test {
-protected:
-    OneGain() { matrix_.SetSampleRate(1000.f); }
-    void Set(float gain, bool immediate = false) {
-        matrix_.SetRow(0, std::span(&gain, 1), immediate);
-    }
-    std::vector<float> Gains(int frames) { return Play(matrix_, Constant(1, frames), frames)[0]; }
-
-    tav::SignalMatrix matrix_{1, 1};
-};
-
-// Deliberate: where a block ends within a segment, the gain there sounds twice.
-TEST_F(OneGain, RepeatsTheGainWhereABlockSplitsASegment) {
-    matrix_.SetInterpolationTime(8.f);
-    Set(0.8f);
-    Gains(8);
-    const std::vector<float> first = Gains(3);
-    const std::vector<float> one = Gains(1);
-    const std::vector<float> rest = Gains(4);
-    EXPECT_EQ(first[0], 0.f);
-    EXPECT_NEAR(first[2], 0.3f, 1e-6f);
-    EXPECT_NEAR(one[0], 0.4f, 1e-6f);
-    EXPECT_NEAR(rest[0], 0.4f, 1e-6f);
-    EXPECT_NEAR(rest[3], 0.8f, 1e-6f);
-}
-
-TEST_F(OneGain, RefusesRowsWithGainsThatAreNotFinite) {
-    Set(0.5f);
-    Set(std::numeric_limits<float>::quiet_NaN());
-    Set(std::numeric_limits<float>::infinity(), true);
-    matrix_.SetRow(1, std::vector<float>{1.f}, true);
-    matrix_.SetRow(0, std::vector<float>{1.f, 1.f}, true);
-    matrix_.SetInterpolationTime(std::numeric_limits<float>::quiet_NaN());
-    EXPECT_EQ(Gains(1), std::vector<float>({0.5f}));
-    EXPECT_EQ(matrix_.InterpolationTime(), 0.f);
-}
-
-TEST_F(OneGain, CopiesAnInputOfGainOneBitForBit) {
-    tav::SignalMatrix matrix(9, 7);
-    std::vector<float> row(7, 0.f);
-    row[3] = 1.f;
-    matrix.SetRow(5, row, true);
-    Channels inputs = Constant(9, 129);
-    inputs[5] = Tests::Noise(129, 1);
-    const Channels outputs = Play(matrix, inputs, 129);
-    EXPECT_EQ(outputs[3], inputs[5]);
-    EXPECT_EQ(outputs[0], std::vector<float>(129, 0.f));
+TEST(SignalMatrix, RefusesRowsWithGainsThatAreNotFinite) {
+    tav::SignalMatrix matrix(1, 1);
+    const auto set = [&](unsigned row, const std::vector<float>& gains, bool immediate) {
+        matrix.SetRow(row, gains, immediate);
+    };
+    set(0, {0.5f}, false);
+    set(0, {std::numeric_limits<float>::quiet_NaN()}, false);
+    set(0, {std::numeric_limits<float>::infinity()}, true);
+    set(1, {1.f}, true);
+    set(0, {1.f, 1.f}, true);
+    matrix.SetInterpolationTime(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ(Play(matrix, {{1.f}}, 1), (Channels{{0.5f}}));
+    EXPECT_EQ(matrix.InterpolationTime(), 0.f);
 }
 
 TEST(StaticSignalMatrix, UsesItsGainsAsTheyStand) {
