@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Plants single faults in a copy of the project and asks the test program to find each of them.
 
-    tools/mutate.py [--jobs N] [--only WORD]... [--limit SECONDS] [--storms] [--folder DIR]
+    tools/mutate.py [--jobs N | --here] [--only WORD]... [--some N] [--limit SECONDS] [--storms]
     tools/mutate.py --check
 
 The faults stand in tools/mutations.tsv, one a row: the file (its name alone), a text that stands
@@ -11,8 +11,10 @@ it, and a mark. The replaced text has to occur exactly once in the file, or once
 the text before it, where the first one counts. The mark is "storm" for faults that no single
 thread shows; they run only with --storms, against quilo-races under the thread sanitizer.
 
-Every job has a clone of the last commit in DIR (default build/mutate), where it stays for the next
-run, and builds there what a fault changes, without warnings. A fault is
+Every job has a clone of the last commit in build/mutate (or --folder), where it stays for the next
+run, and builds there what a fault changes. With --here the one job works in this checkout and its
+build/release, which is quick where both are up to date; nobody else may touch them meanwhile. A
+fault is
   killed     when a test fails, the program dies, or it lasts longer than the limit; the tests of
              the fault's own room run first
   survived   when all tests pass
@@ -25,6 +27,7 @@ import concurrent.futures
 import json
 import os
 import queue
+import random
 import signal
 import subprocess
 import sys
@@ -36,10 +39,14 @@ TABLE = ROOT / "tools/mutations.tsv"
 PRODUCT = ("src", "libquilo/src", "libvelkdsp/src", "libsdif/src", "host")
 PROGRAMS = {"": "quilo-tests", "storm": "quilo-races"}
 CONFIGURE = {
-    "": ["-DCMAKE_CXX_FLAGS=-O1 -w", "-DQUILO_BUILD_TESTS=ON"],
-    "storm": ["-DCMAKE_CXX_FLAGS=-O1 -g1 -w -fsanitize=thread", "-DQUILO_BUILD_TESTS=OFF",
+    "": ["-DCMAKE_CXX_FLAGS=-O1", "-DQUILO_BUILD_TESTS=ON"],
+    "storm": ["-DCMAKE_CXX_FLAGS=-O1 -g1 -fsanitize=thread", "-DQUILO_BUILD_TESTS=OFF",
               "-DQUILO_BUILD_MODULE=OFF", "-DQUILO_BUILD_RACES=ON"],
 }
+# What a fault may well be guilty of without being refused for it.
+NO_WARNINGS = "".join(f'#pragma GCC diagnostic ignored "-W{name}"\n' for name in (
+    "unused-parameter", "unused-variable", "unused-but-set-variable", "unused-function", "empty-body",
+    "conversion", "sign-conversion", "double-promotion", "return-type", "parentheses"))
 
 
 class Fault:
@@ -73,7 +80,7 @@ class Fault:
         if found == 0 or (found > 1 and not self.before):
             raise ValueError(f"occurs {found} times")
         at = text.index(self.pattern, start)
-        return text[:at] + self.replacement + text[at + len(self.pattern):]
+        return NO_WARNINGS + text[:at] + self.replacement + text[at + len(self.pattern):]
 
 
 def read_table():
@@ -127,18 +134,23 @@ def run(command, folder, limit=None):
 
 
 class Workshop:
-    """A clone with its builds."""
+    """A clone with its builds, or this checkout with its release build."""
 
     def __init__(self, folder, commit, marks, limit):
         self.folder, self.limit, self.report = folder, limit, folder / "build/tests.json"
-        if not (folder / ".git").exists():
-            self.must(["git", "clone", "--quiet", "--shared", "--no-checkout", str(ROOT), str(folder)], ROOT)
-        self.must(["git", "fetch", "--quiet", "origin"])
-        self.must(["git", "checkout", "--quiet", "--force", "--detach", commit])
+        self.is_clone = folder != ROOT
+        if self.is_clone:
+            if not (folder / ".git").exists():
+                self.must(["git", "clone", "--quiet", "--shared", "--no-checkout", str(ROOT), str(folder)], ROOT)
+            self.must(["git", "fetch", "--quiet", "origin"])
+            self.must(["git", "checkout", "--quiet", "--force", "--detach", commit])
+        elif subprocess.check_output(["git", "status", "--porcelain", "-uno"], cwd=ROOT):
+            sys.exit("--here wants a checkout without changes")
         self.files = product_files(folder)
         for mark in marks:
-            self.must(["cmake", "-G", "Ninja", "-S", ".", "-B", self.build(mark), "-DCMAKE_BUILD_TYPE=None",
-                       "-DQUILO_BUILD_BENCHMARKS=OFF", *CONFIGURE[mark]])
+            self.must(["cmake", "-G", "Ninja", "-S", ".", "-B", self.build(mark),
+                       *(CONFIGURE[mark] + ["-DCMAKE_BUILD_TYPE=None", "-DQUILO_BUILD_BENCHMARKS=OFF"]
+                         if self.is_clone or mark else [])])
             self.must(self.make(mark))
             status, output = self.storm() if mark else self.test(f"--gtest_output=json:{self.report}")
             if status != 0:
@@ -149,9 +161,8 @@ class Workshop:
         if status != 0:
             sys.exit(f"{' '.join(command)}:\n{output[-4000:]}")
 
-    @staticmethod
-    def build(mark):
-        return "build/mutate" + mark
+    def build(self, mark):
+        return "build/mutate" + mark if self.is_clone or mark else "build/release"
 
     def make(self, mark):
         return ["cmake", "--build", self.build(mark), "--parallel", "1", "--target", PROGRAMS[mark]]
@@ -200,9 +211,12 @@ class Workshop:
 
 
 def main():
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # the file in hand is restored
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--check", action="store_true", help="look whether the rows find their places, no more")
     parser.add_argument("--jobs", type=int, default=1, help="clones at work side by side")
+    parser.add_argument("--here", action="store_true", help="in this checkout and its build/release")
+    parser.add_argument("--some", type=int, metavar="N", help="N rows, the same ones every time")
     parser.add_argument("--only", action="append", default=[], metavar="WORD", help="rows with this word in them")
     parser.add_argument("--limit", type=float, default=300, metavar="SECONDS", help="of the tests, for each fault")
     parser.add_argument("--storms", action="store_true", help="the rows that only quilo-races can find, too")
@@ -220,11 +234,14 @@ def main():
     faults = [fault for fault in faults if fault not in misplaced and (options.storms or not fault.mark)]
     if options.only:
         faults = [fault for fault in faults if any(word in str(fault) for word in options.only)]
+    if options.some is not None:
+        faults = random.Random(1).sample(faults, min(options.some, len(faults)))
     commit = subprocess.check_output(["git", "rev-parse", "HEAD"], cwd=ROOT, text=True).strip()
     marks = sorted({fault.mark for fault in faults})
     workshops, counts = queue.Queue(), {"killed": 0, "survived": 0, "not built": 0}
-    for number in range(options.jobs):
-        workshops.put(Workshop(options.folder / f"job{number}", commit, marks, options.limit))
+    folders = [ROOT] if options.here else [options.folder / f"job{number}" for number in range(options.jobs)]
+    for folder in folders:
+        workshops.put(Workshop(folder, commit, marks, options.limit))
 
     def attempt(fault):
         start, workshop = time.monotonic(), workshops.get()
@@ -236,7 +253,7 @@ def main():
         print(f"{outcome:9}  {time.monotonic() - start:4.0f} s  {fault}  {found}", flush=True)
 
     # By file: neighbours rebuild the same few objects.
-    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+    with concurrent.futures.ThreadPoolExecutor(len(folders)) as pool:
         list(pool.map(attempt, sorted(faults, key=lambda fault: fault.file)))
     tried = counts["killed"] + counts["survived"]
     print(f"{commit[:9]}: {tried} faults, {counts['killed']} killed, {counts['survived']} survived, "
