@@ -54,6 +54,7 @@ ROOMS = {
     "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
     # The tests of the object and of its host are the only others that see Max.
     "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests", "tests/reference"),
+    "tests/races": LIBVELKDSP + LIBQUILO + ("maxapi", "host/api", "tests", "tests/reference", "tests/src"),
     "tests/fuzz": LIBVELKDSP + LIBQUILO + ("host", "tests"),
     "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "host/picture", "tests", "tests/reference"),
 }

@@ -6,18 +6,19 @@
 // A processor leaves it to its owner that one setter runs at a time; a panner sees to that itself.
 #include "libquilo/pan/PanPlayer.h"
 #include "processors/VelkDspDelay.h"
+#include "processors/VelkDspHandOver.h"
 #include "processors/VelkDspSignalMatrix.h"
+#include "races/RaceThreads.h"
 #include "realtime/BusyPan.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
-#include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <mutex>
 #include <random>
 #include <span>
 #include <string>
@@ -26,49 +27,10 @@
 
 namespace {
 
-using Fault = std::string;  // empty: none
-
-/// What the threads of a scenario share besides the processor.
-struct Stage {
-    std::mutex controlLock;  // as an owner holds it round its setters
-    std::atomic<bool> over{false};
-};
-
-enum class Setters { OneAtATime, AllAtOnce };
-
-std::chrono::milliseconds ScenarioTime() {
-    const char* const effort = std::getenv("QUILO_EFFORT");
-    const double factor = effort != nullptr ? std::atof(effort) : 1.0;
-    return std::chrono::milliseconds(static_cast<long long>(1000.0 * std::clamp(factor, 0.1, 1e4)));
-}
-
-/// Calls `audio` over and over in this thread and each of `controls` in one of its own until the
-/// time is over or audio finds a fault.
-/// @param setters  whether the controls take turns under the control lock
-Fault RunThreads(const std::function<Fault()>& audio,
-                 const std::vector<std::function<void(std::mt19937&)>>& controls,
-                 std::chrono::milliseconds time = ScenarioTime(),
-                 Setters setters = Setters::OneAtATime) {
-    Stage stage;
-    std::vector<std::thread> threads;
-    threads.reserve(controls.size());
-    for (const auto& control : controls) {
-        threads.emplace_back([&stage, &control, setters, seed = threads.size()] {
-            std::mt19937 random(static_cast<unsigned>(seed));
-            while (!stage.over.load(std::memory_order_relaxed)) {
-                std::unique_lock lock(stage.controlLock, std::defer_lock);
-                if (setters == Setters::OneAtATime) lock.lock();
-                control(random);
-            }
-        });
-    }
-    const auto end = std::chrono::steady_clock::now() + time;
-    Fault fault;
-    while (fault.empty() && std::chrono::steady_clock::now() < end) fault = audio();
-    stage.over = true;
-    for (std::thread& thread : threads) thread.join();
-    return fault;
-}
+using Tests::Fault;
+using Tests::RunThreads;
+using Tests::ScenarioTime;
+using Tests::Setters;
 
 /// Channels of doubles with ones at the input, as a host passes them.
 class HostBlock {
@@ -184,6 +146,71 @@ Fault ImmediateRowsAreRowsThatWereSet() {
     return RunThreads(audio, {set, set});
 }
 
+/// Jumps and glides of one row in any order, while audio runs into the middle of them: whatever it
+/// took first, it ends with the row that was set last. (Audio may see a target before the jump that
+/// was posted before it.)
+Fault TheLastRowWins() {
+    enum class Turn { Control, Audio };
+    tav::SignalMatrix matrix(1, kOutputs);
+    matrix.SetSampleRate(8000.f);
+    matrix.SetInterpolationTime(1.f);  // segments of 8 samples
+    HostBlock block(1, kOutputs);
+    std::vector<float> newest(kOutputs);
+    std::atomic<Turn> turn = Turn::Control;
+    const auto set = [&](std::mt19937& random) {
+        if (turn.load(std::memory_order_acquire) != Turn::Control) {
+            return std::this_thread::yield();
+        }
+        for (auto writes = 1 + random() % 4; writes > 0; --writes) {
+            newest = UniformRow(random);
+            matrix.SetRow(0, newest, random() % 2 == 0);
+        }
+        turn.store(Turn::Audio, std::memory_order_release);
+    };
+    const auto audio = [&]() -> Fault {
+        const bool isComplete = turn.load(std::memory_order_acquire) == Turn::Audio;
+        block.Play(matrix, isComplete ? 24 : 3);
+        if (!isComplete) return "";
+        block.Play(matrix, 1);
+        const auto isNewest = [&](double sample, double) {
+            return std::abs(sample - static_cast<double>(newest.front())) < 1e-6;
+        };
+        const bool isReached = block.AllOf(isNewest);
+        turn.store(Turn::Control, std::memory_order_release);
+        return isReached ? "" : "an older row is heard";
+    };
+    return RunThreads(audio, {set});
+}
+
+/// Values that belong together, as a source's target or a panner's switches: all of one Store, in
+/// the order of the stores, and the last one arrives.
+Fault LinkedValuesArriveTogether() {
+    struct Linked {
+        std::array<std::uint32_t, 12> values{};
+    };
+    tav::SharedCell<Linked> cell;
+    std::uint32_t stored = 0;
+    const auto store = [&](std::mt19937&) {
+        ++stored;
+        Linked linked;
+        for (std::uint32_t& value : linked.values) value = stored;
+        cell.Store(linked);
+    };
+    Linked taken;
+    const auto take = [&]() -> Fault {
+        const std::uint32_t before = taken.values.front();
+        cell.Take(taken);
+        const std::uint32_t first = taken.values.front();
+        if (first < before) return "an older store came after a newer one";
+        const auto isFirst = [first](std::uint32_t value) { return value == first; };
+        return std::ranges::all_of(taken.values, isFirst) ? "" : "values of two stores were mixed";
+    };
+    Fault fault = RunThreads(take, {store});
+    cell.Take(taken);
+    if (fault.empty() && taken.values.front() != stored) fault = "the last store was lost";
+    return fault;
+}
+
 Fault StaticRowsArriveWhole() {
     tav::StaticSignalMatrix matrix(kInputs, kOutputs);
     HostBlock block(kInputs, kOutputs);
@@ -296,14 +323,18 @@ Fault RigsTurnInEveryVector(const char* type) {
         if (played == seen) return std::this_thread::yield();
         seen = played;
         pan->SetSpeakersPositions(TurnedRig(kLoudspeakers, random));
-        pan->SetSourcePosition(0, TurnedRig(1, random)[0], false, false);
     };
     const auto audio = [&]() -> Fault {
         block.Play(*pan, 64);
         ++played;
         return block.LargestEnergy() < 1.001 ? "" : "it was too loud";
     };
-    Fault fault = RunThreads(audio, {turn}, ScenarioTime() / 4);
+    // Two layouts at once, and a source that does not wait for either.
+    const auto move = [&](std::mt19937& random) {
+        pan->SetSourcePosition(0, TurnedRig(1, random)[0], false, false);
+        std::this_thread::yield();
+    };
+    Fault fault = RunThreads(audio, {turn, turn, move}, ScenarioTime() / 4, Setters::AllAtOnce);
     for (int blocks = 0; blocks < 4; ++blocks) block.Play(*pan, HostBlock::kMostFrames);
     if (fault.empty() && !(std::abs(block.LargestEnergy() - 1.0) < 1e-3)) fault = "it has faded";
     return fault;
@@ -325,11 +356,14 @@ struct Scenario {
 constexpr Scenario kScenarios[] = {
     {"rows arrive whole while they glide", RowsArriveWholeWhileTheyGlide},
     {"immediate rows are rows that were set", ImmediateRowsAreRowsThatWereSet},
+    {"the last row wins", TheLastRowWins},
+    {"linked values arrive together", LinkedValuesArriveTogether},
     {"static rows arrive whole", StaticRowsArriveWhole},
     {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
     {"delays keep their history while they grow", DelaysKeepTheirHistoryWhileTheyGrow},
     {"panners outlive a storm", PannersOutliveAStorm},
     {"audio never notices that rigs turn", AudioNeverNoticesThatRigsTurn},
+    {"objects outlive a host", Tests::ObjectsOutliveAHost},
 };
 
 }  // namespace

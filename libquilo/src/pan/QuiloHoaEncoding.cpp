@@ -55,17 +55,19 @@ SphericalHarmonic::Normalization NormalizationFor(unsigned dimension,
 template <class Base>
 HoaEncoding<Base>::HoaEncoding(unsigned numInputs, unsigned numOutputs, unsigned dimension)
     : Base(numInputs, numOutputs),
-      encoding_(HoaOrderOf(numOutputs, dimension), dimension, DefaultNormalization(dimension)),
-      order_(encoding_.Order()) {}
+      dimension_(dimension),
+      largestOrder_(HoaOrderOf(numOutputs, dimension)),
+      encoding_(largestOrder_, dimension, DefaultNormalization(dimension)),
+      order_(largestOrder_) {}
 
 template <class Base>
 std::string HoaEncoding<Base>::OutputLabel(unsigned output) const {
-    return HoaOutputLabel(output, this->NumOutputs(), encoding_.Dimension());
+    return HoaOutputLabel(output, this->NumOutputs(), dimension_);
 }
 
 template <class Base>
 void HoaEncoding<Base>::ApplyOrder(unsigned order) {
-    const unsigned possible = std::min(order, encoding_.Order());
+    const unsigned possible = std::min(order, largestOrder_);
     if (possible == order_) return;
     order_ = possible;
     OrderChanged(possible);
@@ -74,7 +76,7 @@ void HoaEncoding<Base>::ApplyOrder(unsigned order) {
 
 template <class Base>
 void HoaEncoding<Base>::ApplyNormalization(Normalization normalization) {
-    const auto possible = NormalizationFor(encoding_.Dimension(), normalization);
+    const auto possible = NormalizationFor(dimension_, normalization);
     if (possible == encoding_.GetNormalization()) return;
     encoding_.SetNormalization(possible);
     this->RecomputeSources();
@@ -91,9 +93,8 @@ template <class Base>
 std::shared_ptr<const void> HoaEncoding<Base>::MakeEncodingTable(
     Mode mode, Normalization normalization) const {
     if (mode != Mode::Fast) return nullptr;
-    const unsigned dimension = encoding_.Dimension();
-    return tav::HoaLookupTable::Shared(encoding_.Order(), dimension,
-                                       NormalizationFor(dimension, normalization));
+    return tav::HoaLookupTable::Shared(largestOrder_, dimension_,
+                                       NormalizationFor(dimension_, normalization));
 }
 
 template <class Base>
@@ -110,7 +111,7 @@ void HoaEncoding<Base>::Encode(const tav::CartesianVector& source, std::span<flo
 
 template <class Base>
 void HoaEncoding<Base>::LimitOrder(std::span<float> gains) const {
-    const unsigned inUse = SphericalHarmonic::NumChannels(order_, encoding_.Dimension());
+    const unsigned inUse = SphericalHarmonic::NumChannels(order_, dimension_);
     if (inUse < gains.size()) std::ranges::fill(gains.subspan(inUse), 0.f);
 }
 

@@ -38,7 +38,7 @@ template <class Base>
 class HoaEncoding : public Base {
 public:
     std::string OutputLabel(unsigned output) const override;
-    bool IsPlanar() const override { return encoding_.Dimension() == 2; }
+    bool IsPlanar() const override { return dimension_ == 2; }
 
 protected:
     using Base::controlLock_;
@@ -78,9 +78,10 @@ private:
                                                   Normalization normalization) const final;
     void Describe(std::vector<std::string>& lines) const final TAV_REQUIRES(controlLock_);
 
-    // Guarded by the control lock, except for its order and dimension, which never change.
-    tav::HoaEncodingVector encoding_;
-    unsigned order_ TAV_GUARDED_BY(controlLock_);  // at most that of the encoding
+    const unsigned dimension_;
+    const unsigned largestOrder_;
+    tav::HoaEncodingVector encoding_ TAV_GUARDED_BY(controlLock_);
+    unsigned order_ TAV_GUARDED_BY(controlLock_);  // at most largestOrder_
 };
 
 extern template class HoaEncoding<Pan>;

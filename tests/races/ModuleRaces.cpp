@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+// The object as a host has it: main thread, scheduler and audio interrupt send messages at once,
+// the perform routine runs, and new chains call dsp64.
+#include "HostAudioBridge.h"
+#include "HostBridge.h"
+#include "races/RaceThreads.h"
+#include "src/PanBox.h"
+
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <mutex>
+
+namespace Tests {
+
+namespace {
+
+constexpr std::size_t kFrames = 64;
+
+/// A message, short or long, for any thread.  Surplus numbers stand for the values of a position.
+std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
+    const auto number = [&random](unsigned most) { return std::to_string(random() % most); };
+    const std::string source = "source " + std::to_string(1 + random() % numInputs);
+    switch (random() % 10) {
+        case 0: return "interpolationtime " + number(60);
+        case 1: return "speaker " + number(5) + " aed " + number(360) + " 0 1";
+        case 2: return "speakers ae 0 10 60 -10 120 10 180 -10 240 10 300 " + number(20);
+        case 3: return source + " mute " + number(2);
+        case 4: return "clear";
+        case 5: return "automute " + number(3);
+        case 6: return "sourcespositions 0 1 0 1 0 " + number(3);
+        case 7: return "getspeakerspositions";
+        default: return source + " aed " + number(360) + ' ' + number(90) + ' ' + number(4);
+    }
+}
+
+/// The signal side of a patch with one object in it.
+class Audio {
+public:
+    explicit Audio(t_object* object)
+        : object_(object),
+          inputs_(HostApi::SignalInlets(object), std::vector<double>(kFrames, 1.0)),
+          outputs_(HostApi::SignalOutlets(object), std::vector<double>(kFrames)) {
+        for (auto& input : inputs_) inputPointers_.push_back(input.data());
+        for (auto& output : outputs_) outputPointers_.push_back(output.data());
+        Restart();
+    }
+
+    /// Sends dsp64, as after every change of a cord.  Thread: main.
+    void Restart() {
+        const std::vector<short> counts(inputs_.size() + outputs_.size(), 1);
+        const std::lock_guard lock(chainLock_);
+        chain_.reset();
+        chain_ = std::make_unique<HostApi::DspChain>(object_, counts);
+    }
+    /// Thread: audio.
+    void Perform() {
+        const std::lock_guard lock(chainLock_);
+        chain_->Perform(inputPointers_.data(), inputs_.size(), outputPointers_.data(),
+                        outputs_.size(), kFrames);
+        for (const auto& output : outputs_) {
+            for (const double sample : output) {
+                if (!std::isfinite(sample)) isFinite_ = false;
+            }
+        }
+    }
+    bool IsFinite() const { return isFinite_; }
+
+private:
+    t_object* object_;
+    std::mutex chainLock_;  // the host's own: no vector while a chain is made
+    std::unique_ptr<HostApi::DspChain> chain_;
+    std::vector<std::vector<double>> inputs_;
+    std::vector<std::vector<double>> outputs_;
+    std::vector<double*> inputPointers_;
+    std::vector<double*> outputPointers_;
+    std::atomic<bool> isFinite_ = true;
+};
+
+Fault ObjectOutlivesAHost(const std::string& arguments) {
+    PanBox box(arguments);
+    if (box.Get() == nullptr) return "was not made";
+    Audio audio(box.Get());
+    const std::size_t numInputs = HostApi::SignalInlets(box.Get());
+    const auto send = [&](std::mt19937& random) { box.Send(SomeMessage(random, numInputs)); };
+    const auto perform = [&](std::mt19937& random) {
+        const HostApi::ThreadScope interrupt(HostApi::ThreadKind::Audio);
+        if (random() % 4 == 0) send(random);
+        audio.Perform();
+    };
+    const auto schedule = [&](std::mt19937& random) {
+        send(random);
+        HostApi::AdvanceClocks(1.0);
+    };
+    std::mt19937 random(7);
+    const auto main = [&]() -> Fault {
+        send(random);
+        HostApi::RunDeferred();
+        if (random() % 16 == 0) audio.Restart();
+        return audio.IsFinite() ? "" : "an output was no number";
+    };
+    Fault fault = RunThreads(main, {perform, schedule}, ScenarioTime() / 3, Setters::AllAtOnce);
+
+    // What is sent last, holds.
+    HostApi::AdvanceClocks(1000.0);
+    HostApi::RunDeferred();
+    box.Send("sourcespositions 1 2 3");
+    if (!box.Ask("sourcespositions").starts_with("1 2 3 ")) fault += " a position was lost";
+    for (const std::string& line : box.TakeConsole()) {
+        if (line.starts_with("bug: ")) fault += ' ' + line;
+    }
+    return fault;
+}
+
+}  // namespace
+
+Fault ObjectsOutliveAHost() {
+    for (const char* arguments : {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d"}) {
+        const Fault fault = ObjectOutlivesAHost(arguments);
+        if (!fault.empty()) return arguments + (": " + fault);
+    }
+    return {};
+}
+
+}  // namespace Tests
