@@ -169,7 +169,8 @@ Fault TheLastRowWins() {
     };
     const auto audio = [&]() -> Fault {
         const bool isComplete = turn.load(std::memory_order_acquire) == Turn::Audio;
-        block.Play(matrix, isComplete ? 24 : 3);
+        // A long block has many boundaries at which a row may be taken, after its jumps were.
+        block.Play(matrix, isComplete ? 24 : HostBlock::kMostFrames);
         if (!isComplete) return "";
         block.Play(matrix, 1);
         const auto isNewest = [&](double sample, double) {
