@@ -3,6 +3,7 @@
 // Both sides count, the setters of the control thread and the blocks of the audio thread. The peer
 // is the dense matrix product of the same size, Sgemm/in:64/out:64/frames:64.
 #include "BenchmarkInputs.h"
+#include "containers/VelkDspAlignedVector.h"
 #include "laws/QuiloDefaultLayouts.h"
 #include "pan/QuiloPan.h"
 
@@ -43,7 +44,7 @@ struct Channels {
         samples.assign(noise.begin(), noise.end());
         for (unsigned c = 0; c < count; ++c) pointers.push_back(samples.data() + c * frames);
     }
-    std::vector<double> samples;
+    tav::AlignedVector<double> samples;
     std::vector<double*> pointers;
 };
 

@@ -2,6 +2,8 @@
 // Each kernel once per instruction set that this machine can run, the scalar twin first.
 #include "kernels/VelkDspGainKernels.h"
 
+#include "containers/VelkDspAlignedVector.h"
+
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -36,7 +38,7 @@ struct Bench {
     }
 
     int frames;
-    std::vector<float> weights, samples, strip, sums, gains;
+    tav::AlignedVector<float> weights, samples, strip, sums, gains;
     std::array<const float*, kInputs> inputs{};
     std::array<int, kInputs> rows{};
     std::array<tav::MixPair, kInputs> pairs{};
@@ -52,9 +54,9 @@ struct Operation {
 constexpr Operation kOperations[] = {
     {"KernelMixConstantList",  [](const GainKernels& k, Bench& b) { k.mixConstantList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.frames); }},
     {"KernelMixRampedList",    [](const GainKernels& k, Bench& b) { k.mixRampedList(b.sums.data(), b.inputs.data(), 0, b.pairs.data(), 3, b.weights.data(), b.frames); }},
-    {"KernelFillStrip",        [](const GainKernels& k, Bench& b) { k.fillStrip({b.strip.data(), kInputs}, b.inputs.data(), 0, b.rows.data(), kInputs, b.frames); }},
-    {"KernelMixConstantPanel", [](const GainKernels& k, Bench& b) { k.mixConstantPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.frames); }},
-    {"KernelMixRampedPanel",   [](const GainKernels& k, Bench& b) { k.mixRampedPanel(b.outputs.data(), {b.strip.data(), kInputs}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.weights.data(), b.frames); }},
+    {"KernelFillStrip",        [](const GainKernels& k, Bench& b) { k.fillStrip(b.strip.data(), kInputs, b.inputs.data(), 0, b.rows.data(), kInputs, b.frames); }},
+    {"KernelMixConstantPanel", [](const GainKernels& k, Bench& b) { k.mixConstantPanel(b.outputs.data(), {b.samples.data(), b.frames, 1}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.frames); }},
+    {"KernelMixRampedPanel",   [](const GainKernels& k, Bench& b) { k.mixRampedPanel(b.outputs.data(), {b.samples.data(), b.frames, 1}, {b.gains.data(), b.gains.data(), b.rows.data(), kInputs, tav::kTileOutputs}, b.weights.data(), b.frames); }},
 };
 // clang-format on
 

@@ -172,6 +172,12 @@ public:
 protected:
     Pan(unsigned numInputs, unsigned numOutputs);
 
+    void ProcessZeroed(float* const* outputs,
+                       const float* const* inputs,
+                       unsigned frames) noexcept TAV_NONBLOCKING override {
+        Perform(outputs, inputs, frames);
+    }
+
     /// Computes every source where it stands; a panner that can do all at once overrides it.
     virtual void RecomputeAll(bool immediate) TAV_REQUIRES(controlLock_);
     /// The same; they glide.

@@ -8,6 +8,7 @@
 #include "kernels/VelkDspInstructionSet.h"
 #include "text/VelkDspNonblocking.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tav {
@@ -45,12 +46,15 @@ struct MixPair {
     float step;
 };
 
-/// A strip holds up to kStripFrames samples of some inputs, in the order in which a set of kernels
-/// reads them. fillStrip makes it; `numSlots` is above the index of each of them.
+/// Up to kStripFrames samples of some inputs, as panels read them: piece by piece, a piece being
+/// the frames that a set of kernels takes at once. Where a piece begins at sample `at`, input i has
+/// it at samples + i * inputStride + at * frameStride. fillStrip makes a strip; rows of
+/// kStripFrames samples that lie at equal distances are one as they stand, with a frameStride of 1.
 inline constexpr int kStripFrames = 64;
 struct Strip {
-    float* samples;  // numSlots * kStripFrames
-    int numSlots;
+    const float* samples;
+    std::ptrdiff_t inputStride;
+    std::ptrdiff_t frameStride;
 };
 
 /// A panel mixes some inputs of a strip into a tile of outputs. Gains of input i are at
@@ -82,13 +86,16 @@ struct GainKernels {
                           int numPairs,
                           const float* w,
                           int n) noexcept TAV_NONBLOCKING;
+    /// Copies samples `offset` to offset + n - 1 of the inputs that `indices` names.
+    /// @param space  numSlots * kStripFrames floats; numSlots is above each index
     /// @param n  at most kStripFrames, here and for the panels
-    void (*fillStrip)(const Strip& strip,
-                      const float* const* inputs,
-                      int offset,
-                      const int* indices,
-                      int numInputs,
-                      int n) noexcept TAV_NONBLOCKING;
+    Strip (*fillStrip)(float* space,
+                       int numSlots,
+                       const float* const* inputs,
+                       int offset,
+                       const int* indices,
+                       int numInputs,
+                       int n) noexcept TAV_NONBLOCKING;
     /// outputs[o][k] += sum over the inputs i of the panel of gain(i, o) * input i at sample k
     void (*mixConstantPanel)(float* const* outputs,
                              const Strip& strip,

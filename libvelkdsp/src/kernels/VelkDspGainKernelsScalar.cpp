@@ -47,17 +47,19 @@ void MixRampedList(float* y,
     }
 }
 
-void FillStrip(const Strip& strip,
-               const float* const* inputs,
-               int offset,
-               const int* indices,
-               int numInputs,
-               int n) noexcept TAV_NONBLOCKING {
+Strip FillStrip(float* space,
+                int,
+                const float* const* inputs,
+                int offset,
+                const int* indices,
+                int numInputs,
+                int n) noexcept TAV_NONBLOCKING {
     for (int index = 0; index < numInputs; ++index) {
         const std::ptrdiff_t input = indices[index];
-        float* const samples = strip.samples + input * kStripFrames;
+        float* const samples = space + input * kStripFrames;
         for (int k = 0; k < n; ++k) samples[k] = inputs[input][offset + k];
     }
+    return {space, kStripFrames, 1};
 }
 
 void MixConstantPanel(float* const* outputs,
@@ -68,7 +70,7 @@ void MixConstantPanel(float* const* outputs,
         const std::ptrdiff_t input = panel.inputs[index];
         const float* gains = panel.gains + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {
-            AddScaled(outputs[o], strip.samples + input * kStripFrames, gains[o], n);
+            AddScaled(outputs[o], strip.samples + input * strip.inputStride, gains[o], n);
         }
     }
 }
@@ -83,7 +85,8 @@ void MixRampedPanel(float* const* outputs,
         const float* gains = panel.gains + input * kTileOutputs;
         const float* steps = panel.steps + input * kTileOutputs;
         for (int o = 0; o < panel.numOutputs; ++o) {
-            AddWeighted(outputs[o], strip.samples + input * kStripFrames, gains[o], steps[o], w, n);
+            AddWeighted(outputs[o], strip.samples + input * strip.inputStride, gains[o], steps[o],
+                        w, n);
         }
     }
 }

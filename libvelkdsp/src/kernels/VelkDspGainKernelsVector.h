@@ -92,15 +92,16 @@ public:
 
     /// Piece by piece: all inputs' samples of the first kPieceFrames side by side, then all inputs'
     /// next ones. The last piece ends with zeros.
-    static void FillStrip(const Strip& strip,
-                          const float* const* inputs,
-                          int offset,
-                          const int* indices,
-                          int numInputs,
-                          int n) noexcept TAV_NONBLOCKING {
+    static Strip FillStrip(float* space,
+                           int numSlots,
+                           const float* const* inputs,
+                           int offset,
+                           const int* indices,
+                           int numInputs,
+                           int n) noexcept TAV_NONBLOCKING {
         for (const int* index = indices; index != indices + numInputs; ++index) {
             const float* const input = inputs[*index] + offset;
-            float* piece = strip.samples + std::ptrdiff_t{*index} * kPieceFrames;
+            float* piece = space + std::ptrdiff_t{*index} * kPieceFrames;
             for (int first = 0; first < n; first += kPieceFrames) {
                 for (int k = first; k < first + kPieceFrames; k += S::kLanes) {
                     float* const samples = piece + (k - first);
@@ -110,16 +111,17 @@ public:
                         S::Store(samples, k < n ? S::LoadFirst(input + k, n - k) : S::Zero());
                     }
                 }
-                piece += std::ptrdiff_t{strip.numSlots} * kPieceFrames;
+                piece += std::ptrdiff_t{numSlots} * kPieceFrames;
             }
         }
+        return {space, kPieceFrames, numSlots};
     }
 
     static void MixConstantPanel(float* const* outputs,
                                  const Strip& strip,
                                  const Panel& panel,
                                  int n) noexcept TAV_NONBLOCKING {
-        ForEachPiece(strip, n, [&](auto vectors, const float* piece, int at, int count) {
+        ForEachPiece(strip, n, [&](auto vectors, const Piece& piece, int at, int count) {
             constexpr int kVectors = decltype(vectors)::kCount;
             switch (panel.numOutputs) {
                 case 4: return ConstantTile<4, kVectors>(outputs, at, piece, panel, count);
@@ -135,7 +137,7 @@ public:
                                const float* w,
                                int n) noexcept TAV_NONBLOCKING {
         // Half a tile at a time: an output needs two sums, and they have to stay in registers.
-        ForEachPiece(strip, n, [&](auto vectors, const float* piece, int at, int count) {
+        ForEachPiece(strip, n, [&](auto vectors, const Piece& piece, int at, int count) {
             constexpr int kVectors = decltype(vectors)::kCount;
             if (panel.numOutputs == 4) {
                 RampedTile<0, 2, kVectors>(outputs, at, piece, panel, w, count);
@@ -210,6 +212,11 @@ private:
             S::StoreFirst(y, S::Add(S::LoadFirst(y, count), v), count);
         }
     };
+    /// Of a strip: input i begins at samples + i * inputStride.
+    struct Piece {
+        const float* samples;
+        std::ptrdiff_t inputStride;
+    };
     template <int count>
     struct Vectors {
         static constexpr int kCount = count;
@@ -233,16 +240,16 @@ private:
     /// samples) for each piece of a strip of n samples.
     template <class Body>
     static void ForEachPiece(const Strip& strip, int n, Body body) noexcept TAV_NONBLOCKING {
-        const float* piece = strip.samples;
+        Piece piece{strip.samples, strip.inputStride};
         int at = 0;
         for (; at + kPieceFrames <= n; at += kPieceFrames) {
             body(Vectors<S::kPieceVectors>{}, piece, at, kPieceFrames);
-            piece += std::ptrdiff_t{strip.numSlots} * kPieceFrames;
+            piece.samples += kPieceFrames * strip.frameStride;
         }
         if (at < n) LastPiece(piece, at, n - at, body);
     }
     template <int count = 1, class Body>
-    static void LastPiece(const float* piece, int at, int n, Body body) noexcept TAV_NONBLOCKING {
+    static void LastPiece(const Piece& piece, int at, int n, Body body) noexcept TAV_NONBLOCKING {
         if constexpr (count == S::kPieceVectors) {
             body(Vectors<count>{}, piece, at, n);
         } else if (n <= count * S::kLanes) {
@@ -277,7 +284,7 @@ private:
     template <int kOutputs, int kVectors>
     static void ConstantTile(float* const* outputs,
                              int at,
-                             const float* piece,
+                             const Piece& piece,
                              const Panel& panel,
                              int n) noexcept TAV_NONBLOCKING {
         Table<kOutputs, kVectors> sums;
@@ -287,7 +294,7 @@ private:
         const int* const end = panel.inputs + panel.numInputs;
         for (const int* index = panel.inputs; index != end; ++index) {
             const std::ptrdiff_t input = *index;
-            const float* x = piece + input * kPieceFrames;
+            const float* x = piece.samples + input * piece.inputStride;
             const float* gains = panel.gains + input * kTileOutputs;
             Vecs<kVectors> samples;
             for (int v = 0; v < kVectors; ++v) samples[v] = S::Load(x + v * S::kLanes);
@@ -305,7 +312,7 @@ private:
     template <int kFirst, int kOutputs, int kVectors>
     static void RampedTile(float* const* outputs,
                            int at,
-                           const float* piece,
+                           const Piece& piece,
                            const Panel& panel,
                            const float* w,
                            int n) noexcept TAV_NONBLOCKING {
@@ -317,7 +324,7 @@ private:
         const int* const end = panel.inputs + panel.numInputs;
         for (const int* index = panel.inputs; index != end; ++index) {
             const std::ptrdiff_t input = *index;
-            const float* x = piece + input * kPieceFrames;
+            const float* x = piece.samples + input * piece.inputStride;
             const float* gains = panel.gains + input * kTileOutputs + kFirst;
             const float* steps = panel.steps + input * kTileOutputs + kFirst;
             Vecs<kVectors> samples;

@@ -15,8 +15,9 @@ struct SampleKernels {
     /// What is not finite becomes 0, what is beyond 1e6 becomes 1e6 with its sign, what is nearer
     /// to 0 than 1e-30 becomes 0.
     void (*fromHost)(const double* host, float* own, int n) noexcept TAV_NONBLOCKING;
-    /// What is not finite becomes 0.
-    void (*toHost)(const float* own, double* host, int n) noexcept TAV_NONBLOCKING;
+    /// What is not finite becomes 0. `own` is all zeros afterwards, as what adds to it next wants
+    /// it; its cache lines are at hand here.
+    void (*drainToHost)(float* own, double* host, int n) noexcept TAV_NONBLOCKING;
 
     // One file each.
     static const SampleKernels& Scalar() noexcept;

@@ -33,19 +33,20 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
-void ToHost(const float* own, double* host, int n) noexcept TAV_NONBLOCKING {
+void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
     int k = 0;
     for (; k + kLanes <= n; k += kLanes) {
         const __m256d sample = _mm256_cvtps_pd(_mm_loadu_ps(own + k));
         _mm256_storeu_pd(host + k, _mm256_and_pd(IsFinite(Magnitude(sample)), sample));
+        _mm_storeu_ps(own + k, _mm_setzero_ps());
     }
-    SampleKernels::Scalar().toHost(own + k, host + k, n - k);
+    SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
 }
 
 }  // namespace
 
 const SampleKernels& SampleKernels::Avx2() noexcept {
-    static constexpr SampleKernels kKernels{FromHost, ToHost};
+    static constexpr SampleKernels kKernels{FromHost, DrainToHost};
     return kKernels;
 }
 

@@ -33,19 +33,20 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
-void ToHost(const float* own, double* host, int n) noexcept TAV_NONBLOCKING {
+void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
     int k = 0;
     for (; k + kLanes <= n; k += kLanes) {
         const __m512d sample = _mm512_maskz_cvtps_pd(kAll, _mm256_loadu_ps(own + k));
         _mm512_storeu_pd(host + k, _mm512_maskz_mov_pd(IsFinite(_mm512_abs_pd(sample)), sample));
+        _mm256_storeu_ps(own + k, _mm256_setzero_ps());
     }
-    SampleKernels::Scalar().toHost(own + k, host + k, n - k);
+    SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
 }
 
 }  // namespace
 
 const SampleKernels& SampleKernels::Avx512() noexcept {
-    static constexpr SampleKernels kKernels{FromHost, ToHost};
+    static constexpr SampleKernels kKernels{FromHost, DrainToHost};
     return kKernels;
 }
 

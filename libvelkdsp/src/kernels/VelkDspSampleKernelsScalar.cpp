@@ -20,16 +20,17 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) own[k] = FromHostSample(host[k]);
 }
 
-void ToHost(const float* own, double* host, int n) noexcept TAV_NONBLOCKING {
+void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) {
         host[k] = std::isfinite(own[k]) ? static_cast<double>(own[k]) : 0.0;
+        own[k] = 0.f;
     }
 }
 
 }  // namespace
 
 const SampleKernels& SampleKernels::Scalar() noexcept {
-    static constexpr SampleKernels kKernels{FromHost, ToHost};
+    static constexpr SampleKernels kKernels{FromHost, DrainToHost};
     return kKernels;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "processors/VelkDspAudioProcessorBase.h"
 
+#include "containers/VelkDspAlignedVector.h"
 #include "containers/VelkDspRelaxed.h"
 #include "kernels/VelkDspDenormalGuard.h"
 #include "text/VelkDspStringHelper.h"
@@ -29,24 +30,25 @@ void ZeroConnected(const AudioProcessorBase& processor,
 
 }  // namespace
 
-/// One float buffer per port, for blocks of at most `frames` samples.
+/// One float buffer per port, for blocks of at most `frames` samples. Those of the outputs are
+/// zeros between two blocks.
 struct AudioProcessorBase::Scratch {
     Scratch(unsigned numInputs, unsigned numOutputs, unsigned numFrames)
         : frames(numFrames),
-          samples((std::size_t{numInputs} + numOutputs) * numFrames, 0.f),
+          samples((std::size_t{numInputs} + numOutputs) * AlignedPitch(numFrames), 0.f),
           inputs(numInputs),
           outputs(numOutputs) {
         float* next = samples.data();
         for (auto* ports : {&inputs, &outputs}) {
             for (float*& port : *ports) {
                 port = next;
-                next += frames;
+                next += AlignedPitch(frames);
             }
         }
     }
 
     unsigned frames;
-    std::vector<float> samples;
+    AlignedVector<float> samples;
     std::vector<float*> inputs;
     std::vector<float*> outputs;
 };
@@ -88,15 +90,18 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
         }
     }
     // Slot 1 leaves unconnected outputs alone, and connections may change while it runs: what it
-    // skips, or adds to, must not be an old block.
+    // skips, or adds to, is not an old block, since nothing of the last one is left here.
+    ProcessZeroed(scratch.outputs.data(), scratch.inputs.data(), frames);
     for (unsigned output = 0; output < numOutputs_; ++output) {
-        std::fill_n(scratch.outputs[output], frames, 0.f);
+        kernels_.drainToHost(scratch.outputs[output], outputs[output] + offset,
+                             static_cast<int>(frames));
     }
-    Process(scratch.outputs.data(), scratch.inputs.data(), frames);
-    for (unsigned output = 0; output < numOutputs_; ++output) {
-        kernels_.toHost(scratch.outputs[output], outputs[output] + offset,
-                        static_cast<int>(frames));
-    }
+}
+
+void AudioProcessorBase::ProcessZeroed(float* const* outputs,
+                                       const float* const* inputs,
+                                       unsigned frames) noexcept TAV_NONBLOCKING {
+    Process(outputs, inputs, frames);
 }
 
 void AudioProcessorBase::ProcessHost(double* const* outputs,

@@ -95,6 +95,13 @@ public:
     /// Appends rate, block size and latency, a line each.  Thread: control.
     void ReportState(std::vector<std::string>& lines) const;
 
+protected:
+    /// Slot 1 for outputs that are all zeros already. A block that adds to its outputs overrides it
+    /// and saves the zeroing.  Thread: audio.
+    virtual void ProcessZeroed(float* const* outputs,
+                               const float* const* inputs,
+                               unsigned frames) noexcept TAV_NONBLOCKING;
+
 private:
     struct Scratch;
 

@@ -25,6 +25,20 @@ constexpr auto kTileCounts = [] {
     return counts;
 }();
 
+/// Floats from each input to the next where all lie in a row, each at a cache line, and near enough
+/// to each other to stay in the nearest cache together; 0 otherwise.
+std::ptrdiff_t DistanceOf(const float* const* inputs, unsigned numInputs) noexcept TAV_NONBLOCKING {
+    constexpr std::uintptr_t kNear = 32768;  // bytes, all inputs
+    if (numInputs < 2) return 0;
+    const auto address = [&](unsigned i) { return reinterpret_cast<std::uintptr_t>(inputs[i]); };
+    const std::uintptr_t distance = address(1) - address(0);
+    if ((address(0) | distance) % kCacheLineBytes != 0 || distance > kNear / numInputs) return 0;
+    for (unsigned i = 1; i < numInputs; ++i) {
+        if (address(i) - address(i - 1) != distance) return 0;
+    }
+    return static_cast<std::ptrdiff_t>(distance / sizeof(float));
+}
+
 }  // namespace
 
 GainMixer::GainMixer(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels)
@@ -257,15 +271,24 @@ void GainMixer::MixPanels(float* const* outputs,
                           const float* const* inputs,
                           int offset,
                           int frames) noexcept TAV_NONBLOCKING {
-    const Strip strip{strip_.data(), static_cast<int>(numInputs_)};
     for (int done = 0; done < frames; done += kStripFrames) {
         const int count = std::min(frames - done, kStripFrames);
-        kernels_.fillStrip(strip, inputs, offset + done, panelInputs_.data(), numPanelInputs_,
-                           count);
+        const Strip strip = StripOf(inputs, offset + done, count);
         for (unsigned tile = 0; tile < numTiles_; ++tile) {
             MixTile(tile, strip, outputs, offset + done, weights_.data() + done, count);
         }
     }
+}
+
+/// The inputs themselves where they lie like a strip, or a copy of them.
+Strip GainMixer::StripOf(const float* const* inputs,
+                         int offset,
+                         int frames) noexcept TAV_NONBLOCKING {
+    if (const auto distance = frames == kStripFrames ? DistanceOf(inputs, numInputs_) : 0) {
+        return {inputs[0] + offset, distance, 1};
+    }
+    return kernels_.fillStrip(strip_.data(), static_cast<int>(numInputs_), inputs, offset,
+                              panelInputs_.data(), numPanelInputs_, frames);
 }
 
 void GainMixer::MixTile(unsigned tile,

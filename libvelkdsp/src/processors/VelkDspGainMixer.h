@@ -8,6 +8,7 @@
 // audible pairs cost.
 #pragma once
 
+#include "containers/VelkDspAlignedVector.h"
 #include "kernels/VelkDspGainKernels.h"
 #include "text/VelkDspNonblocking.h"
 
@@ -88,6 +89,7 @@ private:
                    const float* const* inputs,
                    int offset,
                    int frames) noexcept TAV_NONBLOCKING;
+    Strip StripOf(const float* const* inputs, int offset, int frames) noexcept TAV_NONBLOCKING;
     void MixTile(unsigned tile,
                  const Strip& strip,
                  float* const* outputs,
@@ -133,7 +135,7 @@ private:
     std::vector<float> rowSteps_;
     std::vector<Mask> rowAudible_;
     std::vector<Mask> rowMoving_;
-    std::vector<float> strip_;
+    AlignedVector<float> strip_;
     std::array<float, kMostFrames + kStripFrames> weights_{};
     std::array<float, kStripFrames> unheard_{};  // for unconnected outputs among others
 };

@@ -42,6 +42,11 @@ public:
     void CopyRow(unsigned row, std::span<float> gains) const noexcept;
 
 protected:
+    void ProcessZeroed(float* const* outputs,
+                       const float* const* inputs,
+                       unsigned frames) noexcept TAV_NONBLOCKING override {
+        Perform(outputs, inputs, frames);
+    }
     /// False for a row that is refused: no such input, another count than outputs, a gain that is
     /// not finite.
     bool Accepts(unsigned row, std::span<const float> gains) const noexcept;

@@ -140,8 +140,8 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
         const bool ramped = (n + offset) % 2 == 0;
         const int numOutputs = tav::kLeastTileOutputs + (n + offset) / 2 % 3;
         std::vector<float> samples(kInputs * kStride, kGuard);
-        const tav::Strip strip{samples.data(), kInputs};
-        kernels_.fillStrip(strip, inputs.data(), offset, rows.data(), 3, n);
+        const tav::Strip strip =
+            kernels_.fillStrip(samples.data(), kInputs, inputs.data(), offset, rows.data(), 3, n);
         std::vector<Output> outputs;
         outputs.reserve(kTile);
         std::array<float*, kTile> pointers{};
