@@ -14,6 +14,9 @@ namespace {
 constexpr int kFrames = 64;
 constexpr std::size_t kBlock = std::size_t{kFrames} * tav::kSourceLanes;
 
+constexpr tav::NearFieldSection kSections[] = {{false, 0.1f, 1.2f, 0.9f},
+                                               {false, 0.1f, 1.2f, 0.9f}};
+
 struct Bench {
     Bench() {
         for (std::size_t i = 0; i < tav::kSourceLanes; ++i) {
@@ -28,7 +31,7 @@ struct Bench {
     std::vector<float> rows = signals;
     std::vector<float> ratios = std::vector<float>(kBlock, 1.1f);
     std::vector<float> g = std::vector<float>(tav::kSourceLanes, 0.1f);
-    std::vector<float> states = std::vector<float>(tav::kNearFieldStates * tav::kSourceLanes);
+    std::vector<float> states = std::vector<float>(2 * tav::kNearFieldStates * tav::kSourceLanes);
     std::vector<const float*> inputs;
     std::vector<float*> outputs;
     tav::NearFieldLanes lanes;
@@ -42,7 +45,7 @@ struct Operation {
 // clang-format off
 constexpr Operation kOperations[] = {
     {"KernelAllPass",   [](const tav::FilterKernels& k, Bench& b) { k.allPass(b.signals.data(), b.rows.data(), 0.5f, kFrames); }},
-    {"KernelNearField", [](const tav::FilterKernels& k, Bench& b) { k.nearField({false, 0.1f, 1.2f, 0.9f}, b.lanes, b.states.data(), b.signals.data(), b.rows.data(), kFrames); }},
+    {"KernelNearField", [](const tav::FilterKernels& k, Bench& b) { k.nearField(kSections, 2, b.lanes, b.states.data(), b.signals.data(), b.rows.data(), kFrames); }},
     {"KernelToRows",    [](const tav::FilterKernels& k, Bench& b) { k.toRows(b.inputs.data(), b.rows.data(), kFrames); }},
     {"KernelFromRows",  [](const tav::FilterKernels& k, Bench& b) { k.fromRows(b.rows.data(), b.outputs.data(), kFrames); }},
 };

@@ -46,6 +46,9 @@ public:
     /// @param logRatio  ln(R / r)      Thread: any.
     float LimitFrequency(float logRatio) const noexcept;
 
+    /// LimitFrequency is 0 up to this ln(R / r).
+    float LeastLimitedLog() const noexcept { return firstLog_; }
+
 private:
     static constexpr std::size_t kTableSize = 64;
 

@@ -66,6 +66,11 @@ public:
                  const NFCHOASettings& settings,
                  NFCHOARow& g) const noexcept TAV_NONBLOCKING;
 
+    /// False: Compute gives 0 for all.  @param largestLog  of the ratios
+    bool IsUsed(float largestLog) const noexcept TAV_NONBLOCKING {
+        return largestLog > order_->LeastLimitedLog();
+    }
+
     /// The largest ratio that the near-field filter may use: without the high-pass, the one that
     /// amplifies 0 Hz by 40 dB.  @param highPass  of the settings
     float LargestRatio(float highPass) const noexcept TAV_NONBLOCKING;

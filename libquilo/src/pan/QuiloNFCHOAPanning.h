@@ -2,6 +2,7 @@
 // Ambisonic encoding that knows how far a source is.
 #pragma once
 
+#include "containers/VelkDspAlignedVector.h"
 #include "pan/QuiloHoaEncoding.h"
 #include "pan/QuiloNFCHOASourceGroup.h"
 #include "processors/VelkDspSignalMatrix.h"
@@ -89,7 +90,7 @@ private:
     unsigned toGrid_ = 0;           // samples to the next point of the grid
     NFCHOASettings settings_;       // those of the grid point passed last
     NFCHOAPiece piece_;
-    std::vector<float> signals_;  // kNFCHOAFrames per source, whole groups
+    tav::AlignedVector<float> signals_;  // kNFCHOAFrames per source, whole groups
     std::vector<float*> signalPointers_;
     std::vector<const float*> inputs_;  // of the piece
     std::vector<const float*> feeds_;   // the same, null where inactive

@@ -94,20 +94,22 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
         std::ranges::copy(reached_, ratios_.begin());
         return;
     }
-    std::array<float, kNFCHOAFrames> values{};
+    std::array<const float*, kLanes> lanes{};
     for (std::size_t i = 0; i < kLanes; ++i) {
-        values.fill(1.f);
-        if (i < sources_.size()) sources_[i].Ratio().Fill(std::span(values).first(frames));
-        for (std::size_t s = 0; s < piece.numSteps; ++s) {
-            askedRatios_[s][i] = values[static_cast<std::size_t>(piece.steps[s].first)];
+        const auto values = std::span(capped_).subspan(i * kNFCHOAFrames, frames);
+        lanes[i] = values.data();
+        if (i < sources_.size()) {
+            sources_[i].Ratio().Fill(values);
+        } else {
+            std::ranges::fill(values, 1.f);
         }
-        float reached = reached_[i];
-        for (std::size_t k = 0; k < frames; ++k) {
-            reached = std::min(values[k], std::max(reached, 1.f) * growth);
-            ratios_[k * kLanes + i] = reached;
-        }
-        reached_[i] = reached;
     }
+    kernels_.toRows(lanes.data(), ratios_.data(), piece.frames);
+    for (std::size_t s = 0; s < piece.numSteps; ++s) {
+        const std::ptrdiff_t first = piece.steps[s].first * tav::kSourceLanes;
+        std::copy_n(ratios_.begin() + first, kLanes, askedRatios_[s].begin());
+    }
+    kernels_.limitGrowth(ratios_.data(), reached_.data(), growth, piece.frames);
 }
 
 /// Finds the steps at which the targets of the high-passes have to be computed again: on the grid,
@@ -115,6 +117,7 @@ void NFCHOASourceGroup::FillRatios(const NFCHOAPiece& piece, bool wakes) noexcep
 void NFCHOASourceGroup::FindRefreshes(const NFCHOAPiece& piece,
                                       bool wakes) noexcept TAV_NONBLOCKING {
     refreshes_ = false;
+    largestLog_ = 0.f;
     for (std::size_t s = 0; s < piece.numSteps; ++s) {
         const NFCHOAStep& step = piece.steps[s];
         const NFCHOARow& row = askedRatios_[s];
@@ -124,10 +127,17 @@ void NFCHOASourceGroup::FindRefreshes(const NFCHOAPiece& piece,
             refreshes_ = true;
             input_.settings = step.settings;
             input_.ratios = row;
-            std::ranges::transform(row, input_.logs.begin(), [](float u) { return std::log(u); });
+            // A ratio up to 1 needs no high-pass, and 0 says as much as a negative logarithm.
+            std::ranges::transform(row, input_.logs.begin(),
+                                   [](float u) { return u > 1.f ? std::log(u) : 0.f; });
+            input_.largestLog = *std::ranges::max_element(input_.logs);
+            largestLog_ = std::max(largestLog_, input_.largestLog);
         }
         steps_[s].input = input_;
     }
+    scaleMoves_ = std::any_of(
+        piece.steps.begin(), piece.steps.begin() + static_cast<std::ptrdiff_t>(piece.numSteps),
+        [&](const NFCHOAStep& s) { return s.settings.scale != piece.steps[0].settings.scale; });
 }
 
 void NFCHOASourceGroup::Run(unsigned order,
@@ -143,7 +153,8 @@ void NFCHOASourceGroup::Run(unsigned order,
         JumpToTarget(order);
     }
     CapRatios(order, piece);
-    if (refreshes_ || state.motion == Motion::Gliding) {
+    // The piece is cut at the points of the grid only where something moves there.
+    if (scaleMoves_ || state.motion == Motion::Gliding || AnyNewTarget(order, piece)) {
         for (std::size_t s = 0; s < piece.numSteps; ++s) {
             if (steps_[s].refreshes) ComputeTarget(order, steps_[s].input);
             if (piece.steps[s].isOnGrid) GlideToTarget(order, piece);
@@ -156,10 +167,37 @@ void NFCHOASourceGroup::Run(unsigned order,
     kernels_.fromRows(outputs_.data(), signals, piece.frames);
 }
 
+void NFCHOASourceGroup::TargetFor(unsigned order,
+                                  const HighPassInput& input,
+                                  NFCHOARow& target) const noexcept TAV_NONBLOCKING {
+    const NFCHOAHighPass& highPass = highPasses_.Of(order);
+    if (highPass.IsUsed(input.largestLog)) {
+        highPass.Compute(input.ratios, input.logs, input.settings, target);
+    } else {
+        target.fill(0.f);
+    }
+}
+
+/// Whether a limit that rests has to start towards another target in this piece.
+bool NFCHOASourceGroup::AnyNewTarget(unsigned order,
+                                     const NFCHOAPiece& piece) const noexcept TAV_NONBLOCKING {
+    const OrderState& state = orders_[order - 1];
+    const bool isUsed = state.isTargetUsed || highPasses_.Of(order).IsUsed(largestLog_);
+    if (!refreshes_ || !isUsed) return false;
+    for (std::size_t s = 0; s < piece.numSteps; ++s) {
+        if (!steps_[s].refreshes) continue;
+        NFCHOARow target;
+        TargetFor(order, steps_[s].input, target);
+        if (target != state.highPassTarget) return true;
+    }
+    return false;
+}
+
 void NFCHOASourceGroup::ComputeTarget(unsigned order,
                                       const HighPassInput& input) noexcept TAV_NONBLOCKING {
     OrderState& state = orders_[order - 1];
-    highPasses_.Of(order).Compute(input.ratios, input.logs, input.settings, state.highPassTarget);
+    TargetFor(order, input, state.highPassTarget);
+    state.isTargetUsed = highPasses_.Of(order).IsUsed(input.largestLog);
 }
 
 void NFCHOASourceGroup::JumpToTarget(unsigned order) noexcept TAV_NONBLOCKING {
@@ -177,7 +215,7 @@ void NFCHOASourceGroup::GlideToTarget(unsigned order,
                                       const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING {
     constexpr float kReached = 1.00001f;
     OrderState& state = orders_[order - 1];
-    state.motion = Motion::Resting;
+    state.motion = state.highPassNext == state.highPassTarget ? Motion::Resting : Motion::Gliding;
     for (std::size_t i = 0; i < kLanes; ++i) {
         const float target = state.highPassTarget[i];
         const float from = state.highPassNext[i];
@@ -189,7 +227,6 @@ void NFCHOASourceGroup::GlideToTarget(unsigned order,
         state.highPassSlow[i] = isThere ? target : slow;
         state.highPassNext[i] = isThere ? target : next;
         state.highPassStep[i] = (state.highPassNext[i] - from) / static_cast<float>(kNFCHOAGrid);
-        if (from != target) state.motion = Motion::Gliding;
     }
     UpdateUse(order);
 }
@@ -243,14 +280,10 @@ void NFCHOASourceGroup::RunStep(unsigned order,
             [keep](float g, float next) { return g > 0.f || next > 0.f ? 1.f : keep; });
         lanes.highPassKeep = keeps.data();
     }
-    float* states = States(order).data();
-    const float* in = inputs_.data() + first;
-    float* const out = outputs_.data() + first;
-    for (const tav::NearFieldSection& section : bank_.Sections(order, step.settings.scale)) {
-        kernels_.nearField(section, lanes, states, in, out, step.count);
-        states += tav::kNearFieldStates * kLanes;
-        in = out;
-    }
+    const auto sections = bank_.Sections(order, step.settings.scale);
+    kernels_.nearField(sections.data(), static_cast<int>(sections.size()), lanes,
+                       States(order).data(), inputs_.data() + first, outputs_.data() + first,
+                       step.count);
     if (state.motion != Motion::Gliding) return;
     for (std::size_t i = 0; i < kLanes; ++i) {
         state.highPassG[i] += state.highPassStep[i] * static_cast<float>(step.count);

@@ -119,14 +119,16 @@ private:
         NFCHOARow highPassSlow{};    // the first of the two poles that a limit comes down through
         NFCHOARow highPassTarget{};  // for the settings and ratios in force
         Motion motion = Motion::Clear;
-        bool hasHighPass = false;  // some source has a high-pass
-        bool leaks = false;        // some source has none any more, but its states are not 0 yet
+        bool isTargetUsed = false;  // false: the target is 0 for all
+        bool hasHighPass = false;   // some source has a high-pass
+        bool leaks = false;         // some source has none any more, but its states are not 0 yet
     };
     /// What the targets of the high-passes are computed from.
     struct HighPassInput {
         NFCHOASettings settings;
         NFCHOARow ratios{};
-        NFCHOARow logs{};
+        NFCHOARow logs{};  // of the ratios above 1; 0 for the others
+        float largestLog = 0.f;
     };
     struct Step {
         HighPassInput input;     // in force
@@ -137,6 +139,10 @@ private:
     void FillRatios(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void FindRefreshes(const NFCHOAPiece& piece, bool wakes) noexcept TAV_NONBLOCKING;
     void RunStep(unsigned order, const NFCHOAStep& step, float keep) noexcept TAV_NONBLOCKING;
+    void TargetFor(unsigned order,
+                   const HighPassInput& input,
+                   NFCHOARow& target) const noexcept TAV_NONBLOCKING;
+    bool AnyNewTarget(unsigned order, const NFCHOAPiece& piece) const noexcept TAV_NONBLOCKING;
     void ComputeTarget(unsigned order, const HighPassInput& input) noexcept TAV_NONBLOCKING;
     void JumpToTarget(unsigned order) noexcept TAV_NONBLOCKING;
     void GlideToTarget(unsigned order, const NFCHOAPiece& piece) noexcept TAV_NONBLOCKING;
@@ -161,6 +167,8 @@ private:
     bool isPlain_ = false;     // all ratios are 1 and no high-pass has states: output is input
     bool ratiosMove_ = false;  // in every sample
     bool refreshes_ = false;   // in any step
+    bool scaleMoves_ = false;  // from step to step
+    float largestLog_ = 0.f;   // of the inputs of all steps that refresh
     NFCHOARow loudest_{};      // largest sum of states of any order
     std::array<NFCHOARow, kNFCHOASteps> askedRatios_{};  // at the start of each step, uncapped
     std::array<Step, kNFCHOASteps> steps_;
@@ -168,7 +176,8 @@ private:
     Rows inputs_{};
     Rows outputs_{};
     Rows ratios_{};                       // only the first row when they do not move
-    Rows capped_{};                       // the ratios as far as the order that runs may use them
+    Rows capped_{};                       // the ratios as far as the order that runs may use them;
+                                          // before, scratch of FillRatios
     const float* ratiosInUse_ = nullptr;  // one of these two
     std::ptrdiff_t ratioStride_ = 0;      // 0: one row for all samples
 };

@@ -43,15 +43,21 @@ struct FilterKernels {
     /// A run through an all-pass section that does not reach its delay: ring[k] is read as the
     /// value of a delay ago and becomes the newest one.  @param n  at most the delay
     void (*allPass)(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING;
-    /// @param states  kNearFieldStates rows      @param in, out  n rows, may be the same
+    /// Sections in series, real poles last.
+    /// @param states  kNearFieldStates rows per section   @param in, out  n rows, may be the same
     /// A source with g = 0, states 0 and ratio 1 comes out bit for bit. A vector set may fuse
     /// multiply and add.
-    void (*nearField)(const NearFieldSection& section,
+    void (*nearField)(const NearFieldSection* sections,
+                      int numSections,
                       const NearFieldLanes& lanes,
                       float* states,
                       const float* in,
                       float* out,
                       int n) noexcept TAV_NONBLOCKING;
+    /// No value is larger than `growth` times the one before it in its lane, or times 1 where that
+    /// one is below 1.  @param rows  n rows, overwritten
+    /// @param reached  a row: the values before the first ones, afterwards the last ones
+    void (*limitGrowth)(float* rows, float* reached, float growth, int n) noexcept TAV_NONBLOCKING;
     /// Signals of n samples into rows and back.  @param signals  kSourceLanes
     void (*toRows)(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING;
     void (*fromRows)(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING;

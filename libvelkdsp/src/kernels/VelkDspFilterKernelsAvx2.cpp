@@ -19,7 +19,10 @@ struct Avx2Operations {
     static Vec Subtract(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
     static Vec Multiply(Vec a, Vec b) { return _mm256_mul_ps(a, b); }
     static Vec Divide(Vec a, Vec b) { return _mm256_div_ps(a, b); }
+    static Vec Least(Vec a, Vec b) { return _mm256_min_ps(a, b); }
+    static Vec Largest(Vec a, Vec b) { return _mm256_max_ps(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fmadd_ps(a, b, c); }
+    static Vec MultiplySubtract(Vec a, Vec b, Vec c) { return _mm256_fmsub_ps(a, b, c); }
     static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fnmadd_ps(a, b, c); }
 };
 
@@ -27,6 +30,7 @@ struct Avx2Operations {
 
 const FilterKernels& FilterKernels::Avx2() noexcept {
     static constexpr FilterKernels kKernels{AllPass, VectorFilterKernels<Avx2Operations>::NearField,
+                                            VectorFilterKernels<Avx2Operations>::LimitGrowth,
                                             ToRows, FromRows};
     return kKernels;
 }

@@ -19,7 +19,10 @@ struct Avx512Operations {
     static Vec Subtract(Vec a, Vec b) { return _mm512_sub_ps(a, b); }
     static Vec Multiply(Vec a, Vec b) { return _mm512_mul_ps(a, b); }
     static Vec Divide(Vec a, Vec b) { return _mm512_div_ps(a, b); }
+    static Vec Least(Vec a, Vec b) { return _mm512_maskz_min_ps(0xffff, a, b); }
+    static Vec Largest(Vec a, Vec b) { return _mm512_maskz_max_ps(0xffff, a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fmadd_ps(a, b, c); }
+    static Vec MultiplySubtract(Vec a, Vec b, Vec c) { return _mm512_fmsub_ps(a, b, c); }
     static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fnmadd_ps(a, b, c); }
 };
 
@@ -27,7 +30,8 @@ struct Avx512Operations {
 
 const FilterKernels& FilterKernels::Avx512() noexcept {
     static constexpr FilterKernels kKernels{
-        AllPass, VectorFilterKernels<Avx512Operations>::NearField, ToRows, FromRows};
+        AllPass, VectorFilterKernels<Avx512Operations>::NearField,
+        VectorFilterKernels<Avx512Operations>::LimitGrowth, ToRows, FromRows};
     return kKernels;
 }
 

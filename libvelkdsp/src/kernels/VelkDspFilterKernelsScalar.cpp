@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspFilterKernels.h"
 
+#include <algorithm>
+
 namespace tav {
 namespace {
 
@@ -103,12 +105,12 @@ void RunPoles(const NearFieldSection& section, const Lane& lane, int n) noexcept
     s[2 * kSourceLanes] = radial.s;
 }
 
-void NearField(const NearFieldSection& section,
-               const NearFieldLanes& lanes,
-               float* states,
-               const float* in,
-               float* out,
-               int n) noexcept TAV_NONBLOCKING {
+void RunSection(const NearFieldSection& section,
+                const NearFieldLanes& lanes,
+                float* states,
+                const float* in,
+                float* out,
+                int n) noexcept TAV_NONBLOCKING {
     const auto at = [](const float* row, std::ptrdiff_t i, float otherwise) {
         return row == nullptr ? otherwise : row[i];
     };
@@ -126,12 +128,35 @@ void NearField(const NearFieldSection& section,
     }
 }
 
+void NearField(const NearFieldSection* sections,
+               int numSections,
+               const NearFieldLanes& lanes,
+               float* states,
+               const float* in,
+               float* out,
+               int n) noexcept TAV_NONBLOCKING {
+    for (int s = 0; s < numSections; ++s) {
+        RunSection(sections[s], lanes, states, in, out, n);
+        states += kNearFieldStates * kSourceLanes;
+        in = out;
+    }
+}
+
 void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) {
         const float old = ring[k];
         const float w = signal[k] - gain * old;
         ring[k] = w;
         signal[k] = gain * w + old;
+    }
+}
+
+void LimitGrowth(float* rows, float* reached, float growth, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
+            float& value = rows[k * kSourceLanes + i];
+            reached[i] = value = std::min(value, std::max(reached[i], 1.f) * growth);
+        }
     }
 }
 
@@ -150,7 +175,7 @@ void FromRows(const float* rows, float* const* signals, int n) noexcept TAV_NONB
 }  // namespace
 
 const FilterKernels& FilterKernels::Scalar() noexcept {
-    static constexpr FilterKernels kKernels{AllPass, NearField, ToRows, FromRows};
+    static constexpr FilterKernels kKernels{AllPass, NearField, LimitGrowth, ToRows, FromRows};
     return kKernels;
 }
 

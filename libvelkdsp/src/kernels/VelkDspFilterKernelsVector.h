@@ -3,8 +3,9 @@
 //
 // Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
 // in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
-// Broadcast(value), Add(a, b), Subtract(a, b), Multiply(a, b), Divide(a, b), MultiplyAdd(a, b, c) =
-// a b + c and NegativeMultiplyAdd(a, b, c) = c - a b.
+// Broadcast(value), Add(a, b), Subtract(a, b), Multiply(a, b), Divide(a, b), Least(a, b),
+// Largest(a, b), MultiplyAdd(a, b, c) = a b + c, MultiplySubtract(a, b, c) = a b - c and
+// NegativeMultiplyAdd(a, b, c) = c - a b.
 #pragma once
 
 #include "kernels/VelkDspFilterKernels.h"
@@ -19,17 +20,37 @@ class VectorFilterKernels {
     enum class HighPass { None, On, Leaking, Moving };
 
 public:
-    static void NearField(const NearFieldSection& section,
+    static void NearField(const NearFieldSection* sections,
+                          int numSections,
                           const NearFieldLanes& lanes,
                           float* states,
                           const float* in,
                           float* out,
                           int n) noexcept TAV_NONBLOCKING {
-        const Span rows{states, in, out, n};
-        if (lanes.highPassG == nullptr) return Run<HighPass::None>(section, lanes, rows);
-        if (lanes.highPassStep != nullptr) return Run<HighPass::Moving>(section, lanes, rows);
-        if (lanes.highPassKeep == nullptr) return Run<HighPass::On>(section, lanes, rows);
-        Run<HighPass::Leaking>(section, lanes, rows);
+        Span rows{states, in, out, n};
+        while (numSections > 0) {
+            const int count = Run(sections, numSections, lanes, rows);
+            sections += count;
+            numSections -= count;
+            rows.states += count * kNearFieldStates * kSourceLanes;
+            rows.in = out;
+        }
+    }
+
+    static void LimitGrowth(float* rows,
+                            float* reached,
+                            float growth,
+                            int n) noexcept TAV_NONBLOCKING {
+        for (std::ptrdiff_t lane = 0; lane < kSourceLanes; lane += S::kLanes) {
+            Vec last = S::Load(reached + lane);
+            for (std::ptrdiff_t k = lane; k < n * kSourceLanes; k += kSourceLanes) {
+                const Vec highest =
+                    S::Multiply(S::Largest(last, S::Broadcast(1.f)), S::Broadcast(growth));
+                last = S::Least(S::Load(rows + k), highest);
+                S::Store(rows + k, last);
+            }
+            S::Store(reached + lane, last);
+        }
     }
 
 private:
@@ -65,8 +86,10 @@ private:
             const Vec v = S::Subtract(x, s2);
             band = S::MultiplyAdd(a2, v, S::Multiply(a1, s1));
             low = S::MultiplyAdd(a3, v, S::MultiplyAdd(a2, s1, s2));
-            s1 = S::Subtract(S::Add(band, band), s1);
-            s2 = S::Subtract(S::Add(low, low), s2);
+            // Doubling is exact, so this rounds as the scalar twin's addition and subtraction do.
+            const Vec two = S::Broadcast(2.f);
+            s1 = S::MultiplySubtract(two, band, s1);
+            s2 = S::MultiplySubtract(two, low, s2);
         }
         Vec High(Vec x) const noexcept {
             return S::Subtract(S::NegativeMultiplyAdd(damping, band, x), low);
@@ -91,14 +114,18 @@ private:
     struct Pole {
         Vec s;
         Vec share{};
+        Vec twice{};
         Vec low{};
 
         Pole(Vec g, float, const float* state) noexcept : s(S::Load(state)) { Tune(g); }
-        void Tune(Vec g) noexcept { share = S::Divide(g, S::Add(g, S::Broadcast(1.f))); }
+        void Tune(Vec g) noexcept {
+            share = S::Divide(g, S::Add(g, S::Broadcast(1.f)));
+            twice = S::Add(share, share);
+        }
         void Take(Vec x) noexcept {
-            const Vec v = S::Multiply(S::Subtract(x, s), share);
-            low = S::Add(v, s);
-            s = S::Add(low, v);
+            const Vec distance = S::Subtract(x, s);
+            low = S::MultiplyAdd(share, distance, s);
+            s = S::MultiplyAdd(twice, distance, s);
         }
         Vec High(Vec x) const noexcept { return S::Subtract(x, low); }
         Vec Near(Vec x, Vec u) const noexcept {
@@ -108,16 +135,62 @@ private:
         void Save(float* state) const noexcept { S::Store(state, s); }
     };
 
-    template <HighPass kHighPass>
-    static void Run(const NearFieldSection& section,
-                    const NearFieldLanes& lanes,
-                    const Span& rows) noexcept TAV_NONBLOCKING {
-        section.isReal ? RunLanes<Pole, kHighPass>(section, lanes, rows)
-                       : RunLanes<Pair, kHighPass>(section, lanes, rows);
+    // A recursion waits for its own last sample most of the time. Two of them in one loop hide each
+    // other's latency: two sections, or one with its high-pass.
+
+    /// @return how many of the sections were run
+    static int Run(const NearFieldSection* sections,
+                   int numSections,
+                   const NearFieldLanes& lanes,
+                   const Span& rows) noexcept TAV_NONBLOCKING {
+        if (lanes.highPassG == nullptr && numSections > 1) {
+            sections[1].isReal ? RunTwo<Pole>(sections, lanes, rows)
+                               : RunTwo<Pair>(sections, lanes, rows);
+            return 2;
+        }
+        sections->isReal ? RunOne<Pole>(*sections, lanes, rows)
+                         : RunOne<Pair>(*sections, lanes, rows);
+        return 1;
     }
 
-    /// Some lanes through all samples, then the next ones: the states stay in registers, and the
-    /// two recursions of a section hide each other's latency.
+    template <class Filter>
+    static void RunOne(const NearFieldSection& section,
+                       const NearFieldLanes& lanes,
+                       const Span& rows) noexcept TAV_NONBLOCKING {
+        if (lanes.highPassG == nullptr)
+            return RunLanes<Filter, HighPass::None>(section, lanes, rows);
+        if (lanes.highPassStep != nullptr)
+            return RunLanes<Filter, HighPass::Moving>(section, lanes, rows);
+        if (lanes.highPassKeep == nullptr)
+            return RunLanes<Filter, HighPass::On>(section, lanes, rows);
+        RunLanes<Filter, HighPass::Leaking>(section, lanes, rows);
+    }
+
+    /// Some lanes through all samples, then the next ones: the states stay in registers.
+    template <class Second>
+    static void RunTwo(const NearFieldSection* sections,
+                       const NearFieldLanes& lanes,
+                       const Span& rows) noexcept TAV_NONBLOCKING {
+        for (std::ptrdiff_t lane = 0; lane < kSourceLanes; lane += S::kLanes) {
+            float* const firstState = rows.states + lane + 2 * kSourceLanes;
+            float* const secondState = firstState + kNearFieldStates * kSourceLanes;
+            Pair first(S::Broadcast(sections[0].g), sections[0].damping, firstState);
+            Second second(S::Broadcast(sections[1].g), sections[1].damping, secondState);
+            const float* ratio = lanes.ratios + lane;
+            for (std::ptrdiff_t k = lane; k < rows.n * kSourceLanes; k += kSourceLanes) {
+                const Vec u = S::Load(ratio);
+                const Vec x = S::Load(rows.in + k);
+                first.Take(x);
+                const Vec between = first.Near(x, u);
+                second.Take(between);
+                S::Store(rows.out + k, second.Near(between, u));
+                ratio += lanes.ratioStride;
+            }
+            first.Save(firstState);
+            second.Save(secondState);
+        }
+    }
+
     template <class Filter, HighPass kHighPass>
     static void RunLanes(const NearFieldSection& section,
                          const NearFieldLanes& lanes,

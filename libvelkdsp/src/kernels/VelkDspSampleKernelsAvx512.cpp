@@ -33,9 +33,18 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
+/// Stores wait for their cache lines one by one; lines that are asked for together arrive together.
+constexpr int kRun = 64;  // samples
+void FetchRun(const double* host, int n) noexcept {
+    for (int k = 0; k < n && k < kRun; k += kLanes) {
+        _mm_prefetch(reinterpret_cast<const char*>(host + k), _MM_HINT_T0);
+    }
+}
+
 void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
     int k = 0;
     for (; k + kLanes <= n; k += kLanes) {
+        if (k % kRun == 0) FetchRun(host + k, n - k);
         const __m512d sample = _mm512_maskz_cvtps_pd(kAll, _mm256_loadu_ps(own + k));
         _mm512_storeu_pd(host + k, _mm512_maskz_mov_pd(IsFinite(_mm512_abs_pd(sample)), sample));
         _mm256_storeu_ps(own + k, _mm256_setzero_ps());

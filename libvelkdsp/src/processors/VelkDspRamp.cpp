@@ -59,8 +59,11 @@ void Ramp::Fill(std::span<float> values) noexcept TAV_NONBLOCKING {
     if (gliding > 0) {
         const double start = static_cast<double>(start_);
         const double step = Step();
-        for (std::size_t k = 0; k < gliding; ++k) {
-            values[k] = static_cast<float>(start + static_cast<double>(count_ + 1 + k) * step);
+        // Whole numbers, exact as doubles; added as such, the loop vectorises.
+        const auto first = static_cast<double>(count_ + 1);
+        for (int k = 0; k < static_cast<int>(gliding); ++k) {
+            values[static_cast<std::size_t>(k)] =
+                static_cast<float>(start + (first + static_cast<double>(k)) * step);
         }
         count_ += static_cast<std::uint32_t>(gliding);
         if (IsConstant()) values[gliding - 1] = target_;
