@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspGainKernels.h"
 
+#include "libvelkdsp/kernels/KernelHarness.h"
 #include "reference/Signals.h"
 
 #include <gtest/gtest.h>
@@ -10,21 +11,19 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <iterator>
-#include <limits>
-#include <string>
 #include <vector>
 
 namespace {
 
 using tav::GainKernels;
 using tav::MixPair;
+using Tests::ForEveryLengthAndStart;
 using Tests::Noise;
 
-constexpr int kLongest = 67;       // a vector set's largest step and then some
-constexpr int kOffsets = 16;       // every alignment of a 64-byte vector
-constexpr float kGuard = 12345.f;  // stands around what a kernel may write
-constexpr double kEpsilon = std::numeric_limits<float>::epsilon();
+constexpr int kLongest = Tests::kLongestRun;
+constexpr int kOffsets = Tests::kStarts;
 
 /// One sample in double precision, and what a float result may differ from it: each product and
 /// each sum rounds by at most half an epsilon of the magnitudes summed so far.
@@ -38,56 +37,36 @@ struct Exact {
         magnitude += (std::abs(gain) + std::abs(slope)) * std::abs(sample);
         ++numTerms;
     }
-    double Bound() const { return (numTerms + 3) * kEpsilon * magnitude; }
+    double Bound() const { return (numTerms + 3) * Tests::kEpsilon * magnitude; }
 };
 
-/// An output with guards on both sides, at a given offset from an aligned address.
+/// An output that is added to, at a given offset from a cache line.
 class Output {
 public:
     Output(int offset, int n, unsigned seed)
-        : samples_(kOffsets + kLongest + kOffsets, kGuard),
-          first_(static_cast<std::size_t>(offset)),
-          before_(Noise(static_cast<std::size_t>(n), seed)) {
-        std::ranges::copy(before_, Samples());
-    }
-    float* Samples() { return samples_.data() + first_; }
+        : before_(Noise(static_cast<std::size_t>(n), seed)),
+          samples_(offset, before_) {}
+    float* Samples() { return samples_.Data(); }
 
     /// @param expect  adds the terms of sample k to what stood there before
     template <class Expect>
-    void Check(Expect expect) const {
-        for (std::size_t at = 0; at < samples_.size(); ++at) {
-            const bool outside = at < first_ || at >= first_ + before_.size();
-            if (outside) {
-                ASSERT_EQ(samples_[at], kGuard) << "wrote outside the block";
-                continue;
-            }
-            const std::size_t k = at - first_;
+    void Check(Expect expect) {
+        for (std::size_t k = 0; k < before_.size(); ++k) {
             Exact exact{before_[k], std::abs(double{before_[k]})};
             expect(exact, k);
-            ASSERT_NEAR(samples_[at], exact.value, exact.Bound())
+            ASSERT_NEAR(Samples()[k], exact.value, exact.Bound())
                 << "sample " << k << " of " << before_.size();
         }
     }
 
 private:
-    std::vector<float> samples_;
-    std::size_t first_;
     std::vector<float> before_;
+    Tests::Guarded<float> samples_;
 };
 
-class KernelSets : public testing::TestWithParam<tav::InstructionSet> {
-protected:
-    const GainKernels& kernels_ = tav::KernelsFor<GainKernels>(GetParam());
-};
+class GainKernelsOf : public Tests::KernelsOf<GainKernels> {};
 
-template <class Body>
-void ForEveryLengthAndOffset(int longest, Body body) {
-    for (int n = 0; n <= longest; ++n) {
-        for (int offset = 0; offset < kOffsets; ++offset) body(n, offset);
-    }
-}
-
-TEST_P(KernelSets, AddAListOfInputs) {
+TEST_P(GainKernelsOf, AddAListOfInputs) {
     constexpr int kInputs = 7;
     std::vector<std::vector<float>> x;
     std::array<const float*, kInputs> inputs{};
@@ -99,14 +78,14 @@ TEST_P(KernelSets, AddAListOfInputs) {
     const std::array<MixPair, 3> pairs{{{6, 0.5f, -2.f}, {0, 1.f, 0.f}, {3, -0.25f, 0.125f}}};
     for (const bool ramped : {false, true}) {
         for (int numPairs = 0; numPairs <= 3; ++numPairs) {
-            ForEveryLengthAndOffset(kLongest, [&](int n, int offset) {
+            ForEveryLengthAndStart(kLongest, [&](int n, int offset) {
                 Output y(kOffsets - 1 - offset, n, 5);
                 if (ramped) {
-                    kernels_.mixRampedList(y.Samples(), inputs.data(), offset, pairs.data(),
-                                           numPairs, w.data(), n);
+                    tested_.mixRampedList(y.Samples(), inputs.data(), offset, pairs.data(),
+                                          numPairs, w.data(), n);
                 } else {
-                    kernels_.mixConstantList(y.Samples(), inputs.data(), offset, pairs.data(),
-                                             numPairs, n);
+                    tested_.mixConstantList(y.Samples(), inputs.data(), offset, pairs.data(),
+                                            numPairs, n);
                 }
                 y.Check([&](Exact& exact, std::size_t k) {
                     for (int p = 0; p < numPairs; ++p) {
@@ -121,7 +100,7 @@ TEST_P(KernelSets, AddAListOfInputs) {
     }
 }
 
-TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
+TEST_P(GainKernelsOf, MixAPanelOfInputsIntoATile) {
     constexpr std::size_t kInputs = 5;
     constexpr std::size_t kTile = tav::kTileOutputs;
     const std::vector<float> gains = Noise(kInputs * kTile, 30);
@@ -130,20 +109,19 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
     const std::array<int, 3> rows{4, 0, 2};
     constexpr std::size_t kStride = tav::kStripFrames;
     const std::vector<float> w = Noise(kStride, 32);
-    std::vector<std::vector<float>> x;
+    constexpr std::size_t kPitch = kStride + kOffsets;
+    const std::vector<float> x = Noise(kInputs * kPitch, 33);
     std::array<const float*, kInputs> inputs{};
-    for (unsigned i = 0; i < kInputs; ++i) {
-        x.push_back(Noise(kStride + kOffsets, 33 + i));
-        inputs[i] = x.back().data();
-    }
-    ForEveryLengthAndOffset(tav::kStripFrames, [&](int n, int offset) {
+    for (std::size_t i = 0; i < kInputs; ++i) inputs[i] = x.data() + i * kPitch;
+    ForEveryLengthAndStart(tav::kStripFrames, [&](int n, int offset) {
         const bool ramped = (n + offset) % 2 == 0;
         const int numOutputs = tav::kLeastTileOutputs + (n + offset) / 2 % 3;
-        std::vector<float> samples(kInputs * kStride, kGuard);
-        const tav::Strip strip =
-            kernels_.fillStrip(samples.data(), kInputs, inputs.data(), offset, rows.data(), 3, n);
-        std::vector<Output> outputs;
-        outputs.reserve(kTile);
+        std::vector<float> samples(kInputs * kStride, 12345.f);
+        tav::Strip strip =
+            tested_.fillStrip(samples.data(), kInputs, inputs.data(), offset, rows.data(), 3, n);
+        const bool isInPlace = n == tav::kStripFrames && offset % 4 < 2;
+        if (isInPlace) strip = {x.data() + offset, kPitch, 1};
+        std::deque<Output> outputs;
         std::array<float*, kTile> pointers{};
         for (int o = 0; o < numOutputs; ++o) {
             outputs.emplace_back(offset, n, 40 + static_cast<unsigned>(o));
@@ -151,9 +129,9 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
         for (std::size_t o = 0; o < outputs.size(); ++o) pointers[o] = outputs[o].Samples();
         const tav::Panel panel{gains.data(), steps.data(), rows.data(), 3, numOutputs};
         if (ramped) {
-            kernels_.mixRampedPanel(pointers.data(), strip, panel, w.data(), n);
+            tested_.mixRampedPanel(pointers.data(), strip, panel, w.data(), n);
         } else {
-            kernels_.mixConstantPanel(pointers.data(), strip, panel, n);
+            tested_.mixConstantPanel(pointers.data(), strip, panel, n);
         }
         for (std::size_t o = 0; o < outputs.size(); ++o) {
             outputs[o].Check([&](Exact& exact, std::size_t k) {
@@ -169,7 +147,7 @@ TEST_P(KernelSets, MixAPanelOfInputsIntoATile) {
     });
 }
 
-TEST_P(KernelSets, PlanARowByItsThresholds) {
+TEST_P(GainKernelsOf, PlanARowByItsThresholds) {
     struct Case {
         float from, to, gain, step;
     };
@@ -188,18 +166,17 @@ TEST_P(KernelSets, PlanARowByItsThresholds) {
         to[o] = caseOf(o).to;
         heard[o] = o % 7 != 0 ? 1.f : 0.f;
     }
-    std::vector<float> gains(kLength, kGuard);
-    std::vector<float> steps(kLength, kGuard);
+    Tests::Guarded<float> gains(3, from), steps(5, from);
     std::array<std::uint64_t, 2> audible{};
     std::array<std::uint64_t, 2> moving{};
-    kernels_.planRow({from.data(), to.data(), heard.data(), 0.25f, 1e-4f},
-                     {gains.data(), steps.data(), audible.data(), moving.data()}, 2);
+    tested_.planRow({from.data(), to.data(), heard.data(), 0.25f, 1e-4f},
+                    {gains.Data(), steps.Data(), audible.data(), moving.data()}, 2);
     for (std::size_t o = 0; o < kLength; ++o) {
         SCOPED_TRACE(o);
         const float gain = heard[o] != 0.f ? caseOf(o).gain : 0.f;
         const float step = heard[o] != 0.f ? caseOf(o).step : 0.f;
-        EXPECT_EQ(gains[o], gain);
-        EXPECT_EQ(steps[o], step);
+        EXPECT_EQ(gains.Data()[o], gain);
+        EXPECT_EQ(steps.Data()[o], step);
         const std::size_t group = o / tav::kGroupOutputs;
         const std::uint64_t bit = std::uint64_t{1} << (o % tav::kGroupOutputs);
         EXPECT_EQ((audible[group] & bit) != 0, gain != 0.f || step != 0.f);
@@ -207,19 +184,15 @@ TEST_P(KernelSets, PlanARowByItsThresholds) {
     }
 }
 
-TEST_P(KernelSets, CopyASingleInputOfGainOneBitForBit) {
+TEST_P(GainKernelsOf, CopyASingleInputOfGainOneBitForBit) {
     const std::vector<float> x = Noise(kLongest, 50);
     const float* const inputs[] = {x.data()};
     const MixPair pair{0, 1.f, 0.f};
     std::vector<float> listed(kLongest);
-    kernels_.mixConstantList(listed.data(), inputs, 0, &pair, 1, kLongest);
+    tested_.mixConstantList(listed.data(), inputs, 0, &pair, 1, kLongest);
     EXPECT_EQ(listed, x);
 }
 
-INSTANTIATE_TEST_SUITE_P(All,
-                         KernelSets,
-                         testing::ValuesIn(tav::RunnableInstructionSets().begin(),
-                                           tav::RunnableInstructionSets().end()),
-                         [](const auto& tested) { return std::string(NameOf(tested.param)); });
+INSTANTIATE_FOR_ALL_SETS(GainKernelsOf);
 
 }  // namespace

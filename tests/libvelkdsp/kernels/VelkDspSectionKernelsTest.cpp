@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspSectionKernels.h"
 
-#include "kernels/VelkDspInstructionSet.h"
+#include "libvelkdsp/kernels/KernelHarness.h"
 #include "reference/Signals.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
-#include <span>
 #include <vector>
 
 namespace tav {
 namespace {
 
-constexpr int kMostFrames = 67;
 constexpr int kBanks = 2;
 
 /// Stable sections with corners all over the band, anything in the mix and in the states.
@@ -35,69 +33,54 @@ std::vector<SectionBank> RandomBanks(unsigned seed) {
     return banks;
 }
 
-class SectionKernelSets : public testing::TestWithParam<InstructionSet> {
-protected:
-    /// Runs `numLanes` channels in pieces of the given sizes.
-    void Play(const SectionKernels& kernels,
-              bool moving,
-              int numLanes,
-              std::span<const int> pieces,
-              std::vector<std::vector<float>>& signals,
-              std::vector<SectionBank>& banks) const {
-        int done = 0;
-        for (const int n : pieces) {
-            float* outputs[kSectionLanes];
-            const float* inputs[kSectionLanes];
-            for (int lane = 0; lane < numLanes; ++lane) {
-                outputs[lane] = signals[static_cast<std::size_t>(lane)].data() + done;
-                inputs[lane] = outputs[lane];
-            }
-            (moving ? kernels.runMoving
-                    : kernels.run)({banks.data(), kBanks, numLanes, outputs, inputs, n});
-            done += n;
-        }
-    }
+class SectionKernelsOf : public Tests::KernelsOf<SectionKernels> {};
 
-    std::vector<std::vector<float>> Noise() const {
-        std::vector<std::vector<float>> signals;
-        for (unsigned lane = 0; lane < kSectionLanes; ++lane)
-            signals.push_back(Tests::Noise(kMostFrames, lane));
-        return signals;
+/// Runs the first `numLanes` rows of `signals` in place, `first` frames and then the rest.
+void Play(const SectionKernels& kernels,
+          bool moving,
+          int numLanes,
+          float* signals,
+          int n,
+          int first,
+          std::vector<SectionBank>& banks) {
+    for (const int frames : {first, n - first}) {
+        float* outputs[kSectionLanes];
+        const float* inputs[kSectionLanes];
+        for (int lane = 0; lane < numLanes; ++lane)
+            inputs[lane] = outputs[lane] = signals + lane * n;
+        const SectionRun run{banks.data(), kBanks, numLanes, outputs, inputs, frames};
+        (moving ? kernels.runMoving : kernels.run)(run);
+        signals += frames;
     }
-};
+}
 
-TEST_P(SectionKernelSets, AgreeWithTheScalarTwinAndWithThemselvesInPieces) {
-    const SectionKernels& tested = KernelsFor<SectionKernels>(GetParam());
+TEST_P(SectionKernelsOf, AgreeWithTheScalarTwinAndWithThemselvesInPieces) {
     for (const bool moving : {false, true}) {
         for (int lanes = 1; lanes <= kSectionLanes; ++lanes) {
-            for (int n = 0; n <= kMostFrames; n += lanes == 5 ? 1 : 13) {
-                auto expected = Noise(), whole = Noise(), cut = Noise();
-                auto expectedBanks = RandomBanks(3), wholeBanks = RandomBanks(3),
-                     cutBanks = RandomBanks(3);
-                Play(SectionKernels::Scalar(), moving, lanes, {{n}}, expected, expectedBanks);
-                Play(tested, moving, lanes, {{n}}, whole, wholeBanks);
-                Play(tested, moving, lanes, {{n / 3, n - n / 3}}, cut, cutBanks);
-                EXPECT_EQ(whole, cut) << lanes << " lanes, " << n;
-                for (std::size_t lane = 0; lane < kSectionLanes; ++lane) {
-                    for (std::size_t k = 0; k < kMostFrames; ++k) {
-                        // Doubles throughout: what differs is the last bit of the float.
-                        ASSERT_NEAR(whole[lane][k], expected[lane][k],
-                                    2e-7 * (1.0 + std::abs(static_cast<double>(expected[lane][k]))))
-                            << lanes << " lanes, " << n << ", lane " << lane << ", frame " << k;
-                    }
-                    if (static_cast<int>(lane) >= lanes) continue;
+            Tests::ForEveryLength(Tests::kLongestRun, [&](int n, int start) {
+                SCOPED_TRACE(lanes);
+                auto expected = Tests::Noise(static_cast<std::size_t>(lanes * n), 1);
+                Tests::Guarded<float> whole(start, expected), cut(start, expected);
+                auto expectedBanks = RandomBanks(3), wholeBanks = expectedBanks,
+                     cutBanks = expectedBanks;
+                Play(plain_, moving, lanes, expected.data(), n, n, expectedBanks);
+                Play(tested_, moving, lanes, whole.Data(), n, n, wholeBanks);
+                Play(tested_, moving, lanes, cut.Data(), n, n / 3, cutBanks);
+                EXPECT_EQ(whole.Values(), cut.Values());
+                for (std::size_t k = 0; k < expected.size(); ++k) {
+                    // Doubles throughout: what differs is the last bit of the float.
+                    ASSERT_NEAR(whole.Data()[k], expected[k],
+                                2e-7 * (1.0 + std::abs(static_cast<double>(expected[k]))));
+                }
+                for (int lane = 0; lane < lanes; ++lane) {
                     ASSERT_NEAR(wholeBanks[1].s1[lane], expectedBanks[1].s1[lane], 1e-12);
                 }
-            }
+            });
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets,
-                         SectionKernelSets,
-                         testing::ValuesIn(RunnableInstructionSets().begin(),
-                                           RunnableInstructionSets().end()),
-                         [](const auto& test) { return std::string(NameOf(test.param)); });
+INSTANTIATE_FOR_ALL_SETS(SectionKernelsOf);
 
 }  // namespace
 }  // namespace tav

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspTripletKernels.h"
 
-#include "kernels/VelkDspInstructionSet.h"
+#include "libvelkdsp/kernels/KernelHarness.h"
 
 #include <gtest/gtest.h>
 
@@ -26,24 +26,23 @@ float Element(std::mt19937& generator) {
     return static_cast<float>(generator() % 9) / 3.f - 1.f;
 }
 
-TEST(TripletKernels, AllSetsFindTheFirstHighestMinimumOfEachLane) {
+class TripletKernelsOf : public Tests::KernelsOf<TripletKernels> {};
+
+TEST_P(TripletKernelsOf, FindTheFirstHighestMinimumOfEachLane) {
     constexpr auto kLanes = static_cast<std::size_t>(kTripletLanes);
     std::mt19937 generator(1);
-    for (int round = 0; round < 200; ++round) {
-        const std::int32_t numBlocks = round % 7;
-        std::vector<float> elements(static_cast<std::size_t>(numBlocks) * 9 * kLanes + 1);
+    Tests::ForEveryLengthAndStart(12, [&](int numBlocks, int start) {
+        std::vector<float> elements(static_cast<std::size_t>(numBlocks) * 9 * kLanes);
         std::ranges::generate(elements, [&] { return Element(generator); });
-        const float* const first = elements.data() + round % 2;  // any alignment
         const std::array<float, 3> p{0.7f, -1.1f, 1.f / 3.f};
-        const float toBeat = round % 3 == 0 ? 0.1f : -100000.f;
-
-        std::array<float, kLanes> best;
-        std::array<std::int32_t, kLanes> where;
-        best.fill(toBeat);
-        where.fill(-1);
+        std::vector<float> best(kLanes, start % 3 == 0 ? 0.1f : -100000.f);
+        std::vector<std::int32_t> where(kLanes, -1);
+        Tests::Guarded<float> first(start, elements), found(start, best);
+        Tests::Guarded<std::int32_t> foundWhere(start, where);
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
             for (std::int32_t block = 0; block < numBlocks; ++block) {
-                const float* m = first + static_cast<std::size_t>(block) * 9 * kLanes + lane;
+                const float* m =
+                    elements.data() + static_cast<std::size_t>(block) * 9 * kLanes + lane;
                 std::array<float, 3> g;
                 for (std::size_t row = 0; row < 3; ++row, m += 3 * kLanes) {
                     g[row] = m[0] * p[0] + m[kLanes] * p[1] + m[2 * kLanes] * p[2];
@@ -54,18 +53,13 @@ TEST(TripletKernels, AllSetsFindTheFirstHighestMinimumOfEachLane) {
                 where[lane] = block;
             }
         }
-        for (const InstructionSet set : RunnableInstructionSets()) {
-            std::array<float, kLanes> found;
-            std::array<std::int32_t, kLanes> foundWhere;
-            found.fill(toBeat);
-            foundWhere.fill(-1);
-            KernelsFor<TripletKernels>(set).findPeaks(first, numBlocks, p.data(), found.data(),
-                                                      foundWhere.data());
-            EXPECT_EQ(found, best) << NameOf(set) << " round " << round;
-            EXPECT_EQ(foundWhere, where) << NameOf(set) << " round " << round;
-        }
-    }
+        tested_.findPeaks(first.Data(), numBlocks, p.data(), found.Data(), foundWhere.Data());
+        EXPECT_EQ(found.Values(), best);
+        EXPECT_EQ(foundWhere.Values(), where);
+    });
 }
+
+INSTANTIATE_FOR_ALL_SETS(TripletKernelsOf);
 
 }  // namespace
 }  // namespace tav
