@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The loops of recursive filters, once per instruction set.
 //
-// A recursion cannot be spread over samples, so it is spread over what runs side by side: the
-// samples between two taps of a long delay, or sources that pass the same kind of section.
+// A recursive filter cannot compute several of its samples at once. Vectors are filled with what is
+// independent instead: the samples of an all-pass that are nearer to each other than its delay, or
+// the same section of several sources.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"

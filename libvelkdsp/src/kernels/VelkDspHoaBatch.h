@@ -14,7 +14,7 @@ namespace tav {
 /// dimensions at a fraction of the time.
 /// @param directions  finite, as many as `gains` has rows  @param gains  directions x
 /// NumChannels(); more columns are left as they are, and where there are fewer, all are
-/// @param kernels  where they are null, one direction follows the other
+/// @param kernels  where its pointers are null, one direction is computed after the other
 /// Thread: one at a time.  Throws: std::bad_alloc.
 void ComputeHoaGains(HoaEncodingVector& encoding,
                      std::span<const CartesianVector> directions,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Banks of second-order sections, a channel per lane, once per instruction set.
 //
-// A section waits for its own last sample, so one channel after the other spends most of its time
-// waiting. Channels side by side do not.
+// A section needs its own previous sample before it can compute the next one, so filtering one
+// channel after the other mostly waits for results. Several channels side by side use that time.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"
@@ -30,8 +30,7 @@ struct SectionBank {
 };
 
 /// @param banks  numBanks in series
-/// @param numLanes  channels, 1 .. kSectionLanes; what the banks hold of the others is of no
-/// meaning
+/// @param numLanes  channels, 1 .. kSectionLanes; the numbers of the other lanes are not used
 /// @param outputs, inputs  numLanes pointers, n samples each; an output may be its own input
 struct SectionRun {
     SectionBank* banks;

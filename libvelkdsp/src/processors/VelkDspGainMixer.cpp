@@ -91,7 +91,7 @@ void GainMixer::SetRow(unsigned input,
 
 GainMixer::Route GainMixer::RouteOf(Mask audible, Mask moving) noexcept TAV_NONBLOCKING {
     if (audible == 0) return Route::Silent;
-    // Fewer pairs cost less in the lists of their outputs.
+    // A panel always computes all outputs of its tile; for few audible ones the lists cost less.
     if (kTileCounts[audible] < kLeastTileOutputs) return Route::Lists;
     return moving == 0 ? Route::ConstantPanel : Route::RampedPanel;
 }
@@ -108,7 +108,8 @@ void GainMixer::TakeGroup(unsigned input, unsigned group) noexcept TAV_NONBLOCKI
         std::memcpy(&gains_[slot], &rowGains_[planned], kTile * sizeof(float));
         std::memcpy(&steps_[slot], &rowSteps_[planned], kTile * sizeof(float));
     }
-    // Panels read the slots themselves; lists hold copies, and both depend on who is in them.
+    // Panels read the slots, so new gains reach them by themselves. Lists hold copies of the gains,
+    // and which inputs are in a panel or a list depends on which gains are audible.
     if (rowAudible_[group] != audible_[at] || rowMoving_[group] != moving_[at]) {
         RouteGroup(input, group);
     }

@@ -2,10 +2,11 @@
 // The mixing half of the gain matrices: holds the gains of one ramp segment, sorted for the
 // kernels.
 //
-// Gains rest or move in a line while a segment lasts, so what a block has to compute is decided
-// once per segment: pairs that are silent are dropped, an input that reaches most outputs of a tile
-// goes to the tile's panels, the other pairs go to a list per output. A block then costs what its
-// audible pairs cost.
+// During a segment each gain rests or moves in a straight line, so what a block has to compute is
+// decided once per segment. Outputs are grouped in tiles of six. An input that is audible on most
+// outputs of a tile is mixed by the tile's panels, which keep all sums of the tile in registers;
+// the other audible pairs of an input and an output stand in a list per output. Silent pairs are in
+// neither, so a block costs what its audible pairs cost.
 #pragma once
 
 #include "containers/VelkDspAlignedVector.h"
@@ -19,9 +20,10 @@
 
 namespace tav {
 
-/// Which part of a ramp segment a piece of audio is: its gains are `from + w * step`, where w runs
-/// in a line from `position` at the first sample to `position + frames` at the last one. Hence the
-/// gain at a place where two pieces meet sounds twice; one sample alone takes the later one.
+/// A piece of a ramp segment. Its gains are `from + w * step`, where w runs in a straight line from
+/// `position` at the first sample to `position + frames` at the last one. So the last sample of a
+/// piece and the first sample of the next one have the same gain. A piece of one sample uses the
+/// gain at its end.
 struct RampPiece {
     std::int32_t position = 0;  // samples of the segment that were played before
     int frames = 0;
@@ -35,7 +37,7 @@ public:
 
     GainMixer(unsigned numInputs, unsigned numOutputs, const GainKernels& kernels);
 
-    /// How many floats a row of gains has: one per output, and zeros up to whole groups.
+    /// Floats in a row of gains: one per output, and zeros up to a whole number of groups.
     static std::size_t RowLength(unsigned numOutputs) noexcept TAV_NONBLOCKING;
 
     /// The input glides from `from` to `to`, or rests there when both are the same.
@@ -107,7 +109,8 @@ private:
     std::vector<std::uint8_t> active_;  // per input
     std::vector<float> heard_;          // per output: 1 when connected; then zeros
 
-    // What there is to mix. Slots: tile by tile, input by input; those of silent tiles are stale.
+    // The gains in force. Slots: tile by tile, within a tile input by input. Where an input is
+    // silent in a whole tile, its slot there holds old numbers, which nobody reads.
     std::vector<float> gains_;
     std::vector<float> steps_;
     std::vector<Mask> audible_;  // input by input, group by group
@@ -115,18 +118,18 @@ private:
     std::vector<Mask> listed_;   // those of the audible pairs that lists mix
     std::vector<Route> routes_;  // input by input, tile by tile, whole groups
 
-    // The same, sorted for the kernels; active inputs only.
+    // The same gains, sorted for the kernels; only those of active inputs.
     bool listsStale_ = false;
     bool panelsStale_ = false;
     bool anyRampedList_ = false;
     bool anyRampedPanel_ = false;
     std::vector<Counts> listCounts_;   // per output
-    std::vector<MixPair> pairs_;       // output by output without gaps, as they are read: first the
-                                       // resting ones, then the moving ones
+    std::vector<MixPair> pairs_;       // output by output without gaps; of each output first the
+                                       // pairs at rest, then the moving ones
     std::vector<Counts> panelCounts_;  // per tile
     std::vector<int> constantInputs_;  // numInputs per tile
     std::vector<int> rampedInputs_;
-    std::vector<int> panelInputs_;  // those of any panel
+    std::vector<int> panelInputs_;  // the inputs that any panel reads
     int numPanelInputs_ = 0;
 
     // Scratch
@@ -137,7 +140,7 @@ private:
     std::vector<Mask> rowMoving_;
     AlignedVector<float> strip_;
     std::array<float, kMostFrames + kStripFrames> weights_{};
-    std::array<float, kStripFrames> unheard_{};  // for unconnected outputs among others
+    std::array<float, kStripFrames> unheard_{};  // takes what a panel adds to unconnected outputs
 };
 
 }  // namespace tav

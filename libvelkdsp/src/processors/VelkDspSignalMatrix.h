@@ -69,9 +69,9 @@ private:
     std::optional<std::uint32_t> seenActivity_;
 };
 
-/// Glides. A segment lasts the interpolation time; segments run back to back, and a row that is set
-/// during one is headed for from the next boundary on: a change starts within one segment and is
-/// complete within two.
+/// Gains glide to their targets in straight segments. A segment lasts the interpolation time, and
+/// segments follow each other without a gap. A row that is set during a segment becomes the target
+/// of the next one, so a change begins within one interpolation time and is complete within two.
 class SignalMatrix final : public GainMatrixProcessor {
 public:
     /// No interpolation.
@@ -96,8 +96,9 @@ public:
     void SetRow(unsigned row, std::span<const float> gains, bool immediate) noexcept;
 
 private:
-    /// Gains of an input at both ends of the segment; the third row is for the next target, so that
-    /// a boundary turns the three round and copies nothing. Where a row rests, only `to` counts.
+    /// Gains of an input at both ends of the segment, and a third row that receives the next
+    /// target: at a boundary the three pointers change places and nothing is copied. Where a row
+    /// rests, only `to` is read.
     struct Row {
         float* from;
         float* to;
