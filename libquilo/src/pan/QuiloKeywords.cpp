@@ -59,6 +59,42 @@ const tav::KeywordTable<Pan::SpreadingMode>& PanSpreadingModeKeywords() {
     return table;
 }
 
+const tav::KeywordTable<InterauralTimeDifference::Type>& ItdTypeKeywords() {
+    using Type = InterauralTimeDifference::Type;
+    static const tav::KeywordTable<Type> table{
+        // code               printed        accepted
+        {Type::Basic,         "basic",       {"basic", "BasicModel", "SphericalHeadBasicModel"}},
+        {Type::Woodworth,     "woodworth",   {"woodworth", "WoodworthModel", "SphericalHeadWoodworthModel"}},
+        {Type::Measurement,   "measurement", {"measurement", "ITDFromMeasurement"}},
+        // Deliberate: printed and accepted differ in two rows.   (ItdKeywords, PrintAndParseApart)
+        {Type::LarcherJot,    "larchetjot",  {"larcherjot", "LarcherJotModel", "Woodworth3d", "woodworth3d", "woodworth3D"}},
+        {Type::Savioja,       "savioja",     {"savioja", "SaviojaModel"}},
+        {Type::Miller,        "miller",      {"miller", "MillerModel"}},
+        {Type::None,          "none",        {"NoITD"}},
+    };
+    return table;
+}
+
+const tav::KeywordTable<InterauralTimeDifference::LatencyMode>& ItdLatencyKeywords() {
+    using Mode = InterauralTimeDifference::LatencyMode;
+    static const tav::KeywordTable<Mode> table{
+        // code               printed         accepted
+        {Mode::FixedLatency,  "fixedlatency", {"fixedlatency"}},
+        {Mode::NoLatency,     "nolatency",    {"nolatency"}},
+    };
+    return table;
+}
+
+const tav::KeywordTable<tav::FadeShape>& FadeShapeKeywords() {
+    static const tav::KeywordTable<tav::FadeShape> table{
+        // code                          printed         accepted
+        {tav::FadeShape::Linear,         "linear",       {"linear"}},
+        {tav::FadeShape::Cosine,         "cosine",       {"cosine"}},
+        {tav::FadeShape::SquareCosine,   "squareCosine", {"squareCosine"}},
+    };
+    return table;
+}
+
 // clang-format on
 
 }  // namespace Quilo

@@ -4,7 +4,9 @@
 // Matching is exact and case-sensitive. What an unknown word means is said by the caller.
 #pragma once
 
+#include "laws/QuiloInterauralTimeDifference.h"
 #include "pan/QuiloPan.h"
+#include "processors/VelkDspCrossfade.h"
 #include "text/VelkDspKeywordTable.h"
 
 namespace Quilo {
@@ -13,5 +15,8 @@ namespace Quilo {
 const tav::KeywordTable<Pan::Type>& PanTypeKeywords();
 const tav::KeywordTable<Pan::SubType>& PanSubTypeKeywords();
 const tav::KeywordTable<Pan::SpreadingMode>& PanSpreadingModeKeywords();
+const tav::KeywordTable<InterauralTimeDifference::Type>& ItdTypeKeywords();
+const tav::KeywordTable<InterauralTimeDifference::LatencyMode>& ItdLatencyKeywords();
+const tav::KeywordTable<tav::FadeShape>& FadeShapeKeywords();
 
 }  // namespace Quilo
