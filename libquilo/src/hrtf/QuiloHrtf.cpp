@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -45,6 +46,16 @@ Hrtf::Hrtf(HrtfData data) : data_(std::move(data)), positions_(data_.points.size
 }
 
 void Hrtf::Load(const std::string& path) { *this = Hrtf(ReadSet(path)); }
+
+std::shared_ptr<const Hrtf> Hrtf::LoadShared(const std::string& path) {
+    if (!FileExtension(path).empty()) return std::make_shared<const Hrtf>(path);
+    static std::mutex mutex;
+    static std::weak_ptr<const Hrtf> builtIn;
+    const std::lock_guard lock(mutex);
+    auto set = builtIn.lock();
+    if (set == nullptr) builtIn = set = std::make_shared<const Hrtf>(path);
+    return set;
+}
 
 const HrtfPoint* Hrtf::NearestPoint(const tav::CartesianVector& position) const noexcept {
     if (data_.points.empty()) return nullptr;

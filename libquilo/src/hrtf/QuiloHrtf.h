@@ -5,6 +5,7 @@
 #include "hrtf/QuiloHrtfData.h"
 #include "math/VelkDspKdTreeHelper.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ public:
     /// @param path  UTF-8
     /// Thread: control; files are read.  Throws: tav::Exception.
     void Load(const std::string& path);
+
+    /// A set that nobody changes. All who have the built-in one have the same.
+    /// Thread: control; files are read.  Throws: as Load.
+    static std::shared_ptr<const Hrtf> LoadShared(const std::string& path);
 
     const HrtfData& Data() const noexcept { return data_; }
     const tav::CartesianArray& Positions() const noexcept { return positions_; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloPan.h"
 
+#include "hrtf/QuiloHrtf.h"
 #include "math/VelkDspKeywords.h"
 #include "pan/QuiloKeywords.h"
 
@@ -44,6 +45,7 @@ void Pan::SetSampleRate(float hz) {
 void Pan::SetBufferSize(unsigned frames) {
     const ControlGuard guard(controlLock_);
     AudioProcessorWithAutoMute::SetBufferSize(frames);
+    ApplyBufferSize();
 }
 
 void Pan::Reset() {
@@ -116,6 +118,15 @@ bool Pan::SourceMute(unsigned index) const {
 }
 
 void Pan::ApplySourceMute(unsigned index) { RecomputeSource(index); }
+
+// ---- HRTF sets
+
+bool Pan::LoadHrtf(const std::string&) { return false; }
+
+std::shared_ptr<const Hrtf> Pan::GetHrtf() const {
+    static const auto empty = std::make_shared<const Hrtf>();
+    return empty;
+}
 
 // ---- Loudspeakers
 

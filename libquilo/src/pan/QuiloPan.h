@@ -28,6 +28,8 @@
 
 namespace Quilo {
 
+class Hrtf;
+
 /// A source that moves glides to its new gains over this time unless somebody sets another one.
 inline constexpr float kDefaultInterpolationTimeMs = 30.f;
 inline constexpr float kMaxInterpolationTimeMs = 200.f;
@@ -151,6 +153,12 @@ public:
     /// @param count  clamped to 1 .. outputs; ignored by panners that have no neighbours
     void SetNumNeighbors(unsigned index, unsigned count);
 
+    /// Panners with an HRTF set.  @return false: there is no place for that set
+    /// Thread: control; reads files.  Throws: tav::Exception.
+    virtual bool LoadHrtf(const std::string& path);
+    /// The empty set where there is no other.
+    virtual std::shared_ptr<const Hrtf> GetHrtf() const;
+
     /// Whether the rendering is two-dimensional.
     virtual bool IsPlanar() const = 0;
 
@@ -213,6 +221,7 @@ private:
     /// @param layout  from MakeLayout; to be freed by the caller, so old memory may go into it
     virtual void ApplySpeakersPositions(SpeakersLayout& layout) TAV_REQUIRES(controlLock_) = 0;
     virtual void ApplySampleRate() TAV_REQUIRES(controlLock_) {}
+    virtual void ApplyBufferSize() TAV_REQUIRES(controlLock_) {}
     virtual void ApplyReset() TAV_REQUIRES(controlLock_) {}
     virtual void ApplyOutletConnections(std::span<const short>) TAV_REQUIRES(controlLock_) {}
     virtual void ApplyInterpolationTime(float) TAV_REQUIRES(controlLock_) {}

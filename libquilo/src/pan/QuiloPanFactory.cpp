@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
@@ -28,7 +29,6 @@ namespace {
 
 // The panners that later versions bring. Until then each of them is the silent one; its row in the
 // tables below is already the final one.
-using BinauralPanningDirect = NullPanning;
 using BinauralPanningITD = NullPanning;
 using BinauralPanningIACC = NullPanning;
 using BinauralPanningNearfield = NullPanning;

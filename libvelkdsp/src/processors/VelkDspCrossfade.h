@@ -75,6 +75,29 @@ public:
         fading_ = length_ > 0;
         return fading_;
     }
+    /// From nothing: the response sounds at once, what waited is dropped.
+    void Reset(const Response* response) noexcept TAV_NONBLOCKING {
+        current_ = response;
+        fading_ = false;
+        waits_ = false;
+    }
+
+    /// The fade under way, for who mixes by itself: frame k of what follows is its sample
+    /// `position` + k, and the part that the incoming one has reached is (position + k + 1) /
+    /// length.
+    struct Progress {
+        FadeShape shape;
+        std::uint32_t position;
+        std::uint32_t length;
+    };
+    /// @pre  Fading()
+    Progress Under() const noexcept TAV_NONBLOCKING { return {fadeShape_, position_, length_}; }
+    /// As Mix, for frames mixed elsewhere; may go beyond the end of the fade.  @pre  Fading()
+    bool Advance(std::uint32_t frames) noexcept TAV_NONBLOCKING {
+        position_ += frames;
+        return EndWhenOver();
+    }
+
     /// Of so many frames those up to the end of the fade, all of them where there is none.
     std::size_t FramesWithin(std::size_t frames) const noexcept TAV_NONBLOCKING {
         return fading_ ? std::min<std::size_t>(frames, length_ - position_) : frames;
@@ -97,13 +120,17 @@ public:
             const FadeWeights w = Weights(++position_, c, s);
             sounding[k] = w.out * sounding[k] + w.in * incoming[k];
         }
+        return EndWhenOver();
+    }
+
+private:
+    bool EndWhenOver() noexcept TAV_NONBLOCKING {
         if (position_ < length_) return false;
         current_ = incoming_;
         fading_ = false;
         return true;
     }
 
-private:
     static bool Same(const Response* a, const Response* b) noexcept TAV_NONBLOCKING {
         return a == b || (a != nullptr && b != nullptr && *a == *b);
     }

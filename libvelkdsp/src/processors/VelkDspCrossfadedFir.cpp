@@ -19,6 +19,11 @@ void CrossfadedFir::Clear() noexcept TAV_NONBLOCKING {
     incomingTail_.fill(0.f);
 }
 
+void CrossfadedFir::Reset(const FirResponse* response) noexcept TAV_NONBLOCKING {
+    Clear();
+    fade_.Reset(response);
+}
+
 void CrossfadedFir::Perform(float* output,
                             const float* input,
                             unsigned frames) noexcept TAV_NONBLOCKING {

@@ -23,6 +23,8 @@ public:
     void Load(const FirResponse* response) noexcept TAV_NONBLOCKING;
     /// The input so far is forgotten; fades go on.
     void Clear() noexcept TAV_NONBLOCKING;
+    /// The input so far is forgotten and the response sounds at once.
+    void Reset(const FirResponse* response) noexcept TAV_NONBLOCKING;
 
     /// @param output, input  `frames` samples each, may be the same buffer
     void Perform(float* output, const float* input, unsigned frames) noexcept TAV_NONBLOCKING;

@@ -111,4 +111,55 @@ private:
     Object* live_ = nullptr;                 // audio only
 };
 
+/// As HandOver, for objects that take over slowly: for a while the audio thread uses both, the
+/// live one and the one that comes in. The replaced object is freed by the control thread.
+/// Pattern: Publish (Publish | (TakeNext Finish)*)*; control threads serialise among themselves.
+template <class Object>
+class SlowHandOver {
+public:
+    SlowHandOver() = default;
+    ~SlowHandOver() {
+        delete live_;
+        delete incoming_;
+        delete next_.load(std::memory_order_acquire);
+        delete retired_.load(std::memory_order_acquire);
+    }
+    SlowHandOver(const SlowHandOver&) = delete;
+    SlowHandOver& operator=(const SlowHandOver&) = delete;
+
+    /// The newest object wins; one that audio has not taken yet is freed here.
+    /// Thread: control.
+    void Publish(std::unique_ptr<Object> object) noexcept {
+        delete next_.exchange(object.release(), std::memory_order_acq_rel);
+        FreeRetired();
+    }
+    /// What audio has given back.  Thread: control, now and then.
+    void FreeRetired() noexcept { delete retired_.exchange(nullptr, std::memory_order_acq_rel); }
+
+    /// A published object becomes the incoming one, unless another one still does.
+    /// @return true: it has just become that.  Thread: audio, once per block.
+    bool TakeNext() noexcept TAV_NONBLOCKING {
+        if (incoming_ != nullptr || next_.load(std::memory_order_relaxed) == nullptr) return false;
+        if (retired_.load(std::memory_order_acquire) != nullptr) return false;
+        incoming_ = next_.exchange(nullptr, std::memory_order_acq_rel);
+        return incoming_ != nullptr;
+    }
+    /// The incoming object is the live one from now on.  @pre  Incoming() is not null
+    /// Thread: audio.
+    void Finish() noexcept TAV_NONBLOCKING {
+        Object* const replaced = std::exchange(live_, std::exchange(incoming_, nullptr));
+        retired_.store(replaced, std::memory_order_release);
+    }
+
+    /// Null before the first Finish; null outside of a change.  Thread: audio.
+    Object* Live() const noexcept TAV_NONBLOCKING { return live_; }
+    Object* Incoming() const noexcept TAV_NONBLOCKING { return incoming_; }
+
+private:
+    std::atomic<Object*> next_{nullptr};     // published, not taken
+    std::atomic<Object*> retired_{nullptr};  // given back by audio
+    Object* live_ = nullptr;                 // audio only
+    Object* incoming_ = nullptr;             // audio only
+};
+
 }  // namespace tav

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "libquilo/pan/PanPlayer.h"
 
+#include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloPanDefaults.h"
 #include "text/VelkDspException.h"
 
@@ -67,6 +68,9 @@ std::unique_ptr<Quilo::Pan> OnDefaultSpeakers(unsigned numInputs,
     try {
         pan->SetSpeakersPositions(Quilo::DefaultSpeakersFor(pan->GetType(), numOutputs));
     } catch (const tav::Exception&) {  // in force all the same
+    }
+    if (auto* binaural = dynamic_cast<Quilo::BinauralPanningDirect*>(pan.get())) {
+        binaural->LoadHrtf("kemar");
     }
     return pan;
 }

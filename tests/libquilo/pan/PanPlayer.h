@@ -43,7 +43,7 @@ PanPlayer::Signal Cosine(double hz, double rateHz = 48000.0);  // begins at its 
 /// The largest difference of neighbouring samples.
 double LargestStep(const std::vector<double>& signal);
 
-/// A panner on the default loudspeakers, which it may report and uses.
+/// A panner on the default loudspeakers, which it may report and uses, with the built-in HRTF set.
 std::unique_ptr<Quilo::Pan> OnDefaultSpeakers(unsigned numInputs,
                                               unsigned numOutputs,
                                               const char* type,
@@ -90,6 +90,7 @@ inline constexpr PanCase kAllPanners[] = {
     {"hoa3d", 9, "diffuse"},
     {"nfchoa2d", 7, "direct", 11.0},
     {"nfchoa3d", 16, "direct", 11.0},
+    {"binaural", 2, "direct", 8.0},
 };
 
 inline std::string NameOf(const PanCase& c) {

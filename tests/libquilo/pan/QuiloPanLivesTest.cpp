@@ -321,7 +321,10 @@ TEST_P(PannerFromTheStart, GlidesForTheTimeItWasTold) {
             early += std::fabs(glide[o][time - time / 8] - end[o][0]);
             late += std::fabs(glide[o][2 * time + (isDiffuse ? kSettled : 400) - 1] - end[o][0]);
         }
-        EXPECT_EQ(early > 1e-3, pan->GetType() != Pan::Type::Null) << ms;
+        // Ears hear a source that is muted fade in 5 ms, whatever time delays take.
+        const bool glides =
+            pan->GetType() != Pan::Type::Null && pan->GetType() != Pan::Type::Binaural;
+        EXPECT_EQ(early > 1e-3, glides) << ms;
         EXPECT_LT(late, 1e-4) << ms;
     }
 }

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloBinauralPanning.h"
+
+#include "math/VelkDspSpherical.h"
+#include "pan/QuiloKeywords.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Quilo {
+
+using tav::ControlGuard;
+
+using Itd = InterauralTimeDifference;
+
+BinauralPanning::BinauralPanning(unsigned numInputs, unsigned numOutputs)
+    : Pan(numInputs, numOutputs) {}
+
+std::string BinauralPanning::OutputLabel(unsigned output) const {
+    constexpr const char* kEars[] = {"left", "right"};
+    return output < std::size(kEars) ? kEars[output] : Pan::OutputLabel(NumOutputs());
+}
+
+void BinauralPanning::SetListenerPosition(const tav::CartesianVector& position) {
+    const ControlGuard guard(controlLock_);
+    if (!tav::IsFinite(position) || position == listener_) return;
+    listener_ = position;
+    RecomputeSources();
+}
+
+tav::CartesianVector BinauralPanning::ListenerPosition() const {
+    const ControlGuard guard(controlLock_);
+    return listener_;
+}
+
+void BinauralPanning::SetListenerAngle(float deg) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(deg)) return;
+    listenerAngle_ = deg * tav::kRadiansPerDegree;
+    RecomputeSources();
+}
+
+float BinauralPanning::ListenerAngle() const {
+    const ControlGuard guard(controlLock_);
+    return listenerAngle_ * tav::kDegreesPerRadian;
+}
+
+void BinauralPanning::SetHeadRadius(float metres) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(metres)) return;
+    const float clamped = std::clamp(metres, 0.f, kLargestHeadRadius);
+    if (clamped == itd_.headRadius) return;
+    itd_.headRadius = clamped;
+    RecomputeSources();
+}
+
+float BinauralPanning::HeadRadius() const {
+    const ControlGuard guard(controlLock_);
+    return itd_.headRadius;
+}
+
+void BinauralPanning::SetItdModel(Itd::Type model) {
+    const ControlGuard guard(controlLock_);
+    if (model == itd_.type) return;
+    itd_.type = model;
+    RecomputeSources();
+}
+
+void BinauralPanning::SetItdModel(std::string_view keyword) {
+    SetItdModel(ItdTypeKeywords().Parse(keyword).value_or(Itd::Type::Measurement));
+}
+
+Itd::Type BinauralPanning::ItdModel() const {
+    const ControlGuard guard(controlLock_);
+    return itd_.type;
+}
+
+void BinauralPanning::SetItdLatencyMode(Itd::LatencyMode mode) {
+    const ControlGuard guard(controlLock_);
+    if (mode == itd_.latencyMode) return;
+    itd_.latencyMode = mode;
+    RecomputeSources();
+}
+
+void BinauralPanning::SetItdLatencyMode(std::string_view keyword) {
+    SetItdLatencyMode(ItdLatencyKeywords().Parse(keyword).value_or(Itd::LatencyMode::FixedLatency));
+}
+
+Itd::LatencyMode BinauralPanning::ItdLatencyMode() const {
+    const ControlGuard guard(controlLock_);
+    return itd_.latencyMode;
+}
+
+tav::CartesianVector BinauralPanning::RelativePosition(unsigned index) const {
+    const tav::CartesianVector& p = StoredPosition(index);
+    double x = static_cast<double>(p.x) - static_cast<double>(listener_.x);
+    double y = static_cast<double>(p.y) - static_cast<double>(listener_.y);
+    double z = static_cast<double>(p.z) - static_cast<double>(listener_.z);
+    // What 32 bits cannot hold is taken nearer, in the same direction.
+    constexpr double kFarthest = 1e30;
+    const double largest = std::max({std::abs(x), std::abs(y), std::abs(z)});
+    if (largest > kFarthest) {
+        for (double* v : {&x, &y, &z}) *v *= kFarthest / largest;
+    }
+    const double c = std::cos(static_cast<double>(listenerAngle_));
+    const double s = std::sin(static_cast<double>(listenerAngle_));
+    return {static_cast<float>(x * c - y * s), static_cast<float>(x * s + y * c),
+            static_cast<float>(z)};
+}
+
+}  // namespace Quilo

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloBinauralPanningDirect.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+
+namespace Quilo {
+
+using tav::ControlGuard;
+
+namespace {
+
+constexpr auto kRelaxed = std::memory_order_relaxed;
+constexpr std::uint32_t kNoPoint = ~std::uint32_t{0};
+constexpr float kWarmUpMs = 10.f;  // of a new set, before it is heard
+constexpr float kShortestChangeMs = 20.f;
+constexpr float kLongestCrossfadeMs = 10000.f;
+constexpr unsigned kPiece = 512;  // for outputs that nobody hears
+
+bool IsForTwoEars(const HrtfData& set) {
+    using enum Hrtfs::FilterType;
+    return set.architecture == Hrtfs::Architecture::Binaural && set.numChannels == 2 &&
+           (set.filterType == BiquadCells || set.filterType == Fir);
+}
+
+unsigned Frames(float ms, float rateHz) noexcept TAV_NONBLOCKING {
+    return static_cast<unsigned>(std::ceil(ms * 0.001f * rateHz));
+}
+
+}  // namespace
+
+BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs, unsigned numOutputs)
+    : BinauralPanning(numInputs, numOutputs),
+      set_(Pan::GetHrtf()),
+      points_(numInputs, kNoPoint),
+      inputs_(numInputs),
+      unwanted_{std::vector<float>(kPiece), std::vector<float>(kPiece)} {}
+
+unsigned BinauralPanningDirect::Latency() const {
+    if (ItdLatencyMode() != InterauralTimeDifference::LatencyMode::FixedLatency) return 0;
+    return static_cast<unsigned>(std::lround(0.001f * SampleRate()));
+}
+
+// ---- Control
+
+bool BinauralPanningDirect::LoadHrtf(const std::string& path) {
+    const auto set = Hrtf::LoadShared(path);
+    if (!IsForTwoEars(set->Data())) return false;
+    HrtfFormat format;
+    {
+        const ControlGuard guard(controlLock_);
+        format = Format();
+    }
+    // Kept until the bundle has found it, which makes it anew where the format is another by then.
+    const auto responses = HrtfResponses::Of(set, format);
+    const ControlGuard guard(controlLock_);
+    set_ = set;
+    Rebuild(false);
+    return true;
+}
+
+std::shared_ptr<const Hrtf> BinauralPanningDirect::GetHrtf() const {
+    const ControlGuard guard(controlLock_);
+    return set_;
+}
+
+HrtfFormat BinauralPanningDirect::Format() const { return {SampleRate(), realisation_, maxTaps_}; }
+
+void BinauralPanningDirect::Rebuild(bool atOnce) {
+    if (set_->Data().points.empty()) return;
+    auto bundle = std::make_unique<Bundle>(HrtfResponses::Of(set_, Format()), NumInputs(),
+                                           BufferSize(), atOnce);
+    newest_ = bundle.get();
+    PublishSettings();
+    RecomputeAll(true);
+    bundles_.Publish(std::move(bundle));
+}
+
+void BinauralPanningDirect::PublishSettings() {
+    crossfadeMs_.store(settings_.fadeMs, kRelaxed);
+    if (newest_ != nullptr) newest_->filtering.SetSettings(settings_);
+}
+
+void BinauralPanningDirect::ApplySampleRate() {
+    if (newest_ != nullptr && newest_->filtering.Responses().Format() == Format()) return;
+    Rebuild(true);
+}
+
+void BinauralPanningDirect::ApplyBufferSize() {
+    if (newest_ != nullptr && newest_->filtering.BlockSize() == BufferSize()) return;
+    Rebuild(true);
+}
+
+void BinauralPanningDirect::ApplyReset() {
+    if (newest_ != nullptr) newest_->filtering.Reset();
+}
+
+void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool force) {
+    if (newest_ == nullptr) return;
+    bundles_.FreeRetired();
+    const tav::CartesianVector position = RelativePosition(index);
+    const HrtfPoint* const point = set_->NearestPoint(position);
+    if (point == nullptr || (point->index == points_[index] && !force)) return;
+    points_[index] = point->index;
+    const EarDelays delays = Itd().Delays(position, point->delay);
+    const float scale = (100.f - delayReduction_) * 0.01f * (delayScale_ / 100.f);
+    newest_->filtering.SetSource(
+        index,
+        {point->index, {delays.left * scale, delays.right * scale}, IsMuted(index) ? 0.f : 1.f},
+        immediate ? 0.f : glideMs_);
+}
+
+void BinauralPanningDirect::SetCrossfadeTime(float ms) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(ms)) return;
+    settings_.fadeMs = std::clamp(ms, 0.f, kLongestCrossfadeMs);
+    PublishSettings();
+}
+
+float BinauralPanningDirect::CrossfadeTime() const {
+    const ControlGuard guard(controlLock_);
+    return settings_.fadeMs;
+}
+
+void BinauralPanningDirect::SetCrossfadeShape(tav::FadeShape shape) {
+    const ControlGuard guard(controlLock_);
+    settings_.fadeShape = shape;
+    PublishSettings();
+}
+
+tav::FadeShape BinauralPanningDirect::CrossfadeShape() const {
+    const ControlGuard guard(controlLock_);
+    return settings_.fadeShape;
+}
+
+void BinauralPanningDirect::SetDelayScale(float percent) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(percent)) return;
+    delayScale_ = std::clamp(percent, 50.f, 200.f);
+    RecomputeSources();
+}
+
+float BinauralPanningDirect::DelayScale() const {
+    const ControlGuard guard(controlLock_);
+    return delayScale_;
+}
+
+void BinauralPanningDirect::SetDelayReduction(float percent) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(percent)) return;
+    delayReduction_ = std::clamp(percent, 0.f, 100.f);
+    RecomputeSources();
+}
+
+void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
+    const ControlGuard guard(controlLock_);
+    if (std::exchange(realisation_, realisation) != realisation) Rebuild(false);
+}
+
+void BinauralPanningDirect::SetResponseLength(unsigned taps) {
+    const ControlGuard guard(controlLock_);
+    const unsigned clamped = std::clamp(taps, kShortestCut, kLongestCut);
+    if (std::exchange(maxTaps_, clamped) != clamped) Rebuild(false);
+}
+
+void BinauralPanningDirect::SetDelayKind(unsigned code) {
+    const ControlGuard guard(controlLock_);
+    settings_.delayKind = static_cast<tav::DelayKind>(code);
+    PublishSettings();
+    RecomputeSources();
+}
+
+void BinauralPanningDirect::Describe(std::vector<std::string>& lines) const {
+    BinauralPanning::Describe(lines);
+    const std::vector<std::string> set = set_->InfoLines();
+    lines.insert(lines.end(), set.begin(), set.end());
+}
+
+// ---- Audio
+
+void BinauralPanningDirect::Perform(float* const* outputs,
+                                    const float* const* inputs,
+                                    unsigned frames) noexcept TAV_NONBLOCKING {
+    TakeBundle();
+    if (bundles_.Live() == nullptr && bundles_.Incoming() == nullptr) return;
+    for (unsigned i = 0; i < NumInputs(); ++i) inputs_[i] = InputActive(i) ? inputs[i] : nullptr;
+    for (unsigned done = 0; done < frames;) {
+        unsigned count = std::min(frames - done, kPiece);
+        for (const Bundle* bundle : {bundles_.Live(), bundles_.Incoming()}) {
+            if (bundle != nullptr) count = std::min(frames - done, bundle->filtering.BlockSize());
+        }
+        EarPointers ears;
+        for (unsigned e = 0; e < 2; ++e) {
+            ears[e] = OutputConnected(e) ? outputs[e] + done : nullptr;
+        }
+        PerformPiece(ears, count);
+        for (const float*& input : inputs_) input = input != nullptr ? input + count : nullptr;
+        done += count;
+    }
+}
+
+void BinauralPanningDirect::TakeBundle() noexcept TAV_NONBLOCKING {
+    const bool isFirst = !std::exchange(hasPlayed_, true);
+    if (!bundles_.TakeNext()) return;
+    const Bundle& incoming = *bundles_.Incoming();
+    if (incoming.atOnce || isFirst) return bundles_.Finish();
+    const HrtfResponses& responses = incoming.filtering.Responses();
+    const float rate = responses.Format().rateHz;
+    const auto longest = static_cast<unsigned>(responses.AreCells() ? 0 : responses.MaxTaps());
+    changeFrames_ = 0;
+    changeStart_ = std::max(Frames(kWarmUpMs, rate), longest);
+    changeLength_ = Frames(std::max(crossfadeMs_.load(kRelaxed), kShortestChangeMs), rate);
+}
+
+/// What a bundle says by itself; null: nothing at all.
+const std::vector<float>* BinauralPanningDirect::Render(Bundle* bundle,
+                                                        unsigned frames) noexcept TAV_NONBLOCKING {
+    if (bundle == nullptr) return nullptr;
+    for (auto& ear : bundle->ears) std::fill_n(ear.begin(), frames, 0.f);
+    bundle->filtering.Perform(bundle->ears[0].data(), bundle->ears[1].data(), inputs_.data(),
+                              frames);
+    return bundle->ears.data();
+}
+
+void BinauralPanningDirect::PerformPiece(const EarPointers& outputs,
+                                         unsigned frames) noexcept TAV_NONBLOCKING {
+    const bool changing = bundles_.Incoming() != nullptr;
+    const std::vector<float>* const going = Render(bundles_.Live(), frames);
+    const std::vector<float>* const coming = Render(bundles_.Incoming(), frames);
+    for (unsigned k = 0; k < frames; ++k) {
+        float in = 0.f;
+        if (changing && changeFrames_ + k >= changeStart_) {
+            const unsigned heard = changeFrames_ + k - changeStart_ + 1;
+            const double part = std::min(static_cast<double>(heard) / changeLength_, 1.0);
+            in = static_cast<float>(0.5 - 0.5 * std::cos(std::numbers::pi * part));
+        }
+        for (std::size_t e = 0; e < 2; ++e) {
+            if (outputs[e] == nullptr) continue;
+            if (going != nullptr) outputs[e][k] += (1.f - in) * going[e][k];
+            if (coming != nullptr) outputs[e][k] += in * coming[e][k];
+        }
+    }
+    changeFrames_ += frames;
+    if (changing && changeFrames_ >= changeStart_ + changeLength_) bundles_.Finish();
+}
+
+}  // namespace Quilo

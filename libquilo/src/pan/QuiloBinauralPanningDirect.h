@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+// Every source through the nearest filters of an HRTF set.
+//
+//   what               owner              written by, when
+//   set_, settings     this panner        control, under the lock
+//   Bundle             the hand-over      control makes one per set, rate or way of running it;
+//                                         audio takes it at block start and fades over to it
+//   newest_            refers to a bundle control writes the targets of sources there; it is freed
+//                                         only after a newer one has been published
+#pragma once
+
+#include "pan/QuiloBinauralPanning.h"
+#include "pan/QuiloHrtfFiltering.h"
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Quilo {
+
+/// Silent until a set is loaded. A source takes the filters of the point that is nearest to it;
+/// while it moves within what is nearest to one point, nothing changes.
+class BinauralPanningDirect : public BinauralPanning {
+public:
+    static constexpr float kDefaultCrossfadeMs = 5.f;
+    static constexpr unsigned kShortestCut = 16;  // taps
+    static constexpr unsigned kLongestCut = 8192;
+
+    BinauralPanningDirect(unsigned numInputs, unsigned numOutputs);
+
+    /// One millisecond, or none where nearer ears are not delayed.
+    unsigned Latency() const override;
+    void Perform(float* const* outputs,
+                 const float* const* inputs,
+                 unsigned frames) noexcept TAV_NONBLOCKING override;
+
+    /// Reads a set and takes it, unless it is none for two ears with cells or finite responses.
+    /// What is heard fades from the old set to the new one.
+    /// @return false: the old set stays, as it does after an exception
+    /// Thread: control; reads files and computes filters, both without the lock.
+    /// Throws: tav::Exception as Hrtf::Load.
+    bool LoadHrtf(const std::string& path) override;
+    /// The empty set before the first load.
+    std::shared_ptr<const Hrtf> GetHrtf() const override;
+
+    /// How long filters take to change, and how.  @param ms  0 or more, clamped
+    void SetCrossfadeTime(float ms);
+    float CrossfadeTime() const;
+    void SetCrossfadeShape(tav::FadeShape shape);
+    tav::FadeShape CrossfadeShape() const;
+
+    /// Of the delays of the ears, percent.  @param percent  clamped to 50 .. 200
+    void SetDelayScale(float percent);
+    float DelayScale() const;
+    /// What is taken off them before.  @param percent  clamped to 0 .. 100
+    void SetDelayReduction(float percent);
+
+    /// How cells run.
+    void SetRealisation(HrtfRealisation realisation);
+    /// Cuts finite responses.  @param taps  clamped to kShortestCut .. kLongestCut
+    void SetResponseLength(unsigned taps);
+    /// What delays read between samples.  @param code  of tav::DelayKind
+    void SetDelayKind(unsigned code);
+
+private:
+    /// What one set needs to sound, and room for what it says while it comes or goes.
+    struct Bundle {
+        Bundle(std::shared_ptr<const HrtfResponses> responses,
+               unsigned numSources,
+               unsigned blockSize,
+               bool startsAtOnce)
+            : filtering(std::move(responses), numSources, blockSize),
+              ears{std::vector<float>(blockSize), std::vector<float>(blockSize)},
+              atOnce(startsAtOnce) {}
+
+        HrtfFiltering filtering;
+        std::array<std::vector<float>, 2> ears;
+        const bool atOnce;  // audio stands still
+    };
+    using EarPointers = std::array<float*, 2>;
+
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
+    void ApplyBufferSize() override TAV_REQUIRES(controlLock_);
+    void ApplyReset() override TAV_REQUIRES(controlLock_);
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }
+    void ComputeSource(unsigned index, bool immediate, bool force) override
+        TAV_REQUIRES(controlLock_);
+    void Describe(std::vector<std::string>& lines) const override TAV_REQUIRES(controlLock_);
+
+    HrtfFormat Format() const TAV_REQUIRES(controlLock_);
+    void Rebuild(bool atOnce) TAV_REQUIRES(controlLock_);
+    void PublishSettings() TAV_REQUIRES(controlLock_);
+
+    void TakeBundle() noexcept TAV_NONBLOCKING;
+    void PerformPiece(const EarPointers& outputs, unsigned frames) noexcept TAV_NONBLOCKING;
+    const std::vector<float>* Render(Bundle* bundle, unsigned frames) noexcept TAV_NONBLOCKING;
+
+    std::shared_ptr<const Hrtf> set_ TAV_GUARDED_BY(controlLock_);
+    HrtfFiltering::Settings settings_ TAV_GUARDED_BY(controlLock_);
+    HrtfRealisation realisation_ TAV_GUARDED_BY(controlLock_) = HrtfRealisation::Auto;
+    unsigned maxTaps_ TAV_GUARDED_BY(controlLock_) = 0;  // 0: whole responses
+    float delayScale_ TAV_GUARDED_BY(controlLock_) = 100.f;
+    float delayReduction_ TAV_GUARDED_BY(controlLock_) = 0.f;
+    float glideMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
+    std::vector<std::uint32_t> points_ TAV_GUARDED_BY(controlLock_);  // of each source
+    Bundle* newest_ TAV_GUARDED_BY(controlLock_) = nullptr;
+    // shared: control writes, audio reads
+    tav::SlowHandOver<Bundle> bundles_;
+    std::atomic<float> crossfadeMs_{kDefaultCrossfadeMs};
+    // audio only
+    bool hasPlayed_ = false;
+    unsigned changeFrames_ = 0;  // since a bundle began to come in
+    unsigned changeStart_ = 0;   // frames until it is heard
+    unsigned changeLength_ = 0;  // frames of the fade
+    std::vector<const float*> inputs_;
+    std::array<std::vector<float>, 2> unwanted_;  // what unconnected outputs would get
+};
+
+}  // namespace Quilo

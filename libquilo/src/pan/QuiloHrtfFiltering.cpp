@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHrtfFiltering.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Quilo {
+
+namespace {
+
+constexpr float kMuteMs = 5.f;
+constexpr unsigned kLongestChunk = 512;  // frames in which a share of the fades may begin
+
+/// How many of the voices may begin a fade within a chunk.
+unsigned StartsFor(unsigned numVoices) noexcept TAV_NONBLOCKING {
+    return std::max(numVoices / 8, 8u);
+}
+
+}  // namespace
+
+HrtfFiltering::HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
+                             unsigned numSources,
+                             unsigned blockSize)
+    : responses_(std::move(responses)),
+      blockSize_(blockSize),
+      sources_(numSources),
+      bank_(HrtfFilterBank::Make(*responses_, numSources, blockSize)),
+      voices_(numSources, responses_->Format().rateHz, bank_->LongestPiece(), bank_->Past()) {}
+
+void HrtfFiltering::SetSource(unsigned index, const Source& source, float glideMs) noexcept {
+    sources_[index].shared.Store(
+        {source.point, source.delays.left, source.delays.right, source.gain, glideMs});
+}
+
+void HrtfFiltering::Perform(float* left,
+                            float* right,
+                            const float* const* inputs,
+                            unsigned frames) noexcept TAV_NONBLOCKING {
+    if (Settings settings; settings_.Take(settings)) {
+        bank_->SetFade(settings.fadeMs, settings.fadeShape);
+        voices_.SetKind(settings.delayKind);
+    }
+    const std::uint32_t resets = resets_.load(std::memory_order_relaxed);
+    const bool forget = std::exchange(resetsDone_, resets) != resets;
+    for (unsigned i = 0; i < sources_.size(); ++i) {
+        if (forget && sources_[i].state == State::Awake) Sleep(i, State::Asleep);
+        TakeTarget(i, inputs[i] != nullptr);
+    }
+    const auto longest = static_cast<unsigned>(bank_->LongestPiece());
+    unsigned starts = 0;
+    for (unsigned done = 0; done < frames;) {
+        if (done % kLongestChunk == 0) starts = StartsFor(NumSources());
+        const unsigned count = std::min(frames - done, longest);
+        for (unsigned i = 0; i < sources_.size(); ++i) {
+            if (sources_[i].state == State::Awake) voices_.Take(i, {inputs[i] + done, count});
+        }
+        bank_->Perform(voices_, {left + done, count}, {right + done, count}, starts);
+        done += count;
+    }
+}
+
+void HrtfFiltering::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLOCKING {
+    SourceSlot& source = sources_[index];
+    const Target& target = source.taken;
+    const bool changed = source.shared.Take(source.taken);
+    if (source.state != State::Awake) {
+        if (present && target.gain != 0.f) Wake(index);
+        if (source.state != State::Awake) source.state = present ? State::Muted : State::Asleep;
+        return;
+    }
+    if (!present) return Sleep(index, State::Asleep);
+    if (changed) {
+        const float rate = responses_->Format().rateHz;
+        voices_.SetGain(index, target.gain, tav::Ramp::GlideLength(kMuteMs, rate));
+        SetDelays(index, tav::Ramp::GlideLength(target.glideMs, rate));
+        bank_->Load(index, target.point);
+    }
+    if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, State::Muted);
+}
+
+void HrtfFiltering::Wake(unsigned index) noexcept TAV_NONBLOCKING {
+    SourceSlot& source = sources_[index];
+    voices_.Wake(index);
+    SetDelays(index, 0);
+    if (source.state == State::Muted) {  // it may be in the middle of a sound
+        voices_.SetGain(index, 0.f, 0);
+        const float rate = responses_->Format().rateHz;
+        voices_.SetGain(index, source.taken.gain, tav::Ramp::GlideLength(kMuteMs, rate));
+    }
+    bank_->Wake(index, source.taken.point);
+    source.state = State::Awake;
+}
+
+void HrtfFiltering::Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING {
+    bank_->Sleep(index);
+    sources_[index].state = state;
+}
+
+void HrtfFiltering::SetDelays(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
+    voices_.SetDelay(index, 0, sources_[index].taken.leftMs, glideSamples);
+    voices_.SetDelay(index, 1, sources_[index].taken.rightMs, glideSamples);
+}
+
+}  // namespace Quilo

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloHrtfFirBank.h"
+
+namespace Quilo {
+
+HrtfFirBank::HrtfFirBank(const HrtfResponses& responses, unsigned numVoices)
+    : responses_(responses),
+      voices_(numVoices,
+              Voice{tav::CrossfadedFir(responses.MaxTaps(), responses.Format().rateHz),
+                    tav::CrossfadedFir(responses.MaxTaps(), responses.Format().rateHz)}) {}
+
+void HrtfFirBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKING {
+    for (Voice& voice : voices_) {
+        for (tav::CrossfadedFir& ear : voice.ears) ear.SetFade(ms, shape);
+    }
+}
+
+void HrtfFirBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
+    const HrtfResponses::Taps* const taps = responses_.TapsOf(point);
+    for (std::size_t e = 0; e < 2; ++e) {
+        voices_[index].ears[e].Reset(taps != nullptr ? &taps->ears[e] : nullptr);
+    }
+    voices_[index].awake = true;
+}
+
+void HrtfFirBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING { voices_[index].awake = false; }
+
+void HrtfFirBank::Load(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
+    const HrtfResponses::Taps* const taps = responses_.TapsOf(point);
+    for (std::size_t e = 0; e < 2; ++e) {
+        voices_[index].ears[e].Load(taps != nullptr ? &taps->ears[e] : nullptr);
+    }
+}
+
+void HrtfFirBank::Perform(HrtfVoices& voices,
+                          std::span<float> left,
+                          std::span<float> right,
+                          unsigned&) noexcept TAV_NONBLOCKING {
+    const std::span<float> outputs[] = {left, right};
+    const auto frames = static_cast<unsigned>(left.size());
+    for (unsigned index = 0; index < voices_.size(); ++index) {
+        if (!voices_[index].awake) continue;
+        for (std::size_t e = 0; e < 2; ++e) {
+            const float* signal = voices.Piece(index);
+            if (responses_.NeedDelays()) {
+                voices.Delayed(index, e, std::span(delayed_).first(frames));
+                signal = delayed_.data();
+            }
+            voices_[index].ears[e].Perform(filtered_.data(), signal, frames);
+            for (std::size_t k = 0; k < frames; ++k) outputs[e][k] += filtered_[k];
+        }
+    }
+}
+
+}  // namespace Quilo

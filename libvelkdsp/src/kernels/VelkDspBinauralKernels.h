@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// The loops of two ears: measured cells and delays of many sources side by side.
+#pragma once
+
+#include "kernels/VelkDspFilterKernels.h"
+
+namespace tav {
+
+/// Rows of the values of one cell: b0 b1 b2 a1 a2.
+inline constexpr int kCellCoefficients = 5;
+/// Rows of its states.
+inline constexpr int kCellStates = 2;
+/// Cells that are run together: two in series for each ear.
+inline constexpr int kCellsInPair = 4;
+
+/// Cells in series, for both ears of up to kSourceLanes sources; a row holds a value of each.
+struct CellLanes {
+    const float* coefficients;  // pairs x (first left, first right, second left, second right)
+                                // x kCellCoefficients rows
+    float* states;              // likewise x kCellStates rows
+    int numPairs;
+    int lanes;  // sources there are, in the first lanes; what the others do does not matter
+};
+
+/// Rows of samples, left and right.
+struct EarRows {
+    float* left;
+    float* right;
+};
+
+/// The weights of fades, source by source: with c + i s turning by `turn` from sample to sample and
+/// t growing by `step`, out = out0 + outCos c + outPart t and
+/// in = in0 + inCos c + inSin s + inPart t.
+struct FadeLanes {
+    using Row = float[kSourceLanes];
+    Row cosine, sine, turnCos, turnSin;
+    Row part, step;
+    Row out0, outCos, outPart;
+    Row in0, inCos, inSin, inPart;
+};
+
+struct BinauralKernels {
+    /// sum[k] += weights[k] * (input[k] through all cells), for k = 0 .. n - 1.
+    /// @param work  n rows an ear, overwritten; not `input`      @param sum  null pointers: nobody
+    /// listens, the states alone count      @param weights  n rows; null: 1
+    /// Transposed direct form II. A vector set may fuse multiply and add.
+    void (*cascade)(const CellLanes& cells,
+                    const EarRows& input,
+                    const EarRows& work,
+                    const EarRows& sum,
+                    const float* weights,
+                    int n) noexcept TAV_NONBLOCKING;
+    /// y[k] = x at the fraction f + k step of the way from x[k] to x[k + 1], third-order Lagrange;
+    /// a fraction just beyond 0 .. 1 is taken back to it.  @param x  also x[-1] and x[n + 1]
+    void (*glide)(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING;
+    /// n rows of weights, the first one for c, s and t as given.
+    void (*fadeWeights)(const FadeLanes& fades,
+                        float* out,
+                        float* in,
+                        int n) noexcept TAV_NONBLOCKING;
+    /// y[k] += the sum of row k
+    void (*sumLanes)(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING;
+
+    // One file each.
+    static const BinauralKernels& Scalar() noexcept;
+    static const BinauralKernels& Avx2() noexcept;
+    static const BinauralKernels& Avx512() noexcept;
+};
+
+}  // namespace tav

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspBinauralKernelsEight.h"
+#include "kernels/VelkDspBinauralKernelsVector.h"
+
+#include <immintrin.h>
+
+namespace tav {
+namespace {
+
+struct Avx512Operations {
+    using Vec = __m512;
+    static constexpr int kLanes = 16;
+
+    // The plain forms of some operations hand GCC 12 a value that it finds uninitialised.
+    static constexpr __mmask16 kAll = 0xffff;
+
+    static Vec Zero() { return _mm512_setzero_ps(); }
+    static Vec Load(const float* p) { return _mm512_loadu_ps(p); }
+    static void Store(float* p, Vec v) { _mm512_storeu_ps(p, v); }
+    static Vec Broadcast(float value) { return _mm512_set1_ps(value); }
+    static Vec Count() {
+        return _mm512_setr_ps(0.f, 1.f, 2.f, 3.f, 4.f, 5.f, 6.f, 7.f, 8.f, 9.f, 10.f, 11.f, 12.f,
+                              13.f, 14.f, 15.f);
+    }
+    static Vec Add(Vec a, Vec b) { return _mm512_add_ps(a, b); }
+    static Vec Subtract(Vec a, Vec b) { return _mm512_sub_ps(a, b); }
+    static Vec Multiply(Vec a, Vec b) { return _mm512_mul_ps(a, b); }
+    static Vec Min(Vec a, Vec b) { return _mm512_maskz_min_ps(kAll, a, b); }
+    static Vec Max(Vec a, Vec b) { return _mm512_maskz_max_ps(kAll, a, b); }
+    static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fmadd_ps(a, b, c); }
+    static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fnmadd_ps(a, b, c); }
+};
+
+using Kernels = VectorBinauralKernels<Avx512Operations>;
+
+}  // namespace
+
+const BinauralKernels& BinauralKernels::Avx512() noexcept {
+    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Glide,
+                                              Kernels::FadeWeightsOf, SumLanes};
+    return kKernels;
+}
+
+}  // namespace tav

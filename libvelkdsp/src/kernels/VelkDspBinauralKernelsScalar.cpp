@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "kernels/VelkDspBinauralKernels.h"
+
+#include <algorithm>
+
+namespace tav {
+namespace {
+
+/// One source, one ear, one cell: `coefficients` and `states` at its lane.
+void RunCell(const float* coefficients, float* states, const float* in, float* out, int n) noexcept
+    TAV_NONBLOCKING {
+    const auto row = [](auto* rows, std::ptrdiff_t i) { return rows + i * kSourceLanes; };
+    const float b0 = *row(coefficients, 0), b1 = *row(coefficients, 1), b2 = *row(coefficients, 2);
+    const float a1 = *row(coefficients, 3), a2 = *row(coefficients, 4);
+    float s1 = *row(states, 0), s2 = *row(states, 1);
+    for (int k = 0; k < n; ++k) {
+        const float x = *row(in, k);
+        const float y = b0 * x + s1;
+        s1 = b1 * x - a1 * y + s2;
+        s2 = b2 * x - a2 * y;
+        *row(out, k) = y;
+    }
+    *row(states, 0) = s1;
+    *row(states, 1) = s2;
+}
+
+void Cascade(const CellLanes& cells,
+             const EarRows& input,
+             const EarRows& work,
+             const EarRows& sum,
+             const float* weights,
+             int n) noexcept TAV_NONBLOCKING {
+    struct Ear {
+        const float* in;
+        float* work;
+        float* sum;
+    };
+    const Ear ears[] = {{input.left, work.left, sum.left}, {input.right, work.right, sum.right}};
+    for (int e = 0; e < 2; ++e) {
+        const Ear& ear = ears[e];
+        for (std::ptrdiff_t lane = 0; lane < cells.lanes; ++lane) {
+            const float* in = ear.in;
+            for (int c = 0; c < 2 * cells.numPairs; ++c) {
+                const std::ptrdiff_t cell = (2 * c + e) * kSourceLanes;
+                RunCell(cells.coefficients + cell * kCellCoefficients + lane,
+                        cells.states + cell * kCellStates + lane, in + lane, ear.work + lane, n);
+                in = ear.work;
+            }
+            if (ear.sum == nullptr) continue;
+            for (std::ptrdiff_t k = lane; k < n * kSourceLanes; k += kSourceLanes) {
+                ear.sum[k] += weights != nullptr ? weights[k] * in[k] : in[k];
+            }
+        }
+    }
+}
+
+void Glide(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        const float g = std::clamp(f + static_cast<float>(k) * step, 0.f, 1.f);
+        const float before = (g - 1.f) * (g - 2.f), after = (g + 1.f) * g;
+        y[k] = -g * before / 6.f * x[k - 1] + (g + 1.f) * before / 2.f * x[k] -
+               after * (g - 2.f) / 2.f * x[k + 1] + after * (g - 1.f) / 6.f * x[k + 2];
+    }
+}
+
+void FadeWeightsOf(const FadeLanes& f, float* out, float* in, int n) noexcept TAV_NONBLOCKING {
+    for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
+        float c = f.cosine[i], s = f.sine[i];
+        for (int k = 0; k < n; ++k) {
+            const float t = f.part[i] + static_cast<float>(k) * f.step[i];
+            out[k * kSourceLanes + i] = f.out0[i] + f.outCos[i] * c + f.outPart[i] * t;
+            in[k * kSourceLanes + i] = f.in0[i] + f.inCos[i] * c + f.inSin[i] * s + f.inPart[i] * t;
+            const float turned = c * f.turnCos[i] - s * f.turnSin[i];
+            s = s * f.turnCos[i] + c * f.turnSin[i];
+            c = turned;
+        }
+    }
+}
+
+void SumLanes(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k, rows += kSourceLanes) {
+        float sum = 0.f;
+        for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) sum += rows[i];
+        y[k] += sum;
+    }
+}
+
+}  // namespace
+
+const BinauralKernels& BinauralKernels::Scalar() noexcept {
+    static constexpr BinauralKernels kKernels{Cascade, Glide, FadeWeightsOf, SumLanes};
+    return kKernels;
+}
+
+}  // namespace tav

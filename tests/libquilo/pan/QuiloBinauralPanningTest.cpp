@@ -1,0 +1,358 @@
+// SPDX-License-Identifier: MIT
+#include "libquilo/pan/PanPlayer.h"
+#include "math/VelkDspSpherical.h"
+#include "pan/QuiloBinauralPanningDirect.h"
+#include "reference/PlainBinauralVoice.h"
+#include "text/VelkDspException.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <deque>
+#include <numbers>
+#include <random>
+
+namespace Quilo {
+namespace {
+
+using Itd = InterauralTimeDifference;
+using Tests::PanPlayer;
+
+constexpr double kPi = std::numbers::pi;
+
+/// A panner with the built-in set.
+std::unique_ptr<BinauralPanningDirect> OnKemar(unsigned numInputs) {
+    auto pan = std::make_unique<BinauralPanningDirect>(numInputs, 2);
+    EXPECT_TRUE(pan->LoadHrtf("kemar"));
+    return pan;
+}
+
+tav::CartesianVector At(double azimuthDeg, double elevationDeg = 0.0) {
+    return tav::FromNavigational(static_cast<float>(azimuthDeg), static_cast<float>(elevationDeg),
+                                 1.5f);
+}
+
+double Noise(unsigned input, std::size_t frame) {
+    std::minstd_rand random(static_cast<unsigned>(frame * 31 + input * 7919 + 1));
+    random.discard(3);
+    return static_cast<double>(random()) / 1073741824.0 - 1.0;
+}
+
+double LargestBend(const std::vector<double>& signal) {
+    double largest = 0.0;
+    for (std::size_t k = 2; k < signal.size(); ++k) {
+        largest = std::max(largest, std::fabs(signal[k] - 2.0 * signal[k - 1] + signal[k - 2]));
+    }
+    return largest;
+}
+
+double Energy(const std::vector<double>& signal) {
+    double sum = 0.0;
+    for (const double x : signal) sum += x * x;
+    return sum;
+}
+
+/// The first sample above a tenth of the peak.
+std::ptrdiff_t Onset(const std::vector<double>& signal) {
+    double peak = 0.0;
+    for (const double x : signal) peak = std::max(peak, std::fabs(x));
+    const auto loud = [peak](double x) { return std::fabs(x) > 0.1 * peak; };
+    return std::ranges::find_if(signal, loud) - signal.begin();
+}
+
+// Groups, seats and pieces make no difference: every source is the one voice that it would be
+// alone, at rest and in motion.
+TEST(BinauralPanningDirect, SoundsLikeOneVoiceAfterTheOther) {
+    constexpr unsigned kSources = 19, kFrames = 64;
+    const auto pan = OnKemar(kSources);
+    PanPlayer player(*pan, 44100.f, kFrames);
+    const auto responses = HrtfResponses::Of(pan->GetHrtf(), {44100.f, HrtfRealisation::Auto, 0});
+    ASSERT_TRUE(responses->AreCells());
+    std::deque<Tests::PlainBinauralVoice> voices;
+    const auto move = [&](unsigned i, const tav::CartesianVector& position, bool immediate) {
+        pan->SetSourcePosition(i, position, immediate, immediate);
+        const HrtfPoint& point = *pan->GetHrtf()->NearestPoint(position);
+        const EarDelays delays = Itd().Delays(position, point.delay);
+        const auto& cells = *responses->CellsOf(point.index);
+        voices[i].Set(0, cells.ears[0], delays.left, immediate);
+        voices[i].Set(1, cells.ears[1], delays.right, immediate);
+    };
+    for (unsigned i = 0; i < kSources; ++i) {
+        voices.emplace_back(responses->MaxCells(), 44100.f, 30.f);
+        move(i, At(i * 19.0, i * 4.0 - 36.0), true);
+    }
+    double worst = 0.0, loudest = 0.0;
+    for (unsigned block = 0; block < 200; ++block) {
+        // At most as many at a time as may begin a fade in one block.
+        if (block >= 20 && block % 12 == 0) {
+            for (unsigned i = block % 3; i < kSources; i += 3)
+                move(i, At(i * 19.0 + block, 10.0), false);
+        }
+        const auto signal = [&](unsigned input, std::size_t k) {
+            return 0.1 * Noise(input, block * kFrames + k);
+        };
+        const auto audio = player.Play(kFrames, signal);
+        float expected[2][kFrames] = {};
+        float* const outputs[] = {expected[0], expected[1]};
+        for (unsigned i = 0; i < kSources; ++i) {
+            float input[kFrames];
+            for (unsigned k = 0; k < kFrames; ++k) input[k] = static_cast<float>(signal(i, k));
+            voices[i].Perform(outputs, input, kFrames);
+        }
+        for (unsigned e = 0; e < 2; ++e) {
+            for (unsigned k = 0; k < kFrames; ++k) {
+                const double sample = static_cast<double>(expected[e][k]);
+                loudest = std::max(loudest, std::fabs(sample));
+                worst = std::max(worst, std::fabs(sample - audio[e][k]));
+            }
+        }
+        ASSERT_LE(worst, block < 20 ? 1e-5 : 2e-3) << block;
+    }
+    EXPECT_GT(loudest, 0.3);
+    EXPECT_EQ(player.Violations(), 0u);
+}
+
+struct Model {
+    const char* word;
+    bool delays;
+};
+constexpr Model kModels[] = {{"basic", true},      {"woodworth", true}, {"measurement", true},
+                             {"larcherjot", true}, {"savioja", true},   {"miller", true},
+                             {"NoITD", false}};
+
+TEST(BinauralPanningDirect, LeftIsLeftForAllAzimuthsAndModels) {
+    for (const float rate : {44100.f, 48000.f}) {
+        const auto pan = OnKemar(1);
+        PanPlayer player(*pan, rate);
+        for (const Model& model : kModels) {
+            for (const char* latency : {"fixedlatency", "nolatency"}) {
+                pan->SetItdModel(model.word);
+                pan->SetItdLatencyMode(latency);
+                for (double azimuth = -170.0; azimuth < 180.0; azimuth += 10.0) {
+                    if (std::fabs(std::sin(azimuth * kPi / 180.0)) < 0.3) continue;
+                    pan->SetSourcePosition(0, At(azimuth), true, true);
+                    pan->Reset();
+                    const auto audio = player.Play(512, Tests::Impulse);
+                    const std::size_t near = azimuth > 0.0 ? 1 : 0;
+                    EXPECT_GT(Energy(audio[near]), 1.5 * Energy(audio[1 - near])) << azimuth;
+                    if (!model.delays) continue;
+                    EXPECT_GT(Onset(audio[1 - near]), Onset(audio[near]) + 4)
+                        << model.word << latency << azimuth;
+                }
+            }
+        }
+        EXPECT_EQ(player.Violations(), 0u);
+    }
+}
+
+TEST(BinauralPanningDirect, CirclesWithoutClicks) {
+    for (const float rate : {44100.f, 48000.f}) {
+        const PanPlayer::Signal signals[] = {Tests::Sine(500.0, static_cast<double>(rate)), Noise};
+        for (const PanPlayer::Signal& signal : signals) {
+            const auto pan = OnKemar(1);
+            PanPlayer player(*pan, rate);
+            double still = 0.0, moving = 0.0;
+            for (double azimuth = 0.0; azimuth < 360.0; azimuth += 10.0) {
+                pan->SetSourcePosition(0, At(azimuth), true, true);
+                pan->Reset();
+                player.Play(2048, signal);
+                for (const auto& ear : player.Play(1024, signal)) {
+                    still = std::max(still, LargestBend(ear));
+                }
+            }
+            std::vector<double> ears[2];
+            const unsigned blocks = static_cast<unsigned>(rate) / 64;
+            for (unsigned block = 0; block < blocks; ++block) {
+                pan->SetSourcePosition(0, At(360.0 * block / blocks), false, false);
+                const auto audio = player.Play(64, [&](unsigned input, std::size_t k) {
+                    return signal(input, block * 64 + k);
+                });
+                for (std::size_t e = 0; e < 2; ++e) {
+                    ears[e].insert(ears[e].end(), audio[e].begin(), audio[e].end());
+                }
+            }
+            for (auto& ear : ears) {
+                moving = std::max(moving, LargestBend({ear.begin() + 4096, ear.end()}));
+            }
+            EXPECT_LE(moving, 2.0 * still) << rate;
+            EXPECT_EQ(player.Violations(), 0u);
+        }
+    }
+}
+
+/// Two points, ahead and behind, each a gain.
+std::shared_ptr<const HrtfResponses> Gains(float ahead, float behind) {
+    HrtfData data;
+    data.filtersLength = 6;
+    data.numChannels = 2;
+    data.samplingRate = 48000.f;
+    for (const float gain : {ahead, behind}) {
+        HrtfPoint point;
+        point.position = {0.f, data.points.empty() ? 1.f : -1.f, 0.f};
+        point.filters = tav::Matrix<float>(2, 6);
+        for (std::size_t e = 0; e < 2; ++e) {
+            point.filters(e, 0) = gain;
+            point.filters(e, 3) = 1.f;
+        }
+        data.points.push_back(std::move(point));
+    }
+    data.numPoints = 2;
+    const auto set = std::make_shared<const Hrtf>(std::move(data));
+    return std::make_shared<const HrtfResponses>(set,
+                                                 HrtfFormat{48000.f, HrtfRealisation::Auto, 0});
+}
+
+struct Fade {
+    tav::FadeShape shape;
+    float ms;
+    double (*gainAt)(double part);  // from 1 to -1
+};
+
+TEST(HrtfFiltering, FadesByShapeAndTime) {
+    using enum tav::FadeShape;
+    const Fade fades[] = {
+        {Linear, 5.f, [](double t) { return 1.0 - 2.0 * t; }},
+        {Cosine, 7.3f, [](double t) { return std::cos(kPi / 2 * t) - std::sin(kPi / 2 * t); }},
+        {SquareCosine, 20.f, [](double t) { return std::cos(kPi * t); }},
+        {SquareCosine, 0.f, nullptr},
+    };
+    const auto responses = Gains(1.f, -1.f);
+    for (const Fade& fade : fades) {
+        HrtfFiltering filtering(responses, 1, 100);
+        filtering.SetSettings({fade.ms, fade.shape, tav::DelayKind::Lagrange});
+        std::vector<float> ones(3000, 1.f), left(3000), right(3000);
+        const auto play = [&](unsigned from, unsigned to) {
+            for (; from < to; from += 100) {
+                const float* const input = ones.data();
+                filtering.Perform(left.data() + from, right.data() + from, &input, 100);
+            }
+        };
+        filtering.SetSource(0, {0, {}, 1.f}, 0.f);
+        play(0, 1000);
+        filtering.SetSource(0, {1, {}, 1.f}, 0.f);
+        play(1000, 3000);
+        const double length = std::round(static_cast<double>(fade.ms) * 48.0);
+        for (std::size_t k = 1000; k < 3000; ++k) {
+            const double done = static_cast<double>(k) - 999.0;
+            const double gain = done >= length ? -1.0 : fade.gainAt(done / length);
+            ASSERT_NEAR(static_cast<double>(left[k]), gain, 2e-5) << k;
+            ASSERT_EQ(left[k], right[k]);
+        }
+    }
+}
+
+// What is asked for in the middle of a fade waits for its end; at no time does the signal jump.
+TEST(HrtfFiltering, TakesAnotherTargetInTheMiddleOfAFade) {
+    HrtfFiltering filtering(Gains(1.f, -1.f), 1, 48);
+    std::vector<float> ones(48, 1.f), left(48 * 100), right(48 * 100);
+    for (unsigned block = 0; block < 100; ++block) {
+        if (block < 40) filtering.SetSource(0, {block / 2 % 2, {}, 1.f}, 0.f);
+        const float* const input = ones.data();
+        filtering.Perform(left.data() + block * 48, right.data() + block * 48, &input, 48);
+    }
+    const std::vector<double> heard(left.begin() + 96, left.end());
+    EXPECT_LE(Tests::LargestStep(heard), 1.05 * kPi / 240.0);  // the slope of a cosine over 5 ms
+    EXPECT_NEAR(heard.back(), -1.0, 1e-5);
+}
+
+TEST(BinauralPanningDirect, ChangesSetsWithoutAClickAndKeepsTheOldOneOnFailure) {
+    const auto pan = OnKemar(2);
+    PanPlayer player(*pan, 48000.f);
+    pan->SetSourcePosition(0, At(40.0), true, true);
+    pan->SetSourcePosition(1, At(-60.0), true, true);
+    const auto set = pan->GetHrtf();
+    EXPECT_THROW(pan->LoadHrtf("gone.sofa"), tav::Exception);
+    EXPECT_EQ(pan->GetHrtf(), set);
+    double steady = 0.0, changing = 0.0;
+    std::size_t frame = 0;
+    const auto play = [&](std::size_t frames, double& largest) {
+        const auto sine = Tests::Sine(300.0);
+        const auto audio = player.Play(
+            frames, [&](unsigned input, std::size_t k) { return sine(input, frame + k); });
+        frame += audio[0].size();
+        for (const auto& ear : audio) largest = std::max(largest, Tests::LargestStep(ear));
+    };
+    play(4800, changing);  // its onset
+    play(4800, steady);
+    pan->SetRealisation(HrtfRealisation::Fir);
+    pan->SetResponseLength(64);
+    changing = 0.0;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(pan->LoadHrtf("kemar"));
+        pan->SetResponseLength(i % 2 == 0 ? 48 : 96);
+        play(640 + 64 * static_cast<std::size_t>(i * i), changing);
+    }
+    play(9600, changing);
+    EXPECT_LE(changing, 1.2 * steady);
+    EXPECT_EQ(player.Violations(), 0u);
+}
+
+TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {
+    const auto pan = OnKemar(1);
+    PanPlayer player(*pan, 48000.f);
+    EXPECT_EQ(pan->Latency(), 48u);
+    EXPECT_EQ(pan->OutputLabel(0) + pan->OutputLabel(1) + pan->OutputLabel(2), "leftrightdumpout");
+    const auto louderEar = [&] {
+        const auto audio = player.Play(4800, Noise);
+        return Energy(audio[0]) > Energy(audio[1]) ? 0 : 1;
+    };
+    pan->SetSourcePosition(0, {0, 1, 0}, true, true);
+    pan->SetListenerAngle(90.f);
+    louderEar();
+    EXPECT_EQ(louderEar(), 0);
+    pan->SetListenerPosition({0, 2, 0});  // now the source is at its right
+    louderEar();
+    EXPECT_EQ(louderEar(), 1);
+    pan->SetListenerAngle(0.f);
+    pan->SetListenerPosition({-1, 1, 0});
+    louderEar();
+    EXPECT_EQ(louderEar(), 1);
+    pan->SetItdLatencyMode("nolatency");
+    EXPECT_EQ(pan->Latency(), 0u);
+    pan->SetDelayScale(300.f);
+    EXPECT_EQ(pan->DelayScale(), 200.f);
+    pan->SetCrossfadeTime(-1.f);
+    EXPECT_EQ(pan->CrossfadeTime(), 0.f);
+}
+
+// Cells that run at another rate than theirs keep their magnitude.
+TEST(HrtfResponses, KeepTheMagnitudeOfCellsAtOtherRates) {
+    const auto set = Hrtf::LoadShared("kemar");
+    const auto cells = HrtfResponses::Of(set, {44100.f, HrtfRealisation::Auto, 0});
+    for (const float rate : {32000.f, 48000.f, 96000.f}) {
+        const auto taps = HrtfResponses::Of(set, {rate, HrtfRealisation::Auto, 0});
+        ASSERT_FALSE(taps->AreCells());
+        double squares = 0.0, worst = 0.0;
+        unsigned count = 0;
+        for (std::size_t point = 0; point < set->Data().points.size(); point += 37) {
+            for (double hz = 100.0; hz < 0.49 * std::min(32650.0, static_cast<double>(rate));
+                 hz *= 1.1) {
+                const std::complex<double> z = std::polar(1.0, -2.0 * kPi * hz / 44100.0);
+                std::complex<double> h = 1.0;
+                const auto d = [](float v) { return static_cast<double>(v); };
+                for (const auto& c : cells->CellsOf(point)->ears[0]) {
+                    h *= (d(c.b0) + z * (d(c.b1) + z * d(c.b2))) /
+                         (1.0 + z * (d(c.a1) + z * d(c.a2)));
+                }
+                std::complex<double> f = 0.0;
+                const auto response = taps->TapsOf(point)->ears[0].Head();
+                for (std::size_t t = 0; t < response.size(); ++t) {
+                    f += d(response[t]) * std::polar(1.0, -2.0 * kPi * hz * static_cast<double>(t) /
+                                                              static_cast<double>(rate));
+                }
+                const double error = 20.0 * std::log10(std::abs(f) / std::abs(h));
+                squares += error * error;
+                worst = std::max(worst, std::fabs(error));
+                ++count;
+            }
+        }
+        // What is cut off of the narrowest resonance, at 0.7 kHz, is 0.4 dB.
+        EXPECT_LE(std::sqrt(squares / count), 0.05) << rate;
+        EXPECT_LE(worst, 0.5) << rate;
+    }
+}
+
+}  // namespace
+}  // namespace Quilo
