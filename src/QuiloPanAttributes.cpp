@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanAttributes.h"
 
+#include "QuiloPanHeadphones.h"
 #include "QuiloPanPanners.h"
 #include "math/VelkDspKeywords.h"
 #include "max/VelkMaxMaxAttribute.h"
@@ -22,6 +23,7 @@ constexpr Range kInterpolationMs{0, 200};
 constexpr Range kSpread{0, 100};
 constexpr Range kSpeakersRadiusMetres{0.2, 20};
 constexpr Range kCutoffHz{10, 1000};
+constexpr Range kFromZero{0};
 
 std::string TypeChoices() { return PanTypeKeywords().PrintedKeywords(' '); }
 
@@ -121,6 +123,26 @@ constexpr char kSpreadHelp[] =
 constexpr char kCutoffHelp[] =
     "Frequency, in Hz from 10 to 1000, above which the sources are kept from the subwoofers.";
 
+constexpr char kListenerHelp[] =
+    "Where the listener's head is, in metres: x (right), y (front) and z (up). Sources stay where "
+    "they are. <br/> Example: <m> listenerposition 0 1 0 </m> takes the listener a metre forward.";
+constexpr char kHrtfFileHelp[] =
+    "The set of head-related filters: the name of a file in the search path, or <m> kemar </m> for "
+    "the built-in set, with which the object begins. A set that cannot be loaded changes nothing.";
+constexpr char kCrossfadeHelp[] =
+    "How long the filters of a source take to change when it moves, in milliseconds. With 0 they "
+    "are exchanged at once.";
+constexpr char kItdTypeHelp[] =
+    "How the difference between the times of arrival at both ears is computed: "
+    "<m> measurement </m> takes what was measured with the filters, <m> NoITD </m> none, the "
+    "others "
+    "models of a head.";
+constexpr char kItdLatencyHelp[] =
+    "With <m> fixedlatency </m> both ears are a millisecond late, the nearer one less and the "
+    "farther one more. With <m> nolatency </m> the farther ear alone is delayed.";
+constexpr char kHeadRadiusHelp[] =
+    "Radius of the listener's head, in metres up to 1, for the models of <m> itdtype </m>.";
+
 using P = PanObject;
 
 // clang-format off
@@ -141,6 +163,8 @@ constexpr AttributeRow kClassAttributes[] = {
 // Deliberate: "xyz" is accepted too and not offered.
 std::string SpreadModeChoices() { return "omni directional"; }
 std::string EncodingChoices() { return tav::NormalizationKeywords().AcceptedKeywords(' '); }
+std::string ItdTypeChoices() { return ItdTypeKeywords().AcceptedKeywords(' '); }
+std::string ItdLatencyChoices() { return ItdLatencyKeywords().AcceptedKeywords(' '); }
 std::string HoaModeChoices() { return tav::HoaModeKeywords().AcceptedKeywords(' '); }
 
 /// Attributes of the objects of one family.
@@ -148,6 +172,7 @@ struct AttributeGroup {
     Family family;
     const char* category;
 };
+constexpr AttributeGroup kHeadphones{Family::Binaural, "binaural"};
 constexpr AttributeGroup kHoa{Family::Hoa, "hoa"};
 constexpr AttributeGroup kDbap{Family::Dbap, "dbap"};
 constexpr AttributeGroup kNfcHoa{Family::NfcHoa, "hoa"};
@@ -163,6 +188,12 @@ struct InstanceRow {
 // In the order in which they are added; an inspector sorts by name what has no order.
 constexpr InstanceRow kInstanceAttributes[] = {
     // group         name              type       size              label                                  style    choices            default   units    category order    accessors and range                                                    help
+    {kHeadphones,  {"listenerposition", "float32", 3,              "listener position",                   nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<ListenerPosition, SetListenerPosition>,                           kListenerHelp}},
+    {kHeadphones,  {"hrtffile",       "symbol",  1,                "hrtf file",                           "file",  nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<HrtfFile, SetHrtfFile>,                                           kHrtfFileHelp}},
+    {kHeadphones,  {"crossfadetime",  "float32", 1,                "filter cross fade time (msec)",       nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<CrossfadeTime, SetCrossfadeTime, kFromZero>,                      kCrossfadeHelp}},
+    {kHeadphones,  {"itdtype",        "symbol",  1,                "itd type",                            "enum",  ItdTypeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<ItdType, SetItdType>,                                             kItdTypeHelp}},
+    {kHeadphones,  {"itdlatency",     "symbol",  1,                "itd latency mode",                    "enum",  ItdLatencyChoices, nullptr,  nullptr, nullptr, nullptr, Bind<ItdLatency, SetItdLatency>,                                       kItdLatencyHelp}},
+    {kHeadphones,  {"headradius",     "float32", 1,                "listener head radius [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<HeadRadius, SetHeadRadius, kFromZero>,                            kHeadRadiusHelp}},
     {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
     {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
     {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanMessages.h"
 
+#include "QuiloPanHeadphones.h"
 #include "QuiloPanObject.h"
 #include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
@@ -96,12 +97,6 @@ void CornersMessage(PanObject& object, Atoms atoms) {
     SetCorners(object, corners.Numbers());
 }
 
-// ---- Headphones: no panner for them is there yet, so each of these says whom it is for.
-
-void ListenerMessage(PanObject& object, Atoms) { Error(object, kOnlyBinauralListener); }
-void ImplementationMessage(PanObject& object, Atoms) { Error(object, kOnlyBinaural); }
-void CrossfadeTypeMessage(PanObject& object, t_symbol*) { Error(object, kOnlyBinaural); }
-void LoadMessage(PanObject& object, Atoms) { Error(object, kOnlyBinaural); }
 void LoadNearfieldMessage(PanObject& object, t_symbol*) { Error(object, kOnlyNearfield); }
 
 // ---- Documentation. The markup is that of Max's reference pages.
@@ -122,6 +117,7 @@ constexpr VelkMax::ArgumentDoc kPositionsArguments[] = {
 };
 constexpr VelkMax::ArgumentDoc kCornersArguments[] = {{"list of int or float", "azimuths"}};
 constexpr VelkMax::ArgumentDoc kWordArgument[] = {{"symbol", "keyword"}};
+constexpr VelkMax::ArgumentDoc kImplementationArguments[] = {{"list", "keywords and values"}};
 constexpr VelkMax::ArgumentDoc kFileArgument[] = {{"symbol", "file name"}};
 
 constexpr char kSourceHelp[] =
@@ -144,6 +140,12 @@ constexpr char kCornersHelp[] =
 constexpr char kListenerHelp[] =
     "Sets the position of the listener (binaural types only): a coordinate format, then its "
     "values.";
+constexpr char kImplementationHelp[] =
+    "Chooses how binaural types filter (binaural types only): pairs of a keyword and a value. "
+    "<m>realisation</m> auto, cells or fir; <m>delay</m> 0 to 8, how delays read between samples; "
+    "<m>length</m> 16 to 8192, at which responses are cut; <m>reduction</m> 0 to 100, percent "
+    "taken "
+    "off the delays of the ears. <br/> Example: <m>implementation realisation fir length 64</m>.";
 constexpr char kInfoHelp[] =
     "Posts the type, the settings and the state of the signal processing to the Max window.";
 constexpr char kClearHelp[] = "Clears what is still on its way in delay lines and filters.";
@@ -164,7 +166,7 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"info",           Handler<&InfoMessage>,                   "Post information about the object",      kInfoHelp},
         {"clear",          Handler<&ClearMessage>,                  "Clear the signal processing",            kClearHelp},
         {"corners",        Handler<&CornersMessage>,                "Set the corners of the type panr",       kCornersHelp,                                                 kCornersArguments},
-        {"implementation", DeferredHandler<&ImplementationMessage>, "Choose the filters for headphones",      "Chooses how binaural types filter (binaural types only).",   kWordArgument},
+        {"implementation", DeferredHandler<&ImplementationMessage>, "Choose the filters for headphones",      kImplementationHelp,   kImplementationArguments},
         {"crossfadetype",  Handler<&CrossfadeTypeMessage>,          "Choose how filters fade",                "Shape of the fade between two filters: <m>linear</m>, <m>cosine</m> or <m>squareCosine</m> (binaural types only).", kWordArgument},
         {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerHelp,                                                kPositionsArguments},
         {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "Loads filters from a file, <m>kemar</m> stands for the built-in ones (binaural types only).", kFileArgument},

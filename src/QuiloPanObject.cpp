@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanObject.h"
 
+#include "QuiloPanHeadphones.h"
 #include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
 #include "QuiloPanSymbols.h"
@@ -69,6 +70,7 @@ void PanObject::BuildEngine() {
     if (engine->GetType() == Pan::Type::Null) Error(*this, kUnsupported);
     if (interpolationTimeMs_) engine->SetInterpolationTime(*interpolationTimeMs_);
     engine->SetAutoMuteTime(autoMuteSeconds_);
+    LoadBuiltInHrtf(*engine);
     engine_ = std::move(engine);
 }
 

@@ -30,6 +30,9 @@ inline constexpr PositionTexts kSourceTexts{&kTooFewSourceValues, &kTooManySourc
 inline constexpr PositionTexts kSpeakerTexts{nullptr, &kTooManySpeakerValues, true,
                                              &kUnreadableSpeaker};
 
+inline constexpr PositionTexts kListenerTexts{nullptr, &kTooManyListenerValues, true,
+                                              &kUnreadableListener};
+
 /// A format keyword, or the default, and the values behind it.
 struct FormattedValues {
     tav::Coordinates::Format format = tav::Coordinates::Format::Ade;

@@ -37,6 +37,14 @@ inline constexpr Text<const char*> kNoPanner{"couldnt get object : %s"};
 inline constexpr Text<const char*> kInvalidSpreadMode{"invalid spreadmode %s"};
 inline constexpr Text<const char*> kInvalidEncoding{"invalid hoa encoding %s"};
 inline constexpr Text<const char*> kInvalidHoaMode{"invalid hoa mode %s"};
+inline constexpr Text<const char*> kInvalidItdType{"invalid itd type : %s"};
+inline constexpr Text<const char*> kInvalidItdLatency{"invalid itd latency : %s"};
+inline constexpr Text<const char*> kInvalidFadeShape{"invalid crossfade type : %s"};
+inline constexpr Text<const char*> kInvalidImplementation{"invalid implementation : %s"};
+
+// HRTF sets
+inline constexpr Text<const char*> kHrtfLoaded{"Loaded hrtf from %s"};
+inline constexpr Text<const char*> kHrtfNotLoaded{"Error loading file : %s"};
 
 // corners
 inline constexpr Text<>    kInvalidCorners{"invalid message : corners"};
@@ -65,6 +73,13 @@ inline constexpr Text<>    kInvalidSpeaker{"invalid speaker message"};
 inline constexpr Text<int> kInvalidSpeakerIndex{"invalid speaker index %d"};
 inline constexpr Text<int> kTooManySpeakerValues{"too many loudspeakers positions. only %d position will be read"};
 inline constexpr Text<>    kUnreadableSpeaker{"error reading speaker position"};
+
+
+// listener
+inline constexpr Text<>    kInvalidListener{"invalid message : listener"};
+inline constexpr Text<>    kMalformedListener{"invalid listener message"};
+inline constexpr Text<int> kTooManyListenerValues{"too many listener positions. only %d position will be read"};
+inline constexpr Text<>    kUnreadableListener{"error reading listener position"};
 
 // clang-format on
 

@@ -95,6 +95,16 @@ const tav::KeywordTable<tav::FadeShape>& FadeShapeKeywords() {
     return table;
 }
 
+const tav::KeywordTable<HrtfRealisation>& HrtfRealisationKeywords() {
+    static const tav::KeywordTable<HrtfRealisation> table{
+        // code                     printed    accepted
+        {HrtfRealisation::Auto,     "auto",    {"auto"}},
+        {HrtfRealisation::Cells,    "cells",   {"cells"}},
+        {HrtfRealisation::Fir,      "fir",     {"fir"}},
+    };
+    return table;
+}
+
 // clang-format on
 
 }  // namespace Quilo

@@ -4,6 +4,7 @@
 // Matching is exact and case-sensitive. What an unknown word means is said by the caller.
 #pragma once
 
+#include "hrtf/QuiloHrtfResponses.h"
 #include "laws/QuiloInterauralTimeDifference.h"
 #include "pan/QuiloPan.h"
 #include "processors/VelkDspCrossfade.h"
@@ -18,5 +19,6 @@ const tav::KeywordTable<Pan::SpreadingMode>& PanSpreadingModeKeywords();
 const tav::KeywordTable<InterauralTimeDifference::Type>& ItdTypeKeywords();
 const tav::KeywordTable<InterauralTimeDifference::LatencyMode>& ItdLatencyKeywords();
 const tav::KeywordTable<tav::FadeShape>& FadeShapeKeywords();
+const tav::KeywordTable<HrtfRealisation>& HrtfRealisationKeywords();
 
 }  // namespace Quilo

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// What only binaural panners have: their attributes and their messages.
+#pragma once
+
+#include "QuiloPanObject.h"
+
+#include <span>
+#include <vector>
+
+namespace Quilo {
+
+/// The built-in set, for an engine that takes one.
+void LoadBuiltInHrtf(Pan& engine);
+
+// ---- Attributes: each asks the engine or says why it cannot be asked.
+
+/// x, y, z, metres.
+std::span<const float> ListenerPosition(const PanObject& object);
+/// What the list does not reach stays.
+void SetListenerPosition(PanObject& object, const std::vector<float>& xyz);
+/// "kemar" for the built-in set, "none" for none, else the path of the file.
+t_symbol* HrtfFile(const PanObject& object);
+void SetHrtfFile(PanObject& object, t_symbol* name);
+float CrossfadeTime(const PanObject& object);
+void SetCrossfadeTime(PanObject& object, float ms);
+t_symbol* ItdType(const PanObject& object);
+void SetItdType(PanObject& object, t_symbol* type);
+t_symbol* ItdLatency(const PanObject& object);
+void SetItdLatency(PanObject& object, t_symbol* mode);
+float HeadRadius(const PanObject& object);
+void SetHeadRadius(PanObject& object, float metres);
+
+// ---- Messages
+
+void ListenerMessage(PanObject& object, Atoms atoms);
+void LoadMessage(PanObject& object, Atoms atoms);
+void CrossfadeTypeMessage(PanObject& object, t_symbol* shape);
+/// Pairs of a keyword and a value.
+void ImplementationMessage(PanObject& object, Atoms atoms);
+
+}  // namespace Quilo
