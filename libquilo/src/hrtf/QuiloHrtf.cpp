@@ -17,9 +17,13 @@ namespace Quilo {
 namespace {
 
 constexpr float kReachOverRadius = 64.f;
+constexpr double kRoundnessTolerance = 1e-5;
+constexpr double kClearShare = 0.49;  // of the way to the next point; a half but for rounding
 
 double LengthOf(const tav::CartesianVector& v) noexcept {
-    return std::hypot(static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z));
+    const double x = static_cast<double>(v.x), y = static_cast<double>(v.y);
+    const double z = static_cast<double>(v.z);
+    return std::sqrt(x * x + y * y + z * z);
 }
 
 HrtfData ReadSet(const std::string& path) {
@@ -43,6 +47,34 @@ Hrtf::Hrtf(HrtfData data) : data_(std::move(data)), positions_(data_.points.size
     }
     tree_ = tav::KdTreeHelper(positions_);
     reach_ = kReachOverRadius * static_cast<float>(radius);
+    FindClearances(radius);
+}
+
+void Hrtf::FindClearances(double radius) {
+    const auto isOnSphere = [radius](const tav::CartesianVector& p) {
+        return std::abs(LengthOf(p) / radius - 1.0) < kRoundnessTolerance;
+    };
+    if (std::ranges::all_of(positions_, isOnSphere)) radius_ = radius;
+    std::vector<std::size_t> indices;
+    std::vector<float> distances;
+    for (const tav::CartesianVector& position : positions_) {
+        tree_.Nearest(position, 2, indices, distances);
+        const double gap = *std::ranges::max_element(distances);
+        clearance_.push_back(kClearShare * (positions_.Size() > 1 ? gap : 0.0));
+    }
+}
+
+bool Hrtf::IsSurelyNearest(std::uint32_t point,
+                           const tav::CartesianVector& position) const noexcept {
+    if (point >= clearance_.size()) return false;
+    // On a sphere all distances from the centre have the same order.
+    const double length = LengthOf(position);
+    const double scale = radius_ > 0.0 && length > 0.0 ? radius_ / length : 1.0;
+    const tav::CartesianVector& p = positions_[point];
+    const double x = static_cast<double>(position.x) * scale - static_cast<double>(p.x);
+    const double y = static_cast<double>(position.y) * scale - static_cast<double>(p.y);
+    const double z = static_cast<double>(position.z) * scale - static_cast<double>(p.z);
+    return x * x + y * y + z * z < clearance_[point] * clearance_[point];
 }
 
 void Hrtf::Load(const std::string& path) { *this = Hrtf(ReadSet(path)); }

@@ -5,6 +5,7 @@
 #include "hrtf/QuiloHrtfData.h"
 #include "math/VelkDspKdTreeHelper.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,14 +42,22 @@ public:
     /// @param position  finite      Thread: any, audio included: nothing is allocated.
     const HrtfPoint* NearestPoint(const tav::CartesianVector& position) const noexcept;
 
+    /// A quick look, for positions that move little by little.
+    /// @return true: the point is the nearest one; false: it may be or not
+    bool IsSurelyNearest(std::uint32_t point, const tav::CartesianVector& position) const noexcept;
+
     /// What users are told about the set: fields and infos, one line each.
     std::vector<std::string> InfoLines() const;
 
 private:
+    void FindClearances(double radius);
+
     HrtfData data_;
     tav::CartesianArray positions_;
     tav::KdTreeHelper tree_;
-    float reach_ = 0.f;  // positions are looked up within this distance
+    float reach_ = 0.f;              // positions are looked up within this distance
+    double radius_ = 0.0;            // of a set whose points lie on a sphere, else 0
+    std::vector<double> clearance_;  // of each point: nothing closer to it has another nearest one
 };
 
 }  // namespace Quilo

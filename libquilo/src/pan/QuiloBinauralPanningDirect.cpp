@@ -101,6 +101,7 @@ void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool f
     if (newest_ == nullptr) return;
     bundles_.FreeRetired();
     const tav::CartesianVector position = RelativePosition(index);
+    if (!force && set_->IsSurelyNearest(points_[index], position)) return;
     const HrtfPoint* const point = set_->NearestPoint(position);
     if (point == nullptr || (point->index == points_[index] && !force)) return;
     points_[index] = point->index;

@@ -113,10 +113,21 @@ void HrtfVoices::Delayed(unsigned index,
                          std::size_t ear,
                          std::span<float> output) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
-    const float* const piece = Piece(index);
-    const tav::Ramp& delay = voice.delays[ear];
-    if (kind_ == tav::DelayKind::Allpass || !delay.IsConstant()) {
-        return ReadGliding(voice, ear, piece, output);
+    const float* piece = Piece(index);
+    tav::Ramp& delay = voice.delays[ear];
+    const float before = delay.Value();
+    const bool isShort = std::min(before, delay.Target()) < 1.f;
+    if (kind_ == tav::DelayKind::Allpass ||
+        (!delay.IsConstant() && (kind_ != tav::DelayKind::Lagrange || isShort))) {
+        return ReadOneByOne(voice, ear, piece, output);
+    }
+    if (!delay.IsConstant()) {
+        const auto count = std::min<std::size_t>(output.size(), delay.SamplesLeft());
+        delay.Skip(static_cast<std::uint32_t>(count));
+        const float step = (delay.Value() - before) / static_cast<float>(count);
+        ReadGliding(before + step, step, piece, output.first(count));
+        output = output.subspan(count);
+        piece += count;
     }
     ReadFixed(kind_, delay.Target(), piece, output);
 }
@@ -153,29 +164,31 @@ void HrtfVoices::ReadFixed(tav::DelayKind kind,
              static_cast<int>(output.size()));
 }
 
-void HrtfVoices::ReadGliding(Voice& voice,
-                             std::size_t ear,
+void HrtfVoices::ReadGliding(float first,
+                             float step,
                              const float* piece,
-                             std::span<float> output) noexcept TAV_NONBLOCKING {
+                             std::span<float> output) const noexcept TAV_NONBLOCKING {
+    // In stretches that lie between the same two samples, seen from their first one.
+    for (std::size_t begin = 0; begin < output.size();) {
+        const float delay = first + static_cast<float>(begin) * step;
+        const Place place = PlaceOf(delay);
+        const float room = step > 0.f ? place.fraction : 1.f - place.fraction;
+        const auto rest = static_cast<float>(output.size() - begin);
+        const float within = room < std::abs(step) * rest ? room / std::abs(step) : rest;
+        const auto count =
+            std::clamp<std::size_t>(static_cast<std::size_t>(within), 1, output.size() - begin);
+        const float* const x = piece + static_cast<std::ptrdiff_t>(begin) - place.whole;
+        kernels_.glide(output.data() + begin, x, place.fraction, -step, static_cast<int>(count));
+        begin += count;
+    }
+}
+
+void HrtfVoices::ReadOneByOne(Voice& voice,
+                              std::size_t ear,
+                              const float* piece,
+                              std::span<float> output) noexcept TAV_NONBLOCKING {
     const auto delays = std::span(glide_).first(output.size());
     voice.delays[ear].Fill(delays);
-    const bool anywhereShort = std::min(delays.front(), delays.back()) < 1.f;
-    if (kind_ == tav::DelayKind::Lagrange && !anywhereShort) {
-        // In stretches that lie between the same two samples, seen from their first one.
-        for (std::size_t begin = 0; begin < output.size();) {
-            const Place place = PlaceOf(delays[begin]);
-            const auto whole = static_cast<float>(place.whole);
-            std::size_t end = begin + 1;
-            while (end < output.size() && delays[end] <= whole && delays[end] > whole - 1.f) ++end;
-            const auto count = static_cast<int>(end - begin);
-            const float step =
-                count > 1 ? (delays[begin] - delays[end - 1]) / static_cast<float>(count - 1) : 0.f;
-            kernels_.glide(output.data() + begin, piece + begin - place.whole, place.fraction, step,
-                           count);
-            begin = end;
-        }
-        return;
-    }
     for (std::size_t k = 0; k < output.size(); ++k) {
         const Place place = PlaceOf(delays[k]);
         const float* const x = piece + k - place.whole;

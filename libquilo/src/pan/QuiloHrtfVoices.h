@@ -74,10 +74,15 @@ private:
                    float delay,
                    const float* piece,
                    std::span<float> output) const noexcept TAV_NONBLOCKING;
-    void ReadGliding(Voice& voice,
-                     std::size_t ear,
+    /// A delay that moves in a straight line.  @param first  of the first sample
+    void ReadGliding(float first,
+                     float step,
                      const float* piece,
-                     std::span<float> output) noexcept TAV_NONBLOCKING;
+                     std::span<float> output) const noexcept TAV_NONBLOCKING;
+    void ReadOneByOne(Voice& voice,
+                      std::size_t ear,
+                      const float* piece,
+                      std::span<float> output) noexcept TAV_NONBLOCKING;
 
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
     const tav::ConvolutionKernels& fir_ = tav::BestKernels<tav::ConvolutionKernels>();

@@ -9,6 +9,7 @@
 
 #include "kernels/VelkDspBinauralKernels.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace tav {
@@ -57,8 +58,10 @@ public:
         TAV_NONBLOCKING {
         const Vec one = S::Broadcast(1.f), two = S::Broadcast(2.f);
         const Vec sixth = S::Broadcast(1.f / 6.f), half = S::Broadcast(0.5f);
-        int k = 0;
-        for (; k + S::kLanes <= n; k += S::kLanes) {
+        if (n < S::kLanes) return BinauralKernels::Scalar().glide(y, x, f, step, n);
+        // The last vector ends with the last sample, and may do some samples again.
+        for (int k = 0, next = 0; next < n; next = k + S::kLanes) {
+            k = std::min(next, n - S::kLanes);
             const Vec count = S::Add(S::Count(), S::Broadcast(static_cast<float>(k)));
             Vec g = S::MultiplyAdd(count, S::Broadcast(step), S::Broadcast(f));
             g = S::Max(S::Min(g, one), S::Zero());
@@ -71,9 +74,6 @@ public:
             inner = S::NegativeMultiplyAdd(S::Multiply(after, minus2), S::Load(x + k + 1), inner);
             S::Store(y + k, S::MultiplyAdd(outer, sixth, S::Multiply(inner, half)));
         }
-        if (k == n) return;
-        const float reached = f + static_cast<float>(k) * step;
-        BinauralKernels::Scalar().glide(y + k, x + k, reached, step, n - k);
     }
 
     static void FadeWeightsOf(const FadeLanes& f,

@@ -30,6 +30,8 @@ public:
     /// Every value to come is Target().
     bool IsConstant() const noexcept TAV_NONBLOCKING { return count_ == length_; }
     float Target() const noexcept TAV_NONBLOCKING { return target_; }
+    /// Samples until Target(), that one included.
+    std::uint32_t SamplesLeft() const noexcept TAV_NONBLOCKING { return length_ - count_; }
     /// The value put out last.
     float Value() const noexcept TAV_NONBLOCKING;
 
