@@ -90,7 +90,7 @@ void Writer::WriteNameValues(const NameValues& pairs) {
     std::string text = "{\n";
     for (const auto& [name, value] : pairs) {
         CheckPair(name, value);
-        text += name + '\t' + value + ";\n";
+        text.append(name).append(1, '\t').append(value).append(";\n");
     }
     text += "}";
     text.append(PaddingOf(text.size()), ' ');

@@ -110,7 +110,10 @@ std::vector<std::string> Hrtf::InfoLines() const {
         "sampling rate : " + tav::NumberText(data_.samplingRate),
         "points : " + std::to_string(data_.numPoints),
     };
-    for (const auto& [key, value] : data_.infos) lines.push_back(key + " : " + value);
+    for (const auto& [key, value] : data_.infos) {
+        lines.push_back(key);
+        lines.back().append(" : ").append(value);
+    }
     return lines;
 }
 
