@@ -185,7 +185,8 @@ private:
         const tav::CartesianVector v = Vector(values);
         entry.point.position =
             header.signature == "XCAR" ? v : tav::FromNavigational(v.x, v.y, v.z);
-        if (!tav::IsFinite(entry.point.position)) FailMatrix(header.signature);
+        // Searches compare squares of distances in 32 bits.
+        if (!std::isfinite(tav::Distance(entry.point.position))) FailMatrix(header.signature);
         entry.hasPosition = true;
     }
 
