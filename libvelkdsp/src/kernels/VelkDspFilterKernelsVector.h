@@ -32,7 +32,7 @@ public:
             const int count = Run(sections, numSections, lanes, rows);
             sections += count;
             numSections -= count;
-            rows.states += count * kNearFieldStates * kSourceLanes;
+            rows.states += std::ptrdiff_t{count} * kNearFieldStates * kSourceLanes;
             rows.in = out;
         }
     }
