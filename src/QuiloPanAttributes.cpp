@@ -143,21 +143,27 @@ constexpr char kItdLatencyHelp[] =
 constexpr char kHeadRadiusHelp[] =
     "Radius of the listener's head, in metres up to 1, for the models of <m> itdtype </m>.";
 
+// With the patcher are saved the settings of a rendering, as comparable objects do, and the layout
+// of the room. Not saved: what stands in the box text, switches of a performance (mute, bypass),
+// and what belongs to a moving source; preset, pattr and dictionaries keep all of it.
+constexpr bool kSaved = true;
+constexpr bool kNotSaved = false;
+
 using P = PanObject;
 
 // clang-format off
 constexpr AttributeRow kClassAttributes[] = {
-    // name               type       size              label                                        style    choices         default    units    category   order    accessors and range                                                                help
-    {"mute",              "long",    1,                "mute dsp",                                  "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Mute, &P::SetMute, kOnOff>,                                         kMuteHelp},
-    {"bypass",            "long",    1,                "bypass dsp",                                "onoff", nullptr,        "0",       nullptr, "options", nullptr, Bind<&P::Bypass, &P::SetBypass, kOnOff>,                                     kBypassHelp},
-    {"automute",          "float32", 1,                "threshold for auto-muting",                 nullptr, nullptr,        "20.00",   "sec",   "options", nullptr, Bind<&P::AutoMute, &P::SetAutoMute, kAutoMuteSeconds>,                       kAutoMuteHelp},
-    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     BindAnnounced<&P::NumInputs, &P::SetNumInputs, kChannels>,                   kInputsHelp},
-    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     BindAnnounced<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                 kOutputsHelp},
-    {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     BindAnnounced<&P::Type, &P::SetType>,                                        kTypeHelp},
-    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     BindAnnounced<&P::SubType, &P::SetSubType>,                                  kSubTypeHelp},
-    {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     BindAnnounced<&P::SourcesPositions, &P::SetSourcesPositions>,                kSourcesHelp},
-    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, BindAnnounced<&P::SpeakersPositions, &P::SetSpeakersPositions>,              kSpeakersPositionsHelp},
-    {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     BindAnnounced<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
+    // name               type       size              label                                        style    choices         default    units    category   order    saved      accessors and range                                                                help
+    {"mute",              "long",    1,                "mute dsp",                                  "onoff", nullptr,        "0",       nullptr, "options", nullptr, kNotSaved, Bind<&P::Mute, &P::SetMute, kOnOff>,                                         kMuteHelp},
+    {"bypass",            "long",    1,                "bypass dsp",                                "onoff", nullptr,        "0",       nullptr, "options", nullptr, kNotSaved, Bind<&P::Bypass, &P::SetBypass, kOnOff>,                                     kBypassHelp},
+    {"automute",          "float32", 1,                "threshold for auto-muting",                 nullptr, nullptr,        "20.00",   "sec",   "options", nullptr, kSaved,    Bind<&P::AutoMute, &P::SetAutoMute, kAutoMuteSeconds>,                       kAutoMuteHelp},
+    {"numinputs",         "long",    1,                "number of input channels",                  nullptr, nullptr,        "1",       nullptr, nullptr,   "1",     kNotSaved, BindAnnounced<&P::NumInputs, &P::SetNumInputs, kChannels>,                   kInputsHelp},
+    {"numoutputs",        "long",    1,                "number of output channels",                 nullptr, nullptr,        "4",       nullptr, nullptr,   "2",     kNotSaved, BindAnnounced<&P::NumOutputs, &P::SetNumOutputs, kChannels>,                 kOutputsHelp},
+    {"type",              "symbol",  1,                "panning type",                              "enum",  TypeChoices,    "angular", nullptr, nullptr,   "3",     kNotSaved, BindAnnounced<&P::Type, &P::SetType>,                                        kTypeHelp},
+    {"subtype",           "symbol",  1,                "panning subtype",                           "enum",  SubTypeChoices, "direct",  nullptr, nullptr,   "4",     kNotSaved, BindAnnounced<&P::SubType, &P::SetSubType>,                                  kSubTypeHelp},
+    {"sourcespositions",  "float32", 3 * kMaxChannels, "sources positions",                         nullptr, nullptr,        nullptr,   "xyz",   nullptr,   "5",     kNotSaved, BindAnnounced<&P::SourcesPositions, &P::SetSourcesPositions>,                kSourcesHelp},
+    {"speakerspositions", "float32", 3 * kMaxChannels, "speakers positions",                        nullptr, nullptr,        nullptr,   "xyz",   nullptr,   nullptr, kSaved,    BindAnnounced<&P::SpeakersPositions, &P::SetSpeakersPositions>,              kSpeakersPositionsHelp},
+    {"interpolationtime", "float32", 1,                "interpolation time (ramp and delay lines)", nullptr, nullptr,        "0.00",    "msec",  nullptr,   "6",     kSaved,    BindAnnounced<&P::InterpolationTime, &P::SetInterpolationTime, kInterpolationMs>,     kInterpolationHelp},
 };
 
 // Deliberate: "xyz" is accepted too and not offered.
@@ -187,23 +193,23 @@ struct InstanceRow {
 
 // In the order in which they are added; an inspector sorts by name what has no order.
 constexpr InstanceRow kInstanceAttributes[] = {
-    // group         name              type       size              label                                  style    choices            default   units    category order    accessors and range                                                    help
-    {kHeadphones,  {"listenerposition", "float32", 3,              "listener position",                   nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<ListenerPosition, SetListenerPosition>,                           kListenerHelp}},
-    {kHeadphones,  {"hrtffile",       "symbol",  1,                "hrtf file",                           "file",  nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<HrtfFile, SetHrtfFile>,                                           kHrtfFileHelp}},
-    {kHeadphones,  {"crossfadetime",  "float32", 1,                "filter cross fade time (msec)",       nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<CrossfadeTime, SetCrossfadeTime, kFromZero>,                      kCrossfadeHelp}},
-    {kHeadphones,  {"itdtype",        "symbol",  1,                "itd type",                            "enum",  ItdTypeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<ItdType, SetItdType>,                                             kItdTypeHelp}},
-    {kHeadphones,  {"itdlatency",     "symbol",  1,                "itd latency mode",                    "enum",  ItdLatencyChoices, nullptr,  nullptr, nullptr, nullptr, Bind<ItdLatency, SetItdLatency>,                                       kItdLatencyHelp}},
-    {kHeadphones,  {"headradius",     "float32", 1,                "listener head radius [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<HeadRadius, SetHeadRadius, kFromZero>,                            kHeadRadiusHelp}},
-    {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
-    {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
-    {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},
-    {kDbap,        {"spreadmode",     "symbol",  1,                "spread mode",                         "enum",  SpreadModeChoices, nullptr,  nullptr, nullptr, nullptr, Bind<SpreadMode, SetSpreadMode>,                                       kSpreadModeHelp}},
-    {kDbap,        {"muteoutside",    "long",    1,                "mute sources outside speakers hull",  "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<MuteOutside, SetMuteOutside, kOnOff>,                             kMuteOutsideHelp}},
-    {kDbap,        {"spreadxyz",      "float32", 3 * kMaxChannels, "directionnal spread",                 nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<SpreadXyz, SetSpreadXyz, kSpread>,                                kSpreadXyzHelp}},
-    {kNfcHoa,      {"nfchighpass",    "long",    1,                "high-pass filtering for NFC",         "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<NfcHighPass, SetNfcHighPass, kOnOff>,                             kNfcHighPassHelp}},
-    {kNfcHoa,      {"speakersradius", "float32", 1,                "speakers radius",                     nullptr, nullptr,           "1.00",   nullptr, nullptr, nullptr, Bind<SpeakersRadius, SetSpeakersRadius, kSpeakersRadiusMetres>,        kSpeakersRadiusHelp}},
-    {kSpreading,   {"spread",         "float32", kMaxChannels,     "spread",                              nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, Bind<&P::Spread, &P::SetSpread, kSpread>,                              kSpreadHelp}},
-    {kSubwoofers,  {"cutoff",         "float32", 1,                "subwoofers cutoff frequency [Hz]",    nullptr, nullptr,           "125.00", nullptr, nullptr, nullptr, Bind<Cutoff, SetCutoff, kCutoffHz>,                                    kCutoffHelp}},
+    // group         name              type       size              label                                  style    choices            default   units    category order    saved      accessors and range                                                    help
+    {kHeadphones,  {"listenerposition", "float32", 3,              "listener position",                   nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kNotSaved, Bind<ListenerPosition, SetListenerPosition>,                           kListenerHelp}},
+    {kHeadphones,  {"hrtffile",       "symbol",  1,                "hrtf file",                           "file",  nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HrtfFile, SetHrtfFile>,                                           kHrtfFileHelp}},
+    {kHeadphones,  {"crossfadetime",  "float32", 1,                "filter cross fade time (msec)",       nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<CrossfadeTime, SetCrossfadeTime, kFromZero>,                      kCrossfadeHelp}},
+    {kHeadphones,  {"itdtype",        "symbol",  1,                "itd type",                            "enum",  ItdTypeChoices,    nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<ItdType, SetItdType>,                                             kItdTypeHelp}},
+    {kHeadphones,  {"itdlatency",     "symbol",  1,                "itd latency mode",                    "enum",  ItdLatencyChoices, nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<ItdLatency, SetItdLatency>,                                       kItdLatencyHelp}},
+    {kHeadphones,  {"headradius",     "float32", 1,                "listener head radius [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HeadRadius, SetHeadRadius, kFromZero>,                            kHeadRadiusHelp}},
+    {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kSaved,    Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
+    {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kNotSaved, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
+    {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},
+    {kDbap,        {"spreadmode",     "symbol",  1,                "spread mode",                         "enum",  SpreadModeChoices, nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<SpreadMode, SetSpreadMode>,                                       kSpreadModeHelp}},
+    {kDbap,        {"muteoutside",    "long",    1,                "mute sources outside speakers hull",  "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<MuteOutside, SetMuteOutside, kOnOff>,                             kMuteOutsideHelp}},
+    {kDbap,        {"spreadxyz",      "float32", 3 * kMaxChannels, "directionnal spread",                 nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kNotSaved, Bind<SpreadXyz, SetSpreadXyz, kSpread>,                                kSpreadXyzHelp}},
+    {kNfcHoa,      {"nfchighpass",    "long",    1,                "high-pass filtering for NFC",         "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NfcHighPass, SetNfcHighPass, kOnOff>,                             kNfcHighPassHelp}},
+    {kNfcHoa,      {"speakersradius", "float32", 1,                "speakers radius",                     nullptr, nullptr,           "1.00",   nullptr, nullptr, nullptr, kSaved,    Bind<SpeakersRadius, SetSpeakersRadius, kSpeakersRadiusMetres>,        kSpeakersRadiusHelp}},
+    {kSpreading,   {"spread",         "float32", kMaxChannels,     "spread",                              nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kNotSaved, Bind<&P::Spread, &P::SetSpread, kSpread>,                              kSpreadHelp}},
+    {kSubwoofers,  {"cutoff",         "float32", 1,                "subwoofers cutoff frequency [Hz]",    nullptr, nullptr,           "125.00", nullptr, nullptr, nullptr, kSaved,    Bind<Cutoff, SetCutoff, kCutoffHz>,                                    kCutoffHelp}},
 };
 // clang-format on
 

@@ -58,6 +58,7 @@ void AddProperties(const AttributeRow& row,
     if (row.units != nullptr) symbol("units", row.units);
     if (row.category != nullptr) symbol("category", row.category);
     if (row.order != nullptr) parse("order", "long", row.order);
+    if (row.isSaved) parse("save", "long", "1");
     if (row.alias != nullptr) symbol("alias", row.alias);
     if (row.description != nullptr) symbol("description", row.description);
 }

@@ -48,6 +48,7 @@ struct AttributeRow {
     const char* units = nullptr;
     const char* category = nullptr;
     const char* order = nullptr;  // place in the inspector, from "1"
+    bool isSaved = false;         // with the patcher
     AttributeAccess access;
     const char* description = nullptr;
     const char* alias = nullptr;  // the attribute of which this one is another name
