@@ -50,11 +50,11 @@ Panner* PannerOrRefuse(const PanObject& object) {
 template <class Code>
 std::optional<Code> ReadKeyword(const PanObject& object,
                                 const tav::KeywordTable<Code>& table,
-                                const t_symbol* word,
+                                std::string_view word,
                                 const VelkMax::Text<const char*>& invalid) {
-    auto code = table.Parse(word->s_name);
-    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word->s_name);
-    if (!code) Error(object, invalid, word->s_name);
+    auto code = table.Parse(word);
+    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word);
+    if (!code) Error(object, invalid, std::string(word).c_str());
     return code;
 }
 
@@ -73,24 +73,29 @@ std::optional<std::string> PathOf(const PanObject& object, const char* name) {
 
 void LoadHrtf(PanObject& object, const std::string& path, const char* name) {
     bool isLoaded = false;
-    VelkMax::Guarded(MaxObjectOf(object), &object_error,
-                     [&] { isLoaded = object.Engine()->LoadHrtf(path); });
+    object.TheDoor().StepOutside([&] {
+        VelkMax::Guarded(object, &object_error,
+                         [&] { isLoaded = object.Engine()->LoadHrtf(path); });
+    });
     if (!isLoaded) return Error(object, kHrtfNotLoaded, name);
     Post(object, kHrtfLoaded, name);
     object.TheDoor().Changed(Names::Get().hrtfFile);
 }
 
 void LoadHrtfNamed(PanObject& object, const char* name) {
-    if (const auto path = PathOf(object, name)) LoadHrtf(object, *path, name);
+    std::optional<std::string> path;
+    object.TheDoor().StepOutside([&] { path = PathOf(object, name); });
+    if (path) LoadHrtf(object, *path, name);
 }
 
-void AskAndLoad(void* x, t_symbol*, short, t_atom*) noexcept {
+void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
     PanObject& object = PanObject::Of(x);
-    VelkMax::Guarded(MaxObjectOf(object), &object_error, [&] {
+    VelkMax::Guarded(object, &object_error, [&] {
         const auto place = VelkMax::AskForFile({});
         if (!place) return;
-        const auto lock = object.TheDoor().Wait();
-        LoadHrtf(object, VelkMax::FullPath(*place), place->name.c_str());
+        const std::string path = VelkMax::FullPath(*place);
+        const VelkMax::Door::Visit inside(object.TheDoor());
+        LoadHrtf(object, path, place->name.c_str());
     });
 }
 
@@ -128,10 +133,10 @@ t_symbol* HrtfFile(const PanObject& object) {
     return gensym(set->Data().points.empty() ? kNoSet : kBuiltInSet);
 }
 
-void SetHrtfFile(PanObject& object, t_symbol* name) {
+void SetHrtfFile(PanObject& object, std::string_view name) {
     if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return;
     // A state says again what is in force.
-    if (name != HrtfFile(object)) LoadHrtfNamed(object, name->s_name);
+    if (name != HrtfFile(object)->s_name) LoadHrtfNamed(object, std::string(name).c_str());
 }
 
 float CrossfadeTime(const PanObject& object) {
@@ -150,7 +155,7 @@ t_symbol* ItdType(const PanObject& object) {
     return Symbol(ItdTypeKeywords().Print(type));
 }
 
-void SetItdType(PanObject& object, t_symbol* type) {
+void SetItdType(PanObject& object, std::string_view type) {
     auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner == nullptr) return;
     const auto code = ReadKeyword(object, ItdTypeKeywords(), type, kInvalidItdType);
@@ -164,7 +169,7 @@ t_symbol* ItdLatency(const PanObject& object) {
     return Symbol(ItdLatencyKeywords().Print(mode));
 }
 
-void SetItdLatency(PanObject& object, t_symbol* mode) {
+void SetItdLatency(PanObject& object, std::string_view mode) {
     auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner == nullptr) return;
     const auto code = ReadKeyword(object, ItdLatencyKeywords(), mode, kInvalidItdLatency);
@@ -198,14 +203,16 @@ void ListenerMessage(PanObject& object, Atoms atoms) {
 
 void LoadMessage(PanObject& object, Atoms atoms) {
     if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return;
-    if (atoms.Empty()) return VelkMax::DeferDialog(MaxObjectOf(object), &AskAndLoad);
+    if (atoms.Empty()) {
+        return object.TheDoor().StepOutside([&] { object.TheDoor().SendToMain({&AskAndLoad}); });
+    }
     LoadHrtfNamed(object, atoms.Symbol(0)->s_name);
 }
 
 void CrossfadeTypeMessage(PanObject& object, t_symbol* shape) {
     auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
     if (panner == nullptr) return;
-    const auto code = ReadKeyword(object, FadeShapeKeywords(), shape, kInvalidFadeShape);
+    const auto code = ReadKeyword(object, FadeShapeKeywords(), shape->s_name, kInvalidFadeShape);
     if (code) panner->SetCrossfadeShape(*code);
 }
 

@@ -5,6 +5,7 @@
 #include "QuiloPanObject.h"
 
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace Quilo {
@@ -20,13 +21,13 @@ std::span<const float> ListenerPosition(const PanObject& object);
 void SetListenerPosition(PanObject& object, const std::vector<float>& xyz);
 /// "kemar" for the built-in set, "none" for none, else the path of the file.
 t_symbol* HrtfFile(const PanObject& object);
-void SetHrtfFile(PanObject& object, t_symbol* name);
+void SetHrtfFile(PanObject& object, std::string_view name);
 float CrossfadeTime(const PanObject& object);
 void SetCrossfadeTime(PanObject& object, float ms);
 t_symbol* ItdType(const PanObject& object);
-void SetItdType(PanObject& object, t_symbol* type);
+void SetItdType(PanObject& object, std::string_view type);
 t_symbol* ItdLatency(const PanObject& object);
-void SetItdLatency(PanObject& object, t_symbol* mode);
+void SetItdLatency(PanObject& object, std::string_view mode);
 float HeadRadius(const PanObject& object);
 void SetHeadRadius(PanObject& object, float metres);
 
