@@ -194,7 +194,7 @@ void ListenerMessage(PanObject& object, Atoms atoms) {
     if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) return Reject(object, kInvalidListener, atoms);
     const auto formatted = ReadFormat(object, atoms);
     if (!formatted) return;
-    if (!formatted->values.IsNumber(0)) return Reject(object, kMalformedListener, atoms);
+    if (!formatted->values.IsNumber(0)) return Reject(object, kInvalidListenerValues, atoms);
     tav::CartesianVector position = panner->ListenerPosition();
     if (!ReadPosition(object, kListenerTexts, *formatted, position)) return;
     panner->SetListenerPosition(position);

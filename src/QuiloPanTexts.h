@@ -77,7 +77,7 @@ inline constexpr Text<>    kUnreadableSpeaker{"error reading speaker position"};
 
 // listener
 inline constexpr Text<>    kInvalidListener{"invalid message : listener"};
-inline constexpr Text<>    kMalformedListener{"invalid listener message"};
+inline constexpr Text<>    kInvalidListenerValues{"invalid listener message"};
 inline constexpr Text<int> kTooManyListenerValues{"too many listener positions. only %d position will be read"};
 inline constexpr Text<>    kUnreadableListener{"error reading listener position"};
 
