@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "math/VelkDspSphericalHarmonic.h"
 
-#include "math/VelkDspHoaRecurrence.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -194,32 +192,6 @@ float SphericalHarmonic::Legendre(unsigned n, float x) {
         last = next;
     }
     return last;
-}
-
-void SphericalHarmonic::AssociatedLegendre(unsigned order,
-                                           double cosine,
-                                           Normalization normalization,
-                                           Vector<double>& values) {
-    values.Resize(NumChannels(order, 3));
-    values.Fill(0.0);
-    const double sine = std::sqrt(std::max(0.0, 1.0 - cosine * cosine));
-    double sectoral = 1.0;
-    for (unsigned m = 0; m <= order; ++m) {
-        double before = 0.0;
-        double last = sectoral;
-        for (unsigned n = m; n <= order; ++n) {
-            const std::size_t centre = std::size_t{n} * (n + 1);
-            const double factor =
-                ExactConversionFactor(n, Signed(m), Normalization::N3D, normalization);
-            if (normalization != Normalization::N3D) values[centre - m] = last * factor;
-            values[centre + m] = last * factor;
-            const HoaStep step = StepToOrder(n + 1, m);
-            const double next = step.last * cosine * last - step.before * before;
-            before = last;
-            last = next;
-        }
-        sectoral *= sine * SectoralStep(m + 1);
-    }
 }
 
 }  // namespace tav

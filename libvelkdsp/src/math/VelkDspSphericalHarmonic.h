@@ -64,13 +64,6 @@ public:
 
     /// The Legendre polynomial of degree n.  @param x  in [-1, 1]
     static float Legendre(unsigned n, float x);
-    /// The associated Legendre functions of all (n, m) up to an order, at index n (n + 1) + m.
-    /// N3D fills the places of m >= 0 and leaves 0 in those of m < 0; the others fill both.
-    /// @param cosine  cos of the colatitude, in [-1, 1]
-    static void AssociatedLegendre(unsigned order,
-                                   double cosine,
-                                   Normalization normalization,
-                                   Vector<double>& values);
 };
 
 }  // namespace tav
