@@ -59,7 +59,7 @@ void Hrtf::FindClearances(double radius) {
     std::vector<float> distances;
     for (const tav::CartesianVector& position : positions_) {
         tree_.Nearest(position, 2, indices, distances);
-        const double gap = *std::ranges::max_element(distances);
+        const auto gap = static_cast<double>(*std::ranges::max_element(distances));
         clearance_.push_back(kClearShare * (positions_.Size() > 1 ? gap : 0.0));
     }
 }
