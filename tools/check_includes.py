@@ -59,6 +59,15 @@ ROOMS = {
     "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "host/picture", "tests", "tests/reference"),
 }
 
+# The files of host/api, from the ground up: each includes, and calls functions of, files before it
+# only. Headers that are not here (the API's own, HostBridge.h) say what the whole library offers.
+API_ROOM = "host/api"
+API_ORDER = ("ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFaults", "ApiMemory", "ApiAtoms",
+             "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets", "ApiThreads", "ApiClocks",
+             "ApiAttributes", "ApiAttributeAccess", "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries",
+             "ApiAttributeArguments", "ApiJsonText", "ApiJson", "ApiDispatch", "ApiBinbufs", "ApiWatchers", "ApiDialogs",
+             "ApiMsp", "HostBridge")
+
 # Where the compiler looks, and what it finds elsewhere.
 INCLUDE_FOLDERS = ("libvelkdsp/src", "libquilo/src", "libsdif/src", "src", "src/max", "maxapi", "host",
                    "host/api", "tests", "benchmarks")
@@ -124,6 +133,57 @@ def faults_of(root, path):
             yield number, fault
 
 
+def code_of(file):
+    """The text without comments and literals, line by line."""
+    text = re.sub(r'//[^\n]*|"(?:[^"\\\n]|\\.)*"', "", file.read_text(encoding="utf-8"))
+    return text.splitlines()
+
+
+def functions_of(sources):
+    """Where each function that a header declares is defined: in a line that begins with its type."""
+    declared, homes = set(), {}
+    for path, lines in sources.items():
+        if path.suffix == ".h":
+            declared.update(re.findall(r"\b(\w+)\(", "\n".join(lines)))
+    for path, lines in sources.items():
+        if path.suffix != ".cpp" or path.stem not in API_ORDER:
+            continue
+        is_private = False
+        for line, code in zip(path.read_text(encoding="utf-8").splitlines(), lines):
+            is_private = line == "namespace {" or is_private and line != "}  // namespace"
+            found = re.match(r"[A-Za-z][\w:<>*& ]*[ *&](\w+)\(", code)
+            if found and not is_private and found.group(1) in declared:
+                homes.setdefault(found.group(1), path.stem)
+    return homes
+
+
+def order_faults(root):
+    """Includes and calls in host/api that point up."""
+    files = [file for folder in ("maxapi", API_ROOM) for file in sorted((root / folder).glob("*.*"))
+             if file.suffix in (".h", ".cpp")]
+    sources = {file: code_of(file) for file in files}
+    homes = functions_of(sources)
+    rank = {stem: place for place, stem in enumerate(API_ORDER)}
+    for file in files:
+        if file.parent.name != "api" or file.name == "HostBridge.h":
+            continue
+        path = file.relative_to(root).as_posix()
+        if file.suffix == ".cpp" and file.stem not in rank:
+            yield path, 1, "has no place in API_ORDER"
+            continue
+        own = rank.get(file.stem, -1)
+        for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+            found = re.match(r'#include "(\w+)\.h"', line)
+            if found and found.group(1) != "HostBridge" and rank.get(found.group(1), -1) > own:
+                yield path, number, f'"{found.group(1)}.h" stands above it'
+        if file.suffix == ".h":
+            continue
+        for number, line in enumerate(sources[file], 1):
+            for name in set(re.findall(r"\b[A-Za-z_]\w+\b", line)):
+                if rank.get(homes.get(name), -1) > own:
+                    yield path, number, f"{name} is defined above it, in {homes[name]}.cpp"
+
+
 def main(arguments):
     root = Path(arguments[0]) if arguments else Path(__file__).resolve().parent.parent
     tops = sorted({room.split("/")[0] for room in ROOMS})
@@ -137,6 +197,9 @@ def main(arguments):
         for number, fault in faults_of(root, path):
             print(f"{path}:{number}: {fault}")
             count += 1
+    for path, number, fault in order_faults(root):
+        print(f"{path}:{number}: {fault}")
+        count += 1
     print(f"{len(sources)} files, {count} forbidden includes")
     return 1 if count else 0
 

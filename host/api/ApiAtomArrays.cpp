@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Atom arrays and string objects.
+#include "ApiAtomArrays.h"
+
 #include "ApiAtomText.h"
-#include "ApiDictionaries.h"
 #include "ApiObjects.h"
 
 namespace HostApi {
@@ -33,6 +34,11 @@ void ShowAtoms(AtomArray& array) {
 }
 
 }  // namespace
+
+void FreeValue(t_atom& value) {
+    if (value.a_type == A_OBJ && FindObject(value.a_w.w_obj)) object_free(value.a_w.w_obj);
+    value = {};
+}
 
 AtomArray* AsAtomArray(const void* pointer) { return AsOwn<AtomArray>(AtomArrayClass, pointer); }
 
@@ -104,3 +110,7 @@ const char* string_getptr(t_string* x) {
     const String* string = AsString(x);
     return string ? string->text.c_str() : "";
 }
+
+max_long atomisatomarray(t_atom* a) { return AsAtomArray(atom_getobj(a)) ? 1 : 0; }
+
+max_long atomisstring(const t_atom* a) { return AsString(atom_getobj(a)) ? 1 : 0; }

@@ -70,17 +70,6 @@ void AppendArray(std::vector<t_atom>& atoms,
 
 }  // namespace
 
-std::optional<t_atom> ParseNumber(std::string_view text) {
-    const auto number = HostReading::ReadNumber(text);
-    if (!number || !number->isInRange) return {};
-    t_atom atom{};
-    if (number->isWhole)
-        atom_setlong(&atom, static_cast<t_atom_long>(number->whole));
-    else
-        atom_setfloat(&atom, number->value);
-    return atom;
-}
-
 std::vector<t_atom> ParseAtoms(std::string_view text) {
     const auto words = HostReading::SplitWords(text, HostReading::Dialect::Max);
     std::vector<t_atom> atoms;

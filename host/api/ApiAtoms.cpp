@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Atoms: setting, reading with coercion, arrays, and memory for the answers of getters.
-#include "ApiAtomText.h"
-#include "ApiDictionaries.h"
+#include "ApiAtoms.h"
+
 #include "ApiFaults.h"
+#include "reading/HostWords.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +11,18 @@
 #include <limits>
 
 namespace HostApi {
+
+std::optional<t_atom> ParseNumber(std::string_view text) {
+    const auto number = HostReading::ReadNumber(text);
+    if (!number || !number->isInRange) return {};
+    t_atom atom{};
+    if (number->isWhole)
+        atom_setlong(&atom, static_cast<t_atom_long>(number->whole));
+    else
+        atom_setfloat(&atom, number->value);
+    return atom;
+}
+
 namespace {
 
 /// Toward zero; what no integer holds becomes the nearest one, and no number becomes 0.
@@ -94,12 +107,6 @@ t_symbol* atom_getsym(const t_atom* a) {
 void* atom_getobj(const t_atom* a) { return a && a->a_type == A_OBJ ? a->a_w.w_obj : nullptr; }
 
 max_long atom_gettype(const t_atom* a) { return a ? a->a_type : static_cast<max_long>(A_NOTHING); }
-
-max_long atomisdictionary(t_atom* a) { return AsDictionary(atom_getobj(a)) ? 1 : 0; }
-
-max_long atomisatomarray(t_atom* a) { return AsAtomArray(atom_getobj(a)) ? 1 : 0; }
-
-max_long atomisstring(const t_atom* a) { return AsString(atom_getobj(a)) ? 1 : 0; }
 
 // ---- One of a list
 

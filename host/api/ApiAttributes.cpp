@@ -320,6 +320,17 @@ t_max_err object_addattr(void* x, t_object* attr) {
     return MAX_ERR_NONE;
 }
 
+t_max_err class_addattr(t_class* c, t_object* attr) {
+    if (const auto code = InjectedFailure("class_addattr")) return *code;
+    if (!c || !AsAttribute(attr)) return MAX_ERR_INVALID_PTR;
+    PutAttribute(static_cast<Class*>(c)->attributes, AsAttribute(attr));
+    return MAX_ERR_NONE;
+}
+
+void* class_attr_get(t_class* c, t_symbol* attrname) {
+    return c ? FindAttribute(static_cast<Class*>(c)->attributes, attrname) : nullptr;
+}
+
 t_max_err object_chuckattr(void* x, t_symbol* name) {
     ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;

@@ -3,9 +3,8 @@
 // attributes, so one mechanism serves values and properties.
 #pragma once
 
-#include "ext.h"
+#include "ApiRecords.h"
 
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -22,27 +21,6 @@ struct ValueType {
 
 /// The row of a type name; that of "atom" for a name nobody knows.
 const ValueType& FindValueType(const t_symbol* name);
-
-/// Range of a clip filter.
-struct Clip {
-    double min, max;
-    bool useMin, useMax;
-};
-
-struct Attribute : t_attr {
-    enum class Place : std::uint8_t { Record, OwnValues };
-
-    Place place = Place::OwnValues;
-    std::size_t size = 1;  // most values of an array in the record
-    std::size_t offset = 0, offsetCount = 0;
-    std::vector<t_atom> values;  // Place::OwnValues
-    std::optional<Clip> clipOnGet, clipOnSet;
-
-    static Attribute* FromObject(t_object* object) {
-        return static_cast<Attribute*>(reinterpret_cast<t_attr*>(object));
-    }
-    t_object* Object() { return &ob; }
-};
 
 /// The attribute behind a pointer, null when it is no live attribute.
 Attribute* AsAttribute(void* pointer);

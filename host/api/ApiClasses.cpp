@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Classes: class_... of the API.
-#include "ApiAttributes.h"
 #include "ApiFaults.h"
 #include "ApiFiles.h"
-#include "ApiObjects.h"
+#include "ApiRecords.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -35,31 +34,6 @@ void ReadTypes(t_messlist& message, int first, std::va_list codes) {
 Class& Inner(t_class* c) { return *static_cast<Class*>(c); }
 
 }  // namespace
-
-void PutStored(Store& store, const t_symbol* key, const StoredValue& value) {
-    if (const auto old = store.find(key); old != store.end()) {
-        Store one;
-        one.insert(store.extract(old));
-        if (one.begin()->second.value.a_w.w_obj != value.value.a_w.w_obj) FreeStored(one);
-    }
-    store[key] = value;
-}
-
-void FreeStored(Store& store) {
-    Store values;
-    values.swap(store);  // a free routine may look here again
-    for (auto& [key, stored] : values) {
-        t_object* const value = stored.value.a_type == A_OBJ ? stored.value.a_w.w_obj : nullptr;
-        if (!value) continue;
-        if (stored.flags & OBJ_FLAG_MEMORY) {
-            sysmem_freeptr(value);
-        } else if (!(stored.flags & (OBJ_FLAG_REF | OBJ_FLAG_DATA))) {
-            // An outlet belongs to its object's box, whoever stored it.
-            const ObjectRecord* record = FindObject(value);
-            if (record && record->type->c_sym != gensym("outlet")) object_free(value);
-        }
-    }
-}
 
 bool IsReachable(const t_messlist* message) { return message && message->m_type[0] != A_CANT; }
 
@@ -133,13 +107,6 @@ t_max_err class_addmethod(t_class* c, const method m, const char* name, ...) {
     return MAX_ERR_NONE;
 }
 
-t_max_err class_addattr(t_class* c, t_object* attr) {
-    if (const auto code = InjectedFailure("class_addattr")) return *code;
-    if (!c || !AsAttribute(attr)) return MAX_ERR_INVALID_PTR;
-    PutAttribute(Inner(c).attributes, AsAttribute(attr));
-    return MAX_ERR_NONE;
-}
-
 t_max_err class_dumpout_wrap(t_class* c) {
     if (!c) return MAX_ERR_INVALID_PTR;
     if (c->c_flags & CLASS_FLAG_REGISTERED) return MAX_ERR_GENERIC;  // the class is closed
@@ -167,10 +134,6 @@ t_max_err class_setpath(t_class* c, short path) {
 
 max_long class_is_box(t_class* c) { return c && (c->c_flags & CLASS_FLAG_BOX) ? 1 : 0; }
 
-void* class_attr_get(t_class* c, t_symbol* attrname) {
-    return c ? FindAttribute(Inner(c).attributes, attrname) : nullptr;
-}
-
 t_messlist* class_mess(t_class* c, t_symbol* name) {
     if (!c) return nullptr;
     const auto found = Inner(c).messageByName.find(name);
@@ -180,18 +143,4 @@ t_messlist* class_mess(t_class* c, t_symbol* name) {
 method class_method(t_class* c, t_symbol* name) {
     const t_messlist* message = class_mess(c, name);
     return message ? message->m_fun : nullptr;
-}
-
-t_max_err class_extra_store(t_class* c, t_symbol* key, t_object* value) {
-    if (!c) return MAX_ERR_INVALID_PTR;
-    StoredValue stored{{}, OBJ_FLAG_OBJ};
-    atom_setobj(&stored.value, value);
-    PutStored(Inner(c).extra, key, stored);
-    return MAX_ERR_NONE;
-}
-
-void* class_extra_lookup(t_class* c, t_symbol* key) {
-    if (!c) return nullptr;
-    const auto found = Inner(c).extra.find(key);
-    return found == Inner(c).extra.end() ? nullptr : found->second.value.a_w.w_obj;
 }

@@ -1,25 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Console rows: object_post and its kin format here and go to the host's sink.
+// Console rows of modules: object_post and its kin.
 #include "ApiFaults.h"
 #include "ApiObjects.h"
-#include "HostBridge.h"
+#include "ApiReports.h"
 
 #include <cstdarg>
 #include <cstdio>
-#include <mutex>
 
 namespace HostApi {
 namespace {
-
-struct Console {
-    std::recursive_mutex mutex;  // a sink may lead back to a post
-    ConsoleSink sink;
-};
-
-Console& TheConsole() {
-    static auto& console = *new Console;
-    return console;
-}
 
 void Post(PostKind kind, t_object* object, const char* format, std::va_list arguments) {
     RefusePerform("object_post");
@@ -31,19 +20,10 @@ void Post(PostKind kind, t_object* object, const char* format, std::va_list argu
     std::vsnprintf(text.data(), text.size() + 1, format, again);
     va_end(again);
 
-    Console& console = TheConsole();
-    const std::lock_guard lock(console.mutex);
-    if (console.sink) console.sink(kind, text, object);
+    WriteRow(kind, text, object);
 }
 
 }  // namespace
-
-void SetConsoleSink(ConsoleSink sink) {
-    Console& console = TheConsole();
-    const std::lock_guard lock(console.mutex);
-    console.sink = std::move(sink);
-}
-
 }  // namespace HostApi
 
 using namespace HostApi;

@@ -121,11 +121,6 @@ t_atom ClonedValue(const t_atom& value) {
 
 }  // namespace
 
-void FreeValue(t_atom& value) {
-    if (value.a_type == A_OBJ && FindObject(value.a_w.w_obj)) object_free(value.a_w.w_obj);
-    value = {};
-}
-
 Dictionary* AsDictionary(const void* pointer) {
     return AsOwn<Dictionary>(DictionaryClass, pointer);
 }
@@ -334,6 +329,8 @@ t_dictionary* dictionary_clone(t_dictionary* d) {
             PutEntry(copy, entry.key, value);
     return copy;
 }
+
+max_long atomisdictionary(t_atom* a) { return AsDictionary(atom_getobj(a)) ? 1 : 0; }
 
 // ---- Names
 

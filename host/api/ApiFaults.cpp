@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ApiFaults.h"
 
-#include "HostBridge.h"
+#include "ApiReports.h"
 
 #include <atomic>
 #include <mutex>
@@ -36,8 +36,7 @@ std::optional<t_max_err> InjectedFailure(std::string_view function) {
 
 void RefusePerform(const char* function) {
     if (CurrentThreadKind() != ThreadKind::Perform) return;
-    const ThreadScope elsewhere(ThreadKind::Audio);  // the report is the host's, not the module's
-    object_bug(nullptr, "%s: called in a perform routine", function);
+    ReportBug(std::string(function) + ": called in a perform routine");
 }
 
 bool FailCall(std::string_view function, unsigned n, t_max_err code) {

@@ -5,6 +5,7 @@
 #include "ApiAtomText.h"
 #include "ApiFaults.h"
 #include "ApiFiles.h"
+#include "ApiJsonText.h"
 #include "reading/HostFiles.h"
 
 #include <algorithm>

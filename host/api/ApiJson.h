@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Dictionaries as JSON text; inside the library only.
+// JSON text to dictionaries; inside the library only.
 #pragma once
 
 #include "ApiDictionaries.h"
@@ -8,11 +8,6 @@
 #include <string_view>
 
 namespace HostApi {
-
-/// In the manner of Max's writer: tabs, a blank on both sides of the colon, lists in one line, a
-/// decimal point in every float. Numbers read back to the same values; what is no number in JSON
-/// (nan, infinity) becomes null.
-std::string JsonText(const Dictionary& dictionary);
 
 /// Whole numbers become longs, others floats, true and false 1 and 0, text symbols, arrays atom
 /// arrays, objects dictionaries; null makes no entry.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "ApiAtomText.h"
-#include "ApiJson.h"
+#include "ApiJsonText.h"
 
 #include <array>
 #include <charconv>

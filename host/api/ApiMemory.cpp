@@ -4,8 +4,10 @@
 // Every block stands between two marks, and what is freed waits a while, filled with a pattern,
 // before its memory is used again: a module that writes beyond its memory, frees it twice or writes
 // to it after it was freed is reported instead of being lucky.
+#include "ApiMemory.h"
+
 #include "ApiFaults.h"
-#include "ApiObjects.h"
+#include "ApiReports.h"
 #include "HostBridge.h"
 
 #include <algorithm>
@@ -52,16 +54,15 @@ t_ptr BlockOf(Header* header) { return reinterpret_cast<t_ptr>(header + 1); }
 /// Whether the block may be used; reports why not.
 bool CheckBlock(const Header* header, const char* function) {
     if (header->state != BlockState::Live) {
-        object_bug(nullptr,
-                   header->state == BlockState::Freed ? "%s: the memory has been freed already"
-                                                      : "%s: the memory is not the API's",
-                   function);
+        const bool wasFreed = header->state == BlockState::Freed;
+        ReportBug(std::string(function) + (wasFreed ? ": the memory has been freed already"
+                                                    : ": the memory is not the API's"));
         return false;
     }
     const auto* const end = reinterpret_cast<const char*>(header + 1) + header->size;
     if (std::memcmp(end, kEndMark.data(), kEndMark.size()) != 0)
-        object_bug(nullptr, "%s: %llu bytes were written beyond their end", function,
-                   static_cast<unsigned long long>(header->size));
+        ReportBug(std::string(function) + ": " + std::to_string(header->size) +
+                  " bytes were written beyond their end");
     return true;
 }
 
@@ -69,8 +70,8 @@ bool CheckBlock(const Header* header, const char* function) {
 void LetGo(Header* header) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(header + 1);
     if (!std::all_of(bytes, bytes + header->size, [](unsigned char b) { return b == kFreedByte; }))
-        object_bug(nullptr, "sysmem_freeptr: %llu bytes were written to after they were freed",
-                   static_cast<unsigned long long>(header->size));
+        ReportBug("sysmem_freeptr: " + std::to_string(header->size) +
+                  " bytes were written to after they were freed");
     std::free(header);
 }
 
@@ -114,7 +115,7 @@ std::size_t CountBlocks() {
     return blocks.live;
 }
 
-void CheckFreedMemory() {
+void ReleaseFreedBlocks() {
     Blocks& blocks = TheBlocks();
     std::deque<Header*> leaving;
     {
@@ -123,7 +124,6 @@ void CheckFreedMemory() {
         blocks.waitingBytes = 0;
     }
     for (Header* old : leaving) LetGo(old);
-    ForgetDead();
 }
 
 }  // namespace HostApi

@@ -2,13 +2,12 @@
 // Life of objects, what is stored with them, who listens to them: object_... of the API.
 #include "ApiObjects.h"
 
-#include "ApiAttributes.h"
 #include "ApiFaults.h"
-#include "ApiOutlets.h"
-#include "HostBridge.h"
+#include "ApiReports.h"
 
 #include <algorithm>
 #include <deque>
+#include <mutex>
 #include <utility>
 
 namespace HostApi {
@@ -17,11 +16,11 @@ namespace {
 struct LiveObjects {
     std::mutex mutex;
     std::unordered_map<const void*, std::unique_ptr<ObjectRecord>> records;
-    struct Grave {
+    struct DeadObject {
         const t_symbol* className;
         std::uint64_t number;
     };
-    std::unordered_map<const void*, Grave> dead;
+    std::unordered_map<const void*, DeadObject> dead;
     std::deque<std::pair<const void*, std::uint64_t>> deadInOrder;  // the oldest first
     std::uint64_t numDead = 0;                                      // ever
     std::uint64_t numBorn = 0;
@@ -52,7 +51,7 @@ Connections& TheConnections() {
 auto LockConnections() { return std::lock_guard(TheConnections().mutex); }
 
 /// Remembers an object that died, and forgets the oldest one where there are many.
-void Bury(LiveObjects& live, const void* object, const t_symbol* className) {
+void RememberDead(LiveObjects& live, const void* object, const t_symbol* className) {
     live.dead[object] = {className, ++live.numDead};
     live.deadInOrder.emplace_back(object, live.numDead);
     if (live.deadInOrder.size() <= kMostDead) return;
@@ -71,6 +70,11 @@ const t_symbol* ClassOfDead(const void* object) {
     return dead == live.dead.end() ? nullptr : dead->second.className;
 }
 
+bool IsAttribute(const void* object) {
+    const ObjectRecord* record = FindObject(object);
+    return record && record->type->c_sym == gensym("attribute");
+}
+
 }  // namespace
 
 ObjectRecord* FindLive(const void* object) {
@@ -84,7 +88,8 @@ ObjectRecord* FindObject(const void* object) {
     ObjectRecord* const record = FindLive(object);
     if (record || !object) return record;
     if (const t_symbol* type = ClassOfDead(object))
-        object_bug(nullptr, "an object of class \"%s\" is used after it was freed", type->s_name);
+        ReportBug("an object of class \"" + std::string(type->s_name) +
+                  "\" is used after it was freed");
     return nullptr;
 }
 
@@ -98,8 +103,8 @@ Target TargetOf(const void* object) {
 
 bool CanReach(const Target& target) {
     if (target.birth == 0 || TargetOf(target.object).birth == target.birth) return true;
-    object_bug(nullptr, "a deferred call reaches an object of class \"%s\" after it was freed",
-               target.className->s_name);
+    ReportBug("a deferred call reaches an object of class \"" +
+              std::string(target.className->s_name) + "\" after it was freed");
     return false;
 }
 
@@ -127,6 +132,31 @@ ObjectRecord& AdoptObject(t_object* object, Class& type) {
     record->type = &type;
     record->birth = ++live.numBorn;
     return *record;
+}
+
+void PutStored(Store& store, const t_symbol* key, const StoredValue& value) {
+    if (const auto old = store.find(key); old != store.end()) {
+        Store one;
+        one.insert(store.extract(old));
+        if (one.begin()->second.value.a_w.w_obj != value.value.a_w.w_obj) FreeStored(one);
+    }
+    store[key] = value;
+}
+
+void FreeStored(Store& store) {
+    Store values;
+    values.swap(store);  // a free routine may look here again
+    for (auto& [key, stored] : values) {
+        t_object* const value = stored.value.a_type == A_OBJ ? stored.value.a_w.w_obj : nullptr;
+        if (!value) continue;
+        if (stored.flags & OBJ_FLAG_MEMORY) {
+            sysmem_freeptr(value);
+        } else if (!(stored.flags & (OBJ_FLAG_REF | OBJ_FLAG_DATA))) {
+            // An outlet belongs to its object's box, whoever stored it.
+            const ObjectRecord* record = FindObject(value);
+            if (record && record->type->c_sym != gensym("outlet")) object_free(value);
+        }
+    }
 }
 
 t_messlist* FindMessage(const void* object, const t_symbol* name) {
@@ -167,7 +197,7 @@ void DestroyObject(t_object* object) {
     Class& type = *record->type;
     NotifyClients(object, gensym("free"), nullptr);
     if (type.c_freefun) type.c_freefun(object);
-    if (record->signalInlets > 0) object_bug(object, "%s", "freed without z_dsp_free");
+    if (record->signalInlets > 0) ReportBug("freed without z_dsp_free", object);
     object_unregister(object);
     DetachEverywhere(object, *record);
     FreeStored(record->stored);
@@ -179,7 +209,7 @@ void DestroyObject(t_object* object) {
         LiveObjects& live = Live();
         const std::lock_guard lock(live.mutex);
         live.records.erase(object);
-        Bury(live, object, type.c_sym);
+        RememberDead(live, object, type.c_sym);
     }
     if (type.destroy) {
         type.destroy(object);
@@ -204,7 +234,7 @@ t_max_err object_free(void* x) {
     if (!x) return MAX_ERR_INVALID_PTR;
     const ObjectRecord* record = FindLive(x);
     if (!record) {
-        object_bug(nullptr, "%s", "object_free: the object is not alive");
+        ReportBug("object_free: the object is not alive");
         return MAX_ERR_INVALID_PTR;
     }
     auto* const object = static_cast<t_object*>(x);
@@ -296,11 +326,18 @@ t_max_err object_obex_lookupsym(void* x, t_symbol* key, t_symbol** value) {
     return MAX_ERR_NONE;
 }
 
-void object_obex_dumpout(void* x, t_symbol* s, max_long argc, t_atom* argv) {
-    t_object* outlet = nullptr;
-    if (object_obex_lookup(x, gensym("dumpout"), &outlet) != MAX_ERR_NONE || !outlet) return;
-    outlet_anything(outlet, s, static_cast<short>(std::clamp(argc, max_long{0}, max_long{32767})),
-                    argv);
+t_max_err class_extra_store(t_class* c, t_symbol* key, t_object* value) {
+    if (!c) return MAX_ERR_INVALID_PTR;
+    StoredValue stored{{}, OBJ_FLAG_OBJ};
+    atom_setobj(&stored.value, value);
+    PutStored(static_cast<Class*>(c)->extra, key, stored);
+    return MAX_ERR_NONE;
+}
+
+void* class_extra_lookup(t_class* c, t_symbol* key) {
+    if (!c) return nullptr;
+    const auto found = static_cast<Class*>(c)->extra.find(key);
+    return found == static_cast<Class*>(c)->extra.end() ? nullptr : found->second.value.a_w.w_obj;
 }
 
 // ---- Registration and notification
@@ -382,9 +419,9 @@ t_max_err object_detach_byptr(void* client, void* registered) {
 t_max_err object_notify(void* x, t_symbol* message, void* data) {
     const ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
-    if (message == gensym("attr_modified") && !AsAttribute(data)) {
+    if (message == gensym("attr_modified") && !IsAttribute(data)) {
         // Clients ask the data for its name: in Max this call takes the whole program down.
-        object_bug(static_cast<t_object*>(x), "%s", "attr_modified without an attribute");
+        ReportBug("attr_modified without an attribute", static_cast<t_object*>(x));
         return MAX_ERR_INVALID_PTR;
     }
     NotifyClients(x, message, data);

@@ -1,74 +1,16 @@
 // SPDX-License-Identifier: MIT
-// What the library knows about classes and live objects; inside the library only.
-//
-// An object's memory holds what a module may see (t_object and the module's own fields). Everything
-// else about it (outlets, stored values, instance attributes, clients) stands in an ObjectRecord
-// that is found by the object's address, so a dead or foreign pointer is noticed instead of
-// followed.
+// Live objects and their records; inside the library only.
 #pragma once
 
-#include "ext.h"
+#include "ApiRecords.h"
 
 #include <cstdint>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <set>
-#include <string>
-#include <unordered_map>
-#include <vector>
 
 namespace HostApi {
-
-struct Attribute;
-struct Outlet;
-struct Proxy;
-
-/// A value stored with an object or a class, and how it is freed (OBJ_FLAG_).
-struct StoredValue {
-    t_atom value{};
-    max_long flags = OBJ_FLAG_DATA;
-};
-using Store = std::map<const t_symbol*, StoredValue>;
 
 /// Puts a value under a key and frees the one that was there.
 void PutStored(Store& store, const t_symbol* key, const StoredValue& value);
 void FreeStored(Store& store);
-
-/// A class.  Lives as long as the process.
-struct Class : t_class {
-    t_symbol* nameSpace = nullptr;
-    std::vector<std::unique_ptr<t_messlist>> messages;  // in the order of registration
-    std::unordered_map<const t_symbol*, t_messlist*> messageByName;
-    std::vector<Attribute*> attributes;
-    Store extra;
-    bool answersGet = false;  // class_dumpout_wrap was called
-    short path = 0;           // id of the folder it came from
-
-    // Set for the library's own classes, whose objects are C++ records made with new.
-    void (*destroy)(t_object* object) = nullptr;
-    bool (*release)(t_object* object) = nullptr;  // false: others still hold it, do not free yet
-
-    t_messlist creation{};  // types of the creation routine
-    t_messlist head[2]{};   // head[0].m_sym is the class; objects point to head[1]
-};
-
-struct ObjectRecord {
-    Class* type = nullptr;
-    std::uint64_t birth = 0;             // a number of its own, from 1
-    std::vector<Attribute*> attributes;  // of the instance, owned
-    Store stored;
-    std::vector<Outlet*> outlets;  // as made, right to left, owned
-    std::vector<Proxy*> proxies;   // as made, right to left, owned
-    std::size_t signalInlets = 0;
-    std::set<const t_symbol*> disabledAttributes;
-
-    // Under the lock of all connections.
-    t_symbol* nameSpace = nullptr;  // null while not registered
-    t_symbol* name = nullptr;
-    std::vector<void*> clients;  // attached to this object
-    std::vector<void*> targets;  // to which this object is attached
-};
 
 /// The record of a live object, or null; the use of one that was freed is reported.  Thread: any.
 ObjectRecord* FindObject(const void* object);

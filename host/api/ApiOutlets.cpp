@@ -150,6 +150,13 @@ void* outlet_anything(t_outlet* o, t_symbol* s, short argc, t_atom* argv) {
     return Send(o, s, Atoms(argc, argv));
 }
 
+void object_obex_dumpout(void* x, t_symbol* s, max_long argc, t_atom* argv) {
+    t_object* outlet = nullptr;
+    if (object_obex_lookup(x, gensym("dumpout"), &outlet) != MAX_ERR_NONE || !outlet) return;
+    outlet_anything(outlet, s, static_cast<short>(std::clamp(argc, max_long{0}, max_long{32767})),
+                    argv);
+}
+
 void outlet_atoms(void* o, short argc, t_atom* argv) {
     const auto atoms = Atoms(argc, argv);
     if (atoms.empty()) {

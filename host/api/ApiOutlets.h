@@ -1,30 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Outlet and proxy objects; inside the libraries only.
+// Inlets as the message at hand sees them; inside the libraries only.
 #pragma once
 
-#include "ext.h"
+#include "ApiRecords.h"
 
 #include <cstddef>
 
 namespace HostApi {
-
-struct Outlet {
-    t_object ob;
-    t_object* owner;
-    t_symbol* type;  // the empty symbol: any message
-
-    static Outlet* FromObject(t_object* object) { return reinterpret_cast<Outlet*>(object); }
-    t_object* Object() { return &ob; }
-};
-
-struct Proxy {
-    t_object ob;
-    max_long id;  // what proxy_getinlet tells
-    max_long* place;
-
-    static Proxy* FromObject(t_object* object) { return reinterpret_cast<Proxy*>(object); }
-    t_object* Object() { return &ob; }
-};
 
 /// While this lives, proxy_getinlet answers `inlet` for `object` in the calling thread.
 class InletScope {

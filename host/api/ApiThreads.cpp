@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Kinds of threads, deferral to the main thread, queue elements, critical regions.
+// Deferral to the main thread, queue elements, critical regions.
 #include "ApiThreads.h"
 
 #include "ApiAtomText.h"
@@ -7,11 +7,8 @@
 #include "ApiObjects.h"
 
 #include <algorithm>
-#include <atomic>
 #include <deque>
 #include <mutex>
-#include <optional>
-#include <thread>
 #include <utility>
 
 struct t_critical_region {
@@ -50,17 +47,7 @@ void ForgetQueued(const void* object) {
     std::erase_if(queue.waiting, [object](const Work& w) { return w.key.object == object; });
 }
 
-const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
-thread_local std::optional<ThreadKind> assumedKind;
 thread_local int messagesAround = 0;  // in which the thread is
-
-thread_local Cause currentCause;
-std::atomic<int> lastInAudio = 0;  // the latest action that was a message of the audio interrupt
-
-Cause Joined(const Cause& a, const Cause& b) {
-    if (a.first == 0 || b.first == 0) return a.first == 0 ? b : a;
-    return {std::min(a.first, b.first), std::max(a.last, b.last)};
-}
 
 using DeferredFunction = void(void*, t_symbol*, short, t_atom*);
 
@@ -84,27 +71,6 @@ void Defer(void* x,
 }
 
 }  // namespace
-
-void SetCause(const Cause& cause) { currentCause = cause; }
-
-Cause CurrentCause() { return currentCause; }
-
-PutOffCause PutOffCause::Now() {
-    PutOffCause now;
-    now.cause_ = currentCause;
-    now.isOfAudio_ = CurrentThreadKind() == ThreadKind::Audio;
-    return now;
-}
-
-void PutOffCause::Add(const PutOffCause& before) {
-    cause_ = Joined(cause_, before.cause_);
-    isOfAudio_ |= before.isOfAudio_;
-}
-
-Cause PutOffCause::AtWork() const {
-    const int last = lastInAudio;
-    return isOfAudio_ ? Joined(cause_, {last, last}) : cause_;
-}
 
 void Enqueue(
     const WorkKey& key, const void* x, QueueEnd end, std::function<void()> work, bool collapse) {
@@ -150,20 +116,6 @@ bool InMessage() { return messagesAround > 0; }
 MessageScope::MessageScope() { ++messagesAround; }
 
 MessageScope::~MessageScope() { --messagesAround; }
-
-ThreadKind CurrentThreadKind() {
-    if (assumedKind) return *assumedKind;
-    return std::this_thread::get_id() == kMainThread ? ThreadKind::Main : ThreadKind::Scheduler;
-}
-
-ThreadScope::ThreadScope(ThreadKind kind)
-    : previous_(CurrentThreadKind()),
-      wasSet_(assumedKind.has_value()) {
-    assumedKind = kind;
-    if (kind == ThreadKind::Audio) lastInAudio = currentCause.last;
-}
-
-ThreadScope::~ThreadScope() { assumedKind = wasSet_ ? std::optional(previous_) : std::nullopt; }
 
 }  // namespace HostApi
 
@@ -216,29 +168,7 @@ void qelem_free(t_qelem* q) {
     delete static_cast<QueueElement*>(q);
 }
 
-// ---- Threads and critical regions
-
-namespace {
-
-bool InScheduler() {
-    const ThreadKind kind = CurrentThreadKind();
-    return kind == ThreadKind::Scheduler || kind == ThreadKind::Audio;
-}
-
-bool InAudio() {
-    const ThreadKind kind = CurrentThreadKind();
-    return kind == ThreadKind::Audio || kind == ThreadKind::Perform;
-}
-
-}  // namespace
-
-max_long isr() { return InScheduler() ? 1 : 0; }
-
-short systhread_ismainthread() { return CurrentThreadKind() == ThreadKind::Main ? 1 : 0; }
-
-short systhread_istimerthread() { return InScheduler() ? 1 : 0; }
-
-short systhread_isaudiothread() { return InAudio() ? 1 : 0; }
+// ---- Critical regions
 
 namespace {
 

@@ -3,6 +3,7 @@
 #include "HostBridge.h"
 
 #include "ApiAttributes.h"
+#include "ApiMemory.h"
 #include "ApiObjects.h"
 
 #include <algorithm>
@@ -28,6 +29,11 @@ AttributeInfo Describe(Attribute& attribute, bool isInstance) {
 }
 
 }  // namespace
+
+void CheckFreedMemory() {
+    ReleaseFreedBlocks();
+    ForgetDead();
+}
 
 std::vector<MessageInfo> Messages(const t_class* type) {
     std::vector<MessageInfo> messages;

@@ -20,6 +20,10 @@ TREE = {
     "src/Object.cpp": '#include "max/Atoms.h"\n#include "pan/Pan.h"\n',
     "host/HostPlatform.cpp": "#include <dlfcn.h>\n",
     "host/Host.cpp": '#include "ext.h"\n',
+    "maxapi/ext_obex.h": "void object_free(void* x);\nvoid* gensym(const char* name);\n",
+    "host/api/ApiSymbols.cpp": '#include "ext_obex.h"\n\nvoid* gensym(const char* name) { return nullptr; }\n',
+    "host/api/ApiObjects.h": "",
+    "host/api/ApiObjects.cpp": '#include "ApiObjects.h"\n\nvoid object_free(void* x) {\n    gensym("free");\n}\n',
     "tests/libquilo/PanTest.cpp": '#include "pan/Pan.h"\n#include <gtest/gtest.h>\n',
     "tests/src/ObjectTest.cpp": '#include "ext.h"\n',
 }
@@ -36,6 +40,9 @@ FAULTS = (
     ("maxapi/ext.h",                     '#include "text/Text.h"',       "must not know"),
     ("host/Host.cpp",                    '#include "Object.cpp"',        "must not know"),
     ("host/Host.cpp",                    "#include <dlfcn.h>",           "standard library"),
+    ("host/api/ApiSymbols.cpp",          '#include "ApiObjects.h"',      "stands above"),
+    ("host/api/ApiSymbols.cpp",          "void F() { object_free(0); }", "defined above"),
+    ("host/api/ApiUnknown.cpp",          "",                             "no place"),
     ("libvelkdsp/src/other/Other.h",     "",                             "is in no room"),
 )
 
