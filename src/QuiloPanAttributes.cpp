@@ -27,7 +27,8 @@ constexpr Range kFromZero{0};
 
 std::string TypeChoices() { return PanTypeKeywords().PrintedKeywords(' '); }
 
-// Deliberate: a menu of its own; "sh" stands for "direct" and "snowman" for its canonical word.
+// The menu's own words, not those that the attribute prints: "sh" sets direct, "snowman" prints as
+// "snowmanmodel".
 std::string SubTypeChoices() {
     return "direct early diffuse nearfield sh sphericalheadmodel snowman continuous";
 }
@@ -143,9 +144,9 @@ constexpr char kItdLatencyHelp[] =
 constexpr char kHeadRadiusHelp[] =
     "Radius of the listener's head, in metres up to 1, for the models of <m> itdtype </m>.";
 
-// With the patcher are saved the settings of a rendering, as comparable objects do, and the layout
-// of the room. Not saved: what stands in the box text, switches of a performance (mute, bypass),
-// and what belongs to a moving source; preset, pattr and dictionaries keep all of it.
+// The patcher file saves how the object renders and where the loudspeakers stand. It does not save
+// what the box text holds, what is switched during a performance (mute, bypass) and what changes as
+// a source moves; preset, pattr and dictionaries store all of these.
 constexpr bool kSaved = true;
 constexpr bool kNotSaved = false;
 
@@ -185,13 +186,13 @@ constexpr AttributeGroup kNfcHoa{Family::NfcHoa, "hoa"};
 constexpr AttributeGroup kSpreading{Family::Spreading, "options"};
 constexpr AttributeGroup kSubwoofers{Family::Subwoofers, nullptr};
 
-/// A row without a default has the one with which its engine begins.
+/// A row without a default takes the value that a new engine has.
 struct InstanceRow {
     const AttributeGroup& group;
     AttributeRow attribute;
 };
 
-// In the order in which they are added; an inspector sorts by name what has no order.
+// In the order in which they are added; an inspector sorts attributes without "order" by name.
 constexpr InstanceRow kInstanceAttributes[] = {
     // group         name              type       size              label                                  style    choices            default   units    category order    saved      accessors and range                                                    help
     {kHeadphones,  {"listenerposition", "float32", 3,              "listener position",                   nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kNotSaved, Bind<ListenerPosition, SetListenerPosition>,                           kListenerHelp}},
@@ -224,7 +225,8 @@ void AddPanInstanceAttributes(PanObject& object) {
         AttributeRow attribute = row.attribute;
         attribute.category = row.group.category;
         VelkMax::AddInstanceAttribute(MaxObjectOf(object), attribute);
-        // What the engine did not give is what it gets; a diffuse one has nothing to set.
+        // The engine's own value may differ from the default of the row. The diffuse subtype keeps
+        // it.
         if (attribute.defaultValue != nullptr &&
             object.Engine()->GetSubType() != Pan::SubType::Diffuse) {
             VelkMax::ResetAttributeToDefault(MaxObjectOf(object), attribute.name);

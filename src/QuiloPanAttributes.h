@@ -8,10 +8,10 @@ namespace Quilo {
 
 class PanObject;
 
-/// In the order of registration; the place in the inspector is the rows' own.
+/// In the order of registration; the column "order" of a row gives its place in the inspector.
 std::span<const VelkMax::AttributeRow> PanClassAttributes();
 
-/// Adds the attributes that this object's engine makes use of.
+/// Adds the attributes that only the object's type of panner has. Without an engine it adds none.
 void AddPanInstanceAttributes(PanObject& object);
 
 }  // namespace Quilo

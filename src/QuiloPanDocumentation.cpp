@@ -42,7 +42,7 @@ constexpr char kDescription[] =
     "ambisonic types a source in front is encoded in the channel Y: decoders that follow the "
     "usual frame, in which it is X, want their directions turned by 90 degrees.";
 
-/// The build that patches ask for by its date; signals are 32-bit floats inside.
+/// The build date is fixed, since patches look for it. Signals are 32-bit floats inside.
 std::string VersionText() {
     char text[64];
     std::snprintf(text, sizeof text, "%d.%d.%d (Build %s) (%d bits float)", Project::kVersionMajor,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What quilo.pan~ says of itself to the reader of its reference page.
+// The texts of quilo.pan~'s reference page: class, arguments, inlets and outlets.
 #pragma once
 
 #include "max/VelkMaxDocumentation.h"

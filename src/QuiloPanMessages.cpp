@@ -59,7 +59,7 @@ void DspStatusMessage(PanObject& object) {
     Post(object, sys_getdspstate() != 0 ? VelkMax::kDspOn : VelkMax::kDspOff);
 }
 
-/// What the signal processing knows of each inlet, a line each.
+/// Posts one line for each inlet: not connected, connected and active, or connected and silent.
 void DspStateMessage(PanObject& object) {
     const Pan* engine = object.Engine();
     for (unsigned inlet = 0; engine != nullptr && inlet < engine->NumInputs(); ++inlet) {

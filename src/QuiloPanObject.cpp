@@ -31,7 +31,7 @@ std::span<const float> Flatten(const tav::CartesianArray& positions,
 
 constexpr std::size_t kMostCoordinates = std::size_t{3} * kMaxChannels;
 
-/// Where memory for the values of attributes is asked for, as it is reported.
+/// The place that an exception names when memory for attribute values runs short.
 constexpr tav::SourceSite kObjectSite{"..\\..\\src\\quilo.pan~", 0};
 
 Pan::Type TypeNamed(std::string_view word) {
@@ -85,8 +85,8 @@ void PanObject::PlaceSources() {
     if (engine_ == nullptr) return;
     tav::CartesianArray sources = DefaultSources(static_cast<unsigned>(numInputs_));
     ReadTriplets(*this, kSourcesPositionTexts, Atoms(givenSources_), sources);
-    // By force: the spaced pair (type ab) glides to a new position even when told to jump, unless
-    // it is forced. Without force, sources would first sound gliding in from the origin.
+    // Forced, because the spaced pair (type ab) otherwise glides even to a position that is set as
+    // a jump: its sources would glide in from the origin when they first sound.
     for (unsigned index = 0; index < NumSources(); ++index) {
         engine_->SetSourcePosition(index, sources[index], true, true);
     }
@@ -94,7 +94,7 @@ void PanObject::PlaceSources() {
 
 void PanObject::Complete() {
     isBeingMade_ = false;
-    // A whole state is the longest message that the object understands.
+    // The longest message that the object understands is one that holds its whole state.
     std::size_t longest = 0;
     for (const VelkMax::MaxAttribute& attribute : VelkMax::ListAttributes(&header_.z_ob)) {
         longest += attribute.NumAtoms();
@@ -115,7 +115,7 @@ void PanObject::MoveSource(unsigned index, const tav::CartesianVector& position)
 
 void PanObject::SetSpeakers(tav::CartesianArray speakers) {
     const tav::CartesianArray asked = speakers;
-    std::swap(speakers_, speakers);  // `speakers` are those before
+    std::swap(speakers_, speakers);  // `speakers` holds the previous layout now
     const unsigned number = ++numLayouts_;
     struct Undo {
         ~Undo() {
@@ -217,7 +217,7 @@ void PanObject::SetSubType(std::string_view subType) {
 // ---- Other attributes
 
 float PanObject::InterpolationTime() const {
-    // Not the engine's own: a panner without a glide keeps none.
+    // The value that was set last, because a panner that does not glide keeps none.
     if (interpolationTimeMs_) return *interpolationTimeMs_;
     return engine_ != nullptr ? engine_->GetInterpolationTime() : 0.f;
 }
@@ -266,7 +266,7 @@ void PanObject::Render(double* const* outputs,
                        max_long numInputs,
                        max_long frames) noexcept TAV_NONBLOCKING {
     if (frames <= 0) return;
-    // Max may hand over other numbers of channels than the object has: then it stays silent.
+    // Where Max passes other numbers of channels than the object has, all outputs are silent.
     if (engine_ == nullptr || numOutputs != numOutputs_ || numInputs != numInputs_) {
         for (max_long channel = 0; channel < numOutputs; ++channel) {
             std::fill_n(outputs[channel], frames, 0.0);

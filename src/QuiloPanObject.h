@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What one quilo.pan~ object is: its settings, its layout and its engine.
 //
-// Max allocates the record and knows nothing of C++; everything of ours lives behind the one
-// pointer in it. An object is configured first (numbers of channels, type, subtype; nothing
-// sounds), then it gets its engine, and from then on its structure is frozen.
+// Max allocates the record as plain memory, which holds one pointer to the C++ object. An object is
+// configured first (numbers of channels, type, subtype), then it gets its engine; from then on
+// these settings are fixed.
 #pragma once
 
 #include "QuiloPanTexts.h"
@@ -50,34 +50,38 @@ public:
 
     // ---- Life
 
-    /// Makes the engine from the settings, once; says what could not be made.
+    /// Makes the engine from the settings, once; posts an error when there is no such panner or no
+    /// memory.
     void BuildEngine();
     /// Gives the engine the default layout with the positions that were set before it existed.
-    /// Throws: what the engine throws; the layout stays.
+    /// Throws: what the engine throws; this object then keeps the layout, the engine does not have
+    /// it.
     void PlaceSpeakers();
     void PlaceSources();
 
-    /// Until the box is complete.
+    /// True from construction to Complete.
     bool IsBeingMade() const { return isBeingMade_; }
     /// The box is complete: changes are announced from now on.  Throws: std::bad_alloc.
     void Complete();
 
-    /// Null until BuildEngine, and for good when there was no memory for an engine.
+    /// Null before BuildEngine, and afterwards too when there was no memory for an engine.
     Pan* Engine() const { return engine_.get(); }
 
-    // ---- Positions; attributes and messages meet here.
+    // ---- Positions, for attributes and messages alike
 
-    // The engine keeps where the sources are, this object which layout was asked for last.
+    // The engine holds the positions of the sources; this object holds the layout that was set
+    // last.
 
     unsigned NumSources() const { return engine_ != nullptr ? engine_->NumInputs() : 0; }
     unsigned NumSpeakers() const { return static_cast<unsigned>(speakers_.Size()); }
     /// @param index  below NumSources()
     tav::CartesianVector Source(unsigned index) const { return engine_->SourcePosition(index); }
-    /// Lets the source glide there.  @param index  below NumSources()
+    /// Starts the source's glide to a position. @param index  below NumSources()
     void MoveSource(unsigned index, const tav::CartesianVector& position);
-    /// Stores the layout and prepares it with others let in through the door; unless another one
-    /// was asked for meanwhile, hands it to the engine then.  Thread: inside the door
-    /// Throws: std::bad_alloc, the layout stays; what the engine throws, it is in force.
+    /// Stores the layout, prepares it outside the door so that other messages are not held up, then
+    /// gives it to the engine unless another layout was set meanwhile. Thread: inside the door
+    /// Throws: std::bad_alloc while preparing, then the old layout is restored; what the engine
+    /// throws when it takes the layout, which is kept.
     void SetSpeakers(tav::CartesianArray speakers);
     const tav::CartesianArray& Speakers() const { return speakers_; }
     /// False for a panner to which loudspeaker positions mean nothing.
@@ -97,13 +101,13 @@ public:
     void SetSubType(std::string_view subType);
     /// x, y, z of each position, metres.
     std::span<const float> SourcesPositions() const;
-    /// Whole triplets from the first source on; sources beyond the list stay where they are. What
-    /// does not make a triplet or belongs to no source is left out with a warning, a list without
-    /// a triplet or with something that is no number changes nothing.
+    /// Takes whole triplets, from the first source on; sources beyond the list stay where they are.
+    /// Values that are no whole triplet or are beyond the last source are left out with a warning.
+    /// A list without a triplet, or with an atom that is no number, changes nothing.
     void SetSourcesPositions(Atoms xyz);
     std::span<const float> SpeakersPositions() const;
     void SetSpeakersPositions(Atoms xyz);
-    /// What the engine glides over, milliseconds; what was set last, whether it glides or not.
+    /// Milliseconds; the value that was set last, also for a panner that does not glide.
     float InterpolationTime() const;
     void SetInterpolationTime(float ms);
     max_long Mute() const { return mute_.load(std::memory_order_relaxed); }
@@ -113,12 +117,12 @@ public:
     /// Seconds; 0 switches it off.
     float AutoMute() const;
     void SetAutoMute(float seconds);
-    /// One value a source, from the first on.
+    /// One value for each source.
     std::span<const float> Spread() const;
     void SetSpread(const std::vector<float>& spreads);
 
-    /// Values of an attribute with so many for each source, to be filled for an answer. Valid until
-    /// the next attribute is asked.  @param perSource  at most 3
+    /// Room for `perSource` values of each source, which a getter fills and answers. Valid until
+    /// the next such getter runs.  @param perSource  at most 3
     std::span<float> PerSourceValues(std::size_t perSource) const {
         return perSourceValues_.First(perSource * static_cast<std::size_t>(numInputs_));
     }
@@ -128,7 +132,8 @@ public:
 
     // ---- Audio
 
-    /// One vector. Writes every output, zeros when there is no engine.
+    /// Computes one vector. Writes every output; zeros without an engine or with other channel
+    /// counts.
     void Render(double* const* outputs,
                 max_long numOutputs,
                 double* const* inputs,
@@ -147,19 +152,19 @@ private:
 
     bool isBeingMade_ = true;
 
-    // Settings until the engine exists; from then on it answers what is really running.
+    // Settings for the engine; once it exists, getters answer what the engine runs with.
     max_long numInputs_ = 1;
     max_long numOutputs_ = 4;
     std::string type_ = "angular";
     std::string subType_ = "direct";
-    std::optional<float> interpolationTimeMs_;  // empty: the engine's own stands
+    std::optional<float> interpolationTimeMs_;  // empty: the engine keeps its own
     float autoMuteSeconds_ = 20.f;
-    std::vector<t_atom> givenSources_;  // positions that came before there was a layout
+    std::vector<t_atom> givenSources_;  // values that were set before the engine existed
     std::vector<t_atom> givenSpeakers_;
 
     tav::CartesianArray speakers_;
-    unsigned numLayouts_ = 0;      // asked for, ever
-    std::unique_ptr<Pan> engine_;  // never changes once audio runs
+    unsigned numLayouts_ = 0;      // set so far, counted to recognise the latest
+    std::unique_ptr<Pan> engine_;  // the same one once audio runs
 
     // shared: control writes, audio reads
     std::atomic<max_long> mute_ = 0;

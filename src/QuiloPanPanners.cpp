@@ -20,7 +20,7 @@ using VelkMax::Error;
 
 namespace {
 
-/// The engine as the panner of its type; null where another one stands in for it.
+/// The engine as a panner of this class; null when it is of another class (see IsOf).
 template <class Panner>
 Panner* EngineAs(const PanObject& object) {
     return dynamic_cast<Panner*>(object.Engine());
@@ -31,21 +31,21 @@ bool IsOneOf(const PanObject& object) {
     return (... || (EngineAs<Panners>(object) != nullptr));
 }
 
-/// What a panner of that type answers; `otherwise` for any other engine.
+/// The answer of the getter for a panner of this class; `otherwise` for any other engine.
 template <class Panner, class Value>
 Value Answer(const PanObject& object, Value (Panner::*get)() const, Value otherwise) {
     const auto* panner = EngineAs<Panner>(object);
     return panner != nullptr ? (panner->*get)() : otherwise;
 }
 
-/// Posts the refusal of a setting that the engine does not have. Not while a stored state is being
-/// restored: such an object answers the setting, so its own state contains it.
+/// Posts that the engine does not have a setting. Posts nothing while a stored state is restored:
+/// the object's getter answers this setting, so its own state contains it.
 template <class... Refusal>
 void Refuse(const PanObject& object, const Refusal&... refusal) {
     if (!VelkMax::RestoringState::IsActive()) Error(object, refusal...);
 }
 
-/// The panner behind an attribute. Null, and refused, where another one stands in for it.
+/// The engine as a panner of this class; null, after posting the refusal, when it is of another.
 template <class Panner, class... Refusal>
 Panner* PannerOrRefusal(const PanObject& object, const Refusal&... refusal) {
     auto* const panner = EngineAs<Panner>(object);
@@ -164,7 +164,7 @@ void SetEncoding(PanObject& object, std::string_view encoding) {
     const auto code = ReadKeyword(object, tav::NormalizationKeywords(), encoding, kInvalidEncoding);
     if (!code) return;
     object.TheDoor().StepOutside([&] { object.Engine()->SetNormalization(*code); });
-    // One value under two names: Max knows of one of them.
+    // Two attributes have this value; Max announces only the one that it set.
     object.TheDoor().Changed(PanSymbols::Get().encoding);
     object.TheDoor().Changed(PanSymbols::Get().norm);
 }
@@ -180,7 +180,7 @@ void SetHoaMode(PanObject& object, std::string_view mode) {
     if (!IsOneOf<HOAPanning, NFCHOAPanning>(object)) return Refuse(object, kOnlyHoa, "hoamode");
     const auto code = ReadKeyword(object, tav::HoaModeKeywords(), mode, kInvalidHoaMode);
     if (!code) return;
-    // A table may have to be made: others are let in meanwhile.
+    // A table may have to be computed; other messages enter meanwhile.
     object.TheDoor().StepOutside([&] { object.Engine()->SetComputationMode(*code); });
 }
 

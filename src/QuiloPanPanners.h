@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Which panner an object has, and what only some panners have as the accessors of attributes: each
-// asks the engine or says why it cannot be asked.
+// Which panner an object has, and the accessors of attributes that only some panners have: each
+// uses the engine, or posts why it cannot.
 #pragma once
 
 #include "QuiloPanObject.h"
@@ -11,7 +11,7 @@ namespace Quilo {
 enum class Family : std::uint8_t {
     Binaural,
     Dbap,
-    Hoa,  // near-field compensated or not
+    Hoa,  // with or without near-field compensation
     Knn,
     NfcHoa,
     Panr,
@@ -19,10 +19,11 @@ enum class Family : std::uint8_t {
     Subwoofers,
 };
 
-/// By the type, which decides what an object has. For the subtype diffuse another panner stands in
-/// for that of the type: then the object belongs to the family and what it sets is refused.
+/// Decided by the type alone. With the subtype diffuse the engine is a diffuse panner instead: the
+/// object still has the attributes of its type's family, but refuses to set those that no diffuse
+/// panner has.
 bool IsOf(const Pan& engine, Family family);
-bool IsOf(const PanObject& object, Family family);  // no, without an engine
+bool IsOf(const PanObject& object, Family family);  // false without an engine
 
 // ---- Distance-based panners
 
@@ -32,7 +33,7 @@ max_long MuteOutside(const PanObject& object);
 void SetMuteOutside(PanObject& object, max_long on);
 /// x, y and z of each source, percent.
 std::span<const float> SpreadXyz(const PanObject& object);
-/// From the first source on; what the list does not reach stays.
+/// Values from the first source on; sources beyond the list keep theirs.
 void SetSpreadXyz(PanObject& object, const std::vector<float>& values);
 /// Spread of one source along x, y and z, percent.  @return false for other panners
 bool SetSourceSpreadXyz(PanObject& object, unsigned index, std::span<const float> xyz);
@@ -56,7 +57,8 @@ void SetCutoff(PanObject& object, float hz);
 
 // ---- The recursive panner
 
-/// For objects of its family; says so where another panner stands in.  @param azimuthsDeg  four
+/// For objects of type panr; posts a refusal when the engine is a diffuse panner.
+/// @param azimuthsDeg  four
 void SetCorners(PanObject& object, std::span<const float> azimuthsDeg);
 
 }  // namespace Quilo

@@ -14,7 +14,7 @@ using VelkMax::Warn;
 using Format = tav::Coordinates::Format;
 
 namespace {
-constexpr std::size_t kMostValues = 8;  // no format has as many
+constexpr std::size_t kMostValues = 8;  // more than any format has
 }
 
 bool IsIndexed(Atoms atoms) {

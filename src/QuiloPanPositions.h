@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Reading positions from the arguments of messages: the coordinate format, the values, and what is
-// said when they do not fit.
+// Reads positions from the arguments of messages: the coordinate format, the values, and the texts
+// that are posted when they do not fit.
 #pragma once
 
 #include "QuiloPanTexts.h"
@@ -13,16 +13,16 @@ namespace Quilo {
 
 class PanObject;
 
-/// Whether a message begins with an index and goes on with something that a handler can read.
+/// Whether a list begins with a whole number that a word or another number follows.
 bool IsIndexed(VelkMax::Atoms atoms);
 
 // ---- One position: source, speaker
 
-/// What a message about one position says.
+/// The texts that a message about one position posts.
 struct PositionTexts {
-    const Text<int>* tooFew;  // number of values the format has; null: the list is unreadable then
+    const Text<int>* tooFew;  // shows the values needed; null: `unreadable`
     const Text<int>* tooMany;
-    bool countsPositions;  // tooMany counts the one position, not its values
+    bool countsPositions;  // tooMany shows 1 position, not the values needed
     const Text<>* unreadable;
 };
 inline constexpr PositionTexts kSourceTexts{&kTooFewSourceValues, &kTooManySourceValues, false,
@@ -33,7 +33,7 @@ inline constexpr PositionTexts kSpeakerTexts{nullptr, &kTooManySpeakerValues, tr
 inline constexpr PositionTexts kListenerTexts{nullptr, &kTooManyListenerValues, true,
                                               &kUnreadableListener};
 
-/// A format keyword, or the default, and the values behind it.
+/// The coordinate format of a list and its values.
 struct FormattedValues {
     tav::Coordinates::Format format = tav::Coordinates::Format::Ade;
     VelkMax::Atoms values;
@@ -43,7 +43,7 @@ struct FormattedValues {
 /// azimuth, distance, elevation, with a warning; an unknown keyword is refused with an error.
 std::optional<FormattedValues> ReadFormat(const PanObject& object, VelkMax::Atoms atoms);
 
-/// Sets or changes one position; false, and nothing changed, when the values do not serve.
+/// Overwrites one position. Returns false, with nothing changed, when the values cannot be read.
 bool ReadPosition(const PanObject& object,
                   const PositionTexts& texts,
                   const FormattedValues& formatted,
@@ -51,28 +51,28 @@ bool ReadPosition(const PanObject& object,
 
 // ---- Many positions
 
-/// Reads one position for each element of `positions`; false, and nothing changed, when one of them
-/// cannot be read.
+/// Reads one position for each element of `positions`. Returns false, with nothing changed, when
+/// one of them cannot be read.
 bool ReadLayout(const PanObject& object,
                 const FormattedValues& formatted,
                 tav::CartesianArray& positions);
 
-/// What an attribute that holds x, y, z of many positions says.
+/// The texts that an attribute with x, y, z of many positions posts.
 struct TripletTexts {
     const Text<int>* tooFew;
     const Text<int>* tooMany;
-    int valuesPerCount;  // what the numbers in both count: 3 positions, 1 coordinates
+    int valuesPerCount;  // 3: the texts show a number of positions; 1: of values
     const Text<>* unreadable;
-    const Text<int>* unreadableNth;  // where it is not null: says which
+    const Text<int>* unreadableNth;  // shows which; null: `unreadable`
 };
 inline constexpr TripletTexts kSourcesPositionTexts{&kTooFewSourceValues, &kTooManySourceValues, 1,
                                                     &kUnreadableSource, nullptr};
 inline constexpr TripletTexts kSpeakersPositionTexts{&kTooFewSpeakers, &kTooManySpeakers, 3,
                                                      nullptr, &kUnreadableNthSpeaker};
 
-/// Overwrites positions from the first on by the whole triplets of a list of x, y, z. What is left
-/// over is named in a warning. False, and nothing changed, for an empty list, one without a
-/// triplet and one with something that is no finite number.
+/// Overwrites positions, from the first on, with the whole triplets of a list of x, y, z. A warning
+/// tells how many values or positions are too few or too many. Returns false, with nothing changed,
+/// for a list without a whole triplet or with a value that is no finite number.
 bool ReadTriplets(const PanObject& object,
                   const TripletTexts& texts,
                   VelkMax::Atoms xyz,

@@ -15,7 +15,7 @@ using VelkMax::Reject;
 
 namespace {
 
-/// What follows `source INDEX`: the whole message is kept for refusals.
+/// One message `source INDEX PROPERTY VALUES...`; the whole of it is kept for refusals.
 struct SourceRequest {
     unsigned index = 0;  // from 0, in range
     Atoms values;        // behind the property
@@ -52,7 +52,7 @@ void SourceMute(PanObject& object, const SourceRequest& request) {
     if (request.values.Size() != 1 || !request.values.IsLong(0)) {
         return Reject(object, kInvalidSource, request.message);
     }
-    // Deliberate: 1 is on and every other number is off.
+    // Deliberate: 1 mutes, every other number unmutes.
     const bool isMuted = request.values.Long(0) == 1;
     if (object.Engine() != nullptr) object.Engine()->SetSourceMute(request.index, isMuted);
 }
@@ -62,7 +62,7 @@ struct SourceProperty {
     void (*set)(PanObject& object, const SourceRequest& request);
 };
 
-// A property that is none of these is a coordinate format.
+// Any other word is read as a coordinate format.
 // clang-format off
 constexpr SourceProperty kSourceProperties[] = {
     {"spread",       SourceSpread},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Symbols of quilo.pan~, looked up once: attributes that messages and aliases change too, and the
-// words that attributes answer.
+// Symbols of quilo.pan~, looked up once: names of attributes that are announced when a message or
+// an alias changes them, and the words that attributes answer.
 #pragma once
 
 #include "math/VelkDspKeywords.h"
@@ -37,7 +37,7 @@ private:
 };
 
 struct PanSymbols {
-    /// The first call, before any audio, looks them up.
+    /// The first call looks the symbols up; it must come before any audio.
     static const PanSymbols& Get();
 
     t_symbol* sources = gensym("sourcespositions");

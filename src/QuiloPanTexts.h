@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Every console text of quilo.pan~ that is its own, by handler. Their spelling, blanks and slips
-// are promises; indices and counts in them are 1-based, as in messages.
+// The console texts that only quilo.pan~ posts, by handler. Their spelling, blanks and mistakes are
+// promises to patches; indices in them count from 1, as in messages.
 #pragma once
 
 #include "max/VelkMaxTexts.h"
@@ -16,13 +16,13 @@ inline constexpr Text<> kNotCreated{"couldnt create object (quilo_pan_new)"};
 inline constexpr Text<> kNotInitialized{"couldnt create object (quilo_pan_initialize)"};
 inline constexpr Text<> kUnsupported{"Unsupported panning configuration"};
 
-// Structure attributes of an object that plays
+// Attributes that are fixed once the engine exists
 inline constexpr Text<int>         kInputsAreFixed{"could not dynamically change number of inputs : %d"};
 inline constexpr Text<int>         kOutputsAreFixed{"could not dynamically change number of outputs : %d"};
 inline constexpr Text<const char*> kTypeIsFixed{"could not dynamically change pan type : %s"};
 inline constexpr Text<const char*> kSubTypeIsFixed{"could not dynamically change pan subtype : %s"};
 
-// Attributes and messages of other panners; a word says which attribute or handler
+// Attributes and messages that this panner does not have; the word is the attribute or handler
 inline constexpr Text<>            kOnlyBinaural{"message only supported by binaural"};
 inline constexpr Text<>            kOnlyNearfield{"message only supported by binaural nearfield"};
 inline constexpr Text<>            kOnlyBinauralListener{"message only supported for binaural panning"};
@@ -33,7 +33,7 @@ inline constexpr Text<>            kOnlyPanr{"message only supported by panr"};
 inline constexpr Text<>            kOnlyKnn{"message only supported by knn panning"};
 inline constexpr Text<const char*> kNoPanner{"couldnt get object : %s"};
 
-// Words that name nothing
+// Unknown keywords
 inline constexpr Text<const char*> kInvalidSpreadMode{"invalid spreadmode %s"};
 inline constexpr Text<const char*> kInvalidEncoding{"invalid hoa encoding %s"};
 inline constexpr Text<const char*> kInvalidHoaMode{"invalid hoa mode %s"};

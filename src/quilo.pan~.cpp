@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The class quilo.pan~ as Max sees it: entry, creation, freeing, audio. What its messages and
-// attributes do stands in their tables.
+// The class quilo.pan~ for Max: entry, creation, freeing, audio. QuiloPanMessages.cpp and
+// QuiloPanAttributes.cpp hold the tables of its messages and attributes.
 
 #include "QuiloPanAttributes.h"
 #include "QuiloPanDocumentation.h"
@@ -32,11 +32,11 @@ PanRecord& RecordOf(void* x) { return *static_cast<PanRecord*>(x); }
 
 // ---- Creation
 
-/// The plain arguments of a box, in their order: all of them are attributes.
+/// The attributes that the arguments of a box without a name set, in this order.
 constexpr const char* kCreationArguments[] = {"numinputs", "numoutputs", "type", "subtype"};
 
-/// How an object gets what its box text asks for. A step that fails says so and leaves an object
-/// that is silent or stands at its defaults; the steps behind it are taken all the same.
+/// Configures a new object from its box text. When a step fails, an error is posted and the later
+/// steps are still taken; the object then is silent or keeps default values.
 class Creation {
 public:
     Creation(PanObject& object, std::span<t_atom> atoms)
@@ -65,7 +65,8 @@ private:
     void SetPlainArguments() {
         const std::size_t count = std::min(NumPlain(), std::size(kCreationArguments));
         for (std::size_t index = 0; index < count; ++index) {
-            if (atom_gettype(&atoms_[index]) == A_OBJ) continue;  // a dictionary instead
+            if (atom_gettype(&atoms_[index]) == A_OBJ)
+                continue;  // a dictionary is given in its place
             object_attr_setvalueof(x_, gensym(kCreationArguments[index]), 1, &atoms_[index]);
         }
     }
@@ -101,7 +102,7 @@ private:
     std::optional<VelkMax::CreationDictionary> dictionary_;
 };
 
-/// Inlets and outlets, and the audio settings of the moment.
+/// Makes inlets and outlets, and gives the engine the present audio settings.
 void Connect(PanRecord& record) {
     PanObject& object = *record.object;
     t_object* const x = MaxObjectOf(object);
@@ -131,11 +132,11 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
         [&] { record.object = std::make_unique<PanObject>(record.header).release(); },
         [&](const char*) { VelkMax::Error(object, VelkMax::kNoMemory); });
     if (record.object == nullptr) {
-        z_dsp_setup(&record.header, 0);  // the free routine takes it back
+        z_dsp_setup(&record.header, 0);  // object_free calls z_dsp_free, which needs it
         object_free(x);
         return nullptr;
     }
-    // A box text has fewer atoms than the API's counts of 16 bits.
+    // Max's functions for arguments count atoms with 16 bits.
     const auto count = static_cast<std::size_t>(std::clamp<max_long>(argc, 0, 32767));
     Creation(*record.object, {argv, count}).Run();
     Connect(record);
@@ -145,9 +146,9 @@ void* quilo_pan_new(t_symbol*, max_long argc, t_atom* argv) noexcept {
 
 void quilo_pan_free(void* x) noexcept {
     PanRecord& record = RecordOf(x);
-    z_dsp_free(&record.header);  // first: it takes the object out of the running audio
+    z_dsp_free(&record.header);  // first, so that audio no longer uses the object
     if (record.object == nullptr) return;
-    record.object->TheDoor().Close();  // while all that its callers use still stands
+    record.object->TheDoor().Close();  // before anything that its callers use is deleted
     delete record.object;
     record.object = nullptr;
 }
@@ -219,7 +220,8 @@ void AddHostMethods(t_class* type) {
 
 }  // namespace
 
-/// Called once by Max when it loads the module; also exported under the name of older entries.
+/// Called once by Max when it loads the module; also exported as `main`, which older hosts look
+/// for.
 extern "C" MAX_EXPORTED void ext_main(void*) {
     panClass =
         class_new(kClassName, VelkMax::AsMethod(&quilo_pan_new), VelkMax::AsMethod(&quilo_pan_free),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The messages that every object answers, as functions of what any object has.
+// Registers messages that work with objects of any class.
 #pragma once
 
 #include "max/VelkMaxHandlers.h"
@@ -7,7 +7,7 @@
 
 namespace VelkMax {
 
-/// An object by its parts, whatever its class.
+/// What the messages use of an object, whatever its class.
 /// @tparam Object  the class behind the header; has Of(void* record) and Parts()
 template <class Object>
 struct AnyObject {
@@ -18,8 +18,8 @@ struct AnyObject {
     Door& TheDoor() const { return parts.door; }
 };
 
-/// What these messages do goes through the attributes, which enter by the object's door one by one,
-/// and leaves by outlets and the console. So they run outside the door.
+/// These messages call Max: they read and set attributes, each of which enters the door by itself,
+/// send from outlets and post. So they run outside the door.
 template <class Object, auto Function>
 struct AnyMessage;
 
@@ -42,8 +42,8 @@ using AnyMessageHandler = MessageHandler<&AnyMessage<Object, Function>::Run, Let
 
 // NOLINTBEGIN(readability-identifier-naming): these read as functions in the tables
 
-/// The registration of a function of the header, or of the parts, which may take a symbol or atoms,
-/// too; optional: the symbol may be missing, then the function gets the empty one.
+/// Registers a function whose first parameter is a t_object* or the ObjectParts, and which may take
+/// atoms or a symbol besides. With AnyOptionalHandler a missing symbol is the empty one.
 template <class Object, auto Function>
 inline constexpr MessageRegistration AnyHandler = &AnyMessageHandler<Object, Function>::Register;
 template <class Object, auto Function>

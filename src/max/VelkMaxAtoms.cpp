@@ -86,8 +86,8 @@ std::string Atoms::Text() const {
     return text;
 }
 
-// The API's helpers leave memory that was handed in as it is: neither is its size checked nor the
-// count set.
+// Max's own helpers check neither the size of memory that the caller passes nor set the count; this
+// does both.
 t_max_err ReserveAnswer(std::size_t count, max_long* argc, t_atom** argv) noexcept {
     const auto needed = static_cast<max_long>(count);
     if (*argc > 0 && *argv != nullptr) {

@@ -11,9 +11,9 @@
 
 namespace VelkMax {
 
-/// A view of a list of atoms; what it looks at must outlive it. Questions about an index beyond
-/// the list are answered with no, 0, NaN and the empty symbol.
-/// Thread: any.  Throws: nothing but for lack of memory.
+/// A view of a list of atoms, which must outlive it. For an index beyond the list the answers are
+/// false, 0, NaN and the empty symbol.
+/// Thread: any.  Throws: std::bad_alloc, where memory is needed.
 class Atoms {
 public:
     Atoms() = default;
@@ -22,7 +22,7 @@ public:
 
     std::size_t Size() const noexcept { return atoms_.size(); }
     bool Empty() const noexcept { return atoms_.empty(); }
-    /// What follows the first `count` atoms; the first `count` atoms.
+    /// From: all but the first `count` atoms.  First: the first `count` atoms.
     Atoms From(std::size_t count) const noexcept;
     Atoms First(std::size_t count) const noexcept;
     std::span<const t_atom> Span() const noexcept { return atoms_; }
@@ -36,19 +36,19 @@ public:
     /// Whether the list is exactly `count` numbers, all finite in single precision.
     bool AreNumbers(std::size_t count) const noexcept;
 
-    /// As the API coerces: floats are truncated, a symbol counts when it reads as a number.
+    /// Converted as Max does: floats are truncated, a symbol that spells a number is that number.
     t_atom_long Long(std::size_t index) const noexcept;
     double Float(std::size_t index) const noexcept;
-    /// Interned text of the atom, whatever its type.
+    /// The symbol of the atom's text, whatever its type.
     t_symbol* Symbol(std::size_t index) const;
 
     /// The values as single precision; an atom that is no number is NaN.
     std::vector<float> Numbers() const;
-    /// The same without memory of its own, as many as fit.  @return what was filled
+    /// The same into `values`, as many as fit.  @return the part that was filled
     std::span<float> Numbers(std::span<float> values) const noexcept;
 
-    /// As a message box shows them, separated by one blank; floats with the fewest digits that
-    /// read back to the same 32-bit value.
+    /// The atoms as a message box shows them, separated by one blank; floats with the fewest digits
+    /// that read back to the same 32-bit value.
     std::string Text() const;
 
 private:
@@ -57,12 +57,13 @@ private:
     std::span<const t_atom> atoms_;
 };
 
-/// Room for the answer of a getter, by the API's protocol: in the caller's memory where it handed
-/// some in, else newly allocated. Then *argc is `count`.
-/// @return the error for the caller: GENERIC, his memory is too small; OUT_OF_MEM, there is none
+/// Provides memory for a getter's answer as the API demands: the caller's own where it passes some,
+/// else a new block. Then *argc is `count`.
+/// @return MAX_ERR_GENERIC when the caller's memory is too small, MAX_ERR_OUT_OF_MEM when there is
+/// none
 t_max_err ReserveAnswer(std::size_t count, max_long* argc, t_atom** argv) noexcept;
 
-/// 1-based number of a message, as far as an int reaches: for console texts.
+/// The value clamped to the range of an int, for console texts.
 int SaturatedInt(t_atom_long value) noexcept;
 
 }  // namespace VelkMax

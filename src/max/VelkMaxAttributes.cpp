@@ -16,7 +16,7 @@ t_object* MakeAttribute(const AttributeRow& row) {
     const auto get = AsMethod(row.access.get);
     const auto set = AsMethod(row.access.set);
     t_symbol* const type = gensym(row.type);
-    // Own accessors on both sides: the offset is not used.
+    // Getter and setter are both our own, so Max never uses the offset (the last argument).
     t_object* const attribute =
         row.size == 1
             ? attr_offset_new(row.name, type, ATTR_FLAGS_NONE, get, set, 0)
@@ -29,8 +29,9 @@ t_object* MakeAttribute(const AttributeRow& row) {
     return attribute;
 }
 
-/// The properties of a row, in one place for classes and objects.
-/// `parse` takes (property, type, text of any number of atoms), `symbol` takes (property, text).
+/// Adds the properties of a row, for attributes of classes and of objects alike.
+/// `parse` takes (property, type, text of any number of atoms); `symbol` takes (property, text) and
+/// adds the text as one symbol.
 template <class Parse, class Symbol>
 void AddProperties(const AttributeRow& row,
                    const std::string& defaultValue,
@@ -63,7 +64,7 @@ void AddProperties(const AttributeRow& row,
     if (row.description != nullptr) symbol("description", row.description);
 }
 
-/// The value of an attribute as the text of a property.
+/// The present value of an attribute, written as the text of a property.
 std::string ValueText(t_object* object, const AttributeRow& row) {
     const AttributeValue value(object, gensym(row.name));
     if (value.error != MAX_ERR_NONE) return {};

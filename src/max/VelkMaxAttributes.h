@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Attributes as rows of a table: one row says what an attribute is called, how it is shown, in
-// which range it lies and which members of the object read and set it.
+// Attributes as rows of a table: one row holds an attribute's name, how it is shown, its range, and
+// the members of the object that read and set it.
 //
-// Registration reads the rows; so a range is written once and holds for the editors, for Max's clip
-// filter and for the setter itself.
+// A range is written once and holds for the inspector, for Max's clip filter and for the setter.
 #pragma once
 
 #include "max/VelkMaxHandlers.h"
@@ -16,7 +15,7 @@
 
 namespace VelkMax {
 
-/// Values of a numeric attribute; an infinite end is open.
+/// The allowed values of a numeric attribute; an infinite end means no limit.
 struct Range {
     double min = -std::numeric_limits<double>::infinity();
     double max = std::numeric_limits<double>::infinity();
@@ -29,18 +28,18 @@ struct Range {
 using AttributeGetter = t_max_err (*)(void*, void*, max_long*, t_atom**);
 using AttributeSetter = t_max_err (*)(void*, void*, max_long, t_atom*);
 
-/// What a row needs of the object: made by Bind.
+/// How a row reads and sets the attribute; made by Bind.
 struct AttributeAccess {
     AttributeGetter get = nullptr;
     AttributeSetter set = nullptr;
     Range range;
 };
 
-/// One attribute. A null text is a property that the attribute does not have.
+/// One attribute. A null text means that the attribute does not have this property.
 struct AttributeRow {
     const char* name = nullptr;
     const char* type = nullptr;  // "long", "float32" or "symbol"
-    max_long size = 1;           // most values; 1 for a single one
+    max_long size = 1;           // largest number of values
     const char* label = nullptr;
     const char* style = nullptr;         // "onoff", "enum", ...
     std::string (*choices)() = nullptr;  // keywords of an enum, separated by blanks
@@ -48,7 +47,7 @@ struct AttributeRow {
     const char* units = nullptr;
     const char* category = nullptr;
     const char* order = nullptr;  // place in the inspector, from "1"
-    bool isSaved = false;         // with the patcher
+    bool isSaved = false;         // in the patcher file
     AttributeAccess access;
     const char* description = nullptr;
     const char* alias = nullptr;  // the attribute of which this one is another name
@@ -68,19 +67,19 @@ std::string PropertyText(const char* type, double value);
 /// Name of an attribute object.
 t_symbol* AttributeName(void* attribute);
 
-/// The `@name values...` part of a box text. Attributes of the instance exist only once the object
-/// is almost finished, so the arguments are kept between two passes.
+/// The `@name values...` part of a box text. Attributes of the instance do not exist before the
+/// engine does, so the arguments are kept and set in two passes.
 /// Pattern: SetKnown, add instance attributes, SetKnown, ReportUnknown.
 class AttributeArguments {
 public:
-    /// @param atoms  from the first "@" on; what stands before it is ignored.  They must outlive
-    /// this object and may be changed by the attributes' filters.
+    /// @param atoms  atoms before the first "@" are ignored. They must outlive this object and may
+    /// be changed by the attributes' filters.
     explicit AttributeArguments(std::span<t_atom> atoms);
 
-    /// Sets what the object has and was not set yet, in the order of the text. A name without
-    /// values sets nothing.
+    /// Sets the attributes that the object has and that were not set yet, in the order of the text.
+    /// A name without values sets nothing.
     void SetKnown(t_object* object);
-    /// One error for each name that the object never had.
+    /// Posts one error for each name that was no attribute in any pass.
     void ReportUnknown(t_object* object) const;
 
 private:
@@ -94,12 +93,12 @@ private:
 
 // ---- Accessors
 
-/// The values of an attribute as a setter wants them, clipped to the range. Read answers false, and
-/// uses nothing, when one of them is a word or not finite where numbers are wanted.
+/// Converts atoms to the parameter type of a setter, clipped to the range. Where numbers are
+/// needed, Read returns false without calling `use` when an atom is a word or not finite.
 template <class Value>
 struct ValueReader;
 
-/// Answers a getter's caller.  @return as ReserveAnswer
+/// Writes a getter's answer.  @return as ReserveAnswer
 t_max_err WriteAnswer(max_long* argc, t_atom** argv, max_long value);
 t_max_err WriteAnswer(max_long* argc, t_atom** argv, float value);
 t_max_err WriteAnswer(max_long* argc, t_atom** argv, t_symbol* value);
@@ -109,7 +108,7 @@ template <class Object, class Get>
 t_max_err AnswerGetter(
     void* record, void* attribute, max_long* argc, t_atom** argv, const Get& get) noexcept {
     const Object& object = Object::Of(record);
-    t_max_err error = MAX_ERR_GENERIC;  // in the audio thread, which does not wait
+    t_max_err error = MAX_ERR_GENERIC;  // where the audio thread would have to wait
     const bool isOver = Guarded(
         object, &object_error,
         [&] {
@@ -142,10 +141,10 @@ struct GetterOf<Get> {
     }
 };
 
-/// Who announces that an attribute was set through Max.
+/// Who tells the clients that an attribute was set through Max.
 enum class Announced : std::uint8_t { ByMax, ByUsToo };
 
-/// How a setter is called: what stands between its letter and its function.
+/// Calls a setter: Enter passes the atoms to the door as a letter, Run converts them inside it.
 template <class Object, class Value, Range kRange, Announced kAnnounced>
 struct SetterCall {
     static t_max_err Enter(
@@ -168,7 +167,7 @@ struct SetterCall {
                 if (!isRead) Error(object, kUnreadableValue, name->s_name);
             },
             [&](const char* what) { PostOutOfMemory(object, what); });
-        // In any case: an inspector that tried in vain goes back to the value that stands.
+        // Also after an error, so that an inspector shows the unchanged value again.
         if (kAnnounced == Announced::ByUsToo) return object.TheDoor().Changed(name);
         object.TheDoor().WasSet(name);
     }
@@ -223,7 +222,7 @@ struct ValueReader<float> {
         return true;
     }
 };
-/// A word; a number is its own text. No symbol is made of it.
+/// A word; a number becomes its text. The text is not interned as a symbol.
 template <>
 struct ValueReader<std::string_view> {
     template <class Use>
@@ -249,7 +248,7 @@ struct ValueReader<std::vector<float>> {
         return true;
     }
 };
-/// Setters that check the atoms themselves.
+/// The unconverted atoms, for setters that check them themselves.
 template <>
 struct ValueReader<Atoms> {
     template <class Use>
@@ -268,7 +267,7 @@ template <auto Get, auto Set, Range kRange = Range{}, Announced kAnnounced = Ann
 inline constexpr AttributeAccess Bind{&GetterOf<Get>::Call,
                                       &SetterOf<Set, kRange, kAnnounced>::Call, kRange};
 
-/// The same for an attribute whose setter announces the change itself, whoever set it.
+/// The same, but the change is announced through the door even when Max itself set the attribute.
 template <auto Get, auto Set, Range kRange = Range{}>
 // NOLINTNEXTLINE(readability-identifier-naming): as above
 inline constexpr AttributeAccess BindAnnounced = Bind<Get, Set, kRange, Announced::ByUsToo>;

@@ -29,7 +29,7 @@ using RetainedDictionary = std::unique_ptr<t_dictionary, ReleaseReference>;
 
 // ---- Writing
 
-/// Adds one entry by the call that fits the atoms.
+/// Adds the value of one attribute as an entry of the type that fits its atoms.
 void AppendAttribute(t_dictionary* dictionary, t_object* object, t_symbol* name) {
     AttributeValue value(object, name);
     if (value.error != MAX_ERR_NONE) {
@@ -56,8 +56,8 @@ void AppendAll(t_dictionary* dictionary, t_object* object) {
 
 // ---- Reading
 
-/// The atoms of an entry, texts as symbols.
-/// @return Max's error; atoms of another kind than attributes have stay among them
+/// Reads the atoms of an entry; a text becomes a symbol.
+/// @return Max's error. The atoms may be of kinds that attributes do not have, such as objects.
 t_max_err ReadAtoms(t_dictionary* dictionary, t_symbol* key, std::vector<t_atom>& atoms) {
     if (dictionary_entryisstring(dictionary, key) != 0) {
         const char* text = nullptr;
@@ -72,7 +72,7 @@ t_max_err ReadAtoms(t_dictionary* dictionary, t_symbol* key, std::vector<t_atom>
     return error;
 }
 
-/// What is said about entries that cannot be used.
+/// The errors that are posted about entries that cannot be used.
 struct EntryTexts {
     const Text<const char*>& noEntry;
     const Text<const char*>& noAtom;
@@ -80,7 +80,8 @@ struct EntryTexts {
 constexpr EntryTexts kDictionaryTexts{kNoEntry, kEntryNoAtom};
 constexpr EntryTexts kCreationTexts{kCreationNoEntry, kCreationEntryUnread};
 
-/// Values of attributes, read before any is set: without memory for them all stay as they are.
+/// Values of attributes. All are read before the first is set, so that a lack of memory changes
+/// none.
 class Entries {
 public:
     Entries(t_object* object, t_dictionary* dictionary, const EntryTexts& texts)
@@ -88,7 +89,7 @@ public:
           dictionary_(dictionary),
           texts_(texts) {}
 
-    /// Reads one entry; says what is wrong with it.
+    /// Reads one entry; posts an error and leaves it out when it cannot be used.
     void Read(t_symbol* key) {
         std::vector<t_atom> atoms;
         if (ReadAtoms(dictionary_, key, atoms) != MAX_ERR_NONE) {
@@ -207,7 +208,7 @@ void DumpDictMessage(const ObjectParts& object, Atoms atoms) {
     object_notify(dictionary, Symbols().modified, nullptr);
     t_atom atom{};
     atom_setsym(&atom, object.dictionary.Name());
-    // Deliberate: whether anybody is connected does not matter.
+    // The result is not used: it is no error when no cord is connected.
     outlet_anything(outlet, Symbols().dictionary, 1, &atom);
 }
 

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-// The state of an object as a dictionary: one entry an attribute, by its name.
+// The state of an object as a dictionary: one entry for each attribute, under its name.
 #pragma once
 
 #include "max/VelkMaxObjectParts.h"
 
 namespace VelkMax {
 
-/// The attributes asked for, or all that are listed, out of the dump outlet. What came out can be
-/// sent back at any time, until the next message fills the object's dictionary anew.
+/// Sends a dictionary with the named attributes, or with all listed ones, from the dump outlet. It
+/// can be read or sent back until the next such message refills it.
 void DumpDictMessage(const ObjectParts& object, Atoms atoms);
 void DictionaryMessage(t_object* object, t_symbol* name);
-/// Lets the user choose a file, when the message is over.
+/// Asks the user for a file after the message has ended, and writes the state to it.
 void ExportDictMessage(const ObjectParts& object);
-/// @param name  of a JSON file in the search path; the empty symbol lets the user choose one
+/// @param name  of a JSON file in the search path; empty: the user is asked for one
 void ReadDictMessage(const ObjectParts& object, t_symbol* name);
 
 /// The keys of a dictionary in the order in which they were added.
@@ -37,21 +37,22 @@ private:
     bool isRead_;
 };
 
-/// The dictionary with which an object may be made in place of arguments. Attributes of the
-/// instance exist only once the object is almost finished, so it is applied in two passes.
+/// The dictionary from which an object may be made in place of arguments. Attributes of the
+/// instance do not exist before the engine does, so it is applied in two passes.
 /// Pattern: SetKnown, add instance attributes, SetKnown, ReportUnknown.
 class CreationDictionary {
 public:
-    /// @param needed  attributes that every creation gives: one that is missing keeps its default,
-    /// and that is said
+    /// @param needed  attributes that every such dictionary should hold: a warning is posted for a
+    /// missing one, which keeps its default
     CreationDictionary(t_object* object,
                        std::span<t_atom> arguments,
                        std::span<const char* const> needed);
 
-    /// False: the object was made from arguments.
+    /// False when the object is made from arguments.
     bool IsGiven() const noexcept { return dictionary_ != nullptr; }
-    /// Sets what the object has and was not set yet, in the order of the entries.
-    /// @return false, and said, when the dictionary cannot be read
+    /// Sets the attributes that the object has and that were not set yet, in the order of the
+    /// entries.
+    /// @return false, after an error was posted, when the dictionary cannot be read
     bool SetKnown();
     void ReportUnknown() const;
 

@@ -7,7 +7,7 @@ namespace VelkMax {
 
 namespace {
 
-/// The value of a documentation attribute is its label.
+/// Getter of documentation attributes: the value is the attribute's label.
 t_max_err GetText(void*, void* attribute, max_long* argc, t_atom** argv) noexcept {
     return object_attr_getvalueof(attribute, gensym("label"), argc, argv);
 }

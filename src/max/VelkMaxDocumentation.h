@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// What a class says of itself: the hidden attributes from which version posts and reference pages
-// are made.
+// The documentation of a class: hidden attributes from which the message "version" and the
+// reference page take their texts.
 #pragma once
 
 #include "max/VelkMaxHandlers.h"
 
 namespace VelkMax {
 
-/// Texts are written into the reference page as they stand: well-formed XML.
+/// Texts go into the reference page unchanged, so they must be well-formed XML.
 struct ClassDocumentation {
     const char* digest;
     const char* description;
@@ -19,14 +19,14 @@ struct ClassDocumentation {
 };
 
 /// Adds classdigest, classdescription, classseealso and externalversion: invisible symbols of the
-/// category "documentation", whose text is both their label and their value. The names to see also
-/// stand in one text, separated by blanks. The lists hang on classdescription as its properties
-/// "arguments", "inlets" and "outlets", three symbols a row: type, name, description.
+/// category "documentation", whose text is both their label and their value. The related classes
+/// are one text, separated by blanks. The lists become the properties "arguments", "inlets" and
+/// "outlets" of classdescription, three symbols for each row: type, name, description.
 void AddClassDocumentation(t_class* type, const ClassDocumentation& documentation);
 
-/// Keeps what the rows with a digest say, for the reference page: a dictionary under the property
-/// "methods" of classdescription. An entry holds symbols: digest, description, then type and name
-/// of each argument. Pattern: AddClassDocumentation DocumentMessages*
+/// Stores the documentation of the rows with a digest for the reference page: a dictionary in the
+/// property "methods" of classdescription. An entry holds symbols: digest, description, then type
+/// and name of each argument. Pattern: AddClassDocumentation DocumentMessages*
 void DocumentMessages(t_class* type, std::span<const MessageRow> rows);
 
 }  // namespace VelkMax

@@ -13,7 +13,8 @@ namespace {
 
 using PathBuffer = std::array<char, MAX_PATH_CHARS>;
 
-/// The API writes into the names that it gets. Nothing when the name is longer than any path.
+/// A copy of a name, since the API writes into the names that it gets. None when it is longer than
+/// a path may be.
 std::optional<PathBuffer> Buffer(std::string_view name) {
     PathBuffer buffer{};
     if (name.size() >= buffer.size()) return {};

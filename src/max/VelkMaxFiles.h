@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files as Max knows them: by a name and the folder it stands in.
+// Files as Max names them: by a file name and the id of its folder.
 #pragma once
 
 #include "ext.h"
@@ -11,7 +11,7 @@
 
 namespace VelkMax {
 
-/// 'TEXT' as the API writes it.
+/// The code of four characters that the API writes as 'TEXT'.
 constexpr t_fourcc FileType(const char (&letters)[5]) {
     t_fourcc type = 0;
     for (int index = 0; index < 4; ++index) {
@@ -20,7 +20,7 @@ constexpr t_fourcc FileType(const char (&letters)[5]) {
     return type;
 }
 
-/// A file that exists, or may be made.
+/// A file that exists or is to be written.
 struct FilePlace {
     std::string name;  // UTF-8
     short folder = 0;
@@ -29,13 +29,13 @@ struct FilePlace {
 /// Finds a file in Max's search path.  @param name  of a file, or a full path
 std::optional<FilePlace> LocateFile(const char* name);
 
-/// Lets the user choose; nothing when the dialog is cancelled. Never call them in the stack of a
-/// message: see Door::SendToMain.
-/// @param types  that the dialog shows; none: all
+/// Both open a dialog; the result is empty when the user cancels it. They must not be called while
+/// a message runs: see Door::SendToMain.
+/// @param types  of files that the dialog shows; empty: all files
 std::optional<FilePlace> AskForFile(std::span<const t_fourcc> types);
 std::optional<FilePlace> AskWhereToSave(const char* proposedName, t_fourcc type);
 
-/// The full path as the operating system writes it; only the name when Max cannot tell.
+/// The full path as the operating system writes it; only the name when Max finds no path.
 std::string FullPath(const FilePlace& place);
 std::filesystem::path SystemPath(const FilePlace& place);
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The functions that Max calls: from the host's calling forms to members of our objects.
+// The functions that Max calls for messages; they convert the arguments and call our own functions.
 //
-// Nothing may leave them by an exception, so the only catch clauses of the binding are here. An
-// object takes part with a static Of(void* record), which finds it, and TheDoor(), through which
-// its messages and attributes enter one at a time.
+// No exception may reach Max, so nearly all catch clauses of the binding are here. An object's
+// class has a static Of(void* record), which finds the object, and TheDoor(), through which its
+// messages and attributes enter one at a time.
 #pragma once
 
 #include "max/VelkMaxDoor.h"
@@ -15,9 +15,9 @@
 
 namespace VelkMax {
 
-/// Runs `operation`; what escapes it becomes one console line of `object`, as for Post.
+/// Runs `operation`; an exception becomes one console line of `object`, as for Post.
 /// @param row  object_error for what users can cause, object_bug where Max is the caller
-/// @param outOfMemory  called with the failure's own text when memory is short; must not throw
+/// @param outOfMemory  called with the exception's text after std::bad_alloc; must not throw
 /// @return whether the operation ran to its end
 template <class Object, class Operation, class OutOfMemory>
 bool Guarded(const Object& object,
@@ -43,7 +43,7 @@ bool Guarded(const Object& object, ConsoleRow row, Operation&& operation) noexce
                    [&](const char* what) { Say(row, object, kOutOfMemory, what); });
 }
 
-/// Says that memory ran short: while an object is being made that is one text for all that fails.
+/// Posts that memory ran short; while an object is being made, with a text that names no cause.
 template <class Object>
 void PostOutOfMemory(const Object& object, const char* what) {
     if constexpr (requires { object.IsBeingMade(); }) {
@@ -54,7 +54,7 @@ void PostOutOfMemory(const Object& object, const char* what) {
 
 // ---- Messages
 
-/// Adds one message to a class; null function pointers never reach Max.
+/// Adds one message to a class.
 using MessageRegistration = t_max_err (*)(t_class* type, const char* name);
 
 /// One argument of a message or of a box, one inlet or one outlet, for the reference page.
@@ -64,8 +64,9 @@ struct ArgumentDoc {
     const char* description = "";
 };
 
-/// One message. Its documentation is written into the reference page as it stands: well-formed
-/// XML. A row without a digest is not documented: it is for Max or repeats another one.
+/// One message. Its documentation goes into the reference page unchanged, so it must be well-formed
+/// XML. A row without a digest is not documented: Max itself sends it, or it is another name of a
+/// message.
 struct MessageRow {
     const char* name = nullptr;
     MessageRegistration handler = nullptr;  // Handler<&Function>
@@ -120,7 +121,7 @@ struct MessageHandler<Function, kPace, kNumSubjectAtoms> {
         return class_addmethod(type, AsMethod(&Call), name, A_GIMME, 0);
     }
 
-    // The same, brought by the main thread: what touches files.
+    // For messages that use files: the message enters the door from the main thread.
     static void CallInMain(void* record, t_symbol* name, max_long argc, t_atom* argv) noexcept {
         Receive<std::remove_cvref_t<Object>>(
             record, {&BringIn, Letter::Pace::InMain, name, Atoms(argc, argv)});
@@ -133,7 +134,7 @@ struct MessageHandler<Function, kPace, kNumSubjectAtoms> {
     }
 };
 
-/// A message with one symbol; Max refuses any other before the handler runs.
+/// A message with one symbol; Max refuses other arguments before the handler runs.
 template <class Object,
           void (*Function)(Object, t_symbol*),
           Letter::Pace kPace,
@@ -168,16 +169,16 @@ template <auto Function, unsigned kNumSubjectAtoms = 0>
 inline constexpr MessageRegistration PromptHandler =
     &MessageHandler<Function, Letter::Pace::Prompt, kNumSubjectAtoms>::Register;
 
-/// The same, brought by the main thread.
+/// The same for a message that has to run in the main thread.
 template <auto Function>
 inline constexpr MessageRegistration DeferredHandler = &MessageHandler<Function>::RegisterDeferred;
 
 // NOLINTEND(readability-identifier-naming)
 
-/// Adds the rows in their order; says which could not be added.
+/// Adds the rows in their order; posts an error for each that could not be added.
 void AddMessages(t_class* type, std::span<const MessageRow> rows);
 
-/// Says that a message is refused: its text and what came with it.
+/// Posts an error that a message is refused, followed by the message's arguments.
 template <class Object>
 void Reject(const Object& object, const Text<>& text, Atoms atoms) {
     if (atoms.Empty()) return Error(object, kRefusedAlone, text.Format());

@@ -12,7 +12,7 @@ namespace VelkMax {
 
 namespace {
 
-/// The answer of an attribute to a message without arguments.
+/// Calls a method of an attribute object that takes no arguments.
 void* Ask(void* attribute, const char* message) {
     return object_method_imp(attribute, gensym(message), nullptr, nullptr, nullptr, nullptr,
                              nullptr, nullptr, nullptr, nullptr);
@@ -28,7 +28,7 @@ std::vector<t_symbol*> AttributeNames(void* x) {
     return {names.list, names.list + names.count};
 }
 
-/// 1, 2, ..., those without, ..., -2, -1.
+/// Sorts by "order": 1, 2, ..., then 0 (no order), then ..., -2, -1.
 t_atom_long SortingKey(max_long order) {
     return order > 0   ? order - t_atom_long{std::numeric_limits<max_long>::max()} - 1
            : order < 0 ? order - t_atom_long{std::numeric_limits<max_long>::min()} + 1

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// One attribute of one object, asked through Max: what it holds and what is said about it.
+// One attribute of one object as Max tells it: its value and its properties.
 //
-// Everything that lists, stores or documents attributes asks here, whatever the object. What Max
-// refuses is posted on the object and answered as if there were nothing.
+// All code that lists, stores or documents attributes uses this, for objects of any class. Where
+// Max reports an error, it is posted on the object's console row and the result is empty.
 #pragma once
 
 #include "max/VelkMaxAtoms.h"
@@ -14,7 +14,7 @@ namespace VelkMax {
 /// The name of an error code of Max.
 const char* ErrorText(t_max_err error) noexcept;
 
-/// Atoms that Max made for us; given back with this.
+/// Owns atoms that Max allocated, and frees them.
 class OwnedAtoms {
 public:
     OwnedAtoms() = default;
@@ -22,7 +22,7 @@ public:
     OwnedAtoms(OwnedAtoms&& other) noexcept;
     OwnedAtoms& operator=(OwnedAtoms&&) = delete;
 
-    /// Where Max writes its answer.
+    /// The two addresses at which Max writes its answer.
     max_long* CountPlace() noexcept { return &count_; }
     t_atom** AtomsPlace() noexcept { return &atoms_; }
 
@@ -38,7 +38,8 @@ private:
     t_atom* atoms_ = nullptr;
 };
 
-/// Reads the value of an attribute. @param x  an object, or an attribute: then `name` is a property
+/// Reads the value of an attribute.
+/// @param x  an object; or an attribute, then `name` is one of its properties
 struct AttributeValue {
     AttributeValue(void* x, t_symbol* name);
 
@@ -49,25 +50,25 @@ struct AttributeValue {
 /// Thread: main or scheduler.  Throws: std::bad_alloc.
 class MaxAttribute {
 public:
-    /// @param owner  an object, or one of its attributes: then this is one of its properties
-    /// @param console  whose console row a failure is; `owner` when null
+    /// @param owner  an object; or an attribute, then `name` is one of its properties
+    /// @param console  the object on whose console row errors are posted; null: `owner`
     MaxAttribute(void* owner, t_symbol* name, t_object* console = nullptr);
 
     bool Exists() const noexcept { return attribute_ != nullptr; }
     t_symbol* Name() const noexcept { return name_; }
     const char* Text() const noexcept { return name_->s_name; }
-    /// The attribute itself, whose attributes are its properties.
+    /// The attribute as an object, whose attributes are its properties.
     void* Object() const noexcept { return attribute_; }
     MaxAttribute Property(const char* name) const;
     std::vector<MaxAttribute> Properties() const;
 
-    /// The place in the inspector, if it has one.
+    /// The property "order", the place in the inspector; empty when there is none.
     std::optional<max_long> GetOrder() const;
     std::vector<t_symbol*> GetEnumChoices() const;
-    /// As a message box shows it.
+    /// The value as a message box shows it.
     std::string GetValueOf() const;
     bool IsInvisible() const;
-    /// Whether a message may set it, or read it.
+    /// Whether a message may set the attribute.
     bool CanBeSet() const;
     bool CanBeRead() const;
     bool CanBeReset() const;
@@ -82,18 +83,18 @@ private:
     void* attribute_;
 };
 
-/// The visible attributes that a message may set and that have a value: by "order", 1 first, then
-/// those without, then the negative ones; equal ones by name.
+/// The visible attributes that a message may set and that have a value. Sorted by "order" (1, 2,
+/// ..., then those without, then ..., -2, -1), equal ones by name.
 std::vector<MaxAttribute> ListAttributes(t_object* object);
 
-/// Sets an attribute from its "default" property.
+/// Sets an attribute from its property "default".
 void ResetAttributeToDefault(t_object* object, const char* name);
 
-/// Sets an attribute; says what Max refused. Allocates nothing on this side.
+/// Sets an attribute; posts the error when Max refuses. Allocates no memory of its own.
 /// @param atoms  may be changed by the filters of the attribute
 void SetAttribute(t_object* object, t_symbol* name, std::span<t_atom> atoms) noexcept;
 
-/// The kinds of atoms that attributes are made of.
+/// Whether the atom is a long, a float or a symbol.
 bool IsPlainAtom(const t_atom& atom) noexcept;
 
 }  // namespace VelkMax

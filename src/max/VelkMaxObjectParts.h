@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-// What the messages that every object answers need of it.
+// The parts of an object that the messages common to all classes use.
 #pragma once
 
 #include "max/VelkMaxDoor.h"
 
 namespace VelkMax {
 
-/// The dictionary that an object gives away: made when it is first wanted, under one name for the
-/// life of the object.  Thread: main or scheduler.
+/// The dictionary that an object sends from its dump outlet: made at the first use, under one name
+/// for the life of the object.
+/// Thread: main or scheduler.
 class KeptDictionary {
 public:
     KeptDictionary() = default;
@@ -15,7 +16,7 @@ public:
     KeptDictionary(const KeptDictionary&) = delete;
     KeptDictionary& operator=(const KeptDictionary&) = delete;
 
-    /// Null where Max has no memory for it.
+    /// Null when Max has no memory for it.
     t_dictionary* Get();
     t_symbol* Name() const noexcept { return name_; }
 

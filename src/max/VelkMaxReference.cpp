@@ -25,7 +25,7 @@ std::string Quoted(std::string_view name, std::string_view value) {
     return " " + std::string(name) + "=\"" + std::string(value) + "\"";
 }
 
-/// A page that grows line by line.
+/// Collects the lines of the page.
 class Page {
 public:
     void Line(std::string_view line) { (text_ += line) += '\n'; }
@@ -36,7 +36,7 @@ public:
         Element("digest", digest);
         Element("description", description);
     }
-    /// A list under its comment: `rows` writes what stands in it.
+    /// Adds a comment and an XML list; `rows` adds the elements of the list.
     template <class Rows>
     void Section(std::string_view comment, const std::string& list, const Rows& rows) {
         Line("<!--" + std::string(comment) + "-->");
@@ -50,16 +50,17 @@ private:
     std::string text_;
 };
 
-// ---- What the class says of itself
+// ---- Reading the documentation of the class
 
-/// The text of a documentation attribute.
+/// The text of a documentation attribute; empty without one.
 std::string Label(t_object* object, const char* name) {
     const MaxAttribute attribute(object, gensym(name));
     if (!attribute.Exists() || !attribute.Property("label").Exists()) return {};
     return attribute.Property("label").GetValueOf();
 }
 
-/// A list under the class's description; missing ones are said by `text`.
+/// The symbols of a property of classdescription. When there is none, posts the error `text` and
+/// returns none.
 Texts ListUnderDescription(t_object* object, const char* name, const Text<const char*>& text) {
     const MaxAttribute description(object, gensym("classdescription"));
     if (!description.Exists()) {
@@ -77,7 +78,7 @@ Texts ListUnderDescription(t_object* object, const char* name, const Text<const 
     return texts;
 }
 
-/// The rows of such a list: type, name, description.
+/// The rows of such a list, three symbols each.
 struct DocumentedPart {
     std::string type;
     std::string name;
@@ -114,7 +115,7 @@ void AddMetadata(Page& page, t_object* object) {
     });
 }
 
-/// Inlets or outlets.
+/// Adds inlets or outlets.
 void AddConnections(Page& page,
                     const std::string& element,
                     const std::vector<DocumentedPart>& rows) {
@@ -129,7 +130,7 @@ void AddConnections(Page& page,
 
 void AddArguments(Page& page, t_object* object) {
     for (const DocumentedPart& row : Parts(object, "arguments", kNoArguments)) {
-        // Deliberate: a blank behind the tag, as readers of these pages have always got it.
+        // The blank behind the tag is part of the format that readers of these pages expect.
         page.Line("<objarg" + Quoted("name", row.name) + Quoted("type", row.type) +
                   Quoted("optional", "1") + "> ");
         page.Help(row.name, row.description);
@@ -159,7 +160,7 @@ void AddAttribute(Page& page, const MaxAttribute& attribute) {
     page.Help(text("label"), text("description"));
     page.Line("<attributelist>");
     for (const MaxAttribute& property : attribute.Properties()) {
-        // The description has markup, which no value of an XML attribute may hold.
+        // Left out, since it contains markup, which the value of an XML attribute must not.
         if (std::string_view(property.Text()) == "description") continue;
         page.Line("<attribute" + Quoted("name", property.Text()) + AccessFlags(property) +
                   Quoted("type", property.TypeText()) +
@@ -169,7 +170,7 @@ void AddAttribute(Page& page, const MaxAttribute& attribute) {
     page.Line("</attribute>");
 }
 
-/// One message: digest, description, then type and name of each argument.
+/// Adds one message. @param texts digest, description, then type and name of each argument
 void AddMethod(Page& page, std::string_view name, Atoms texts) {
     const auto text = [&](std::size_t index) -> std::string_view {
         return texts.Symbol(index)->s_name;
@@ -197,7 +198,7 @@ void AddMethods(Page& page, t_object* object) {
     const DictionaryKeys names(methods);
     for (t_symbol* name : names.View()) {
         max_long count = 0;
-        t_atom* texts = nullptr;  // the dictionary's own
+        t_atom* texts = nullptr;  // owned by the dictionary
         dictionary_getatoms(methods, name, &count, &texts);
         AddMethod(page, name->s_name, Atoms(count, texts));
     }

@@ -9,9 +9,9 @@
 
 namespace VelkMax {
 
-/// The page as text. Everything is written as it was stored, markup included: that it is
-/// well-formed is the business of whoever wrote the texts. Lists that the class does not have are
-/// said on the object's console row and stay empty.
+/// The page as text. Stored texts are copied unchanged, markup included, so the page is well-formed
+/// only if they are. For a list that the class does not have, an error is posted on the object's
+/// console row and the list stays empty.
 /// Thread: main.  Throws: std::bad_alloc.
 std::string ReferencePage(t_object* object);
 

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Whether an attribute is being set by a stored state.
+// Marks that the attributes of an object are being set from a stored state.
 #pragma once
 
 #include <cstdint>
 
 namespace VelkMax {
 
-/// While one lives, the setters that its thread runs are told a state that the object itself gave
-/// away. Some attributes print a word that they refuse from a user: there, and only there, such a
-/// word is taken for the value that prints it.
+/// While an instance lives, the setters that its thread runs get values from a state that the
+/// object itself stored. Some attributes print a word that they refuse from a user; from a stored
+/// state they accept that word as the value that prints it.
 /// Thread: main or scheduler.
 class RestoringState {
 public:
-    /// Who brings the state: a message, or a client such as pattr, which holds the whole value and
-    /// is not told that it is another one now.
+    /// Where the state comes from: a message, or a client such as pattr, which knows the new state
+    /// and therefore is not notified that it changed.
     enum class By : std::uint8_t { Nobody, Message, Client };
 
     explicit RestoringState(By by) noexcept : before_(by_) { by_ = by; }

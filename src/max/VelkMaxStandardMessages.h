@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The messages that every object of the suite answers.
+// The table of the messages that objects of every class have.
 #pragma once
 
 #include "max/VelkMaxAnyObject.h"
@@ -9,7 +9,7 @@
 
 namespace VelkMax {
 
-// What the reference page says of them; the markup is that of Max's reference pages.
+// Texts for the reference page, with the markup of Max's reference pages.
 namespace Help {
 
 inline constexpr ArgumentDoc kAttributeName[] = {{"symbol", "attribute name"}};
@@ -34,14 +34,15 @@ inline constexpr char kReadDictHelp[] =
 
 }  // namespace Help
 
-/// A method that only Max itself calls.
+/// Adds a method that only Max itself calls, with untyped arguments.
 template <auto Function>
 t_max_err AddPrivate(t_class* type, const char* name) {
     return class_addmethod(type, AsMethod(Function), name, A_CANT, 0);
 }
 
-/// Posting, dumping, storing and restoring attributes, and the reference page. The object needs an
-/// outlet stored under "dumpout" and the class what AddClassDocumentation gives it.
+/// Messages that post, send, store and restore attributes and write the reference page. The object
+/// must have an outlet stored under "dumpout", and its class the attributes of
+/// AddClassDocumentation.
 template <class Object>
 std::span<const MessageRow> StandardMessages() {
     using namespace Help;

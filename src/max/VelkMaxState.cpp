@@ -14,9 +14,10 @@ namespace VelkMax {
 
 namespace {
 
-constexpr std::size_t kMostAtoms = std::numeric_limits<short>::max();  // of a message
+constexpr std::size_t kMostAtoms =
+    std::numeric_limits<short>::max();  // largest number of a message's atoms
 
-/// What is said when a value cannot be read.
+/// The texts that are posted when a value cannot be read.
 struct ReadTexts {
     const Text<const char*, const char*>& unread;
     const Text<const char*, long>* invalid;
@@ -37,7 +38,7 @@ struct Values {
     std::size_t numCounted = 0;
 };
 
-/// Appends one value; what cannot be kept is said and left out.
+/// Appends one value; posts an error for what cannot be stored and leaves it out.
 void Append(t_object* object, const MaxAttribute& attribute, const ReadTexts& texts, Values& out) {
     const AttributeValue value(object, attribute.Name());
     if (value.error != MAX_ERR_NONE) {
@@ -57,7 +58,7 @@ void Append(t_object* object, const MaxAttribute& attribute, const ReadTexts& te
     out.slices.push_back({attribute.Name(), out.atoms.size() - before});
 }
 
-/// @param mismatch  what is warned of when not everything that was counted could be read
+/// @param mismatch  the warning when fewer or more atoms were read than were counted
 Values Gather(t_object* object,
               std::span<const MaxAttribute> attributes,
               const ReadTexts& texts,
@@ -77,7 +78,8 @@ Values GatherState(t_object* object) {
     return Gather(object, ListAttributes(object), kStateTexts, kStoredCountDiffers);
 }
 
-/// What `message` or `message NAME` asks for. Nothing, and the refusal is said, for anything else.
+/// The attributes that a message names: all listed ones without arguments, else the one named.
+/// Posts `refusal` for any other arguments and returns none.
 std::vector<MaxAttribute> Requested(t_object* object, Atoms atoms, const Text<>& refusal) {
     if (atoms.Empty()) return ListAttributes(object);
     if (atoms.Size() != 1 || !atoms.IsSymbol(0)) {
@@ -99,8 +101,8 @@ void PostValueOfAttribute(t_object* object, const MaxAttribute& attribute) {
     Post(object, kAttributeLine, attribute.Text(), text.c_str());
 }
 
-/// Sets the listed attributes from a state, each from its share of the atoms.
-/// Says so when the state does not fit; then nothing changes.
+/// Sets the listed attributes from a state, each from its share of the atoms. When the number of
+/// atoms differs, posts an error and changes nothing.
 void RestoreState(t_object* object, Atoms atoms, RestoringState::By by) {
     struct Share {
         MaxAttribute attribute;
@@ -116,7 +118,7 @@ void RestoreState(t_object* object, Atoms atoms, RestoringState::By by) {
         return Error(object, kStateCountDiffers, static_cast<int>(atoms.Size()),
                      static_cast<int>(expected));
     }
-    // Copied before anything is set: without memory for it everything stays as it is.
+    // Copied before anything is set, so that a lack of memory leaves all attributes as they are.
     std::vector<t_atom> copy(atoms.Span().begin(), atoms.Span().end());
     std::span<t_atom> rest = copy;
     const RestoringState restoring(by);

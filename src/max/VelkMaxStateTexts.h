@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Console texts of what every object can do with its attributes: posting, dumping, storing and
-// restoring them, and writing its reference page. Their spelling, blanks and slips are promises.
+// Console texts that are posted when the attributes of an object of any class are posted, sent,
+// stored or restored, or its reference page is written. Their spelling, blanks and mistakes are
+// promises to patches.
 #pragma once
 
 #include "max/VelkMaxText.h"
@@ -9,7 +10,7 @@ namespace VelkMax {
 
 // clang-format off
 
-// Questions about one attribute: what Max answered, then what was asked for
+// Reading one attribute: Max's error code, then the name of the attribute
 inline constexpr Text<const char*>                           kOrderUnread{"Error in MaxAttribute::GetOrder : %s"};
 inline constexpr Text<const char*>                           kOrderNoLong{"bug ? order attribute is supposed to be of type long for %s"};
 inline constexpr Text<const char*>                           kChoicesUnread{"MaxAttribute::GetEnumChoices : %s in object_attr_getvalueof"};

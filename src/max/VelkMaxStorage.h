@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Memory in which the values of an array attribute are answered.
+// Memory for the values that the getter of an array attribute returns.
 #pragma once
 
 #include "max/VelkMaxTexts.h"
@@ -10,7 +10,8 @@
 
 namespace VelkMax {
 
-/// A block of floats of the host's own allocator: an answer needs no further memory on our side.
+/// A block of floats from the host's allocator, made with the object: getters then need no memory
+/// of ours.
 class AttributeStorage {
 public:
     /// Throws: tav::Exception where there is no memory.
@@ -23,7 +24,7 @@ public:
     AttributeStorage(const AttributeStorage&) = delete;
     AttributeStorage& operator=(const AttributeStorage&) = delete;
 
-    /// Contents: whatever the last user left.
+    /// The first `count` floats, not initialised.
     std::span<float> First(std::size_t count) const {
         return std::span(values_, count_).first(count);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Symbols that are wanted while an object lives, looked up once.
+// Symbols that objects of every class use, looked up once.
 #pragma once
 
 #include "ext.h"
@@ -15,7 +15,7 @@ struct CommonSymbols {
     t_symbol* recallPreset = gensym("recallpreset");
 };
 
-/// The first call, before any audio, looks them up.
+/// The first call looks the symbols up; it must come before any audio.
 inline const CommonSymbols& Symbols() {
     static const CommonSymbols symbols;
     return symbols;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// A console text as a typed value: what it says, and what has to be filled in.
+// A console text together with the types of the values that it shows.
 //
-// Texts are promises to users and to their patches. They stand in tables (VelkMaxTexts.h for those
-// every object shares, one file for each object), and a wrong argument does not compile.
+// The texts are promises to users and to their patches. They stand in tables: VelkMaxTexts.h and
+// VelkMaxStateTexts.h for all classes, one file for each class. A wrong argument does not compile.
 #pragma once
 
 #include "ext.h"
@@ -16,9 +16,8 @@
 
 namespace VelkMax {
 
-/// How an argument stands in a text. They mean the same to us and to every C library that may
-/// format them, which is why there are no others: a long of the API has its size in the module and
-/// in Max.
+/// The printf conversion for a type of argument. There are no others, because Max's C library
+/// formats the text: these have the same meaning and size in it and in the module.
 template <class Argument>
 inline constexpr std::string_view kConversion{};
 template <>
@@ -28,7 +27,7 @@ inline constexpr std::string_view kConversion<long> = "%ld";
 template <>
 inline constexpr std::string_view kConversion<const char*> = "%s";
 
-/// Called while compiling where a text and its arguments differ; deliberately not constexpr.
+/// Not constexpr on purpose: calling it at compile time is the compile error, which shows its name.
 inline void TheConversionsOfATextDifferFromItsArguments() {}
 
 /// One text with one conversion for each of `Arguments`, in their order.
@@ -44,7 +43,8 @@ public:
     constexpr const char* Format() const noexcept { return format_; }
 
 private:
-    /// Cuts `rest` behind its first conversion; false when that is another one or there is none.
+    /// Removes all of `rest` up to and with its first conversion; false when there is none or
+    /// another.
     static consteval bool Skip(std::string_view& rest, std::string_view conversion) {
         const auto at = rest.find('%');
         if (at == rest.npos || conversion.empty() || !rest.substr(at).starts_with(conversion)) {
@@ -57,7 +57,7 @@ private:
     const char* format_;
 };
 
-/// The object whose name a console row bears; null for a row without.
+/// The object whose name the console row shows; null for a row without a name.
 inline t_object* MaxObjectOf(t_object* object) noexcept { return object; }
 
 using ConsoleRow = void (*)(t_object* object, const char* format, ...);
@@ -74,10 +74,11 @@ void PostRow(ConsoleRow row,
     }
 }
 
-/// The longest line that waits for a thread that may post it; what is longer is cut.
+/// Characters, with the final zero, of the longest line that can be kept without allocating memory.
 inline constexpr std::size_t kKeptLineSize = 256;
 
-/// Keeps what the text becomes with its arguments; without memory, as much as fits a kept line.
+/// Formats the text and keeps it in the door to be posted later. A longer line than kKeptLineSize
+/// is cut in the audio thread, and where memory is short.
 template <class TheDoor, class... Arguments>
 void Keep(TheDoor& door,
           ConsoleRow row,
@@ -102,7 +103,8 @@ void Keep(TheDoor& door,
     }
 }
 
-/// As PostRow, except that an object with a door keeps what is said inside or by the audio thread.
+/// Posts at once, except that an object with a door keeps lines from inside it or from the audio
+/// thread.
 template <class Object, class... Arguments>
 void Say(ConsoleRow row,
          const Object& object,

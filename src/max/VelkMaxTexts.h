@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Console texts that every object can post. Their spelling, blanks and slips are promises.
+// Console texts that objects of every class can post. Their spelling, blanks and mistakes are
+// promises to patches.
 #pragma once
 
 #include "max/VelkMaxText.h"
@@ -8,7 +9,7 @@ namespace VelkMax {
 
 // clang-format off
 
-// Failures that arrive at a handler
+// Exceptions in a handler
 inline constexpr Text<const char*> kLibraryException{"exception : %s"};
 inline constexpr Text<const char*> kOutOfMemory{"out of memory : %s"};
 inline constexpr Text<>            kUnknownException{"unknown exception"};
@@ -23,10 +24,10 @@ inline constexpr Text<const char*> kNoMemoryForGetter{"couldnt allocate memory f
 inline constexpr Text<const char*> kUnreadableValue{"error reading value of attribute %s"};
 inline constexpr Text<const char*> kUnknownAttribute{"unknown attribute %s"};
 
-// What the audio thread sent faster than it could be carried out
+// Messages of the audio thread that came faster than they could be carried out
 inline constexpr Text<int>         kLettersLost{"%d messages from the audio thread came too fast and were lost"};
 
-// A message that is refused as a whole: its text, then its arguments or only the blank
+// A message that is refused as a whole: the refusal, then the arguments if there are any
 inline constexpr Text<const char*, const char*> kRefused{"%s %s"};
 inline constexpr Text<const char*>              kRefusedAlone{"%s "};
 
@@ -41,7 +42,7 @@ inline constexpr Text<> kDspEnabled{"dsp processing is enabled"};
 inline constexpr Text<> kDspOn{"dsp is on"};
 inline constexpr Text<> kDspOff{"dsp is off"};
 
-// Lines that come from elsewhere, such as a description of the engine
+// Lines that are composed elsewhere, such as the description of the engine
 inline constexpr Text<const char*> kLine{"%s"};
 
 // clang-format on
