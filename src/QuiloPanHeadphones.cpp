@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanHeadphones.h"
 
-#include "QuiloPanPanners.h"
+#include "QuiloPanEngine.h"
 #include "QuiloPanPositions.h"
+#include "QuiloPanSymbols.h"
 #include "max/VelkMaxFiles.h"
-#include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloKeywords.h"
@@ -20,74 +20,66 @@ using VelkMax::Reject;
 
 namespace {
 
-constexpr char kBuiltInSet[] = "kemar";
-constexpr char kNoSet[] = "none";
-
-/// Names of the attributes that messages change too.
-struct Names {
-    static const Names& Get() {
-        static const Names names;
-        return names;
-    }
-    t_symbol* listener = gensym("listenerposition");
-    t_symbol* hrtfFile = gensym("hrtffile");
-};
-
-template <class Panner>
-Panner* EngineAs(const PanObject& object) {
-    return dynamic_cast<Panner*>(object.Engine());
-}
-
 /// Null, and refused, for other panners.
 template <class Panner>
 Panner* PannerOrRefuse(const PanObject& object) {
-    auto* const panner = EngineAs<Panner>(object);
-    if (panner == nullptr && !VelkMax::RestoringState::IsActive()) Error(object, kOnlyBinaural);
-    return panner;
+    return PannerOrRefusal<Panner>(object, kOnlyBinaural);
 }
 
-/// A state that is restored brings printed words.
-template <class Code>
-std::optional<Code> ReadKeyword(const PanObject& object,
-                                const tav::KeywordTable<Code>& table,
-                                std::string_view word,
-                                const VelkMax::Text<const char*>& invalid) {
-    auto code = table.Parse(word);
-    if (!code && VelkMax::RestoringState::IsActive()) code = table.FindPrinted(word);
-    if (!code) Error(object, invalid, std::string(word).c_str());
-    return code;
-}
+/// A word; a number is its own text. No symbol is made of it.
+std::string WordOf(Atoms atoms) { return atoms.First(1).Text(); }
 
-t_symbol* Symbol(std::string_view text) { return gensym(std::string(text).c_str()); }
+// ---- Loading. Each load takes its turn inside the door and leaves it to search and to read.
+
+using HrtfLoad = BinauralPanningDirect::HrtfLoad;
 
 /// The words for the built-in set are kept as they are; a file is looked up.
-std::optional<std::string> PathOf(const PanObject& object, const char* name) {
-    const std::string text = name;
-    if (text.empty() || text == kBuiltInSet || text == kNoSet) return kBuiltInSet;
-    auto place = VelkMax::LocateFile(name);
-    if (!place) place = VelkMax::LocateFile((text + ".sofa").c_str());
+/// Thread: main, outside the door
+std::optional<std::string> PathOf(const PanObject& object, const std::string& name) {
+    const PanSymbols& words = PanSymbols::Get();
+    if (name.empty() || name == words.builtInHrtf->s_name || name == words.noHrtf->s_name) {
+        return words.builtInHrtf->s_name;
+    }
+    auto place = VelkMax::LocateFile(name.c_str());
+    if (!place) place = VelkMax::LocateFile((name + ".sofa").c_str());
     if (place) return VelkMax::FullPath(*place);
-    Error(object, VelkMax::kNotLocated, name);
+    Error(object, VelkMax::kNotLocated, name.c_str());
     return std::nullopt;
 }
 
-void LoadHrtf(PanObject& object, const std::string& path, const char* name) {
-    bool isLoaded = false;
-    object.TheDoor().StepOutside([&] {
-        VelkMax::Guarded(object, &object_error,
-                         [&] { isLoaded = object.Engine()->LoadHrtf(path); });
-    });
-    if (!isLoaded) return Error(object, kHrtfNotLoaded, name);
-    Post(object, kHrtfLoaded, name);
-    object.TheDoor().Changed(Names::Get().hrtfFile);
+/// What `hrtffile` reads for a set. Makes a symbol: outside the door.
+t_symbol* SourceOf(const Hrtf& set) {
+    const auto url = set.Data().infos.find(HrtfInfo::kUrl);
+    if (url != set.Data().infos.end()) return gensym(url->second.c_str());
+    return PanSymbols::Get().builtInHrtf;
 }
 
-void LoadHrtfNamed(PanObject& object, const char* name) {
+/// @param name  as the user wrote it, for the console
+void Finish(PanObject& object, HrtfLoad& load, const std::string& path, const std::string& name) {
+    t_symbol* source = nullptr;  // of a set that was read
+    object.TheDoor().StepOutside([&] {
+        VelkMax::Guarded(object, &object_error, [&] {
+            if (load.Read(path)) source = SourceOf(load.Set());
+        });
+    });
+    if (source == nullptr) return Error(object, kHrtfNotLoaded, name.c_str());
+    // A load that was asked for later is in force and has been announced.
+    if (!load.Install()) return;
+    object.SetHrtfSource(source);
+    Post(object, kHrtfLoaded, name.c_str());
+    object.TheDoor().Changed(PanSymbols::Get().hrtfFile);
+}
+
+void LoadNamed(PanObject& object, const std::string& name) {
+    auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
+    if (panner == nullptr) return;
+    HrtfLoad load(*panner);
     std::optional<std::string> path;
     object.TheDoor().StepOutside([&] { path = PathOf(object, name); });
-    if (path) LoadHrtf(object, *path, name);
+    if (path) Finish(object, load, *path, name);
 }
 
+/// An errand: loads what the user chooses.
 void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
     PanObject& object = PanObject::Of(x);
     VelkMax::Guarded(object, &object_error, [&] {
@@ -95,22 +87,29 @@ void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
         if (!place) return;
         const std::string path = VelkMax::FullPath(*place);
         const VelkMax::Door::Visit inside(object.TheDoor());
-        LoadHrtf(object, path, place->name.c_str());
+        auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
+        if (panner == nullptr) return;
+        HrtfLoad load(*panner);
+        Finish(object, load, path, place->name);
+    });
+}
+
+/// An errand: loads what the atoms name.
+void LoadInMain(void* x, t_symbol*, Atoms name) noexcept {
+    PanObject& object = PanObject::Of(x);
+    VelkMax::Guarded(object, &object_error, [&] {
+        const VelkMax::Door::Visit inside(object.TheDoor());
+        LoadNamed(object, WordOf(name));
     });
 }
 
 }  // namespace
 
-void LoadBuiltInHrtf(Pan& engine) {
-    if (IsOf(engine, Family::Binaural)) engine.LoadHrtf(kBuiltInSet);
-}
-
 // ---- Attributes
 
 std::span<const float> ListenerPosition(const PanObject& object) {
     const std::span<float> values = object.PerSourceValues(3).first(3);
-    const auto* const panner = EngineAs<BinauralPanning>(object);
-    const auto p = panner != nullptr ? panner->ListenerPosition() : tav::CartesianVector{};
+    const auto p = Answer(object, &BinauralPanning::ListenerPosition, tav::CartesianVector{});
     std::ranges::copy(std::array{p.x, p.y, p.z}, values.begin());
     return values;
 }
@@ -124,24 +123,24 @@ void SetListenerPosition(PanObject& object, const std::vector<float>& xyz) {
     panner->SetListenerPosition(position);
 }
 
-t_symbol* HrtfFile(const PanObject& object) {
-    if (object.Engine() == nullptr) return gensym(kNoSet);
-    const auto set = object.Engine()->GetHrtf();
-    const auto& infos = set->Data().infos;
-    const auto url = infos.find(HrtfInfo::kUrl);
-    if (url != infos.end()) return Symbol(url->second);
-    return gensym(set->Data().points.empty() ? kNoSet : kBuiltInSet);
-}
-
 void SetHrtfFile(PanObject& object, std::string_view name) {
-    if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return;
+    if (PannerOrRefuse<BinauralPanningDirect>(object) == nullptr) return;
     // A state says again what is in force.
-    if (name != HrtfFile(object)->s_name) LoadHrtfNamed(object, std::string(name).c_str());
+    if (name == object.HrtfSource()->s_name) return;
+    const std::string file(name);
+    if (systhread_ismainthread() != 0) return LoadNamed(object, file);
+    // The scheduler waits for no disk: the main thread reads the file.
+    object.TheDoor().StepOutside([&] {
+        t_atom atom{};
+        atom_setsym(&atom, gensym(file.c_str()));
+        object.TheDoor().SendToMain(
+            {&LoadInMain, VelkMax::Letter::Pace::InMain, nullptr, Atoms(1, &atom)});
+    });
 }
 
 float CrossfadeTime(const PanObject& object) {
-    const auto* const panner = EngineAs<BinauralPanningDirect>(object);
-    return panner != nullptr ? panner->CrossfadeTime() : BinauralPanningDirect::kDefaultCrossfadeMs;
+    return Answer(object, &BinauralPanningDirect::CrossfadeTime,
+                  BinauralPanningDirect::kDefaultCrossfadeMs);
 }
 
 void SetCrossfadeTime(PanObject& object, float ms) {
@@ -150,9 +149,8 @@ void SetCrossfadeTime(PanObject& object, float ms) {
 }
 
 t_symbol* ItdType(const PanObject& object) {
-    const auto* const panner = EngineAs<BinauralPanning>(object);
-    const auto type = panner != nullptr ? panner->ItdModel() : InterauralTimeDifference().type;
-    return Symbol(ItdTypeKeywords().Print(type));
+    return PanSymbols::Get().itdTypes.Of(
+        Answer(object, &BinauralPanning::ItdModel, InterauralTimeDifference().type));
 }
 
 void SetItdType(PanObject& object, std::string_view type) {
@@ -163,10 +161,8 @@ void SetItdType(PanObject& object, std::string_view type) {
 }
 
 t_symbol* ItdLatency(const PanObject& object) {
-    const auto* const panner = EngineAs<BinauralPanning>(object);
-    const auto mode =
-        panner != nullptr ? panner->ItdLatencyMode() : InterauralTimeDifference().latencyMode;
-    return Symbol(ItdLatencyKeywords().Print(mode));
+    return PanSymbols::Get().itdLatencies.Of(
+        Answer(object, &BinauralPanning::ItdLatencyMode, InterauralTimeDifference().latencyMode));
 }
 
 void SetItdLatency(PanObject& object, std::string_view mode) {
@@ -177,8 +173,8 @@ void SetItdLatency(PanObject& object, std::string_view mode) {
 }
 
 float HeadRadius(const PanObject& object) {
-    const auto* const panner = EngineAs<BinauralPanning>(object);
-    return panner != nullptr ? panner->HeadRadius() : InterauralTimeDifference::kDefaultHeadRadius;
+    return Answer(object, &BinauralPanning::HeadRadius,
+                  InterauralTimeDifference::kDefaultHeadRadius);
 }
 
 void SetHeadRadius(PanObject& object, float metres) {
@@ -189,8 +185,8 @@ void SetHeadRadius(PanObject& object, float metres) {
 // ---- Messages
 
 void ListenerMessage(PanObject& object, Atoms atoms) {
-    auto* const panner = EngineAs<BinauralPanning>(object);
-    if (panner == nullptr) return Error(object, kOnlyBinauralListener);
+    auto* const panner = PannerOrRefusal<BinauralPanning>(object, kOnlyBinauralListener);
+    if (panner == nullptr) return;
     if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) return Reject(object, kInvalidListener, atoms);
     const auto formatted = ReadFormat(object, atoms);
     if (!formatted) return;
@@ -198,15 +194,13 @@ void ListenerMessage(PanObject& object, Atoms atoms) {
     tav::CartesianVector position = panner->ListenerPosition();
     if (!ReadPosition(object, kListenerTexts, *formatted, position)) return;
     panner->SetListenerPosition(position);
-    object.TheDoor().Changed(Names::Get().listener);
+    object.TheDoor().Changed(PanSymbols::Get().listenerPosition);
 }
 
 void LoadMessage(PanObject& object, Atoms atoms) {
-    if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return;
-    if (atoms.Empty()) {
-        return object.TheDoor().StepOutside([&] { object.TheDoor().SendToMain({&AskAndLoad}); });
-    }
-    LoadHrtfNamed(object, atoms.Symbol(0)->s_name);
+    if (!atoms.Empty()) return LoadNamed(object, WordOf(atoms));
+    if (PannerOrRefuse<BinauralPanningDirect>(object) == nullptr) return;
+    object.TheDoor().StepOutside([&] { object.TheDoor().SendToMain({&AskAndLoad}); });
 }
 
 void CrossfadeTypeMessage(PanObject& object, t_symbol* shape) {
@@ -220,12 +214,12 @@ namespace {
 
 /// What `implementation` can be told; false: the value does not serve.
 struct ImplementationRow {
-    const char* keyword;
+    std::string_view keyword;
     bool (*apply)(BinauralPanningDirect& panner, Atoms value);
 };
 
 bool ApplyRealisation(BinauralPanningDirect& panner, Atoms value) {
-    const auto realisation = HrtfRealisationKeywords().Parse(value.Symbol(0)->s_name);
+    const auto realisation = HrtfRealisationKeywords().Parse(WordOf(value));
     if (realisation) panner.SetRealisation(*realisation);
     return realisation.has_value();
 }
@@ -266,11 +260,14 @@ void ImplementationMessage(PanObject& object, Atoms atoms) {
     if (panner == nullptr) return;
     for (; !atoms.Empty(); atoms = atoms.From(2)) {
         const Atoms pair = atoms.First(2);
-        const std::string_view keyword = pair.Symbol(0)->s_name;
-        const auto row = std::ranges::find(kImplementation, keyword, &ImplementationRow::keyword);
-        const bool isKnown = row != std::end(kImplementation) && pair.Size() == 2;
-        if (isKnown && row->apply(*panner, pair.From(1))) continue;
-        Error(object, kInvalidImplementation, pair.Text().c_str());
+        const auto row =
+            std::ranges::find(kImplementation, WordOf(pair), &ImplementationRow::keyword);
+        bool isApplied = false;
+        if (row != std::end(kImplementation) && pair.Size() == 2) {
+            // Filters may have to be computed: others are let in meanwhile.
+            object.TheDoor().StepOutside([&] { isApplied = row->apply(*panner, pair.From(1)); });
+        }
+        if (!isApplied) Error(object, kInvalidImplementation, pair.Text().c_str());
     }
 }
 

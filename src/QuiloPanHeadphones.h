@@ -10,17 +10,13 @@
 
 namespace Quilo {
 
-/// The built-in set, for an engine that takes one.
-void LoadBuiltInHrtf(Pan& engine);
-
 // ---- Attributes: each asks the engine or says why it cannot be asked.
 
 /// x, y, z, metres.
 std::span<const float> ListenerPosition(const PanObject& object);
 /// What the list does not reach stays.
 void SetListenerPosition(PanObject& object, const std::vector<float>& xyz);
-/// "kemar" for the built-in set, "none" for none, else the path of the file.
-t_symbol* HrtfFile(const PanObject& object);
+/// Loads the set unless it is the one in force.  @param name  as for LoadMessage
 void SetHrtfFile(PanObject& object, std::string_view name);
 float CrossfadeTime(const PanObject& object);
 void SetCrossfadeTime(PanObject& object, float ms);
@@ -34,6 +30,8 @@ void SetHeadRadius(PanObject& object, float metres);
 // ---- Messages
 
 void ListenerMessage(PanObject& object, Atoms atoms);
+/// A file in the search path, with or without ".sofa", or "kemar" or "none" for the built-in set;
+/// without a name the user is asked. The file is read with nobody held up.  Thread: main
 void LoadMessage(PanObject& object, Atoms atoms);
 void CrossfadeTypeMessage(PanObject& object, t_symbol* shape);
 /// Pairs of a keyword and a value.

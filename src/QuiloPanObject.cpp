@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanObject.h"
 
-#include "QuiloPanHeadphones.h"
 #include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
 #include "QuiloPanSymbols.h"
@@ -58,9 +57,8 @@ PanObject::PanObject(t_pxobject& header)
       door_(&header),
       sourcesValues_(kMostCoordinates, kObjectSite),
       speakersValues_(kMostCoordinates, kObjectSite),
-      perSourceValues_(kMostCoordinates, kObjectSite) {
-    PanSymbols::Get();
-}
+      perSourceValues_(kMostCoordinates, kObjectSite),
+      hrtfSource_(PanSymbols::Get().noHrtf) {}
 
 void PanObject::BuildEngine() {
     if (engine_ != nullptr) return;
@@ -70,7 +68,10 @@ void PanObject::BuildEngine() {
     if (engine->GetType() == Pan::Type::Null) Error(*this, kUnsupported);
     if (interpolationTimeMs_) engine->SetInterpolationTime(*interpolationTimeMs_);
     engine->SetAutoMuteTime(autoMuteSeconds_);
-    LoadBuiltInHrtf(*engine);
+    if (IsOf(*engine, Family::Binaural) &&
+        engine->LoadHrtf(PanSymbols::Get().builtInHrtf->s_name)) {
+        hrtfSource_ = PanSymbols::Get().builtInHrtf;
+    }
     engine_ = std::move(engine);
 }
 

@@ -89,6 +89,11 @@ public:
     /// @param spread  clamped by the engine to 0 .. 100
     void SetSourceSpread(unsigned index, float spread);
 
+    /// What the set of filters in force was read from: the path of a file, or "kemar" for the
+    /// built-in set; "none" for no set. The symbol was made outside the door.
+    t_symbol* HrtfSource() const { return hrtfSource_; }
+    void SetHrtfSource(t_symbol* source) { hrtfSource_ = source; }
+
     // ---- Attributes
 
     max_long NumInputs() const { return numInputs_; }
@@ -163,7 +168,8 @@ private:
     std::vector<t_atom> givenSpeakers_;
 
     tav::CartesianArray speakers_;
-    unsigned numLayouts_ = 0;      // set so far, counted to recognise the latest
+    unsigned numLayouts_ = 0;  // set so far, counted to recognise the latest
+    t_symbol* hrtfSource_;
     std::unique_ptr<Pan> engine_;  // the same one once audio runs
 
     // shared: control writes, audio reads

@@ -46,12 +46,19 @@ struct PanSymbols {
     t_symbol* spreadXyz = gensym("spreadxyz");
     t_symbol* encoding = gensym("encoding");
     t_symbol* norm = gensym("norm");
+    t_symbol* listenerPosition = gensym("listenerposition");
+    t_symbol* hrtfFile = gensym("hrtffile");
+    // Values of `hrtffile` that are no files.
+    t_symbol* builtInHrtf = gensym("kemar");
+    t_symbol* noHrtf = gensym("none");
 
     WordSymbols<Pan::Type> types{PanTypeKeywords()};
     WordSymbols<Pan::SubType> subTypes{PanSubTypeKeywords()};
     WordSymbols<Pan::SpreadingMode> spreadingModes{PanSpreadingModeKeywords()};
     WordSymbols<tav::SphericalHarmonic::Normalization> encodings{tav::NormalizationKeywords()};
     WordSymbols<tav::HoaEncodingVector::Mode> hoaModes{tav::HoaModeKeywords()};
+    WordSymbols<InterauralTimeDifference::Type> itdTypes{ItdTypeKeywords()};
+    WordSymbols<InterauralTimeDifference::LatencyMode> itdLatencies{ItdLatencyKeywords()};
 };
 
 }  // namespace Quilo

@@ -21,7 +21,7 @@ constexpr std::size_t kFrames = 64;
 std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
     const auto number = [&random](unsigned most) { return std::to_string(random() % most); };
     const std::string source = "source " + std::to_string(1 + random() % numInputs);
-    switch (random() % 10) {
+    switch (random() % 12) {
         case 0: return "interpolationtime " + number(60);
         case 1: return "speaker " + number(5) + " aed " + number(360) + " 0 1";
         case 2: return "speakers ae 0 10 60 -10 120 10 180 -10 240 10 300 " + number(20);
@@ -30,6 +30,8 @@ std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
         case 5: return "automute " + number(3);
         case 6: return "sourcespositions 0 1 0 1 0 " + number(3);
         case 7: return "getspeakerspositions";
+        case 8: return "load kemar";
+        case 9: return "implementation realisation fir length 1" + number(9);
         default: return source + " aed " + number(360) + ' ' + number(90) + ' ' + number(4);
     }
 }
@@ -115,7 +117,7 @@ Fault ObjectOutlivesAHost(const std::string& arguments) {
 }  // namespace
 
 Fault ObjectsOutliveAHost() {
-    for (const char* arguments : {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d"}) {
+    for (const char* arguments : {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d", "2 2 binaural"}) {
         const Fault fault = ObjectOutlivesAHost(arguments);
         if (!fault.empty()) return arguments + (": " + fault);
     }

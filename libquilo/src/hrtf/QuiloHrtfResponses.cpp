@@ -100,15 +100,26 @@ std::shared_ptr<const HrtfResponses> HrtfResponses::Of(const std::shared_ptr<con
                                                        const HrtfFormat& format) {
     static std::mutex mutex;
     static std::vector<std::weak_ptr<const HrtfResponses>> known;
-    const std::lock_guard lock(mutex);
-    std::erase_if(known, [](const auto& responses) { return responses.expired(); });
-    for (const auto& weak : known) {
-        auto responses = weak.lock();
-        if (responses && responses->Set() == set && responses->Format() == format) return responses;
+    const auto find = [&]() -> std::shared_ptr<const HrtfResponses> {
+        for (const auto& weak : known) {
+            auto responses = weak.lock();
+            if (responses && responses->Set() == set && responses->Format() == format) {
+                return responses;
+            }
+        }
+        return nullptr;
+    };
+    {
+        const std::lock_guard lock(mutex);
+        if (auto responses = find()) return responses;
     }
-    auto responses = std::make_shared<const HrtfResponses>(set, format);
-    known.push_back(responses);
-    return responses;
+    // Without the lock: those who only look something up do not wait for the computation.
+    auto made = std::make_shared<const HrtfResponses>(set, format);
+    const std::lock_guard lock(mutex);
+    if (auto responses = find()) return responses;
+    std::erase_if(known, [](const auto& responses) { return responses.expired(); });
+    known.push_back(made);
+    return made;
 }
 
 }  // namespace Quilo

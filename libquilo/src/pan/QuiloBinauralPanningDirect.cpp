@@ -46,18 +46,23 @@ unsigned BinauralPanningDirect::Latency() const {
 // ---- Control
 
 bool BinauralPanningDirect::LoadHrtf(const std::string& path) {
+    HrtfLoad load(*this);
+    return load.Read(path) && load.Install();
+}
+
+bool BinauralPanningDirect::HrtfLoad::Read(const std::string& path) {
     const auto set = Hrtf::LoadShared(path);
     if (!IsForTwoEars(set->Data())) return false;
-    HrtfFormat format;
-    {
-        const ControlGuard guard(controlLock_);
-        format = Format();
-    }
-    // Kept until the bundle has found it, which makes it anew where the format is another by then.
-    const auto responses = HrtfResponses::Of(set, format);
+    bundle_ = panner_.PrepareBundle(set);
+    return true;
+}
+
+bool BinauralPanningDirect::Install(HrtfLoad& load) {
     const ControlGuard guard(controlLock_);
-    set_ = set;
-    Rebuild(false);
+    if (load.number_ < loadInForce_) return false;
+    const auto set = load.bundle_->filtering.Responses().Set();
+    Install(IsUpToDate(*load.bundle_) ? std::move(load.bundle_) : MakeBundle(set, false));
+    loadInForce_ = load.number_;
     return true;
 }
 
@@ -68,14 +73,47 @@ std::shared_ptr<const Hrtf> BinauralPanningDirect::GetHrtf() const {
 
 HrtfFormat BinauralPanningDirect::Format() const { return {SampleRate(), realisation_, maxTaps_}; }
 
-void BinauralPanningDirect::Rebuild(bool atOnce) {
-    if (set_->Data().points.empty()) return;
-    auto bundle = std::make_unique<Bundle>(HrtfResponses::Of(set_, Format()), NumInputs(),
-                                           BufferSize(), atOnce);
+bool BinauralPanningDirect::IsUpToDate(const Bundle& bundle) const {
+    return bundle.filtering.Responses().Format() == Format() &&
+           bundle.filtering.BlockSize() == BufferSize();
+}
+
+std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::MakeBundle(
+    const std::shared_ptr<const Hrtf>& set, bool atOnce) const {
+    return std::make_unique<Bundle>(HrtfResponses::Of(set, Format()), NumInputs(), BufferSize(),
+                                    atOnce);
+}
+
+std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::PrepareBundle(
+    const std::shared_ptr<const Hrtf>& set) const {
+    HrtfFormat format;
+    {
+        const ControlGuard guard(controlLock_);
+        format = Format();
+    }
+    return std::make_unique<Bundle>(HrtfResponses::Of(set, format), NumInputs(), BufferSize(),
+                                    false);
+}
+
+void BinauralPanningDirect::Install(std::unique_ptr<Bundle> bundle) {
+    set_ = bundle->filtering.Responses().Set();
     newest_ = bundle.get();
     PublishSettings();
     RecomputeAll(true);
     bundles_.Publish(std::move(bundle));
+}
+
+void BinauralPanningDirect::RefitSet() {
+    const auto set = GetHrtf();
+    if (set->Data().points.empty()) return;
+    auto bundle = PrepareBundle(set);
+    const ControlGuard guard(controlLock_);
+    // Otherwise somebody else has made one meanwhile, for all settings that hold now.
+    if (set == set_ && IsUpToDate(*bundle)) Install(std::move(bundle));
+}
+
+void BinauralPanningDirect::RebuildAtOnce() {
+    if (!set_->Data().points.empty()) Install(MakeBundle(set_, true));
 }
 
 void BinauralPanningDirect::PublishSettings() {
@@ -85,12 +123,12 @@ void BinauralPanningDirect::PublishSettings() {
 
 void BinauralPanningDirect::ApplySampleRate() {
     if (newest_ != nullptr && newest_->filtering.Responses().Format() == Format()) return;
-    Rebuild(true);
+    RebuildAtOnce();
 }
 
 void BinauralPanningDirect::ApplyBufferSize() {
     if (newest_ != nullptr && newest_->filtering.BlockSize() == BufferSize()) return;
-    Rebuild(true);
+    RebuildAtOnce();
 }
 
 void BinauralPanningDirect::ApplyReset() {
@@ -156,14 +194,20 @@ void BinauralPanningDirect::SetDelayReduction(float percent) {
 }
 
 void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
-    const ControlGuard guard(controlLock_);
-    if (std::exchange(realisation_, realisation) != realisation) Rebuild(false);
+    {
+        const ControlGuard guard(controlLock_);
+        if (std::exchange(realisation_, realisation) == realisation) return;
+    }
+    RefitSet();
 }
 
 void BinauralPanningDirect::SetResponseLength(unsigned taps) {
-    const ControlGuard guard(controlLock_);
-    const unsigned clamped = std::clamp(taps, kShortestCut, kLongestCut);
-    if (std::exchange(maxTaps_, clamped) != clamped) Rebuild(false);
+    {
+        const ControlGuard guard(controlLock_);
+        const unsigned clamped = std::clamp(taps, kShortestCut, kLongestCut);
+        if (std::exchange(maxTaps_, clamped) == clamped) return;
+    }
+    RefitSet();
 }
 
 void BinauralPanningDirect::SetDelayKind(unsigned code) {

@@ -13,6 +13,8 @@
 #include "pan/QuiloHrtfFiltering.h"
 
 #include <array>
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,11 +37,10 @@ public:
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
 
-    /// Reads a set and takes it, unless it is none for two ears with cells or finite responses.
-    /// What is heard fades from the old set to the new one.
-    /// @return false: the old set stays, as it does after an exception
-    /// Thread: control; reads files and computes filters, both without the lock.
-    /// Throws: tav::Exception as Hrtf::Load.
+    class HrtfLoad;
+
+    /// All steps of an HrtfLoad at once.
+    /// @return false: the set that was there stays, as it does after an exception
     bool LoadHrtf(const std::string& path) override;
     /// The empty set before the first load.
     std::shared_ptr<const Hrtf> GetHrtf() const override;
@@ -89,7 +90,18 @@ private:
     void Describe(std::vector<std::string>& lines) const override TAV_REQUIRES(controlLock_);
 
     HrtfFormat Format() const TAV_REQUIRES(controlLock_);
-    void Rebuild(bool atOnce) TAV_REQUIRES(controlLock_);
+    /// Whether the bundle was made for the settings that hold now.
+    bool IsUpToDate(const Bundle& bundle) const TAV_REQUIRES(controlLock_);
+    std::unique_ptr<Bundle> MakeBundle(const std::shared_ptr<const Hrtf>& set, bool atOnce) const
+        TAV_REQUIRES(controlLock_);
+    /// The same with the lock given back while filters are computed: a setting may have changed
+    /// when it returns.
+    std::unique_ptr<Bundle> PrepareBundle(const std::shared_ptr<const Hrtf>& set) const;
+    void Install(std::unique_ptr<Bundle> bundle) TAV_REQUIRES(controlLock_);
+    bool Install(HrtfLoad& load);
+    /// For settings that the responses depend on, when one has changed: computes without the lock.
+    void RefitSet();
+    void RebuildAtOnce() TAV_REQUIRES(controlLock_);
     void PublishSettings() TAV_REQUIRES(controlLock_);
 
     void TakeBundle() noexcept TAV_NONBLOCKING;
@@ -105,6 +117,8 @@ private:
     float glideMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
     std::vector<std::uint32_t> points_ TAV_GUARDED_BY(controlLock_);  // of each source
     Bundle* newest_ TAV_GUARDED_BY(controlLock_) = nullptr;
+    std::uint64_t loadInForce_ TAV_GUARDED_BY(controlLock_) = 0;  // its number
+    std::atomic<std::uint64_t> numLoads_ = 0;                     // begun, ever
     // shared: control writes, audio reads
     tav::SlowHandOver<Bundle> bundles_;
     std::atomic<float> crossfadeMs_{kDefaultCrossfadeMs};
@@ -115,6 +129,34 @@ private:
     unsigned changeLength_ = 0;  // frames of the fade
     std::vector<const float*> inputs_;
     std::array<std::vector<float>, 2> unwanted_;  // what unconnected outputs would get
+};
+
+/// One load of a set, in steps for a caller with a lock of its own: only Read takes long. Of loads
+/// that overlap the one that was begun last stays; one that fails takes nothing from the others.
+/// What is heard fades from the old set to the new one.
+/// Pattern: Read Install.  Thread: control
+class BinauralPanningDirect::HrtfLoad {
+public:
+    /// Begins it.
+    explicit HrtfLoad(BinauralPanningDirect& panner)
+        : panner_(panner),
+          number_(++panner.numLoads_) {}
+
+    /// Reads files and computes filters, both without the panner's lock.
+    /// @return false: it is no set for two ears with cells or finite responses
+    /// Throws: tav::Exception as Hrtf::Load.
+    bool Read(const std::string& path);
+    /// What was read.  @pre  Read was true, Install not called
+    const Hrtf& Set() const { return *bundle_->filtering.Responses().Set(); }
+    /// @return false: a load that was begun later is in force and stays
+    bool Install() { return panner_.Install(*this); }
+
+private:
+    friend class BinauralPanningDirect;
+
+    BinauralPanningDirect& panner_;
+    const std::uint64_t number_;
+    std::unique_ptr<Bundle> bundle_;
 };
 
 }  // namespace Quilo

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "libquilo/hrtf/HrtfFiles.h"
 #include "libquilo/pan/PanPlayer.h"
 #include "math/VelkDspSpherical.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "reference/PlainBinauralVoice.h"
+#include "support/HostProgram.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -283,6 +285,29 @@ TEST(BinauralPanningDirect, ChangesSetsWithoutAClickAndKeepsTheOldOneOnFailure) 
     }
     play(9600, changing);
     EXPECT_LE(changing, 1.2 * steady);
+}
+
+// Loads that overlap end in any order, and settings change while they read.
+TEST(BinauralPanningDirect, KeepsTheLoadThatWasBegunLast) {
+    const Tests::TemporaryFolder folder;
+    Tests::WriteText(folder / "ears.hrtf", SmallFirSet().Bytes());
+    const auto pan = OnKemar(1);
+    pan->SetSourcePosition(0, {0, 1, 0}, true, true);
+    BinauralPanningDirect::HrtfLoad early(*pan), late(*pan), failing(*pan);
+    EXPECT_TRUE(early.Read("kemar"));
+    EXPECT_TRUE(late.Read((folder / "ears.hrtf").string()));
+    EXPECT_THROW(failing.Read((folder / "gone.hrtf").string()), tav::Exception);
+    PanPlayer player(*pan, 44100.f, 128);
+    pan->SetRealisation(HrtfRealisation::Fir);
+    EXPECT_TRUE(late.Install());
+    EXPECT_FALSE(early.Install());
+    EXPECT_EQ(pan->GetHrtf()->Data().points.size(), 2u);
+    player.Play(4096, Tests::Silence);
+    const auto ears = player.Play(4, Tests::Impulse);
+    for (std::size_t tap = 0; tap < 3; ++tap) {
+        EXPECT_NEAR(ears[0][tap], static_cast<double>(tap + 1), 1e-6);
+        EXPECT_NEAR(ears[1][tap], static_cast<double>(tap + 4), 1e-6);
+    }
 }
 
 TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {

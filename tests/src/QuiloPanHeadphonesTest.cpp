@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// Sets of filters from files, as a user loads them: by the program, while audio runs.
+#include "QuiloPanObject.h"
+#include "files/VelkDspWavFile.h"
+#include "libquilo/hrtf/HrtfFiles.h"
+#include "src/PanBox.h"
+#include "support/HostProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+using namespace Tests;
+using Console = std::vector<std::string>;
+
+namespace {
+
+/// A good set, whose responses ahead are 1 2 3 and 4 5 6, a damaged one, and one that is none for
+/// headphones.
+class HeadphonesFiles : public testing::Test {
+protected:
+    HeadphonesFiles() {
+        Quilo::HrtfFileContent set = Quilo::SmallFirSet();
+        const std::string good = set.Bytes();
+        WriteText(folder_ / "ears.hrtf", good);
+        WriteText(folder_ / "cut.hrtf", good.substr(0, good.size() - 8));
+        set.infos["DataType"] = "BinauralToTransauralLeastSquares";
+        WriteText(folder_ / "field.hrtf", set.Bytes());
+    }
+
+    std::string Path(const char* name) const { return (folder_ / name).string(); }
+
+    TemporaryFolder folder_;
+};
+
+}  // namespace
+
+TEST_F(HeadphonesFiles, LoadDuringPlayAndSoundAndSurviveWhatFails) {
+    constexpr std::size_t kImpulses[] = {4410, 15435, 28665, 39690};  // frames
+    tav::AudioBuffer input(1, 44100, 44100);
+    for (const std::size_t frame : kImpulses) input.Channel(0)[frame] = 1.f;
+    tav::WriteWavFile(folder_ / "in.wav", input);
+    WriteText(folder_ / "s.txt",
+              "object quilo.pan~ 1 2 binaural\n"
+              "source 1 xyz 0 1 0\n"
+              "at 0.2 load ears.hrtf\n"
+              "at 0.3 gethrtffile\n"
+              "at 0.4 read cut.hrtf\n"
+              "at 0.5 host from scheduler hrtffile field.hrtf\n"
+              "at 0.6 gethrtffile\n"
+              "at 0.7 host from scheduler hrtffile kemar\n"
+              "at 0.8 gethrtffile\n");
+    const HostRun run = RunHost(folder_, {"--quiet", "--in", "in.wav", "--out", "o.wav", "s.txt"});
+    ASSERT_EQ(run.status, 0) << run.errors.at(0);
+    const std::string path = Path("ears.hrtf");
+    EXPECT_EQ(run.console,
+              (Console{"post: Loaded hrtf from ears.hrtf", "outlet: hrtffile " + path,
+                       "error: exception : error reading file " + Path("cut.hrtf"),
+                       "error: Error loading file : cut.hrtf",
+                       "error: Error loading file : field.hrtf", "outlet: hrtffile " + path,
+                       "post: Loaded hrtf from kemar", "outlet: hrtffile kemar"}));
+
+    const tav::AudioBuffer output = tav::ReadWavFile(folder_ / "o.wav");
+    ASSERT_EQ(output.NumChannels(), 2u);
+    for (const std::size_t impulse : {kImpulses[1], kImpulses[2]}) {
+        for (const unsigned ear : {0u, 1u}) {
+            for (std::size_t tap = 0; tap < 4; ++tap) {
+                const float expected = tap < 3 ? static_cast<float>(3 * ear + tap + 1) : 0.f;
+                EXPECT_NEAR(output.Channel(ear)[impulse + tap], expected, 1e-5f) << ear << tap;
+            }
+        }
+    }
+    double energy = 0.0;
+    for (const unsigned ear : {0u, 1u}) {
+        for (std::size_t k = 0; k < 1000; ++k) {
+            const float before = output.Channel(ear)[kImpulses[0] + k];
+            EXPECT_NEAR(output.Channel(ear)[kImpulses[3] + k], before, 1e-5f) << ear << " " << k;
+            energy += static_cast<double>(before * before);
+        }
+    }
+    EXPECT_GT(energy, 0.1) << "the built-in set sounds, before and after";
+}
+
+// Worth most under the thread sanitizer: the main thread and the scheduler load, audio plays.
+TEST_F(HeadphonesFiles, TheLoadThatIsAskedForLastStays) {
+    HostApi::SetAudioSettings({44100, 64, true});
+    PanBox box("1 2 binaural");
+    box.Send("source 1 xyz 0 1 0");
+    const short counts[] = {1, 1, 1};
+    HostApi::DspChain chain(box.Get(), counts);
+    std::array<std::vector<double>, 3> signals;
+    signals.fill(std::vector<double>(64));
+    const auto play = [&](double level) {
+        signals[0].assign(64, 0.0);
+        signals[0][0] = level;
+        double* const input = signals[0].data();
+        double* const outputs[] = {signals[1].data(), signals[2].data()};
+        chain.Perform(&input, 1, outputs, 2, 64);
+    };
+    std::atomic<bool> isOver = false;
+    std::thread scheduler([&] {
+        const HostApi::ThreadScope scope(HostApi::ThreadKind::Scheduler);
+        for (int k = 0; k < 50; ++k) {
+            box.Send("hrtffile " + std::string(k % 2 != 0 ? Path("ears.hrtf") : "kemar"));
+            box.Send("source 1 xyz 0 1 0");
+        }
+        isOver = true;
+    });
+    std::thread audio([&] {
+        while (!isOver) play(0.1);
+    });
+    for (int k = 0; !isOver; ++k) {
+        constexpr const char* kOthers[] = {"implementation length 64", "load ears.hrtf",
+                                           "implementation realisation fir", "load kemar",
+                                           "implementation realisation auto length 16"};
+        box.Send(kOthers[static_cast<std::size_t>(k) % std::size(kOthers)]);
+        HostApi::RunDeferred();
+        HostApi::AdvanceClocks(1);
+    }
+    scheduler.join();
+    audio.join();
+    HostApi::RunDeferred();
+    box.Send("load kemar");
+    box.Send("load " + Path("ears.hrtf"));
+    EXPECT_EQ(box.Ask("hrtffile"), Path("ears.hrtf"));
+    for (int vector = 0; vector < 200; ++vector) play(0.0);
+    play(1.0);
+    EXPECT_NEAR(signals[1][2], 3.0, 1e-6);
+    EXPECT_NEAR(signals[2][2], 6.0, 1e-6);
+    HostApi::SetAudioSettings({44100, 64, false});
+}
