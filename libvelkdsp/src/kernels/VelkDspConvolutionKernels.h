@@ -41,6 +41,15 @@ struct FoldPass {
     float sign;
 };
 
+/// Spectra of one signal and of two filters that hear it, `n` numbers apart from each other.
+struct PairOfProducts {
+    ComplexParts sums[2];
+    ConstComplexParts signal;
+    ConstComplexParts filters[2];
+    int numSpectra;
+    int n;
+};
+
 /// Counts may be anything from 0 unless said otherwise, alignment is free. Vector sets may fuse
 /// multiply and add.  Thread: any.
 struct ConvolutionKernels {
@@ -55,6 +64,9 @@ struct ConvolutionKernels {
                         const ConstComplexParts& a,
                         const ConstComplexParts& b,
                         int n) noexcept TAV_NONBLOCKING;
+
+    /// sums[e][k] += sum over s of signal[s n + k] * filters[e][s n + k]
+    void (*multiplyAddPair)(const PairOfProducts& products) noexcept TAV_NONBLOCKING;
 
     // One file each.
     static const ConvolutionKernels& Scalar() noexcept;

@@ -195,10 +195,49 @@ void MultiplyAdd(const ComplexParts& sum,
                                              {b.re + k, b.im + k}, n - k);
 }
 
+/// Sums of eight numbers stay in registers over all spectra.
+void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
+    const int n = products.n;
+    int k = 0;
+    for (; k + kLanes <= n; k += kLanes) {
+        Numbers<Wide> direct[2], crossed[2];
+        for (int e = 0; e < 2; ++e) {
+            const ComplexParts& sum = products.sums[e];
+            direct[e] = {Wide::Load(sum.re + k), Wide::Load(sum.im + k)};
+            crossed[e] = {_mm256_setzero_ps(), _mm256_setzero_ps()};
+        }
+        for (int at = k; at < products.numSpectra * n; at += n) {
+            const Numbers<Wide> x = LoadNumbers<Wide>(products.signal, at);
+            for (int e = 0; e < 2; ++e) {
+                const Numbers<Wide> filter = LoadNumbers<Wide>(products.filters[e], at);
+                direct[e].re = Wide::MultiplyAdd(x.re, filter.re, direct[e].re);
+                direct[e].im = Wide::MultiplyAdd(x.re, filter.im, direct[e].im);
+                crossed[e].re = Wide::MultiplyAdd(x.im, filter.im, crossed[e].re);
+                crossed[e].im = Wide::MultiplyAdd(x.im, filter.re, crossed[e].im);
+            }
+        }
+        for (int e = 0; e < 2; ++e) {
+            Wide::Store(products.sums[e].re + k, Wide::Subtract(direct[e].re, crossed[e].re));
+            Wide::Store(products.sums[e].im + k, Wide::Add(direct[e].im, crossed[e].im));
+        }
+    }
+    for (; k < n; ++k) {
+        for (int at = k; at < products.numSpectra * n; at += n) {
+            for (int e = 0; e < 2; ++e) {
+                const ComplexParts sum{products.sums[e].re + k, products.sums[e].im + k};
+                const ConstComplexParts& filter = products.filters[e];
+                ConvolutionKernels::Scalar().multiplyAdd(
+                    sum, {products.signal.re + at, products.signal.im + at},
+                    {filter.re + at, filter.im + at}, 1);
+            }
+        }
+    }
+}
+
 }  // namespace
 
 const ConvolutionKernels& ConvolutionKernels::Avx2() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd, MultiplyAddPair};
     return kKernels;
 }
 

@@ -81,10 +81,21 @@ void MultiplyAdd(const ComplexParts& sum,
     }
 }
 
+void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
+    const ConstComplexParts& x = products.signal;
+    for (int e = 0; e < 2; ++e) {
+        const ConstComplexParts& filter = products.filters[e];
+        for (int at = 0; at < products.numSpectra * products.n; at += products.n) {
+            MultiplyAdd(products.sums[e], {x.re + at, x.im + at}, {filter.re + at, filter.im + at},
+                        products.n);
+        }
+    }
+}
+
 }  // namespace
 
 const ConvolutionKernels& ConvolutionKernels::Scalar() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd};
+    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd, MultiplyAddPair};
     return kKernels;
 }
 

@@ -25,6 +25,7 @@ public:
     explicit FirResponse(std::span<const float> taps, Form form = Form::Cheapest);
 
     std::size_t NumTaps() const noexcept TAV_NONBLOCKING { return taps_.size(); }
+    std::span<const float> Taps() const noexcept TAV_NONBLOCKING { return taps_; }
     /// The taps that run directly, from the first on.
     std::span<const float> Head() const noexcept TAV_NONBLOCKING {
         return std::span(taps_).first(headLength_);
