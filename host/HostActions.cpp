@@ -95,7 +95,7 @@ void Actions::PrintCoverage(Arguments) {
     Host::PrintCoverage(MeasureCoverage(object_, hiddenSettings_), console_);
 }
 
-/// The packet stays in memory while the message runs; a message holds the address as a number.
+/// The message holds the packet's size and address as numbers, so the packet outlives the call.
 void Actions::SendPacket(Arguments arguments) {
     const std::string file = AtomSpelling(arguments[0]);
     auto [bytes, fault] = HostReading::ReadRegularFile(PathOf(file));
@@ -111,7 +111,7 @@ void Actions::AddSearchPath(Arguments arguments) {
     HostApi::AddSearchFolder(PathOf(AtomSpelling(arguments[0])));
 }
 
-/// An open dialog shows neither devices nor pipes.
+/// Devices and pipes are refused, since an open dialog does not offer them.
 void Actions::AnswerOpen(Arguments arguments) {
     const auto file = OptionalFile(arguments);
     if (file && HostReading::IsIrregularFile(*file))

@@ -13,8 +13,7 @@ class Chain;
 /// Everything belongs to the main thread.
 class Actions final : private DirectiveActs {
 public:
-    /// @param object  may still have to be made; until then only directives that act always are
-    ///                executed
+    /// @param object  need not be made yet; until then only directives of When::Always are executed
     Actions(const Script& script, Object& object, Console& console, Advisor& advisor);
     ~Actions() { Unwatch(); }
     Actions(const Actions&) = delete;
@@ -22,16 +21,17 @@ public:
 
     /// The `object` statement.  Throws: as Execute.
     void MakeObject();
-    /// Once the object is made, before anything but directives that act always.
+    /// Gives the chain of the object once that is made; needed by all but directives of
+    /// When::Always.
     void Attach(Chain& chain) { chain_ = &chain; }
 
     /// Throws: ScriptFault when the statement cannot be carried out.
     void Execute(const Statement& statement);
 
-    /// Between statements: RunDueWork, and what the object complained about in it.
+    /// Runs due clocks and deferred work, then tells what caused the errors that were posted in it.
     void RunPutOffWork();
 
-    /// Messages so far that set what no attribute shows; see MeasureCoverage.
+    /// Messages sent so far whose effect no attribute shows; see MeasureCoverage.
     const std::vector<std::vector<Atom>>& HiddenSettings() const { return hiddenSettings_; }
 
 private:
@@ -69,7 +69,7 @@ private:
     State state_;
     std::vector<std::vector<Atom>> hiddenSettings_;
     Chain* chain_ = nullptr;
-    t_object* watcher_ = nullptr;  // null: nobody watches
+    t_object* watcher_ = nullptr;  // null: not watched
 };
 
 }  // namespace Quilo::Host

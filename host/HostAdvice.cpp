@@ -21,7 +21,7 @@ std::string NumberText(double number) {
                                         : AtomSpelling(Atom(number));
 }
 
-/// A message about positions: of one thing by its number, or of all of them.
+/// A message that sets one position, by its number, or all positions.
 struct PositionMessage {
     std::string_view selector;
     std::string_view things;
@@ -105,7 +105,8 @@ std::vector<unsigned> OutletCounts(std::vector<Atom> box, unsigned most) {
     box.insert(box.end(), std::string("@speakerspositions"));
     for (unsigned count = 1; count <= most; ++count) {
         box[2] = static_cast<std::int64_t>(count);
-        // All at one place: nobody listens, and a dome of 250 takes long to be cut into triangles.
+        // All loudspeakers at one place: only silence is tested, and triangulating a dome of 250 is
+        // slow.
         box.insert(box.end(), {0.0, 1.0, 0.0});
         const Scratch trial(box);
         if (trial.IsMade() && trial.Made().AttributeText("type") != "null") counts.push_back(count);
@@ -113,7 +114,7 @@ std::vector<unsigned> OutletCounts(std::vector<Atom> box, unsigned most) {
     return counts;
 }
 
-/// Arguments of the box that are fixed with it.
+/// Attributes that are fixed once the object is made.
 constexpr std::string_view kStructure[] = {"numinputs", "numoutputs", "type", "subtype"};
 
 const char* KindName(int code) {
@@ -128,7 +129,7 @@ const char* KindName(int code) {
     }
 }
 
-/// "" where a message takes anything.
+/// The types as words; "" for a message that takes any arguments.
 std::string KindsText(const std::vector<int>& types) {
     std::string text;
     for (const int type : types) {
@@ -187,7 +188,7 @@ std::string Advice::OfClippedValues(std::span<const Atom> message) const {
     if (message.size() < 2 || !IsWord(message[0])) return "";
     const std::string& selector = std::get<std::string>(message[0]);
     if (attributes_.contains(selector)) return OfRange(selector, message.subspan(1));
-    // A property of one source has the range of the attribute that holds it for all.
+    // A property of one source has the range of the attribute that holds it for all sources.
     const bool isProperty = selector == "source" && message.size() > 3 && IsWord(message[2]);
     return isProperty ? OfRange(std::get<std::string>(message[2]), message.subspan(3)) : "";
 }
@@ -208,7 +209,7 @@ std::string Advice::OfAttribute(const std::string& name, std::span<const Atom> v
     if (!attribute.words.empty()) {
         const std::string word = values.empty() ? "" : AtomSpelling(values[0]);
         const bool isKnown = std::ranges::find(attribute.words, word) != attribute.words.end() ||
-                             tav::NormalizationKeywords().Parse(word);  // more than are offered
+                             tav::NormalizationKeywords().Parse(word);  // also words not offered
         return isKnown ? "" : SuggestionText(word, attribute.words);
     }
     return OfRange(name, values);

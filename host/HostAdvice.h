@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What would have been right in a statement that the object refused, clipped or took otherwise
-// than it was meant, as far as the object itself tells: its attributes with their ranges and
-// choices, its messages with their help, and what its creation takes.
+// Suggests how to correct a statement that the object refused or clipped. All it knows comes from
+// the object itself: the ranges and choices of its attributes, the help of its messages, and which
+// arguments its creation accepts.
 #pragma once
 
 #include "HostScript.h"
@@ -16,20 +16,20 @@ namespace Quilo::Host {
 
 class Object;
 
-/// The facts about one object. Thread: main, between vectors.
+/// Advice about one object. Thread: main, between vectors.
 class Advice {
 public:
-    /// @param object  made
+    /// @param object  must have been made
     explicit Advice(const Object& object);
 
-    /// What is wrong with a message, "" where nothing is known.
+    /// What is wrong with a message; "" when nothing is found.
     std::string OfMessage(std::span<const Atom> message) const;
-    /// The same for the part of it at which the object does not complain: values beyond the range
-    /// of an attribute, which are clipped.
+    /// The same for values beyond the range of an attribute, which the object clips without an
+    /// error.
     std::string OfClippedValues(std::span<const Atom> message) const;
     /// What is wrong with the box text from which the object was made.
-    /// @param hasComplained  the object did; else only what it takes in silence is looked for:
-    ///                       numbers that it clips, and words that name no subtype
+    /// @param hasComplained  whether the object posted an error; if not, only what it accepts
+    /// without one is looked for: numbers that it clips, and words that name no subtype
     /// @param mayTry  other objects may be made to find out which numbers of outlets a type takes
     std::vector<std::string> OfBox(std::span<const Atom> box,
                                    bool hasComplained,
@@ -42,7 +42,7 @@ private:
         std::string units;
     };
     struct Message {
-        std::string kinds;               // of its arguments; "" where it checks them itself
+        std::string kinds;  // types of the arguments; "" where the method checks them itself
         std::vector<std::string> words;  // keywords that its help names
     };
 
@@ -58,7 +58,7 @@ private:
     std::string OfType(std::span<const Atom> plain, std::span<const Atom> box) const;
 
     const Object& object_;
-    std::map<std::string, Attribute> attributes_;  // that can be set
+    std::map<std::string, Attribute> attributes_;  // settable ones, by name
     std::map<std::string, Message> messages_;
 };
 

@@ -19,7 +19,7 @@ void WriteLine(const std::string& line) {
     std::cerr << line << '\n';
 }
 
-/// The message that a statement sends, if it sends one.
+/// The message that a statement sends; empty if it sends none.
 std::span<const Atom> MessageOf(const Statement& statement) {
     const std::span<const Atom> atoms = statement.atoms;
     if (!statement.directive) return atoms;
@@ -46,7 +46,7 @@ void Advisor::End(int line) {
     HostApi::SetCause({});
     if (!isOn_) return;
     const Statement* const statement = StatementAt(line);
-    // Another object, or none: the facts about the old one are gone.
+    // The object is made anew or freed, so what is known about it no longer holds.
     if (!statement || statement->Says("remake") || statement->Says("free")) facts_.reset();
     std::set<int> complained = TakeComplained();
     if (!complained.contains(line)) Tell(line, false);
@@ -65,7 +65,7 @@ std::set<int> Advisor::TakeComplained() {
 
 void Advisor::Receive() {
     const HostApi::Cause cause = HostApi::CurrentCause();
-    if (cause.first == 0) return;  // nobody's statement: the end of the run, for instance
+    if (cause.first == 0) return;  // no statement caused it, for instance the end of the run
     const std::lock_guard lock(mutex_);
     if (cause.first == cause.last) {
         WriteLine(Quote(cause.first));
@@ -88,7 +88,7 @@ std::vector<std::string> Advisor::AdviceFor(int line, bool hasComplained) {
     if (!facts_) facts_.emplace(object_);
     const Statement* const statement = StatementAt(line);
     const bool isBox = !statement || (statement->Says("remake") && !statement->atoms.empty());
-    // Where calls are made to fail, objects that are tried out would take part.
+    // With planned failures no trial objects are made, since their calls would be counted too.
     if (isBox)
         return facts_->OfBox(statement ? statement->atoms : script_.box, hasComplained,
                              !script_.Says("fail"));

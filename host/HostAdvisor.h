@@ -17,10 +17,10 @@ namespace Quilo::Host {
 class Console;
 class Object;
 
-/// Each warning, error and bug on the console is followed by "FILE:LINE: STATEMENT" at once; what
-/// would have been right follows when the statement is through, for only then may the object be
-/// asked. What the object says later, in work that it put off, belongs to the statement that
-/// caused the work; where several did the line says so.
+/// Each warning, error and bug on the console is followed by "FILE:LINE: STATEMENT" at once; advice
+/// follows when the statement has ended, because only then may the object be queried. What deferred
+/// work posts later is attributed to the statement that caused the work; where several did, the
+/// line says so.
 class Advisor {
 public:
     /// @param on  false: nothing is ever written
@@ -29,12 +29,13 @@ public:
     Advisor(const Advisor&) = delete;
     Advisor& operator=(const Advisor&) = delete;
 
-    /// A statement is at work between these two. Thread: main.
-    /// @param line  in the script; that of the `object` statement too
+    /// Begin and End enclose the execution of a statement. Thread: main.
+    /// @param line  in the script; may be that of the `object` statement
     void Begin(int line);
     void End(int line);
 
-    /// After put-off work has run. Thread: main, between vectors.
+    /// Writes the advice that is due; called after deferred work has run.
+    /// Thread: main, between vectors.
     void TellWhatIsRight();
 
 private:
@@ -50,9 +51,9 @@ private:
     const Object& object_;
     Console& console_;
     bool isOn_;
-    std::optional<Advice> facts_;  // about the present object, once they were needed
+    std::optional<Advice> facts_;  // about the present object; made at the first use
     std::mutex mutex_;
-    std::set<int> complained_;  // lines that wait for advice; under the mutex
+    std::set<int> complained_;  // lines that need advice; guarded by the mutex
 };
 
 }  // namespace Quilo::Host

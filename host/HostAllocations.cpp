@@ -13,7 +13,7 @@ namespace {
 
 std::atomic<std::size_t> liveAllocations = 0;
 constinit thread_local unsigned callsUntilFailure = 0;         // 0: none is planned
-[[maybe_unused]] constinit thread_local bool looking = false;  // who looks may allocate
+[[maybe_unused]] constinit thread_local bool looking = false;  // the check itself may allocate
 
 }  // namespace
 
@@ -65,8 +65,8 @@ void Release(void* memory) {
 
 }  // namespace Quilo::Host
 
-// The program's operators stand before those of the standard library for the module, too. The
-// forms that are not here call these.
+// The dynamic linker makes these replace the standard library's operators in the module, too. The
+// other forms of operator new call these.
 #if !defined(_WIN32)
 
 void* operator new(std::size_t size) { return Quilo::Host::Allocate(size, 1); }

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-// Memory that the module takes with operator new: counted, and refused on demand.
+// Counts what the module allocates with operator new, and can make one allocation fail.
 #pragma once
 
 #include <cstddef>
 
 namespace Quilo::Host {
 
-/// Lets the n-th allocation of the module from now on throw std::bad_alloc, in the calling thread.
-/// @param n  0: none, whatever was planned
-/// @return false where the module's memory is out of our reach
+/// Makes the n-th allocation that the module makes from now on in this thread throw std::bad_alloc.
+/// @param n  0: none; cancels an earlier call
+/// @return false where the module's allocations cannot be intercepted
 bool FailAllocation(unsigned n);
 
-/// Asked at every allocation of the module: whether it is the one that fails.
+/// Called for every allocation of the module; true for the one that has to fail.
 bool RefuseAllocation();
 
-/// Whether the allocation that was to fail has not been asked for yet.
+/// Whether the planned failure has not happened yet.
 bool AllocationFailureWaits();
 
 /// Allocations of the whole program that have not been freed; 0 where they are not counted

@@ -18,14 +18,14 @@ using Normalization = tav::SphericalHarmonic::Normalization;
     throw Fault(ExitStatus::WrongInput, "--ambix: " + why);
 }
 
-/// 0 when the harmonics of no dimension leave the outlets.
+/// Dimension of the ambisonic field of a type of panner; 0 when the outlets are not ambisonic.
 unsigned DimensionOf(const std::string& type) {
     if (type == "hoa2d" || type == "nfchoa2d") return 2;
     return type == "hoa3d" || type == "nfchoa3d" ? 3 : 0;
 }
 
-/// Of the attribute's text; the dimension's own when an object has none or one of another
-/// dimension.
+/// The normalisation that the attribute prints; the default of the dimension when there is none or
+/// it is not meant for the dimension.
 Normalization NormalizationOf(const std::string& printed, unsigned dimension) {
     for (const auto& row : tav::NormalizationKeywords().Rows())
         if (row.printed == printed && tav::SphericalHarmonic::IsAllowed(row.code, dimension))

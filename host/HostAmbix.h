@@ -13,31 +13,31 @@ namespace Quilo::Host {
 
 class Object;
 
-/// Whether the outlets are an ambisonic field, of whatever order; else they feed loudspeakers or
+/// Whether the outlets are an ambisonic field of any order; otherwise they feed loudspeakers or
 /// ears.
 bool IsAmbisonic(const Object& object);
 
-/// Every outlet as it is.
+/// One channel for each outlet, unchanged.
 std::vector<tav::AmbixChannel> PlainChannels(std::size_t numOutlets);
 
-/// What makes an AmbiX field of the outlets of an object, under the normalisation in force.
+/// Converts the outlets of an object to an AmbiX field, according to its present normalisation.
 class AmbixOutlets {
 public:
-    /// Throws: Fault (WrongInput) for an object whose outlets are no ambisonic field.
+    /// Throws: Fault (WrongInput) when the object's outlets are not ambisonic.
     explicit AmbixOutlets(const Object& object);
 
-    /// Asks the object for its normalisation again; what it was last once the object is free.
-    /// Throws: Fault (WrongInput) for a normalisation that lacks channels of the object's order.
+    /// Reads the object's normalisation again; once the object is freed, the last one is kept.
+    /// Throws: Fault (WrongInput) for a normalisation that is not defined at the object's order.
     void Follow(const Object& object);
 
-    /// As many at any time.
+    /// The AmbiX channels; their number never changes.
     std::span<const tav::AmbixChannel> Channels() const { return channels_; }
 
 private:
     std::string type_;
     unsigned dimension_ = 0;  // 0: B-format
     unsigned order_ = 0;
-    std::optional<std::string> encoding_;  // for which the channels hold
+    std::optional<std::string> encoding_;  // the normalisation to which channels_ belongs
     std::vector<tav::AmbixChannel> channels_;
 };
 

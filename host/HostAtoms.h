@@ -18,17 +18,17 @@ namespace Quilo::Host {
 using Atom = std::variant<std::int64_t, double, std::string>;
 using Arguments = std::span<const Atom>;
 
-/// A whole number is a long (a float beyond 64 bits), any other number a float, anything else and
-/// any quoted word a symbol.
+/// A whole number becomes a long, or a float if it exceeds 64 bits; any other number a float; any
+/// other word, and any quoted word, a symbol.
 Atom AtomOf(const HostReading::Word& word);
 
-/// The atoms of a line; nothing when it is no line of a script.
+/// The atoms of a line; nothing when a script could not contain the line.
 std::optional<std::vector<Atom>> ReadAtoms(std::string_view line);
 
-/// The atom as a script would spell it.
+/// The atom in the spelling of scripts.
 std::string AtomSpelling(const Atom& atom);
 
-/// The same for the name of a layout: "22.0" reads as a number.
+/// The same for the name of a layout, which may look like a number ("22.0").
 std::string LayoutName(const Atom& atom);
 
 /// The number that a long or float atom holds.  Throws: std::bad_variant_access for a symbol.

@@ -10,7 +10,8 @@ namespace Quilo::Host {
 
 namespace {
 
-/// Old data in an output vector: loud, so that a sample that was not written is heard.
+/// Fills output vectors before each perform: loud, so that a sample that was not written is
+/// noticed.
 constexpr double kOldData = 777.0;
 
 }  // namespace
@@ -72,7 +73,7 @@ void Chain::Stop() {
 void Chain::PlaceVectors() {
     const std::size_t numInputs = object_.NumSignalInlets();
     const std::size_t numOutputs = object_.NumSignalOutlets();
-    // An object that allows it works in place: output k shares the memory of input k.
+    // As in Max, output k shares the memory of input k unless the object has the flag Z_NO_INPLACE.
     const bool inPlace = object_.Get() && (HostApi::SignalFlags(object_.Get()) & Z_NO_INPLACE) == 0;
     memory_.assign((numInputs + numOutputs) * vector_, 0.0);
     inputs_.resize(numInputs);

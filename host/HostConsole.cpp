@@ -60,7 +60,7 @@ void Console::Receive(HostApi::PostKind kind, std::string_view text) {
     hasComplaints_ |= kind == HostApi::PostKind::Error || kind == HostApi::PostKind::Bug;
     Write(Head(kind), text);
     if (kind == HostApi::PostKind::Post || !onComplaint_) return;
-    stream_->flush();  // what is said about the line must not come before it
+    stream_->flush();  // so that text about this line on standard error follows it
     onComplaint_();
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the patcher's console would show, one line an event, in the order in which it happened.
+// Writes what Max's console would show, one line for each event, in order.
 #pragma once
 
 #include "HostBridge.h"
@@ -13,10 +13,10 @@
 
 namespace Quilo::Host {
 
-/// While it lives it receives all that objects post and all that leaves their dump outlets.
+/// While it exists, it receives all that objects post and send from their dump outlets.
 class Console {
 public:
-    /// While one lives, what the thread that made it causes is not written.
+    /// While one exists, events that its thread causes are not written.
     class Pause {
     public:
         Pause();
@@ -25,7 +25,7 @@ public:
         Pause& operator=(const Pause&) = delete;
     };
 
-    /// @param file  "" for standard output    @param live  lines show at once, at some cost
+    /// @param file  "" for standard output    @param live  flush each line; slower
     /// Throws: Fault (WrongInput).
     Console(const std::string& file, bool live);
     ~Console();
@@ -36,11 +36,12 @@ public:
     void Write(std::string_view head, std::string_view text);
     /// Whether an error or a bug was posted.
     bool HasComplaints() const { return hasComplaints_; }
-    /// @param sink  hears the names of dictionaries that leave a dump outlet, before their line
+    /// @param sink  called with the name of each dictionary that leaves a dump outlet, before its
+    /// line is written
     void SetDictionarySink(std::function<void(t_symbol*)> sink) { onDictionary_ = std::move(sink); }
-    /// @param sink  hears of each warning, error and bug, behind its line; any thread
+    /// @param sink  called after the line of each warning, error and bug was written; in any thread
     void SetComplaintSink(std::function<void()> sink) { onComplaint_ = std::move(sink); }
-    /// Makes the file complete.  Throws: Fault (WrongInput).
+    /// Completes the file. Throws: Fault (WrongInput).
     void Close();
 
 private:

@@ -11,7 +11,7 @@ namespace Quilo::Host {
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180;
-constexpr double kSilentPower = 1e-8;  // gains below 1e-4 do not sound
+constexpr double kSilentPower = 1e-8;  // a gain of 1e-4; less counts as silent
 
 using Vector = std::array<double, 3>;
 
@@ -34,7 +34,7 @@ Vector DirectionOf(const DirectionCell& cell) {
             std::sin(elevation)};
 }
 
-/// Right down to the smallest angles, where the cosine has no digits left.
+/// Accurate for small angles as well, where the arc cosine would not be.
 double AngleDeg(const Vector& a, const Vector& b) {
     const Vector cross{a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2],
                        a[0] * b[1] - a[1] * b[0]};
@@ -57,7 +57,7 @@ HeardDirection Hear(const DirectionCell& cell,
     return heard;
 }
 
-/// Mean over the cells of `weight`, and the worst; silent ones are left out.
+/// The mean error, weighted by `weight` of the cell, and the largest one, without silent cells.
 template <class Weight>
 void MeasureErrors(std::span<const DirectionCell> grid,
                    std::span<const HeardDirection> heard,
@@ -70,18 +70,18 @@ void MeasureErrors(std::span<const DirectionCell> grid,
         if (heard[k].IsSilent() || weight(grid[k]) == 0) continue;
         whole += weight(grid[k]);
         sum += weight(grid[k]) * heard[k].errorDeg;
-        // Roundings do not decide which of many equals is the worst.
+        // The margin keeps rounding errors from choosing among cells of equal error.
         if (heard[k].errorDeg > worst.value + 1e-3) worst = {heard[k].errorDeg, k};
     }
     mean = whole > 0 ? sum / whole : 0;
     worst.value = std::max(worst.value, 0.0);
 }
 
-/// The silent cell that is farthest from all that sounds.
+/// The silent cell that is farthest from any cell that is not silent.
 std::size_t MiddleOfTheSilence(std::span<const DirectionCell> grid,
                                std::span<const HeardDirection> heard) {
     std::size_t middle = 0;
-    double least = 2;  // cosine of the angle to the nearest cell that sounds
+    double least = 2;  // cosine of the angle to the nearest cell that is not silent
     for (std::size_t k = 0; k < grid.size(); ++k) {
         if (!heard[k].IsSilent()) continue;
         double nearest = -1;
@@ -104,7 +104,7 @@ Coverage::Extreme Quietest(std::span<const DirectionCell> grid,
     return {heard[cell].power, cell};
 }
 
-/// For each loudspeaker the one at its mirror image; nothing when one has none.
+/// For each loudspeaker the index of the one at its mirror image; nothing when some have none.
 std::optional<std::vector<std::size_t>> MirrorImages(std::span<const Vector> speakers) {
     std::vector<std::size_t> images;
     for (const Vector& speaker : speakers) {

@@ -20,7 +20,7 @@ struct TypeRow {
     std::string_view type;
     std::string_view whyNot;
 };
-// Types that place a source among loudspeakers are not listed.
+// Types that are not listed distribute a source over loudspeakers.
 constexpr TypeRow kOtherTypes[] = {
     {"bformat", "its outlets are an ambisonic field; the decoder behind it has the loudspeakers"},
     {"hoa2d", "its outlets are an ambisonic field; the decoder behind it has the loudspeakers"},
@@ -61,7 +61,7 @@ double MeanDistance(std::span<const tav::CartesianVector> speakers) {
     return sum > 0 ? sum / static_cast<double>(speakers.size()) : 1;
 }
 
-/// Rounded, without zeros at the end.
+/// The rounded number without trailing zeros.
 std::string Text(double number, int decimals) {
     if (std::isinf(number)) return number < 0 ? "-inf" : "inf";
     if (std::abs(number) >= 1e6) decimals = 0;

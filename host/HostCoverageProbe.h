@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Measures how an object serves every direction: the object's own sound, from a twin that is moved
+// Measures how an object renders each direction, with a copy of the object whose source is moved
 // over the sphere.
 #pragma once
 
@@ -17,29 +17,29 @@ class Object;
 
 struct MeasuredCoverage {
     std::string type;           // of the panner
-    std::string whyNot;         // "" where coverage means something; else the rest is empty
-    double distanceMetres = 0;  // of the twin's source: that of the loudspeakers in the mean
+    std::string whyNot;         // why there is no coverage, then the rest is empty; "" if there is
+    double distanceMetres = 0;  // of the copy's source: the mean distance of the loudspeakers
     std::vector<DirectionCell> grid;
     std::vector<tav::CartesianVector> speakers;
     Coverage coverage;
 };
 
-/// Makes an object of the same type and subtype with one source and with every setting of
-/// `object` as they are for its first source, but for mute, bypass and the glide, and listens to it
-/// in every direction of a grid of 5 degrees. `object` is only asked.
-/// @param hiddenSettings  messages that the object was sent and that the twin needs too
+/// Makes a copy of `object` with one source that has the settings of the first source of `object`,
+/// except mute, bypass and interpolation time, and measures its gains in each direction of a grid
+/// of 5 degrees. `object` itself is not changed.
+/// @param hiddenSettings  messages that the object received and the copy needs, too
 /// Thread: main, between vectors.
 MeasuredCoverage MeasureCoverage(const Object& object,
                                  std::span<const std::vector<Atom>> hiddenSettings);
 
-/// Whether a message changes the gains of the first source and no attribute tells afterwards:
-/// `corners`, and its number of neighbours.
+/// Whether a message changes the gains of the first source without any attribute showing it:
+/// `corners`, and the number of neighbours of source 1.
 bool IsHiddenSetting(std::span<const Atom> message);
 
-/// "coverage: KEY VALUE ...", a line for each number.
+/// Writes "coverage: KEY VALUE ...", one line for each number.
 void PrintCoverage(const MeasuredCoverage& measured, Console& console);
 
-/// What a picture shades, and the same numbers in words.
+/// The data for the map of a picture.
 CoverageMap MapOf(const MeasuredCoverage& measured);
 
 }  // namespace Quilo::Host

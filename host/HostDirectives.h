@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What a script can say to the host itself (`host DIRECTIVE ...`): one row a directive.
+// The directives of a script to the host itself (`host DIRECTIVE ...`), one row for each.
 //
-// The reader of scripts checks statements by the rows, the run carries them out by the rows, and
-// the help of the program prints them. Who adds a directive adds a row, and a function to
-// DirectiveActs for what it does.
+// The parser of scripts, the run and the help text all use these rows. A new directive needs a row
+// and a function in DirectiveActs.
 #pragma once
 
 #include "HostAtoms.h"
@@ -16,7 +15,7 @@
 
 namespace Quilo::Host {
 
-/// What directives do, in the order of their rows. The arguments have been checked.
+/// The actions of the directives, in the order of their rows. Arguments have been checked.
 class DirectiveActs {
 public:
     virtual void Connect(Arguments arguments) = 0;
@@ -46,12 +45,12 @@ protected:
     ~DirectiveActs() = default;
 };
 
-/// When a directive may be said and when it acts.
+/// Where a directive may stand in the script, and when it acts.
 enum class When : std::uint8_t {
     Always,      // before the object statement as well
-    OnceMade,    // behind the object statement, whether or not the object has been freed
+    OnceMade,    // after the object statement, also when the object has been freed
     WhileAlive,  // the same, but it does nothing once the object has been freed
-    ToObject     // a message in effect: refused once the object has been freed
+    ToObject     // it sends the object a message: an error once the object has been freed
 };
 
 struct DirectiveRow {

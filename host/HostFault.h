@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Why the program ends early: one line for standard error and the exit status that goes with it.
+// The exception that ends the program: one line for standard error and an exit status.
 #pragma once
 
 #include <cstdint>
@@ -34,13 +34,14 @@ inline Fault ScriptFault(std::string_view script,
     return {status, std::string(script) + ":" + std::to_string(line) + ": " + std::string(text)};
 }
 
-/// Why a statement cannot be carried out. Who knows its place in the script adds it.
+/// Why a statement cannot be carried out; AtLine adds the place in the script.
 struct StatementFault : Fault {
     explicit StatementFault(const std::string& text, ExitStatus status = ExitStatus::WrongInput)
         : Fault(status, text) {}
 };
 
-/// Does `action`, which belongs to a line of the script: its StatementFault becomes a ScriptFault.
+/// Runs `action`, which belongs to a line of the script, and turns its StatementFault into a
+/// ScriptFault.
 template <class Action>
 void AtLine(std::string_view script, int line, Action action) {
     try {

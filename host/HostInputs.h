@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The audio files of a run as one row of channels.
+// The channels of all input files of a run, numbered consecutively.
 #pragma once
 
 #include "containers/VelkDspAudioBuffer.h"
@@ -14,9 +14,9 @@ namespace Quilo::Host {
 class Inputs {
 public:
     /// Reads every file; their channels append.
-    /// @param loop  a file that ends begins again, else it is silent from there on
+    /// @param loop  files repeat; otherwise they are silent after their end
     /// Throws: tav::Exception for an unreadable file, Fault (WrongInput) for rates that differ or
-    /// that --rate would refuse.
+    /// that are not allowed for --rate.
     Inputs(std::span<const std::string> files, bool loop);
 
     std::size_t NumChannels() const { return channels_.size(); }
@@ -25,7 +25,7 @@ public:
     /// Of the longest file; 0 without files.
     std::size_t NumFrames() const;
 
-    /// What a channel holds from a frame on.
+    /// Copies samples of a channel, from `frame` on.
     void Read(std::size_t channel, std::uint64_t frame, std::span<double> samples) const;
 
 private:

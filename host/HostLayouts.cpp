@@ -16,7 +16,7 @@ std::string FloatText(float number) {
     return HostApi::AtomText(atom);
 }
 
-/// The script knows only layouts that there are.
+/// The parser has made sure that the layout exists.
 std::vector<LoudspeakerPlace> PlacesOf(std::string_view name) {
     return FindNamedLayout(name).value_or(std::vector<LoudspeakerPlace>());
 }

@@ -11,13 +11,13 @@ namespace Quilo::Host {
 class Console;
 class Object;
 
-/// Throws: Fault (WrongInput) when the script sends a layout that has not one loudspeaker for each
-/// signal outlet of the object.
+/// Throws: Fault (WrongInput) when a layout in the script does not have as many loudspeakers as the
+/// object has signal outlets.
 void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object);
 
 /// Sends `speakers ae ...` and writes "layout: OUTPUT LABEL AZIMUTH ELEVATION" for each outlet;
 /// nothing once the object is free.
-/// @param name  of a layout that there is
+/// @param name  of an existing layout
 void SendLayout(std::string_view name, Object& object, Console& console);
 
 }  // namespace Quilo::Host

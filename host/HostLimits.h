@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the command line and the script's directives allow alike.
+// Limits that hold for the command line and for the directives of scripts.
 #pragma once
 
 #include <bit>
@@ -16,7 +16,7 @@ constexpr bool IsVectorSize(std::int64_t frames) {
            std::has_single_bit(static_cast<std::uint64_t>(frames));
 }
 
-/// A whole number of hertz, for a WAV file holds no other, where the engine's own clock can follow.
+/// A whole number of hertz, as WAV files need it, within the range that the engine accepts.
 inline bool IsSamplingRate(double hz) {
     return hz >= 1000 && hz <= 768'000 && std::floor(hz) == hz;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// quilo-host: plays the patcher's part for the module, without one.
+// quilo-host: runs the module without Max.
 #include "HostActions.h"
 #include "HostAdvisor.h"
 #include "HostAudioBridge.h"
@@ -84,7 +84,7 @@ int main(int count, char** words) {
         return static_cast<int>(RunCommandLine(CommandLine(count, words)));
     } catch (const Fault& fault) {
         return Complain(fault.Status(), fault.what());
-    } catch (const tav::Exception& fault) {  // an audio file
+    } catch (const tav::Exception& fault) {  // thrown for audio files
         return Complain(ExitStatus::WrongInput, fault.Message());
     } catch (const std::exception& fault) {
         return Complain(ExitStatus::HostFailed, fault.what());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The word that was probably meant.
+// Suggestions for misspelled words.
 #pragma once
 
 #include <span>
@@ -9,12 +9,12 @@
 
 namespace Quilo::Host {
 
-/// Fewest letters to be inserted, left out, replaced or swapped with their neighbour to make one
-/// word of the other; capitals count as small letters.
+/// The least number of letters to insert, delete, replace or swap with a neighbour that makes the
+/// words equal. Case is ignored.
 std::size_t EditDistance(std::string_view a, std::string_view b);
 
-/// The nearest of `words`, the first of equals; "" when every one differs in more than a third of
-/// its letters (one letter in any case).
+/// The nearest of `words`, of equals the first; "" when even that differs by more than a third of
+/// its letters (one letter is always allowed).
 std::string NearestWord(std::string_view word, std::span<const std::string> words);
 
 /// The words of a text that are separated by blanks.
@@ -22,7 +22,7 @@ std::vector<std::string> WordsOf(std::string_view text);
 
 std::string ListText(std::span<const std::string> words);  // "one of: WORDS"
 
-/// "did you mean NEAREST?", or the list when none is near.
+/// "did you mean NEAREST?", or the list of all words when none is near.
 std::string SuggestionText(std::string_view word, std::span<const std::string> words);
 
 }  // namespace Quilo::Host

@@ -28,7 +28,7 @@ t_atom ApiAtom(const Atom& atom) {
     return made;
 }
 
-/// One word whatever the values are: several stand between quotation marks.
+/// The values as one word of a line: several are put in quotation marks.
 std::string PropertyText(const std::vector<t_atom>& values) {
     if (values.size() == 1) return HostApi::AtomText(values.front());
     t_atom whole{};
@@ -53,7 +53,7 @@ const char* TypeName(int code) {
 /// Calls the object's `assist` for each inlet or each outlet.
 void PrintEnds(t_object* object, max_long side, std::size_t count, Console& console) {
     using Assist = void (*)(t_object*, void* box, max_long io, max_long index, char* text);
-    // By way of void (*)(): a method is any function, and compilers warn of direct casts.
+    // Cast through void (*)(), since compilers warn of a direct cast between function types.
     const auto assist = reinterpret_cast<Assist>(
         reinterpret_cast<void (*)()>(object_getmethod(object, gensym("assist"))));
     if (!assist) return;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One object in its box: made from box text, spoken to, asked, freed.
+// The object of a run: made from box text, sent messages, queried, freed.
 #pragma once
 
 #include "HostAtoms.h"
@@ -18,10 +18,10 @@ class Console;
 /// Throws: Fault (HostFailed).
 void LoadModule(const std::string& file);
 
-/// The atoms as the API has them.
+/// Converts atoms of a script to atoms of the API.
 std::vector<t_atom> ApiAtoms(std::span<const Atom> atoms);
 
-/// Runs what is due now: clocks, as the scheduler, then everything deferred.
+/// Runs the clocks that are due, as the scheduler thread, then the deferred work.
 void RunDueWork();
 
 /// Owns the object; everything here belongs to the main thread.
@@ -36,20 +36,20 @@ public:
     std::size_t NumSignalInlets() const { return numSignalInlets_; }
     std::size_t NumSignalOutlets() const { return numSignalOutlets_; }
 
-    /// To the left inlet; a message that begins with a number is an int, a float or a list.
+    /// Sends to the left inlet; a message that begins with a number is an int, a float or a list.
     void Send(std::span<const Atom> message);
     void Free();
-    /// While there is none.
+    /// Makes the object; there must be none.
     /// @param box  the box text, from the name of the class on
     /// Throws: StatementFault: no class of that name (WrongInput), creation failed (HostFailed).
     void Make(std::span<const Atom> box);
 
-    /// Numbers of an attribute; none when there is no such attribute.
+    /// The values of a numeric attribute; empty when there is no such attribute.
     std::vector<float> AttributeNumbers(std::string_view name) const;
     /// The symbol in an attribute; "" when there is no such attribute.
     std::string AttributeText(std::string_view name) const;
 
-    // The answers to the script's questions about the object, on the console; none once freed.
+    // Write the answers to the script's queries on the console; nothing once the object is freed.
     void PrintAttributes(Console& console) const;
     void PrintAssistance(Console& console) const;
     void PrintMethods(Console& console) const;

@@ -18,7 +18,7 @@ namespace {
 
 [[noreturn]] void Fail(const std::string& text) { throw Fault(ExitStatus::WrongInput, text); }
 
-/// The number that the whole text spells; nothing for anything else.
+/// The number that the whole text spells; nothing if it is no number.
 std::optional<double> Number(const std::string& text) {
     const auto number = HostReading::ReadNumber(text);
     if (!number) return {};
@@ -79,8 +79,8 @@ void SetFlag(Options& options, const std::string&) {
 
 struct OptionRow {
     std::string_view name;
-    std::string_view value;                     // what it takes, as the help names it
-    void (*set)(Options&, const std::string&);  // null: known, but not there yet
+    std::string_view value;                     // the name of its value in the help; "" for none
+    void (*set)(Options&, const std::string&);  // null: known, but not supported
     std::string_view help;
 };
 
@@ -116,7 +116,7 @@ const OptionRow& FindOption(std::string_view name) {
     return *row;
 }
 
-/// Nothing for "" and for what many may write to at once, such as a device.
+/// The path of a regular file; nothing for "" and for what several may write to, such as a device.
 std::optional<std::filesystem::path> FileOf(const std::string& name) {
     if (name.empty()) return std::nullopt;
     std::error_code ignored;
@@ -127,7 +127,7 @@ std::optional<std::filesystem::path> FileOf(const std::string& name) {
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored);
 }
 
-/// Whether two names mean one file: by other spellings, by links of either kind.
+/// Whether two names mean the same file, also through links or by different spellings.
 bool AreOneFile(const std::string& a, const std::string& b) {
     const auto first = FileOf(a), second = FileOf(b);
     if (!first || !second) return false;
@@ -135,7 +135,7 @@ bool AreOneFile(const std::string& a, const std::string& b) {
     return first == second || std::filesystem::equivalent(*first, *second, ignored);
 }
 
-/// A file that is written is neither read nor written under another option.
+/// Refuses a file that one option writes and another one reads or writes.
 void RefuseSharedFiles(const Options& options) {
     struct Row {
         const char* option;

@@ -13,12 +13,12 @@ namespace Quilo::Host {
 struct Options {
     std::string module;               // empty: the one beside the program
     std::vector<std::string> inputs;  // their channels feed the signal inlets in order
-    std::string output;               // empty: nothing is written, as for the next two
+    std::string output;               // empty: no file, as for the next two
     std::string picture;
     std::string console;
-    std::optional<double> rate;      // hertz; none: that of the first input, else 48000
+    std::optional<double> rate;      // hertz; empty: that of the first input, else 48000
     unsigned vector = 64;            // frames, a power of two, 1 to 4096
-    std::optional<double> duration;  // seconds, not negative; none: the longest input, else 1 s
+    std::optional<double> duration;  // seconds, from 0; empty: that of the longest input, else 1 s
     bool strict = false;
     bool quiet = false;
     bool loop = false;
@@ -27,7 +27,7 @@ struct Options {
     bool settled = false;
     int validate = 0;        // levels, 1 to 10; 0: a script is run
     std::uint64_t seed = 1;  // of the validator
-    bool help = false;       // the rest has not been checked
+    bool help = false;       // if set, the other options are not checked
     bool version = false;    // likewise
     std::string script;      // a file, "-" for standard input; the box text to be validated
 };

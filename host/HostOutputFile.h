@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A file that is there when it is complete, and not before.
+// A file that appears only when it is complete.
 #pragma once
 
 #include <filesystem>
@@ -12,8 +12,8 @@ namespace Quilo::Host {
 /// The path that UTF-8 text names.
 std::filesystem::path PathOf(const std::string& utf8);
 
-/// Writes beside `name` and takes that name at the end; unless closed, nothing is left behind.
-/// Something that is no plain file (a device, a pipe) is written to directly.
+/// Writes a temporary file beside `name` and renames it in Close; without Close it is removed. A
+/// device or a pipe is written directly.
 class OutputFile {
 public:
     /// Throws: Fault (WrongInput) that names the file.
@@ -23,7 +23,7 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     std::ostream& Stream() { return stream_; }
-    /// Throws: Fault (WrongInput) when not all could be written.
+    /// Throws: Fault (WrongInput) when writing failed.
     void Close();
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The only file of the host that knows operating systems: Windows above, POSIX below.
+// The only file of the host that calls operating systems: first Windows, then POSIX.
 #include "HostPlatform.h"
 
 #include "HostAllocations.h"
@@ -11,11 +11,11 @@
 
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
-#if !defined(NOMINMAX)  // MinGW's library defines it itself
+#if !defined(NOMINMAX)  // MinGW's headers define it
 #define NOMINMAX
 #endif
 #include <windows.h>
-// shellapi.h needs windows.h before it
+// shellapi.h must follow windows.h
 #include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
@@ -80,7 +80,7 @@ SharedLibrary::Function SharedLibrary::Find(const char* name) const {
 namespace {
 
 using Malloc = void*(std::size_t);
-Malloc* moduleMalloc = nullptr;  // what the module imports
+Malloc* moduleMalloc = nullptr;  // the function that the module imported before
 
 void* WatchedMalloc(std::size_t size) { return RefuseAllocation() ? nullptr : moduleMalloc(size); }
 
@@ -89,7 +89,7 @@ T* At(char* base, std::uint32_t offset) {
     return reinterpret_cast<T*>(base + offset);
 }
 
-/// Puts another function into a place of the import table.
+/// Replaces one entry of the import table, whose memory is write-protected.
 void Replace(IMAGE_THUNK_DATA& place, Malloc* function) {
     DWORD before = 0;
     VirtualProtect(&place, sizeof place, PAGE_READWRITE, &before);
@@ -97,7 +97,7 @@ void Replace(IMAGE_THUNK_DATA& place, Malloc* function) {
     VirtualProtect(&place, sizeof place, before, &before);
 }
 
-/// The functions that one library gives the module.
+/// Replaces malloc among the functions that the module imports from one library.
 void WatchImports(char* base, const IMAGE_IMPORT_DESCRIPTOR& library) {
     auto* name = At<IMAGE_THUNK_DATA>(base, library.OriginalFirstThunk);
     auto* place = At<IMAGE_THUNK_DATA>(base, library.FirstThunk);
@@ -113,7 +113,8 @@ void WatchImports(char* base, const IMAGE_IMPORT_DESCRIPTOR& library) {
 
 }  // namespace
 
-// The run-time library is part of the module, and takes its memory from the system's malloc.
+// The C++ library is linked into the module, so its operator new cannot be replaced; but it calls
+// malloc, which the module imports.
 void WatchModule(const SharedLibrary& library) {
     auto* const base = static_cast<char*>(library.handle_);
     const auto* const dos = At<IMAGE_DOS_HEADER>(base, 0);

@@ -11,22 +11,22 @@ namespace Quilo::Host {
 /// The command line without the program's name, as UTF-8.
 std::vector<std::string> CommandLine(int count, char** words);
 
-/// The folder in which this program stands.  Throws: Fault (HostFailed).
+/// The folder of this program. Throws: Fault (HostFailed).
 std::filesystem::path ProgramFolder();
 
 /// File name of a module of this platform: "quilo.pan~.so", "quilo.pan~.mxe64".
 std::string ModuleFileName(const std::string& className);
 
-/// Whether a person watches standard error.
+/// Whether standard error is a terminal.
 bool StandardErrorIsTerminal();
 
-/// Keeps the line ends of the standard streams as they are written.
+/// Turns off the conversion of line ends in the standard streams.
 void UsePlainStandardStreams();
 
 /// A module in memory; it stays until the program ends.
 class SharedLibrary {
 public:
-    /// Throws: Fault (HostFailed) with what the loader said; names that are missing count.
+    /// Throws: Fault (HostFailed) with the loader's message; missing symbols are errors, too.
     explicit SharedLibrary(const std::filesystem::path& file);
 
     using Function = void (*)();
@@ -38,15 +38,15 @@ private:
     void* handle_;
 };
 
-/// From now on the allocations of this module can be made to fail (HostAllocations.h).
+/// Makes it possible to let allocations of this module fail (HostAllocations.h).
 void WatchModule(const SharedLibrary& library);
 
 /// Whether a module is watched.
 bool WatchesAllocations();
 
 #if !defined(_WIN32)
-/// Whether the code that called for the caller of this is the module's, the standard library's
-/// functions between them left out.  Slow.
+/// Whether the function that calls this was called from the module, directly or through functions
+/// of the standard library. Slow.
 bool CalledByModule();
 #endif
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One line on standard error for the person who waits.
+// The progress of a run, one line on standard error.
 #pragma once
 
 #include <chrono>
@@ -8,9 +8,9 @@ namespace Quilo::Host {
 
 class Progress {
 public:
-    /// @param shown  false: nothing is ever written    @param seconds  the length of the whole
+    /// @param shown  false: nothing is ever written    @param seconds  the length of the run
     Progress(bool shown, double seconds);
-    /// Takes the line away.
+    /// Erases the line.
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

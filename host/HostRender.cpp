@@ -30,17 +30,18 @@ namespace {
 std::atomic<bool> interrupted = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not wait");
 
-/// Of a frame. Decimal times are no binary ones: 0.036 s at 48000 Hz comes out below 1728 frames.
+/// Frames. Without it a decimal time may fall in the frame before: 0.036 s at 48000 Hz is slightly
+/// less than 1728 frames in binary.
 constexpr double kTimeRounding = 1e-6;
 
-/// Longer than any glide: two interpolation times of 200 ms at most, and the filters of near
-/// sources that follow an array of 20 m within 0.9 s.
+/// Longer than any glide: interpolation takes two times 200 ms at most, and near-field filters
+/// reach the ratio of an array of 20 m within 0.9 s.
 constexpr double kSettlingSeconds = 2;
 
-/// The frame that contains a time.
+/// The index of the frame that contains a time.
 double FrameAt(double seconds, double hz) { return std::floor(seconds * hz + kTimeRounding); }
 
-/// A run of `seconds` at `hz`: a part of a frame is a frame, unless rounding alone made it.
+/// The length of a run, rounded up to whole frames, except for rounding errors.
 std::uint64_t NumFrames(double seconds, double hz) {
     const double frames = std::ceil(seconds * hz - kTimeRounding);
     if (frames > 1e15) throw Fault(ExitStatus::WrongInput, "--duration: the run is too long");
@@ -151,7 +152,8 @@ private:
                  std::to_string(script_.statements[next_].line) + " on");
     }
 
-    /// Silence before the run: nothing is recorded or written, and the script's times do not count.
+    /// Runs silence before the run, so that glides end. Nothing is recorded, and the time of the
+    /// script has not begun.
     void Settle() {
         const auto frames = NumFrames(kSettlingSeconds, rateHz_);
         for (std::uint64_t frame = 0; frame < frames && !interrupted; frame += chain_.Vector()) {
@@ -163,7 +165,8 @@ private:
         }
     }
 
-    /// For the picture. Scripts that make calls fail get none: a second object would take part.
+    /// Coverage for the picture. With `host fail` in the script there is none, because the calls of
+    /// the copied object would count among those that fail.
     CoverageMap FinalCoverage() const {
         if (!recorder_ || script_.Says("fail")) return {};
         return MapOf(MeasureCoverage(object_, actions_.HiddenSettings()));
@@ -187,8 +190,8 @@ private:
         }
     }
 
-    /// Statements act just before the vector that contains their time. One of them may change the
-    /// size of that vector, and with it what else is due.
+    /// Executes the statements whose time is in the next vector. A statement may change the size of
+    /// that vector, and so which others are due.
     void SendDueStatements(std::uint64_t frame) {
         while (next_ < script_.statements.size()) {
             const Statement& statement = script_.statements[next_];
@@ -240,18 +243,18 @@ private:
     const Script& script_;
     const Inputs& inputs_;
     Object& object_;
-    double rateHz_;            // of the run and its files
+    double rateHz_;            // of the run and its output file
     std::uint64_t numFrames_;  // likewise
     std::size_t numFed_;       // inlets with an input file
-    bool isAmbisonic_;         // no loudspeaker stands behind an outlet
+    bool isAmbisonic_;         // the outlets are no loudspeaker signals
     Chain chain_;
     Actions& actions_;
-    std::size_t next_ = 0;                  // of the script's statements
-    std::optional<AmbixOutlets> ambix_;     // where it is asked for
-    std::vector<tav::AmbixChannel> plain_;  // else
+    std::size_t next_ = 0;                  // index of the next statement
+    std::optional<AmbixOutlets> ambix_;     // with --ambix
+    std::vector<tav::AmbixChannel> plain_;  // without --ambix
     std::optional<tav::WavFileWriter> output_;
     std::optional<OutputFile> picture_;
-    std::optional<SceneRecorder> recorder_;  // where there is a picture
+    std::optional<SceneRecorder> recorder_;  // with --picture
     std::vector<float> samples_;             // of one vector, for the file
     std::vector<const float*> channels_;
 };

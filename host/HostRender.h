@@ -11,12 +11,12 @@ namespace Quilo::Host {
 class Actions;
 class Object;
 
-/// Hertz of a run with these inputs.
+/// Sampling rate of a run with these inputs, hertz.
 double RunRate(const Options& options, const Inputs& inputs);
 
-/// Runs the script to its end and writes what the options ask for: the outlets' audio and the
-/// picture. The clock of the run and of the written file is fixed here (--rate); `host rate` only
-/// changes what the object is told.
+/// Runs the script to its end and writes the files that the options name: the outlets' audio and
+/// the picture. The rate of the run and of the written file never changes (--rate); `host rate`
+/// only changes the rate that the object is told.
 /// Throws: Fault, tav::Exception; then no output is left.
 void Render(const Options& options,
             const Script& script,
@@ -24,7 +24,7 @@ void Render(const Options& options,
             Object& object,
             Actions& actions);
 
-/// Asks a run to end after the vector at hand: well with --realtime, with a Fault otherwise.
+/// Ends a run after the present vector: normally with --realtime, with a Fault otherwise.
 /// Thread: any, signal handlers too.
 void InterruptRender();
 

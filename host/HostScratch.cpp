@@ -10,7 +10,7 @@ namespace Quilo::Host {
 
 namespace {
 
-constexpr unsigned kVector = 16;  // frames; gains that jump need no more
+constexpr unsigned kVector = 16;  // frames; enough, since without interpolation gains jump
 
 bool IsShown(const HostApi::AttributeInfo& attribute) {
     const auto invisible = std::ranges::find_if(attribute.properties, [](const auto& property) {
@@ -70,7 +70,7 @@ std::span<const float> Scratch::Gains() {
         chain_ = std::make_unique<HostApi::DspChain>(object_.Get(), counts);
         gains_.resize(numOutputs);
     }
-    // New gains may wait for the next vector.
+    // Two vectors, because new gains may take effect in the second one only.
     for (int vector = 0; vector < 2; ++vector)
         chain_->Perform(inputs_.data(), numInputs, outputs_.data(), numOutputs, kVector);
     std::ranges::transform(outputs_, gains_.begin(), [](const double* output) {

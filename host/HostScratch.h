@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// An object for trying things out beside the one that plays: nobody hears what it posts, and the
-// audio settings are afterwards what they were before.
+// A temporary object beside that of the run: what it posts is discarded, and the audio settings are
+// restored afterwards.
 #pragma once
 
 #include "HostAudioBridge.h"
@@ -13,7 +13,7 @@
 
 namespace Quilo::Host {
 
-/// Makes objects that one must not notice. Thread: main, between vectors.
+/// A temporary object without any effect on the run. Thread: main, between vectors.
 class Scratch {
 public:
     /// @param box  the class name and its arguments
@@ -26,12 +26,12 @@ public:
     bool IsMade() const { return object_.Get() != nullptr; }
     const Object& Made() const { return object_; }
 
-    /// Sets every attribute that `other` shows and that may be set, but for those named. Values
-    /// for more sources than there are here are left out.
+    /// Copies the visible settable attributes of `other`, except those named. Values for sources
+    /// that this object does not have are left out.
     void CopyAttributes(const Object& other, std::span<const std::string_view> except);
     void Send(const std::vector<Atom>& message);
 
-    /// What the outlets give for a constant 1 in the first inlet, once it has arrived.
+    /// The outputs for a constant 1 in the first inlet, when they have settled.
     std::span<const float> Gains();
 
 private:

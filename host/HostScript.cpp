@@ -15,12 +15,12 @@ namespace {
 
 using HostReading::Word;
 
-/// A quoted word is no keyword.
+/// Whether a word is this keyword; a quoted word is none.
 bool IsKeyword(const Word& word, std::string_view keyword) {
     return !word.isLiteral && word.text == keyword;
 }
 
-/// Reads the statements of one script; `line_` follows for the faults.
+/// Parses one script; `line_` is the present line, for faults.
 class Parser {
 public:
     explicit Parser(const std::string& name) { script_.name = name; }
@@ -34,7 +34,7 @@ public:
             text.remove_prefix(std::min(end + 1, text.size()));
         }
         if (script_.box.empty()) Fail("the script has no object statement");
-        // A line holds one statement, so lines keep statements of the same time in their order.
+        // Statements of the same time stay in the order of their lines.
         std::ranges::sort(script_.statements, {}, [](const Statement& s) {
             return std::tuple(s.timed, s.seconds, s.line);
         });

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The script of a run, read: the box text and what happens on the timeline.
+// The parsed script of a run: the box text and the timed statements.
 //
-// A script is checked as a whole before anything sounds, so that a slip in its last line costs
-// nothing and leaves no output behind.
+// The whole script is checked before the run, so that a mistake in its last line is reported at
+// once and leaves no output file.
 #pragma once
 
 #include "HostDirectives.h"
@@ -17,7 +17,7 @@ namespace Quilo::Host {
 struct Statement {
     int line = 0;                             // in the script, from 1
     std::string text;                         // the line, without blanks at its ends
-    bool timed = false;                       // false: before the audio starts
+    bool timed = false;                       // false: executed before the audio starts
     double seconds = 0;                       // finite, not negative; 0 unless timed
     const DirectiveRow* directive = nullptr;  // null: a message to the object
     std::vector<Atom> atoms;                  // the message with its selector, or the arguments
@@ -26,14 +26,15 @@ struct Statement {
 };
 
 struct Script {
-    std::string name;                   // as faults show it
-    std::vector<Statement> before;      // the object: search path, dialogs, failures
-    int objectLine = 0;                 // of the `object` statement
+    std::string name;  // shown in faults
+    std::vector<Statement>
+        before;          // statements before `object`, such as search paths, dialogs and failures
+    int objectLine = 0;  // of the `object` statement
     std::string objectText;             // likewise, without blanks at its ends
     std::vector<Atom> box;              // the box text; the first atom is the class name
-    std::vector<Statement> statements;  // as they happen: untimed ones, then by time
+    std::vector<Statement> statements;  // in the order of execution: untimed ones, then by time
 
-    bool Says(std::string_view keyword) const {  // host KEYWORD, anywhere
+    bool Says(std::string_view keyword) const {  // whether `host KEYWORD` occurs
         const auto says = [=](const Statement& s) { return s.Says(keyword); };
         return std::ranges::any_of(before, says) || std::ranges::any_of(statements, says);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a patcher keeps of an object's state: presets, the value of a pattr, dictionaries.
+// Stores states of objects as a patcher does: presets, the value of a pattr, dictionaries.
 #pragma once
 
 #include "HostObject.h"
@@ -14,8 +14,8 @@ namespace Quilo::Host {
 
 class Console;
 
-/// Outlives the objects that it stores and restores: what one object gave can be given to the next.
-/// All of it belongs to the main thread and throws StatementFault.
+/// Outlives the objects: a state that was stored from one object can be restored to the next.
+/// Thread: main.  Throws: StatementFault.
 class State {
 public:
     State(Object& object, Console& console);
@@ -27,7 +27,7 @@ public:
     void Pattr(std::span<const Atom> words);       // get | set [VALUES...] | cut N | print
     void Dictionary(std::span<const Atom> words);  // NAME set|clear|print|read|write ...
 
-    /// Takes a copy of a dictionary that left the dump outlet; its name is "received".
+    /// Copies a dictionary that left the dump outlet; the copy has the name "received".
     void Receive(t_symbol* name);
 
 private:
@@ -37,7 +37,7 @@ private:
     Console& console_;
     std::map<std::int64_t, std::vector<HostApi::PresetRecord>> presets_;
     std::vector<t_atom> pattr_;
-    std::map<std::string, t_dictionary*> dictionaries_;  // the host's own
+    std::map<std::string, t_dictionary*> dictionaries_;  // owned; by the names in the script
 };
 
 }  // namespace Quilo::Host

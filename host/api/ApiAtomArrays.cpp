@@ -27,7 +27,7 @@ Class& StringClass() {
     return type;
 }
 
-/// Lets the fields that a module may see follow the array.
+/// Updates the fields that a module can see (ac, av) after a change of `atoms`.
 void ShowAtoms(AtomArray& array) {
     array.ac = static_cast<max_long>(array.atoms.size());
     array.av = array.atoms.data();
@@ -59,7 +59,7 @@ t_max_err atomarray_setatoms(t_atomarray* x, max_long argc, t_atom* argv) {
     AtomArray* const array = AsAtomArray(x);
     if (!array) return MAX_ERR_INVALID_PTR;
     const auto atoms = Atoms(argc, argv);
-    array->atoms = std::vector<t_atom>(atoms.begin(), atoms.end());  // argv may be the array's own
+    array->atoms = std::vector<t_atom>(atoms.begin(), atoms.end());  // argv may point into it
     ShowAtoms(*array);
     return MAX_ERR_NONE;
 }

@@ -13,7 +13,7 @@ namespace HostApi {
 inline constexpr max_long kFreesChildren = 1;
 
 struct AtomArray : t_atomarray {
-    std::vector<t_atom> atoms;  // ac and av follow it
+    std::vector<t_atom> atoms;  // ac and av are derived from it
 
     static AtomArray* FromObject(t_object* object) {
         return static_cast<AtomArray*>(reinterpret_cast<t_atomarray*>(object));
@@ -21,14 +21,14 @@ struct AtomArray : t_atomarray {
 };
 
 struct String : t_string {
-    std::string text;  // s_text and s_size follow it
+    std::string text;  // s_text and s_size are derived from it
 
     static String* FromObject(t_object* object) {
         return static_cast<String*>(reinterpret_cast<t_string*>(object));
     }
 };
 
-/// Frees the object that an atom owns, if it is alive, and empties the atom.
+/// Frees the object that the atom holds, if it is alive, and clears the atom.
 void FreeValue(t_atom& value);
 
 // The object behind a pointer, null when it is no live object of that kind.

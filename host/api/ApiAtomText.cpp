@@ -104,7 +104,7 @@ std::string AtomText(std::span<const t_atom> atoms) {
 std::vector<t_atom> FormatAtoms(const char* format, std::va_list arguments) {
     std::vector<t_atom> atoms;
     for (const char* letter = format; *letter; ++letter) {
-        // Arguments are read in the order of the letters; a capital takes a count and a pointer.
+        // Each letter reads one argument; a capital letter reads a count and a pointer to an array.
         const max_long count = std::strchr("CLFDSOA", *letter) ? va_arg(arguments, max_long) : 0;
         switch (*letter) {
             case 'c': Append<t_atom_long>(atoms, atom_setlong, va_arg(arguments, int)); break;

@@ -15,7 +15,7 @@ namespace HostApi {
 /// The atoms that an atom_setformat format and its arguments describe.
 std::vector<t_atom> FormatAtoms(const char* format, std::va_list arguments);
 
-/// Puts atoms into the caller's memory, or into sysmem memory when *atoms is null.
+/// Copies atoms into the caller's memory, or into new sysmem memory when *atoms is null.
 t_max_err HandOut(std::span<const t_atom> from, max_long* count, t_atom** atoms);
 
 }  // namespace HostApi

@@ -25,7 +25,8 @@ std::optional<t_atom> ParseNumber(std::string_view text) {
 
 namespace {
 
-/// Toward zero; what no integer holds becomes the nearest one, and no number becomes 0.
+/// Truncates towards zero. Values beyond the range of integers become the nearest integer, NaN
+/// becomes 0.
 t_atom_long Truncate(double value) {
     constexpr double kLimit = 9223372036854775808.0;  // 2^63
     if (std::isnan(value)) return 0;
@@ -34,7 +35,7 @@ t_atom_long Truncate(double value) {
     return static_cast<t_atom_long>(value);
 }
 
-/// The number that an atom stands for; A_NOTHING when it stands for none.
+/// The number that an atom holds or spells; A_NOTHING when there is none.
 t_atom NumberOf(const t_atom& atom) {
     t_atom none{};
     if (atom.a_type == A_LONG || atom.a_type == A_FLOAT) return atom;
@@ -43,7 +44,7 @@ t_atom NumberOf(const t_atom& atom) {
     return none;
 }
 
-/// The smaller of the counts that the caller names, never negative.
+/// The smaller of two counts, at least 0.
 std::size_t Common(max_long count, max_long n) {
     return static_cast<std::size_t>(std::max(max_long{0}, std::min(count, n)));
 }
@@ -145,9 +146,10 @@ t_max_err atom_alloc_array(max_long minsize, max_long* count, t_atom** atoms, ch
     if (const auto code = InjectedFailure("atom_alloc_array")) return *code;
     if (!count || !atoms || minsize < 0) return MAX_ERR_INVALID_PTR;
     if (allocated) *allocated = 0;
-    // Memory that was handed in stays as it is: neither is its size checked nor the count set.
+    // As in Max, memory that the caller passes is used as it is: the size is not checked, the count
+    // not set.
     if (*count > 0 && *atoms) return MAX_ERR_NONE;
-    // One atom at least, so that an empty answer has memory to free as well.
+    // At least one atom, so that the caller of an empty answer also has memory to free.
     const auto room = static_cast<t_ptr_size>(std::max(minsize, max_long{1}));
     *atoms = reinterpret_cast<t_atom*>(sysmem_newptrclear(room * sizeof(t_atom)));
     if (!*atoms) return MAX_ERR_OUT_OF_MEM;

@@ -11,8 +11,8 @@
 
 namespace HostApi {
 
-/// A long for a whole number, a float for any other (and for a whole one beyond 64 bits); nothing
-/// for text that is no number, or one that no double holds.
+/// A long for a whole number, a float for any other and for a whole one beyond 64 bits; nothing
+/// when the text is no number or one beyond the range of double.
 std::optional<t_atom> ParseNumber(std::string_view text);
 
 inline std::span<const t_atom> Atoms(max_long argc, const t_atom* argv) {

@@ -58,7 +58,8 @@ void attr_args_dictionary(t_dictionary* d, short argc, t_atom* argv) {
 void attr_dictionary_process(void* x, t_dictionary* d) {
     const Dictionary* dictionary = AsDictionary(d);
     if (!dictionary) return;
-    const std::vector<DictionaryEntry> entries = dictionary->entries;  // a setter may change it
+    const std::vector<DictionaryEntry> entries =
+        dictionary->entries;  // a copy, since a setter may change the dictionary
     for (const DictionaryEntry& entry : entries) {
         Attribute* const attribute = FindAttributeOf(x, entry.key);
         if (!attribute) continue;

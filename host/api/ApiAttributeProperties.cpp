@@ -11,7 +11,7 @@ using namespace HostApi;
 
 namespace {
 
-/// Adds a property with a value to an attribute object (or to any object: then it is an attribute).
+/// Adds a property with a value to an attribute object. On any other object it adds an attribute.
 t_max_err AddWithValue(
     void* x, const char* name, t_symbol* type, max_long flags, std::vector<t_atom> atoms) {
     if (!FindObject(x)) return MAX_ERR_INVALID_PTR;

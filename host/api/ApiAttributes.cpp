@@ -47,7 +47,7 @@ void LoadNumber(const char* place, t_atom& atom) {
 }
 
 void StoreSymbol(char* place, const t_atom& atom) {
-    // A number given to a symbol attribute is its own text.
+    // In an attribute of type symbol a number is stored as its text.
     Store(place, atom.a_type == A_SYM ? atom_getsym(&atom) : gensym(AtomText(atom).c_str()));
 }
 
@@ -81,7 +81,7 @@ constexpr ValueType kValueTypes[] = {
 };
 // clang-format on
 
-/// The atom as the attribute's type gives it back.
+/// The atom after conversion to the attribute's type.
 t_atom Converted(const t_atom& atom, const ValueType& type) {
     char place[sizeof(t_atom)] = {};
     t_atom result{};
@@ -252,7 +252,7 @@ t_max_err SetValue(void* object, Attribute& attribute, std::span<const t_atom> a
         for (t_atom& value : values) value = Converted(value, FindValueType(attribute.type));
         attribute.values = std::move(values);
     }
-    // The setter may have replaced the attribute: clients hear of the one in force.
+    // Looked up again, since the setter may have replaced the attribute.
     if (error == MAX_ERR_NONE)
         if (Attribute* const now = FindAttributeOf(object, attribute.name))
             object_notify(object, gensym("attr_modified"), now->Object());

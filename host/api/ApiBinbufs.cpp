@@ -12,7 +12,7 @@ namespace {
 
 struct Binbuf {
     t_object ob;
-    std::vector<t_atom> atoms;  // messages end with A_SEMI
+    std::vector<t_atom> atoms;  // A_SEMI ends each message
 
     static Binbuf* FromObject(t_object* object) { return reinterpret_cast<Binbuf*>(object); }
 };

@@ -109,7 +109,8 @@ t_max_err class_addmethod(t_class* c, const method m, const char* name, ...) {
 
 t_max_err class_dumpout_wrap(t_class* c) {
     if (!c) return MAX_ERR_INVALID_PTR;
-    if (c->c_flags & CLASS_FLAG_REGISTERED) return MAX_ERR_GENERIC;  // the class is closed
+    if (c->c_flags & CLASS_FLAG_REGISTERED)
+        return MAX_ERR_GENERIC;  // registered classes cannot change
     Inner(c).answersGet = true;
     return MAX_ERR_NONE;
 }

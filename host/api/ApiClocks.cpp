@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Clocks: they run as the scheduler thread when the host moves the time on.
+// Clocks. They run as the scheduler thread when the host advances the time.
 #include "ApiObjects.h"
 #include "ApiThreads.h"
 
@@ -54,7 +54,7 @@ Class& ClockClass() {
     return type;
 }
 
-/// What a clock calls; a copy, for the clock may be freed while its function is about to run.
+/// A copy of what a clock calls, since the clock may be freed just before its function runs.
 struct Call {
     method function;
     void* object;
@@ -62,7 +62,7 @@ struct Call {
     PutOffCause cause;
 };
 
-/// Takes the earliest clock that is due by `untilMs` and moves the time to it.
+/// Unsets the earliest clock that is due by `untilMs` and advances the time to it.
 std::optional<Call> TakeDue(double untilMs) {
     Time& time = TheTime();
     const std::lock_guard lock(time.mutex);

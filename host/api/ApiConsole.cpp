@@ -12,7 +12,7 @@ namespace {
 
 void Post(PostKind kind, t_object* object, const char* format, std::va_list arguments) {
     RefusePerform("object_post");
-    FindObject(object);  // reports a dead one
+    FindObject(object);  // reports the use of a freed object
     std::va_list again;
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Dialogs: the host's script has answered them beforehand.
+// Dialogs, which the host's script answers in advance.
 #include "ApiFiles.h"
 #include "ApiThreads.h"
 #include "HostBridge.h"
@@ -20,8 +20,8 @@ std::optional<fs::path>& Answer(Dialog dialog) {
     return answers[static_cast<std::size_t>(dialog)];
 }
 
-/// Takes the answer; none: the user cancelled. Max stops, or opens the dialog under the feet of the
-/// caller, where it is not called out of the queue of the main thread.
+/// Takes the next answer; none means that the user cancelled. Reports a call from anywhere but the
+/// queue of the main thread: there Max may hang, or run other work before the dialog returns.
 std::optional<fs::path> Ask(Dialog dialog) {
     const char* const name = kDialogs[static_cast<std::size_t>(dialog)];
     if (CurrentThreadKind() != ThreadKind::Main) {

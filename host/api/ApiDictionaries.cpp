@@ -51,7 +51,7 @@ DictionaryEntry* FindEntry(const t_dictionary* d, const t_symbol* key) {
     return found == dictionary->places.end() ? nullptr : &dictionary->entries[found->second];
 }
 
-/// Puts a value under a key; one that was there is freed and its place kept.
+/// Stores a value under a key. An old value is freed, and the key keeps its place in the order.
 t_max_err PutEntry(t_dictionary* d, t_symbol* key, const t_atom& value) {
     Dictionary* const dictionary = AsDictionary(d);
     if (!dictionary || !key) return MAX_ERR_INVALID_PTR;
@@ -81,7 +81,7 @@ t_max_err EntryAtoms(const t_dictionary* d, const t_symbol* key, std::span<t_ato
     return MAX_ERR_NONE;
 }
 
-/// The single atom of an entry that holds the kind asked for, else null.
+/// The atom of an entry that holds a single one of this type; else null.
 const t_atom* SingleAtom(const t_dictionary* d, const t_symbol* key) {
     const DictionaryEntry* entry = FindEntry(d, key);
     return entry && entry->value.a_type != A_OBJ ? &entry->value : nullptr;
@@ -98,8 +98,8 @@ t_object* EntryObject(const t_dictionary* d, const t_symbol* key) {
     return entry ? static_cast<t_object*>(atom_getobj(&entry->value)) : nullptr;
 }
 
-/// A copy of an entry's value with copies of the objects in it; nothing for an object of no known
-/// kind.
+/// A copy of an entry's value with copies of the objects in it; A_NOTHING for an unknown kind of
+/// object.
 t_atom ClonedValue(const t_atom& value) {
     if (value.a_type != A_OBJ) return value;
     t_atom copy{};
@@ -342,7 +342,7 @@ t_dictionary* dictobj_register(t_dictionary* d, t_symbol** name) {
     dictionary->name = name && *name ? *name : symbol_unique();
     if (name) *name = dictionary->name;
     Dictionary*& known = DictionaryNames()[dictionary->name];
-    if (known) known->name = nullptr;  // the name now means this one
+    if (known) known->name = nullptr;  // the name moves to this dictionary
     known = dictionary;
     return d;
 }

@@ -11,13 +11,13 @@ namespace HostApi {
 
 struct DictionaryEntry {
     t_symbol* key = nullptr;
-    t_atom value{};  // A_OBJ: an object that the dictionary owns
+    t_atom value{};  // A_OBJ: the dictionary owns the object
 };
 
 struct Dictionary : t_dictionary {
     std::vector<DictionaryEntry> entries;                     // in the order of insertion
-    std::unordered_map<const t_symbol*, std::size_t> places;  // of the entries, by key
-    int references = 1;        // its maker's, and one for each that found it by name
+    std::unordered_map<const t_symbol*, std::size_t> places;  // index in `entries`, by key
+    int references = 1;        // one for its creator, one for each dictobj_findregistered_retain
     t_symbol* name = nullptr;  // null while not registered
 
     static Dictionary* FromObject(t_object* object) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Messages: checked against the type list of a method when they come from outside, unchecked when
-// one piece of code calls another.
+// Messages. Typed calls are checked against the argument types of the method, untyped ones are not.
 #include "ApiAtomText.h"
 #include "ApiAttributes.h"
 #include "ApiObjects.h"
@@ -13,7 +12,8 @@
 namespace HostApi {
 namespace {
 
-/// One argument of a call: integers and pointers travel one way, floating values another.
+/// One argument of a call. Calling conventions pass integers and pointers in other registers than
+/// floating-point values.
 struct Argument {
     bool isFloat = false;
     t_ptr_int whole = 0;
@@ -22,7 +22,7 @@ struct Argument {
 
 constexpr std::size_t kMaxArguments = MSG_MAXARG + 1;  // and the object
 
-/// Calls a function by its true type, which the kinds of the arguments spell out one by one.
+/// Calls a function by its true type, which is built from the kinds of its arguments one by one.
 template <class... Taken>
 void* Call(method function, std::span<const Argument> rest, Taken... taken) {
     if (rest.empty()) return MaxApi::FromMethod<void*(Taken...)>(function)(taken...);
@@ -63,7 +63,7 @@ std::optional<Argument> Match(int code, const t_atom* atom) {
     }
 }
 
-/// A message that has arrived: whom it is for and what it says.
+/// A message with its receiver.
 struct Message {
     void* object;
     t_symbol* selector;
@@ -84,7 +84,8 @@ void CallGimme(method function, const Message& message) {
                                         static_cast<max_long>(copy.size()), copy.data());
 }
 
-/// A_DEFER and its kin: from the main thread at once or, for the low ones, through the queue.
+/// Calls a method of type A_DEFER or the like: in the main thread at once, or through its queue;
+/// the types ending in LOW always through the queue.
 void CallDeferred(int code, method function, const Message& message) {
     const bool low = code == A_DEFER_LOW || code == A_USURP_LOW;
     if (!low && CurrentThreadKind() == ThreadKind::Main) return CallGimme(function, message);
@@ -106,7 +107,7 @@ t_max_err CallTyped(const t_messlist& entry, const Message& message) {
         if (!argument) return message.Refuse("bad arguments for message");
         arguments.push_back(*argument);
     }
-    // Surplus atoms are posted and the method runs all the same.
+    // Surplus atoms are reported, but the method runs.
     if (message.atoms.size() > at) message.Refuse("extra arguments for message");
     Call(entry.m_fun, arguments);
     return MAX_ERR_NONE;
@@ -131,7 +132,7 @@ t_max_err CallEntry(const t_messlist& entry, const Message& message, t_atom* res
     }
 }
 
-/// The attribute that `get<name>` asks for, null when it may not answer.
+/// The attribute that the message `get<name>` reads; null when it may not be read.
 t_symbol* AskedAttribute(void* object, const t_symbol* selector) {
     const std::string_view text = selector->s_name;
     if (!text.starts_with("get") || !FindObject(object)->type->answersGet) return nullptr;
@@ -139,7 +140,7 @@ t_symbol* AskedAttribute(void* object, const t_symbol* selector) {
     return object_attr_usercanget(object, name) ? name : nullptr;
 }
 
-/// Method, then attribute, then get message, then `anything`.
+/// Tries a method, then an attribute, then a get message, then `anything`.
 t_max_err Deliver(const Message& message, t_atom* result) {
     if (!FindObject(message.object) || !message.selector) return MAX_ERR_INVALID_PTR;
     if (const t_messlist* entry = FindMessage(message.object, message.selector); IsReachable(entry))
@@ -156,13 +157,13 @@ t_max_err Deliver(const Message& message, t_atom* result) {
     return message.Refuse("doesn't understand");
 }
 
-/// The selector under which a lone atom travels.
+/// The selector for a message of one atom.
 t_symbol* SelectorOf(const t_atom& atom) {
     if (atom.a_type == A_LONG) return gensym("int");
     return atom.a_type == A_FLOAT ? gensym("float") : atom_getsym(&atom);
 }
 
-/// A list for an object without `list`: one atom an inlet, from the right, the left one last.
+/// Sends a list to an object without a method `list`: one atom to each inlet, from right to left.
 t_max_err Spread(t_object* object, std::span<const t_atom> atoms) {
     const std::size_t inlets = static_cast<std::size_t>(inlet_count(object));
     t_max_err error = MAX_ERR_NONE;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Which functions of the API can be made to fail. For scripts, too, that are read without the API.
+// The functions of the API that can be made to fail. The script parser, which does not link the
+// API, uses the list too.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace HostApi {
 
-/// Those that ask InjectedFailure.
+/// The functions that call InjectedFailure.
 inline constexpr std::array<std::string_view, 35> kFailingCalls{
     "atom_alloc",
     "atom_alloc_array",

@@ -12,7 +12,7 @@ namespace {
 struct Plan {
     std::mutex mutex;
     std::string function;
-    unsigned calls = 0;  // until it fails
+    unsigned calls = 0;  // counted down; the last one fails
     t_max_err code = MAX_ERR_GENERIC;
 };
 

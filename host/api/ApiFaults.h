@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Calls that are made to fail, and calls that a module must not make; inside the library only.
+// Planned failures of API calls, and reports of calls that a perform routine must not make; inside
+// the library only.
 #pragma once
 
 #include "ext_codes.h"
@@ -9,11 +10,12 @@
 
 namespace HostApi {
 
-/// The code with which this call of an API function is to fail; nothing in the ordinary case.  A
-/// function asks once a call, before it does anything.  Thread: any.
+/// The error code with which this call of an API function has to fail; normally nothing. A function
+/// asks once per call, before it does anything.
+/// Thread: any.
 std::optional<t_max_err> InjectedFailure(std::string_view function);
 
-/// Reports a function that a perform routine must not call, when one does.
+/// Posts a bug when the calling thread is running a perform routine.
 void RefusePerform(const char* function);
 
 }  // namespace HostApi

@@ -19,8 +19,8 @@ namespace {
 struct Files {
     std::mutex mutex;
     std::vector<fs::path> folders;     // id -1 is the first one
-    std::vector<fs::path> searchPath;  // as added
-    fs::path patcherFolder;            // empty: none
+    std::vector<fs::path> searchPath;  // in the order in which they were added
+    fs::path patcherFolder;            // may be empty
     short moduleFolder = 0;
 };
 
@@ -59,7 +59,7 @@ std::vector<fs::path> SearchedFolders() {
     return folders;
 }
 
-/// The file that a name means: as it is, or with the extension of a type asked for.
+/// The existing file of this name, or of this name with the extension of one of the types.
 std::optional<fs::path> Candidate(const fs::path& file, std::span<const t_fourcc> types) {
     const t_fourcc type = TypeOf(file);
     const bool fits = types.empty() || type == 0 || std::ranges::find(types, type) != types.end();
@@ -80,7 +80,7 @@ std::optional<fs::path> Locate(const fs::path& name, std::span<const t_fourcc> t
     return {};
 }
 
-/// Text into a buffer of the API.  @return whether it fits
+/// Copies text into a buffer of the API.  @return whether it fits
 bool Put(const std::string& text, char* out, max_long size) {
     strncpy_zero(out, text.c_str(), size);
     return text.size() < static_cast<std::size_t>(size);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// JSON text to dictionaries, and the files of both directions.
+// Reads dictionaries from JSON text, and reads and writes JSON files.
 #include "ApiJson.h"
 
 #include "ApiAtomText.h"
@@ -15,9 +15,10 @@
 namespace HostApi {
 namespace {
 
-constexpr int kDeepest = 200;  // objects and arrays inside one another
+constexpr int kDeepest = 200;  // greatest depth of nested objects and arrays
 
-/// Reads one text; throws std::runtime_error with what is wrong, freeing what was made.
+/// Parses one text.
+/// Throws: std::runtime_error that names the error; then nothing is left allocated.
 class JsonReader {
 public:
     explicit JsonReader(std::string_view text) : text_(text) {
@@ -59,7 +60,7 @@ private:
         return true;
     }
 
-    /// An object with its closing mark; `read` reads one member and puts it there.
+    /// Reads the members of a dictionary or array up to its closing mark; `read` reads one member.
     template <class Read>
     t_atom ReadMembers(t_object* made, char close, Read read) {
         t_atom whole{};
@@ -122,7 +123,7 @@ private:
         return atom;
     }
 
-    /// A text becomes a symbol, which ends at its first zero byte: two keys could become one.
+    /// Zero bytes are refused: a symbol ends at the first one, so two keys could become equal.
     std::string ReadText() {
         if (Peek() != '"') Fail("text is expected");
         std::string made;

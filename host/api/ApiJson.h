@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// JSON text to dictionaries; inside the library only.
+// Reads dictionaries from JSON text; inside the library only.
 #pragma once
 
 #include "ApiDictionaries.h"
@@ -11,7 +11,7 @@ namespace HostApi {
 
 /// Whole numbers become longs, others floats, true and false 1 and 0, text symbols, arrays atom
 /// arrays, objects dictionaries; null makes no entry.
-/// @param fault  what is wrong and in which line, when the result is null
+/// @param fault  the error and its line, when the result is null
 t_dictionary* ReadJson(std::string_view text, std::string& fault);
 
 }  // namespace HostApi

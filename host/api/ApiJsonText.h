@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Dictionaries to JSON text; inside the library only.
+// Writes dictionaries as JSON text; inside the library only.
 #pragma once
 
 #include "ApiDictionaries.h"
@@ -8,9 +8,9 @@
 
 namespace HostApi {
 
-/// In the manner of Max's writer: tabs, a blank on both sides of the colon, lists in one line, a
-/// decimal point in every float. Numbers read back to the same values; what is no number in JSON
-/// (nan, infinity) becomes null.
+/// The text in Max's format: tabs, a blank on both sides of the colon, lists in one line, a decimal
+/// point in every float. Numbers read back to the same values; NaN and infinity, which JSON does
+/// not have, become null.
 std::string JsonText(const Dictionary& dictionary);
 
 }  // namespace HostApi

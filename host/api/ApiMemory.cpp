@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // sysmem_... of the API: blocks that know their size, and handles.
 //
-// Every block stands between two marks, and what is freed waits a while, filled with a pattern,
-// before its memory is used again: a module that writes beyond its memory, frees it twice or writes
-// to it after it was freed is reported instead of being lucky.
+// Every block lies between two guard values, and a freed block is kept for some time, filled with a
+// pattern, before its memory is reused. So it is reported when a module writes beyond a block,
+// frees it twice or writes to it after freeing it.
 #include "ApiMemory.h"
 
 #include "ApiFaults.h"
@@ -22,7 +22,8 @@ namespace {
 
 enum class BlockState : std::uint64_t { Live = 0x6C6976655F626C6B, Freed = 0x66726565645F5F62 };
 
-// Stands in front of every block; 16 bytes keep the block as aligned as malloc's.
+// Precedes every block; its size is a multiple of 16 bytes, so that the block is aligned as by
+// malloc.
 struct alignas(16) Header {
     t_ptr_size size;
     BlockState state;
@@ -32,7 +33,7 @@ constexpr std::array<unsigned char, 16> kEndMark{0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0
                                                  0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5, 0xE5};
 constexpr t_ptr_size kLargest = ~t_ptr_size{0} - sizeof(Header) - sizeof(kEndMark);
 constexpr int kFreedByte = 0xDD;
-constexpr std::size_t kMostWaiting = 512;  // freed blocks
+constexpr std::size_t kMostWaiting = 512;  // largest number of freed blocks that are kept
 constexpr t_ptr_size kMostWaitingBytes = 8 << 20;
 
 struct Blocks {
@@ -51,7 +52,7 @@ Header* HeaderOf(void* block) { return static_cast<Header*>(block) - 1; }
 
 t_ptr BlockOf(Header* header) { return reinterpret_cast<t_ptr>(header + 1); }
 
-/// Whether the block may be used; reports why not.
+/// Whether the block is valid; reports the reason if not.
 bool CheckBlock(const Header* header, const char* function) {
     if (header->state != BlockState::Live) {
         const bool wasFreed = header->state == BlockState::Freed;
@@ -66,7 +67,7 @@ bool CheckBlock(const Header* header, const char* function) {
     return true;
 }
 
-/// Gives a block that waited back to the system.
+/// Checks a freed block for writes and returns its memory to the system.
 void LetGo(Header* header) {
     const auto* const bytes = reinterpret_cast<const unsigned char*>(header + 1);
     if (!std::all_of(bytes, bytes + header->size, [](unsigned char b) { return b == kFreedByte; }))
@@ -141,7 +142,7 @@ t_ptr sysmem_newptrclear(t_ptr_size size) {
     return block;
 }
 
-// The block always moves, so that a pointer to its old place does not go on by luck.
+// The block always moves, so that the use of an old pointer to it is noticed.
 t_ptr sysmem_resizeptr(void* p, t_ptr_size size) {
     if (!p) return sysmem_newptr(size);
     RefusePerform("sysmem_resizeptr");

@@ -4,7 +4,7 @@
 
 namespace HostApi {
 
-/// Reports writes to freed blocks and gives the blocks back.
+/// Reports writes to freed blocks and returns their memory to the system.
 void ReleaseFreedBlocks();
 
 }  // namespace HostApi

@@ -11,12 +11,13 @@
 
 namespace HostApi {
 
-/// What the module knows as dsp64, and what it added there.
-/// Locks are taken in this order: first that of all chains, then that of one record.
+/// The object that a module knows as dsp64, and the perform routine that was added to it.
+/// Lock order: first the lock of all chains, then that of a record.
 struct DspChain::Record {
-    t_object* handle = nullptr;  // the object that is sent with dsp64
-    std::mutex mutex;            // held during a perform: who frees the object waits for its end
-    t_object* object = nullptr;  // null once it has left
+    t_object* handle = nullptr;  // the object that the module gets with the message dsp64
+    std::mutex
+        mutex;  // held while a perform routine runs, so that freeing the object waits for its end
+    t_object* object = nullptr;  // null once it was removed from the chain
     const t_pxobject* signal = nullptr;
     t_perfroutine64 perform = nullptr;
     max_long flags = 0;
@@ -106,7 +107,7 @@ DspChain::DspChain(t_object* object, std::span<const short> counts) : record_(ne
     if (record_->signal && (record_->signal->z_misc & Z_DONT_ADD)) return;
     const method dsp64 = object_getmethod(object, gensym("dsp64"));
     if (dsp64 == MaxApi::ToMethod(method_false)) return;
-    std::vector<short> copy(counts.begin(), counts.end());  // modules may write to it
+    std::vector<short> copy(counts.begin(), counts.end());  // a copy, since modules may write to it
     using Dsp64 = void(t_object*, t_object*, short*, double, max_long, max_long);
     MaxApi::FromMethod<Dsp64>(dsp64)(object, record_->handle, copy.data(), settings.sampleRateHz,
                                      settings.vectorSize, 0);
@@ -140,7 +141,7 @@ void DspChain::Perform(double* const* inputs,
         for (std::size_t i = 0; i < numOutputs; ++i) std::fill_n(outputs[i], frames, 0.0);
         return;
     }
-    // The API has no const, but vectors of pointers stay as they are.
+    // Perform routines do not change the arrays of pointers, although the API declares no const.
     record_->perform(record_->object, record_->handle, const_cast<double**>(inputs),
                      static_cast<max_long>(numInputs), const_cast<double**>(outputs),
                      static_cast<max_long>(numOutputs), static_cast<max_long>(frames),
@@ -196,7 +197,7 @@ t_atom_long SignalInletCount(t_pxobject* x) { return x->z_count; }
 using namespace HostApi;
 
 void class_dspinit(t_class* c) {
-    // Max sends these to every signal object; a class must not use the names itself.
+    // Max sends these messages to every signal object; a class must not define its own.
     class_addmethod(c, MaxApi::ToMethod(method_false), "signal", A_CANT, 0);
     class_addmethod(c, MaxApi::ToMethod(method_false), "userconnect", A_CANT, 0);
     class_addmethod(c, MaxApi::ToMethod(SignalInletCount), "nsiginlets", A_CANT, 0);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Life of objects, what is stored with them, who listens to them: object_... of the API.
+// Creation and freeing of objects, stored values, registration and clients: object_... of the API.
 #include "ApiObjects.h"
 
 #include "ApiFaults.h"
@@ -26,7 +26,7 @@ struct LiveObjects {
     std::uint64_t numBorn = 0;
 };
 
-constexpr std::size_t kMostDead = 1024;  // how many are remembered
+constexpr std::size_t kMostDead = 1024;  // largest number of freed objects that are remembered
 
 // Never destroyed: modules may free objects while the process ends.
 LiveObjects& Live() {
@@ -36,8 +36,8 @@ LiveObjects& Live() {
 
 using Name = std::pair<const t_symbol*, const t_symbol*>;
 
-/// Who is registered under which name. Its lock also guards names, clients and targets of records,
-/// and is never held while a client is called.
+/// The objects by registered name. The lock also guards names, clients and targets of records, and
+/// is never held while a client is called.
 struct Connections {
     std::recursive_mutex mutex;
     std::map<Name, void*> names;
@@ -50,19 +50,19 @@ Connections& TheConnections() {
 
 auto LockConnections() { return std::lock_guard(TheConnections().mutex); }
 
-/// Remembers an object that died, and forgets the oldest one where there are many.
+/// Remembers a freed object; beyond kMostDead forgets the oldest one.
 void RememberDead(LiveObjects& live, const void* object, const t_symbol* className) {
     live.dead[object] = {className, ++live.numDead};
     live.deadInOrder.emplace_back(object, live.numDead);
     if (live.deadInOrder.size() <= kMostDead) return;
     const auto [oldest, number] = live.deadInOrder.front();
     live.deadInOrder.pop_front();
-    // Its memory may hold a younger one by now.
+    // The address may belong to an object that was freed later.
     const auto known = live.dead.find(oldest);
     if (known != live.dead.end() && known->second.number == number) live.dead.erase(known);
 }
 
-/// The class of an object that died, null for any other pointer.
+/// The class of a freed object; null for any other pointer.
 const t_symbol* ClassOfDead(const void* object) {
     LiveObjects& live = Live();
     const std::lock_guard lock(live.mutex);
@@ -145,14 +145,14 @@ void PutStored(Store& store, const t_symbol* key, const StoredValue& value) {
 
 void FreeStored(Store& store) {
     Store values;
-    values.swap(store);  // a free routine may look here again
+    values.swap(store);  // emptied first, since a free routine may access it
     for (auto& [key, stored] : values) {
         t_object* const value = stored.value.a_type == A_OBJ ? stored.value.a_w.w_obj : nullptr;
         if (!value) continue;
         if (stored.flags & OBJ_FLAG_MEMORY) {
             sysmem_freeptr(value);
         } else if (!(stored.flags & (OBJ_FLAG_REF | OBJ_FLAG_DATA))) {
-            // An outlet belongs to its object's box, whoever stored it.
+            // Outlets are freed with their object, not with the value stored under a key.
             const ObjectRecord* record = FindObject(value);
             if (record && record->type->c_sym != gensym("outlet")) object_free(value);
         }
@@ -170,7 +170,7 @@ void NotifyClients(void* object, t_symbol* message, void* data) {
     const ObjectRecord* record = FindObject(object);
     if (!record) return;
     using Notify = t_max_err(void*, t_symbol*, t_symbol*, void*, void*);
-    std::vector<void*> clients;  // a copy: a client may detach itself
+    std::vector<void*> clients;  // a copy, since a client may detach itself
     t_symbol* name = nullptr;
     {
         const auto lock = LockConnections();
@@ -420,7 +420,7 @@ t_max_err object_notify(void* x, t_symbol* message, void* data) {
     const ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
     if (message == gensym("attr_modified") && !IsAttribute(data)) {
-        // Clients ask the data for its name: in Max this call takes the whole program down.
+        // Clients use the data as an attribute: without one, this call crashes Max.
         ReportBug("attr_modified without an attribute", static_cast<t_object*>(x));
         return MAX_ERR_INVALID_PTR;
     }

@@ -8,31 +8,33 @@
 
 namespace HostApi {
 
-/// Puts a value under a key and frees the one that was there.
+/// Stores a value under a key and frees the old one.
 void PutStored(Store& store, const t_symbol* key, const StoredValue& value);
 void FreeStored(Store& store);
 
-/// The record of a live object, or null; the use of one that was freed is reported.  Thread: any.
+/// The record of a live object; null for others, and the use of a freed object is reported.
+/// Thread: any.
 ObjectRecord* FindObject(const void* object);
 
 /// The same without a report.
 ObjectRecord* FindLive(const void* object);
 
-/// An object as work that was put off knows it.
+/// The receiver of deferred work: an address and the object that lived there.
 struct Target {
     const void* object = nullptr;
-    std::uint64_t birth = 0;  // 0: any other pointer, of which nothing is known
+    std::uint64_t birth = 0;  // 0: the pointer was no live object
     const t_symbol* className = nullptr;
 };
 Target TargetOf(const void* object);
-/// Whether a call that was put off may reach its object; one that would reach a freed object is
-/// reported, also where a younger one stands in its place.  Thread: any.
+/// Whether deferred work may call its object. Reports when the object has been freed, also if a
+/// newer object has the same address.
+/// Thread: any.
 bool CanReach(const Target& target);
 
-/// Forgets which objects have died.
+/// Forgets all freed objects.
 void ForgetDead();
 
-/// Declares memory a live object of a class: header set, record made.  Thread: any.
+/// Makes memory a live object of a class: sets its header and makes its record.  Thread: any.
 ObjectRecord& AdoptObject(t_object* object, Class& type);
 
 /// A class of the library's own whose objects are C++ records of type T, which begins with a
@@ -62,7 +64,7 @@ t_messlist* FindMessage(const void* object, const t_symbol* name);
 /// Whether a message box reaches this message.
 bool IsReachable(const t_messlist* message);
 
-/// Calls every client's `notify`, then forgets them if `last`.
+/// Calls the method `notify` of every client.
 void NotifyClients(void* object, t_symbol* message, void* data);
 void DetachEverywhere(void* object, ObjectRecord& record);
 

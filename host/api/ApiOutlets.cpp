@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Inlets and outlets. What leaves an outlet goes to the host's sink.
+// Inlets and outlets. Messages from outlets go to the host's sink.
 #include "ApiOutlets.h"
 
 #include "ApiAtomText.h"
@@ -15,7 +15,7 @@ namespace HostApi {
 namespace {
 
 struct Sink {
-    std::recursive_mutex mutex;  // what a sink does may reach an outlet again
+    std::recursive_mutex mutex;  // recursive, since a sink may cause another message
     OutletSink sink;
 };
 
@@ -39,7 +39,7 @@ Class& ProxyClass() {
 
 Outlet* AsOutlet(void* pointer) { return AsOwn<Outlet>(OutletClass, pointer); }
 
-/// Whether an outlet lets a message through; posts the refusal.
+/// Whether an outlet's type allows a message; posts an error if not.
 bool Accepts(const Outlet& outlet, const t_symbol* selector) {
     const std::string_view type = outlet.type->s_name;
     if (type.empty() || type == selector->s_name) return true;
@@ -109,7 +109,7 @@ std::vector<std::string> OutletTypes(t_object* object) {
     std::vector<std::string> types;
     types.reserve(record->outlets.size());
     for (const Outlet* outlet : record->outlets) types.emplace_back(outlet->type->s_name);
-    std::ranges::reverse(types);  // made from right to left
+    std::ranges::reverse(types);  // they were made from right to left
     return types;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Inlets as the message at hand sees them; inside the libraries only.
+// The inlet of the present message, and signal inlets; inside the libraries only.
 #pragma once
 
 #include "ApiRecords.h"
@@ -21,8 +21,7 @@ private:
     max_long previousInlet_;
 };
 
-/// How many of the inlets from the left take signals; told by the MSP side, 0 once it let go of the
-/// object.
+/// Sets how many inlets from the left take signals; 0 after z_dsp_free.
 MAXAPI_EXPORT void SetSignalInlets(t_object* object, std::size_t count);
 
 }  // namespace HostApi

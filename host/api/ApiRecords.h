@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What the library keeps of classes and objects; inside the libraries only.
+// The records of classes and objects; inside the libraries only.
 //
-// An object's memory holds what a module may see (t_object and the module's own fields). Everything
-// else about it (outlets, stored values, instance attributes, clients) stands in an ObjectRecord
-// that is found by the object's address, so a dead or foreign pointer is noticed instead of
-// followed.
+// An object's memory holds only what a module can see (t_object and the module's own fields). All
+// else (outlets, stored values, instance attributes, clients) is in an ObjectRecord that is found
+// by the object's address, so that a freed or foreign pointer is noticed.
 #pragma once
 
 #include "ext.h"
@@ -30,7 +29,7 @@ struct Attribute : t_attr {
     enum class Place : std::uint8_t { Record, OwnValues };
 
     Place place = Place::OwnValues;
-    std::size_t size = 1;  // most values of an array in the record
+    std::size_t size = 1;  // largest number of values
     std::size_t offset = 0, offsetCount = 0;
     std::vector<t_atom> values;  // Place::OwnValues
     std::optional<Clip> clipOnGet, clipOnSet;
@@ -52,7 +51,7 @@ struct Outlet {
 
 struct Proxy {
     t_object ob;
-    max_long id;  // what proxy_getinlet tells
+    max_long id;  // the number that proxy_getinlet returns
     max_long* place;
 
     static Proxy* FromObject(t_object* object) { return reinterpret_cast<Proxy*>(object); }
@@ -74,11 +73,11 @@ struct Class : t_class {
     std::vector<Attribute*> attributes;
     Store extra;
     bool answersGet = false;  // class_dumpout_wrap was called
-    short path = 0;           // id of the folder it came from
+    short path = 0;           // id of the folder of its module
 
     // Set for the library's own classes, whose objects are C++ records made with new.
     void (*destroy)(t_object* object) = nullptr;
-    bool (*release)(t_object* object) = nullptr;  // false: others still hold it, do not free yet
+    bool (*release)(t_object* object) = nullptr;  // false: still referenced, must not be freed yet
 
     t_messlist creation{};  // types of the creation routine
     t_messlist head[2]{};   // head[0].m_sym is the class; objects point to head[1]
@@ -86,7 +85,7 @@ struct Class : t_class {
 
 struct ObjectRecord {
     Class* type = nullptr;
-    std::uint64_t birth = 0;             // a number of its own, from 1
+    std::uint64_t birth = 0;             // unique number, from 1
     std::vector<Attribute*> attributes;  // of the instance, owned
     Store stored;
     std::vector<Outlet*> outlets;  // as made, right to left, owned
@@ -94,7 +93,7 @@ struct ObjectRecord {
     std::size_t signalInlets = 0;
     std::set<const t_symbol*> disabledAttributes;
 
-    // Under the lock of all connections.
+    // Guarded by the lock of Connections.
     t_symbol* nameSpace = nullptr;  // null while not registered
     t_symbol* name = nullptr;
     std::vector<void*> clients;  // attached to this object

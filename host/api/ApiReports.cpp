@@ -8,7 +8,7 @@ namespace HostApi {
 namespace {
 
 struct Console {
-    std::recursive_mutex mutex;  // a sink may lead back to a post
+    std::recursive_mutex mutex;  // recursive, since a sink may cause another post
     ConsoleSink sink;
 };
 

@@ -9,11 +9,12 @@
 
 namespace HostApi {
 
-/// Gives a row to the host's sink.  @param object  whose it is, null: nobody's.  Thread: any.
+/// Passes a row to the host's sink. @param object  whose row it is, may be null.  Thread: any.
 void WriteRow(PostKind kind, std::string_view text, t_object* object);
 
-/// What the library itself says of a module's mistake. Parts of the library that object_bug uses
-/// say it with this.  Thread: any.
+/// Posts a row about a module's mistake. For code that object_bug depends on and that so cannot
+/// call it.
+/// Thread: any.
 inline void ReportBug(const std::string& text, t_object* object = nullptr) {
     WriteRow(PostKind::Bug, text, object);
 }

@@ -10,10 +10,11 @@
 namespace HostApi {
 namespace {
 
-const std::thread::id kMainThread = std::this_thread::get_id();  // that which loads the library
+const std::thread::id kMainThread =
+    std::this_thread::get_id();  // the thread that loads the library
 thread_local std::optional<ThreadKind> assumedKind;
 thread_local Cause currentCause;
-std::atomic<int> lastInAudio = 0;  // the latest action that was a message of the audio interrupt
+std::atomic<int> lastInAudio = 0;  // the latest action that sent a message in the audio interrupt
 
 Cause Joined(const Cause& a, const Cause& b) {
     if (a.first == 0 || b.first == 0) return a.first == 0 ? b : a;

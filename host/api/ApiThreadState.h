@@ -6,23 +6,24 @@
 
 namespace HostApi {
 
-/// The cause of what is put off now.
+/// The cause of work that is being deferred.
 class PutOffCause {
 public:
-    /// @param before  what waited already and is now done together with it
+    /// @param before  the cause of earlier work that is merged with this
     void Add(const PutOffCause& before);
-    /// As CurrentCause has it while the work runs.
+    /// The cause that CurrentCause returns while the work runs.
     Cause AtWork() const;
 
-    /// Of the calling thread.
+    /// The cause that applies to the calling thread.
     static PutOffCause Now();
 
 private:
     Cause cause_;
-    bool isOfAudio_ = false;  // and with it what the audio interrupt does until the work runs
+    bool isOfAudio_ =
+        false;  // then also later actions of the audio interrupt count until the work runs
 };
 
-/// Work that was put off runs while this lives.
+/// Sets the cause of the calling thread while deferred work runs.
 class CauseScope {
 public:
     explicit CauseScope(const PutOffCause& cause) : previous_(CurrentCause()) {

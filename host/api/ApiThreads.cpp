@@ -40,18 +40,19 @@ struct QueueElement {
     method function;
 };
 
-/// Drops what waits under a key's object.
+/// Removes queued work whose key has this object.
 void ForgetQueued(const void* object) {
     Queue& queue = MainQueue();
     const std::lock_guard lock(queue.mutex);
     std::erase_if(queue.waiting, [object](const Work& w) { return w.key.object == object; });
 }
 
-thread_local int messagesAround = 0;  // in which the thread is
+thread_local int messagesAround = 0;  // how many messages this thread is inside of
 
 using DeferredFunction = void(void*, t_symbol*, short, t_atom*);
 
-/// Calls now from the main thread unless `always`, else queues a copy of the atoms.
+/// Calls at once when this is the main thread and not `always`; else queues the call with a copy of
+/// the atoms.
 void Defer(void* x,
            method function,
            t_symbol* s,
@@ -94,8 +95,8 @@ std::size_t RunDeferred() {
     Queue& queue = MainQueue();
     std::size_t count = 0;
     std::unique_lock lock(queue.mutex);
-    // One at a time, so that work which dies with its object is still found in the queue. What is
-    // queued meanwhile at the back stays for the next call.
+    // Takes one item at a time, so that work which is removed with its object is still in the
+    // queue. Work that is queued meanwhile stays for the next call.
     for (std::size_t left = queue.waiting.size(); left > 0 && !queue.waiting.empty(); --left) {
         const Work work = std::move(queue.waiting.front());
         queue.waiting.pop_front();
@@ -141,7 +142,7 @@ void* defer_front(void* x, method fn, t_symbol* s, short argc, t_atom* argv) {
     return nullptr;
 }
 
-// ---- Queue elements: set many times before they are serviced, they run once
+// ---- Queue elements: set several times before they run, they run once
 
 void* qelem_new(void* x, method fn) { return new QueueElement{x, fn}; }
 
@@ -172,7 +173,7 @@ void qelem_free(t_qelem* q) {
 
 namespace {
 
-/// 0 stands for the region that guards the main thread against the scheduler.
+/// The region of a handle; 0 is the region that separates main thread and scheduler.
 t_critical_region& Region(t_critical c) {
     static auto& global = *new t_critical_region;
     return c ? *c : global;

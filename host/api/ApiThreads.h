@@ -10,27 +10,27 @@ namespace HostApi {
 
 enum class QueueEnd : std::uint8_t { Front, Back };
 
-/// Where queued work belongs: an object, and the message that asked for it if there was one.
+/// Identifies queued work: an object, and the name of the message if there is one.
 struct WorkKey {
     const void* object;
     const t_symbol* selector;
     bool operator==(const WorkKey&) const = default;
 };
 
-/// Queues work for the main thread. It stays when its object dies, as in Max: the call is then
-/// reported instead of made.
-/// @param x         whom the work calls
-/// @param collapse  takes the place of work with the same key that still waits.  Thread: any.
+/// Queues work for the main thread. As in Max it stays queued when its object is freed; the call is
+/// then reported and not made.
+/// @param x         the object that the work calls
+/// @param collapse  replaces queued work with the same key.  Thread: any.
 void Enqueue(const WorkKey& key,
              const void* x,
              QueueEnd end,
              std::function<void()> work,
              bool collapse = false);
 
-/// Whether this thread is inside a message, and not in work that the queue runs.
+/// Whether this thread is delivering a message, other than from queued work.
 bool InMessage();
 
-/// A message is delivered while this lives.
+/// Marks that the calling thread delivers a message.
 class MessageScope {
 public:
     MessageScope();

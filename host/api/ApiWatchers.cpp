@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Clients of the host's own: what an inspector or a pattr object would hear of an object.
+// Clients of the host: they get the notifications that an inspector or a pattr object would get.
 #include "ApiObjects.h"
 #include "HostBridge.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// What a headless host gets from the MaxAudio library: the global audio settings and a DSP chain of
-// one object. Modules never see it.
+// The interface of the MaxAudio library to a host without a screen: the global audio settings and a
+// DSP chain of one object. Modules do not use it.
 //
-// Pattern: (SetAudioSettings DspChain Perform*)*. A new chain is what Max makes when audio is
-// switched on, a cord is changed or the settings are.
+// Pattern: (SetAudioSettings DspChain Perform*)*. Max makes a new chain when audio is switched on,
+// or a cord or the settings change.
 #pragma once
 
 #include "z_dsp.h"
@@ -13,7 +13,7 @@
 
 namespace HostApi {
 
-/// What sys_getsr, sys_getblksize and sys_getdspstate answer.
+/// The values that sys_getsr, sys_getblksize and sys_getdspstate return.
 struct AudioSettings {
     double sampleRateHz = 44100;
     int vectorSize = 64;
@@ -21,33 +21,33 @@ struct AudioSettings {
 };
 MAXAUDIO_EXPORT void SetAudioSettings(const AudioSettings& settings);
 MAXAUDIO_EXPORT AudioSettings GetAudioSettings();
-/// Sends `dspstate` to the objects with a live chain that have it.  Thread: main.
+/// Sends `dspstate` to the objects that have a chain and this method.  Thread: main.
 MAXAUDIO_EXPORT void AnnounceDspState();
 
-/// The chain of one signal object: sends `dsp64` when made, runs the perform routine that was
-/// added.
+/// The chain of one signal object: sends `dsp64` when constructed, and runs the perform routine
+/// that the object adds.
 class MAXAUDIO_EXPORT DspChain {
 public:
-    /// Sends dsp64 with the present settings.  Thread: main.
+    /// Sends `dsp64` with the present settings.  Thread: main.
     /// @param counts  connections of each signal inlet, then of each signal outlet
     DspChain(t_object* object, std::span<const short> counts);
     ~DspChain();
     DspChain(const DspChain&) = delete;
     DspChain& operator=(const DspChain&) = delete;
 
-    /// Whether the object added a perform routine and has not left since.
+    /// Whether the object added a perform routine and still is in the chain.
     bool HasPerform() const;
 
-    /// One vector.  The object's routine runs as the audio thread; where there is none, or the
-    /// object is disabled (and no Z_IGNORE_DISABLE), the outputs are silent.  Thread: audio, or
-    /// main between vectors.
+    /// Computes one vector. The object's routine runs as the audio thread. Without one, or if the
+    /// object is disabled and does not have Z_IGNORE_DISABLE, the outputs are silent.
+    /// Thread: audio, or main between vectors.
     void Perform(double* const* inputs,
                  std::size_t numInputs,
                  double* const* outputs,
                  std::size_t numOutputs,
                  std::size_t frames);
 
-    struct Record;  // what the module sees as dsp64
+    struct Record;  // the module knows it as dsp64
 
 private:
     Record* record_;

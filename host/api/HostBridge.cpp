@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the inspector knows: messages and attributes of classes and objects.
+// Queries about classes and objects, as an inspector makes them: messages and attributes.
 #include "HostBridge.h"
 
 #include "ApiAttributes.h"
@@ -12,7 +12,7 @@
 namespace HostApi {
 namespace {
 
-/// Place in the inspector: 1, 2, ... first, those without order next, -2, -1 at the end.
+/// Sorting key of the inspector: "order" 1, 2, ... first, then those without, then ..., -2, -1.
 std::pair<int, t_atom_long> InspectorPlace(const AttributeInfo& attribute) {
     t_atom_long order = 0;
     for (const PropertyInfo& property : attribute.properties)
@@ -53,12 +53,12 @@ std::vector<AttributeInfo> Attributes(t_object* object) {
     if (!record) return attributes;
     const auto add = [&attributes](Attribute& attribute, bool isInstance) {
         AttributeInfo info = Describe(attribute, isInstance);
-        const auto place = InspectorPlace(info);  // behind those of the same place
+        const auto place = InspectorPlace(info);  // after those with the same key
         const auto next = std::ranges::upper_bound(attributes, place, {}, InspectorPlace);
         attributes.insert(next, std::move(info));
     };
     for (Attribute* attribute : record->type->attributes) {
-        // One that the object has as its own copy keeps its place in the class.
+        // A class attribute of which the object has its own copy keeps its place.
         Attribute* const own = FindAttribute(record->attributes, attribute->name);
         add(own ? *own : *attribute, own != nullptr);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Room for letters: labels take a place only where nothing else stands yet.
+// Places labels so that they do not overlap each other or the marks of a drawing.
 #pragma once
 
 #include "picture/HostSvg.h"
@@ -8,19 +8,19 @@
 
 namespace Quilo::Host {
 
-/// The boxes of a panel that are taken. Marks are blocked first, then labels ask, the most
-/// important ones before the others.
+/// The occupied boxes of a panel. Block the marks first, then place the labels in order of
+/// importance.
 class LabelRoom {
 public:
-    /// Nothing outside of this box is free.
+    /// The area of the panel; labels stay inside it.
     LabelRoom(Spot corner, double width, double height);
 
-    /// Takes a box whatever stands there: a mark that is drawn in any case.
+    /// Occupies a box, for a mark that is drawn in any case.
     void Block(Spot centre, double width, double height);
-    /// Takes a box if it is free.
+    /// Occupies a box if it is free.  @return whether it was
     bool Take(Spot centre, double width, double height);
 
-    /// Draws a text, its middle at the first of these spots where there is room for it.
+    /// Draws a text centred at the first of these spots where it has room.
     /// @return whether there was one
     bool Place(Svg& svg, std::span<const Spot> spots, std::string_view text, TextStyle style);
 
@@ -34,7 +34,7 @@ private:
     std::vector<Box> taken_;
 };
 
-/// Pixels that a text needs, rounded up: the letters of the picture's fonts are not known here.
+/// An upper estimate of the width of a text in pixels; the widths of the viewer's font are unknown.
 double TextWidth(std::string_view text, double size);
 
 }  // namespace Quilo::Host

@@ -13,11 +13,11 @@ namespace Quilo::Host {
 
 namespace {
 
-constexpr double kRadius = 118;  // pixels, of a half
+constexpr double kRadius = 118;  // pixels, radius of a disc
 constexpr double kMargin = 20;   // round it
 
 struct Shade {
-    double fromDeg;  // misplaced by at least that
+    double fromDeg;  // least error of direction in this shade
     std::string_view colour;
     std::string_view text;
 };
@@ -29,7 +29,7 @@ constexpr Shade kShades[] = {
 };
 constexpr Shade kSilent{0, "#3b4652", "silent"};
 
-constexpr double kRounding = 0.01;  // degrees; rings of the grid lie on the limits of the shades
+constexpr double kRounding = 0.01;  // degrees, for errors that lie on a limit but for rounding
 
 const Shade& ShadeOf(const CoverageMap::Cell& cell) {
     if (cell.isSilent) return kSilent;
@@ -39,13 +39,13 @@ const Shade& ShadeOf(const CoverageMap::Cell& cell) {
     return *shade;
 }
 
-/// One half of the sphere, a disc with the zenith (or the nadir) in its middle.
+/// One half of the sphere, drawn as a disc with the zenith (or the nadir) in its middle.
 struct Half {
     Spot centre;
     double sign;  // 1 upper, -1 lower
     std::string_view title;
 
-    /// Lambert's azimuthal projection: equal areas on the sphere are equal on the disc.
+    /// Lambert's azimuthal equal-area projection: equal areas on the sphere are equal on the disc.
     Spot At(double azimuthDeg, double elevationDeg) const {
         const double colatitude = (90 - sign * elevationDeg) * std::numbers::pi / 180;
         const double radius = kRadius * std::numbers::sqrt2 * std::sin(colatitude / 2);
@@ -54,7 +54,7 @@ struct Half {
     }
 };
 
-/// The piece between two elevations from one azimuth to another.
+/// Draws the area between two elevations and two azimuths.
 void DrawPiece(Svg& svg,
                const Half& half,
                double fromDeg,
@@ -70,7 +70,7 @@ void DrawPiece(Svg& svg,
     svg.Area(outline, colour);
 }
 
-/// Neighbours of one shade are one piece.
+/// Draws the cells; neighbours of the same shade become one area.
 void DrawCells(Svg& svg, const CoverageMap& map, const Half& half) {
     const auto& cells = map.cells;
     for (std::size_t first = 0; first < cells.size();) {
@@ -83,7 +83,8 @@ void DrawCells(Svg& svg, const CoverageMap& map, const Half& half) {
             0.0, half.sign * (half.sign > 0 ? cells[first].bottomDeg : cells[first].topDeg));
         const double high =
             half.sign * (half.sign > 0 ? cells[first].topDeg : cells[first].bottomDeg);
-        constexpr double kSeamDeg = 0.2;  // rings overlap, or the ground would shine through
+        constexpr double kSeamDeg =
+            0.2;  // overlap of the rings, since gaps between them would show as lines
         if (high > low && !shade.colour.empty()) {
             const double from = cells[first].azimuthDeg - cells[first].widthDeg / 2;
             DrawPiece(svg, half, from,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which directions the loudspeakers leave silent, and where a source is not heard where it is.
+// The map of coverage: silent directions, and the error of direction elsewhere.
 #pragma once
 
 #include "picture/HostScene.h"
@@ -7,10 +7,10 @@
 
 namespace Quilo::Host {
 
-/// The upper and the lower half of the sphere, both seen from above, so that front and right are
-/// where they are in the plan; areas are true. Numbers and the key stand at the right.
+/// Draws the upper and the lower half of the sphere in an equal-area projection, both seen from
+/// above, so that front and right are as in the plan. The key and the numbers are at the right.
 /// @param keyLeft  pixels
-/// @return  the height used, from `corner` down; 0 where the scene has no map
+/// @return  the height used, in pixels; 0 if the scene has no map
 double DrawCoverage(Svg& svg, const Scene& scene, Spot corner, double keyLeft);
 
 }  // namespace Quilo::Host

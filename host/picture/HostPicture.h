@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A scene as a picture: where everything is, how the sources move, what every outlet plays.
+// The picture of a run: the positions, the movements of the sources, the level of each outlet.
 #pragma once
 
 #include "picture/HostScene.h"

@@ -15,14 +15,14 @@ namespace Quilo::Host {
 namespace {
 
 constexpr double kSmallestExtent = 1.2;  // metres from the listener to the edge of a view
-constexpr double kEdge = 16;             // pixels between the edge and what is beyond it
+constexpr double kEdge = 16;  // pixels from the edge at which positions beyond the view are drawn
 constexpr std::string_view kSpeakerColour = "#3b4652";
 
 double Length(Spot spot) { return std::hypot(spot.x, spot.y); }
 
 double Between(Spot a, Spot b) { return Length({a.x - b.x, a.y - b.y}); }
 
-/// Half the width and half the height, in metres, that hold everything within reach.
+/// Half the width and half the height, in metres, of a view of all positions within reach.
 Spot Extents(const Scene& scene, const View& view, double reach) {
     Spot extents{0, 0};
     const auto take = [&](const tav::CartesianVector& position) {
@@ -38,13 +38,13 @@ Spot Extents(const Scene& scene, const View& view, double reach) {
 
 Plot PlotOf(const Scene& scene, const View& view, Spot corner, double width, double height) {
     const Spot extents = Extents(scene, view, ReachOf(scene));
-    // Both views of a flat scene have the same scale, for the larger side decides.
+    // The larger side decides, so that both views of a flat scene have the same scale.
     const double across = std::max({kSmallestExtent, extents.x, extents.y * width / height});
     const double up = across * height / width;
     return {corner, width, height, -across, across, -up, up};
 }
 
-/// Loudspeakers that one view shows at one place carry one label.
+/// Loudspeakers at the same place in a view; they share one label.
 struct SpeakerGroup {
     Spot spot;
     std::string label;
@@ -52,18 +52,18 @@ struct SpeakerGroup {
     int count = 0;
 };
 
-constexpr std::size_t kCountable = 60;  // loudspeakers; of more than that some have a label
+constexpr std::size_t kCountable = 60;  // if there are more loudspeakers, only some have a label
 
-/// Numbers at which one counts on.
+/// Whether an outlet has a round number: 1 or a multiple of 5.
 bool IsRound(std::size_t outlet) { return outlet == 0 || (outlet + 1) % 5 == 0; }
 
-/// How soon a label is drawn: those of round numbers first, so that a crowd is still counted.
+/// Order in which labels are placed: round numbers first, so that dense layouts can be counted.
 int LabelRank(std::size_t outlet) {
     if (outlet == 0 || (outlet + 1) % 50 == 0) return 0;
     return (outlet + 1) % 10 == 0 ? 1 : IsRound(outlet) ? 2 : 3;
 }
 
-/// One view while it is drawn.
+/// Draws one view.
 class Plan {
 public:
     Plan(Svg& svg, const Scene& scene, const View& view, Spot corner, double width, double height)
@@ -104,7 +104,7 @@ private:
     bool IsCrowd() const { return numSources_ > 12; }
     bool HasNumberedDiscs() const { return sourceRadius_ > 7; }
 
-    /// What is not within the frame stands at its edge, on the line from the listener.
+    /// Where a position is drawn; one beyond the frame is moved to its edge, towards the listener.
     Spot Place(const tav::CartesianVector& position) const {
         const double across = static_cast<double>(position.*view_.across);
         const double up = static_cast<double>(position.*view_.up);
@@ -115,7 +115,7 @@ private:
         return plot_.At(across * pull, up * pull);
     }
 
-    /// Loudspeakers that stand close to each other are drawn smaller.
+    /// Size factor of loudspeakers, smaller where they are close to each other.
     double SpeakerSize() const {
         std::vector<double> nearest;
         for (const Spot& spot : speakers_) {
@@ -139,7 +139,7 @@ private:
     }
 
     std::vector<SpeakerGroup> GroupSpeakers() const {
-        // From the side a ring looks like a crowded row: labels gather from farther.
+        // Seen from the side, a ring is a dense row, so a label stands for more neighbours.
         const double nearby = speakerSize_ < 1 ? 2 : view_.noseUp ? 12 : 28;
         const int most = view_.noseUp && speakerSize_ == 1 ? 4 : 2;
         std::vector<SpeakerGroup> groups;
@@ -168,7 +168,8 @@ private:
             if (speakers_.size() > kCountable && !IsRound(group.first)) continue;
             Spot away{group.spot.x - listener_.x, group.spot.y - listener_.y};
             const double length = Length(away);
-            // From the side most loudspeakers stand in a row with the listener: labels go above.
+            // Seen from the side, most loudspeakers are in a row with the listener, so labels go
+            // above.
             away =
                 length < 1 || !view_.noseUp ? Spot{0, -1} : Spot{away.x / length, away.y / length};
             const double half = TextWidth(group.label, size) / 2;
@@ -185,7 +186,7 @@ private:
         }
     }
 
-    /// The places of one source, without those where it stands still.
+    /// The path of one source, without repeated places.
     std::vector<Spot> WayOf(std::size_t source) const {
         std::vector<Spot> way;
         for (const Scene::Moment& moment : scene_.path) {
@@ -234,7 +235,7 @@ private:
         }
     }
 
-    /// How far away is what stands at the edge.
+    /// Labels a position beyond the frame with its distance.
     void DrawFarLabel(const tav::CartesianVector& position) {
         if (DistanceOf(position) <= reach_) return;
         const Spot spot = Place(position);
@@ -252,14 +253,14 @@ private:
         for (const auto& speaker : scene_.speakers) DrawFarLabel(speaker);
     }
 
-    /// Where a source was, whenever another step of time had passed.
+    /// Where a source was at a multiple of the time step.
     struct Dot {
         std::size_t source;
         Spot spot;
         double seconds;
     };
 
-    /// None where a source rests, nor where it begins and ends.
+    /// The dots of a path; none while the source rests, nor at the start and the end.
     std::vector<Dot> DotsOf(std::size_t source, double timeStep) const {
         std::vector<Dot> dots;
         const std::vector<Spot> way = WayOf(source);
@@ -313,7 +314,7 @@ private:
 }  // namespace
 
 void DrawSpeaker(Svg& svg, Spot spot, double turnDeg, double size) {
-    // A box with its wide mouth towards the listener.
+    // A loudspeaker symbol that opens towards the listener.
     const double turn = turnDeg * std::numbers::pi / 180;
     const Spot out{size * std::cos(turn), size * std::sin(turn)}, along{-out.y, out.x};
     const auto at = [&](double outwards, double sidewards) {

@@ -10,7 +10,7 @@ namespace Quilo::Host {
 inline constexpr double kSourceRadius = 9;
 inline constexpr double kListenerRadius = 11;
 
-/// What a view keeps of a position.
+/// How a view projects positions.
 struct View {
     std::string_view name;  // of the group in the document
     std::string_view title;
@@ -18,7 +18,7 @@ struct View {
     std::string_view upTitle;
     float tav::CartesianVector::*across;
     float tav::CartesianVector::*up;
-    bool noseUp;  // the front of the listener's head points up, else to the right
+    bool noseUp;  // the listener faces up, otherwise to the right
 };
 
 inline constexpr View kFromAbove{"from-above",
@@ -36,9 +36,9 @@ inline constexpr View kFromTheSide{"from-the-side",
                                    &tav::CartesianVector::z,
                                    false};
 
-/// Loudspeakers, listener and the ways of the sources in one view; a metre is as long across as up.
-/// What is beyond the reach of the scene stands at the edge, in its direction, with its distance.
-/// @param timeStep  seconds between the dots on the ways
+/// Draws loudspeakers, listener and the paths of the sources in one view, with the same scale on
+/// both axes. A position beyond the reach of the scene is drawn at the edge, with its distance.
+/// @param timeStep  seconds between the dots on the paths
 void DrawPlan(Svg& svg,
               const Scene& scene,
               const View& view,
@@ -50,7 +50,7 @@ void DrawPlan(Svg& svg,
 /// @param size  1: as in the key
 void DrawSpeaker(Svg& svg, Spot spot, double turnDeg, double size = 1);
 void DrawListener(Svg& svg, Spot spot, bool noseUp);
-/// The numbered disc of a source, 0-based, where it is at the end.
+/// Draws the numbered disc of a source at its last position.  @param source  from 0
 void DrawSource(Svg& svg, Spot spot, std::size_t source);
 
 }  // namespace Quilo::Host

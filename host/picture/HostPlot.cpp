@@ -13,7 +13,7 @@ constexpr std::array<std::string_view, 7> kSourceColours = {
     "#d55e00", "#0072b2", "#009e73", "#cc79a7", "#e69f00", "#56b4e9", "#333333"};
 constexpr std::array<std::string_view, 4> kSourceDashes = {"", "7 4", "2 4", "9 3 2 3"};
 
-/// Decimals that a multiple of the step needs.
+/// Number of decimals that multiples of the step need.
 int Decimals(double step) {
     return std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
 }

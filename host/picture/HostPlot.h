@@ -17,8 +17,8 @@ inline constexpr std::string_view kGrid = "#e4e9ee";
 inline constexpr std::string_view kFrame = "#c3ccd5";
 inline constexpr std::string_view kGround = "#fafbfc";
 
-/// Colours that stay apart for colour-blind eyes, on a light ground (after M. Okabe and K. Ito,
-/// "Color Universal Design", 2008, without its yellow); they repeat with other dashes.
+/// Colours on a light ground that colour-blind people can tell apart (after M. Okabe and K. Ito,
+/// "Color Universal Design", 2008, without its yellow). When they repeat, the dashes differ.
 std::string_view SourceColour(std::size_t source);
 std::string_view SourceDashes(std::size_t source);
 /// White or ink, whichever is legible on the source's colour.
@@ -40,7 +40,8 @@ struct Plot {
 /// A step of 1, 2 or 5 times a power of ten that cuts `range` into at most `mostSteps` pieces.
 double RoundStep(double range, int mostSteps);
 
-/// The ground, the grid lines and the numbers below and at the left; a step of 0 gives none.
+/// Draws the background, the grid lines and the numbers below and at the left; none for a step of
+/// 0.
 void DrawFrame(Svg& svg, const Plot& plot, double stepX, double stepY, bool numbersBelow);
 void DrawTitles(Svg& svg,
                 const Plot& plot,

@@ -49,8 +49,7 @@ SceneRecorder::SceneRecorder(Scene scene, std::size_t numOutlets, std::uint64_t 
 }
 
 std::uint64_t SceneRecorder::SlotStart(std::size_t slot) const {
-    // Quotient and remainder apart: the product would overflow in a run of many years only, but
-    // nothing is gained by meeting it.
+    // Quotient and remainder apart, so that no length of run overflows the product.
     const std::uint64_t whole = numFrames_ / numSlots_, rest = numFrames_ % numSlots_;
     return slot * whole + slot * rest / numSlots_;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a picture of a run needs: where everything was and how loud every outlet was, over time.
+// The data of a picture: all positions and the level of each outlet over time.
 #pragma once
 
 #include "math/VelkDspCartesian.h"
@@ -13,16 +13,16 @@
 
 namespace Quilo::Host {
 
-/// How well the loudspeakers serve each direction; cells tile the sphere. Degrees, navigational.
+/// How well the loudspeakers render each direction; cells tile the sphere. Degrees, navigational.
 struct CoverageMap {
     struct Cell {
         double azimuthDeg, widthDeg;  // the middle and the whole
         double bottomDeg, topDeg;     // elevation
         bool isSilent;
-        double errorDeg;  // from where a source should be to where it seems to be
+        double errorDeg;  // angle between a source and where it is heard
     };
 
-    std::vector<Cell> cells;  // ring by ring, clockwise; none where there is nothing to tell
+    std::vector<Cell> cells;  // ring by ring, clockwise; empty if there is no coverage
     double distanceMetres = 1;
     double silentShare = 0, silentUpperShare = 0;  // 0 to 1
     double meanErrorDeg = 0, worstErrorDeg = 0;
@@ -43,23 +43,22 @@ struct Scene {
     double rateHz = 48000;
     unsigned vector = 64;  // frames
     std::size_t numInlets = 0;
-    std::vector<tav::CartesianVector> speakers;  // as they stood at the end; may be empty
+    std::vector<tav::CartesianVector> speakers;  // their last positions; may be empty
     CoverageMap coverage;                        // likewise
     std::vector<Moment> path;                    // in order of time; the first is at 0
     /// Mean square of each outlet (row) in equal slots of time (columns) from 0 to `seconds`.
     std::vector<std::vector<double>> power;
 };
 
-/// Metres from the listener beyond which a picture only tells the direction and the distance:
-/// twenty times the distance of the middle one of the loudspeakers (of the sources' places where
-/// there are none), so that one thing far away does not make a dot of all others.
+/// Metres from the listener beyond which a picture shows only direction and distance, so that one
+/// remote source does not shrink all else to a dot: twenty times the median distance of the
+/// loudspeakers, or of the sources' positions if there are no loudspeakers.
 double ReachOf(const Scene& scene);
 
 /// Metres from the listener, with 64 bits: squares of 1e30 do not fit in 32.
 double DistanceOf(const tav::CartesianVector& position);
 
-/// Fills a scene while audio runs. Its slots are so few that a picture can show them, whatever the
-/// length of the run.
+/// Fills a scene while audio runs. The number of time slots is limited to what a picture can show.
 class SceneRecorder {
 public:
     /// @param numFrames  of the whole run
@@ -71,7 +70,7 @@ public:
     void AddPositions(std::uint64_t frame,
                       std::span<const float> sources,
                       std::span<const float> speakers);
-    /// Takes the samples that end up in the run, from `frame` on.
+    /// Adds samples of one outlet, the first of them at `frame`, all of them within the run.
     void AddSamples(std::size_t outlet, std::uint64_t frame, std::span<const double> samples);
 
     Scene Finish();

@@ -15,14 +15,14 @@ namespace {
 
 constexpr std::string_view kFonts = "Helvetica, Arial, 'DejaVu Sans', sans-serif";
 
-/// A character as the document may hold it.
+/// The character, escaped where XML demands it.
 std::string_view EscapedCharacter(std::string_view character) {
     if (character == "&") return "&amp;";
     if (character == "<") return "&lt;";
     if (character == ">") return "&gt;";
     if (character == "\"") return "&quot;";
     if (static_cast<unsigned char>(character.front()) < 0x20) return " ";
-    // Text, but none that XML allows.
+    // Valid Unicode that XML does not allow.
     if (character == "\xEF\xBF\xBE" || character == "\xEF\xBF\xBF") return "\uFFFD";
     return character;
 }
@@ -68,7 +68,7 @@ std::string Points(std::span<const Spot> spots) {
     return text;
 }
 
-/// "1.5e30" of 1.5e30.
+/// The number with a power of ten: "1.5e30".
 std::string PowerText(double number, int digits) {
     char buffer[32];
     const auto end = std::to_chars(std::begin(buffer), std::end(buffer), number,

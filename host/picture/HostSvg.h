@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writes SVG: shapes in the order in which they are painted, in pixels from the top left.
+// Writes SVG: shapes in the order in which they are painted, pixels from the top left corner.
 #pragma once
 
 #include <span>
@@ -25,13 +25,13 @@ struct TextStyle {
     std::string_view colour = "#1f2933";
     std::string_view anchor = "start";  // or middle, end
     bool bold = false;
-    bool halo = false;  // a white rim, legible on lines
+    bool halo = false;  // a white outline, legible on lines
     double turnDeg = 0;
 };
 
 class Svg {
 public:
-    /// What is drawn between the two is one group with this name, for those who read the file.
+    /// Begin and End enclose a group, whose name makes the file easier to read.
     void Begin(std::string_view name);
     void End();
 
@@ -46,7 +46,7 @@ public:
              double opacity = 1,
              double round = 0,
              const Stroke& stroke = {"none"});
-    /// @param spot  where the middle of the letters' height stands
+    /// @param spot  vertically the middle of the letters; horizontally as the anchor says
     void Text(Spot spot, std::string_view text, const TextStyle& style = {});
 
     /// The whole document on a white ground.
@@ -56,11 +56,11 @@ private:
     std::string body_;
 };
 
-/// Shortest text of a number rounded to `decimals`. LabelNumber has a true minus sign, and a power
-/// of ten in the place of more than six digits before the point.
+/// Shortest text of a number rounded to `decimals`. LabelNumber writes a typographic minus sign,
+/// and a power of ten if there are more than six digits before the point.
 std::string NumberText(double number, int decimals = 2);
 std::string LabelNumber(double number, int decimals = 2);
-/// Metres as a label shows them, with a power of ten where they are very many: "2.5 m", "1e30 m".
+/// A distance as a label shows it, with a power of ten if it is large: "2.5 m", "1e30 m".
 std::string MetresText(double metres);
 
 }  // namespace Quilo::Host

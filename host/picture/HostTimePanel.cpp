@@ -12,15 +12,15 @@ namespace Quilo::Host {
 
 namespace {
 
-constexpr double kQuietest = -60;  // dB, the foot of a strip
+constexpr double kQuietest = -60;  // dB, at the bottom of a strip
 constexpr std::string_view kLevelColour = "#3f6c9b";
 
-/// One number of a position, over time.
+/// One coordinate of a position over time.
 struct Trace {
     std::string_view title;
     std::string_view unit;
     double bottom, top, step;
-    bool wraps;  // a jump of more than half the range goes round, not across
+    bool wraps;  // cyclic: a change of more than half the range breaks the line
     double (*number)(const tav::CartesianVector&);
 };
 
@@ -52,11 +52,12 @@ void DrawTraceOf(
         if (!rests || jumps)
             line.push_back(plot.At(scene.path[m].seconds, std::min(numbers[m], trace.top)));
     }
-    if (!line.empty()) line.push_back({plot.Side(), line.back().y});  // the last place is kept
+    if (!line.empty())
+        line.push_back({plot.Side(), line.back().y});  // the last value lasts to the end
     svg.Polyline(line, stroke);
 }
 
-/// Smallest and largest number of all sources.
+/// Smallest and largest value over all sources.
 std::pair<double, double> RangeOf(const Scene& scene, const Trace& trace) {
     double least = std::numeric_limits<double>::max(), most = std::numeric_limits<double>::lowest();
     for (const Scene::Moment& moment : scene.path)
@@ -67,7 +68,7 @@ std::pair<double, double> RangeOf(const Scene& scene, const Trace& trace) {
     return {least, most};
 }
 
-/// Whether any source comes nearer or goes away.
+/// Whether the distance of any source changes by more than 2 %.
 bool DistancesChange(const Scene& scene) {
     const auto& first = scene.path.front().sources;
     return std::ranges::any_of(scene.path, [&](const Scene::Moment& moment) {
@@ -102,7 +103,7 @@ std::vector<Trace> TracesOf(const Scene& scene) {
     traces.push_back(azimuth);
     const auto [lowest, highest] = RangeOf(scene, elevation);
     if (lowest < -0.5 || highest > 0.5) traces.push_back(elevation);
-    // What is beyond the reach of the scene runs along the top.
+    // Distances beyond the reach of the scene are drawn at the top.
     const double farthest = std::min(RangeOf(scene, distance).second, ReachOf(scene));
     distance.step = RoundStep(farthest, 3);
     distance.top = distance.step * std::max(1.0, std::ceil(farthest / distance.step * 1.02));
@@ -110,7 +111,7 @@ std::vector<Trace> TracesOf(const Scene& scene) {
     return traces;
 }
 
-/// Level of an outlet over a run of slots, from 0 (quietest) to 1 (full scale).
+/// Level of an outlet over several slots, from 0 (-60 dB or less) to 1 (full scale).
 double Loudness(std::span<const double> power) {
     double sum = 0;
     for (const double slot : power) sum += slot;
@@ -147,7 +148,7 @@ void DrawBand(Svg& svg,
     }
 }
 
-/// "3", and behind it the direction where there is a loudspeaker.
+/// Draws the number of an outlet and, if it is a loudspeaker, its direction.
 void DrawOutletLabel(Svg& svg, const Scene& scene, std::size_t outlet, Spot spot, bool small) {
     const bool placed = scene.speakers.size() == scene.power.size();
     const double size = small ? 9 : 13;

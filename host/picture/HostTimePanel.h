@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a scene does over time: the directions of the sources and the levels of the outlets.
+// Diagrams over time: the directions of the sources and the levels of the outlets.
 #pragma once
 
 #include "picture/HostScene.h"
@@ -7,12 +7,13 @@
 
 namespace Quilo::Host {
 
-/// Azimuth of every source; elevation and distance only where they change or are not plain.
-/// @return  the height used, in pixels, from `corner` down
+/// Draws the azimuth of each source; the elevation unless all are 0, the distance only if it
+/// changes.
+/// @return  the height used, in pixels
 double DrawTraces(Svg& svg, const Scene& scene, Spot corner, double width, double timeStep);
 
-/// One strip per outlet, from -60 to 0 dB; many outlets become bands that darken with level.
-/// @return  as above, the axis of time included
+/// Draws one strip per outlet, from -60 to 0 dB; many outlets are bands that darken with level.
+/// @return  the height used, in pixels, with the time axis
 double DrawLevels(Svg& svg, const Scene& scene, Spot corner, double width, double timeStep);
 
 }  // namespace Quilo::Host

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files that the host reads whole: scripts, OSC packets, dictionaries.
+// Reads whole files: scripts, OSC packets, dictionaries.
 //
 // A device or a pipe may never end, so only regular files of a bounded size are read.
 #pragma once
@@ -14,12 +14,12 @@
 
 namespace HostReading {
 
-/// Bytes that are read of one file or stream at most.
+/// Largest size of a file or stream, in bytes.
 inline constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
 
 struct FileContent {
     std::string bytes;
-    std::string fault;  // why nothing was read, "" when all is well
+    std::string fault;  // why nothing was read; "" if there was no error
 };
 
 /// Reads a stream to its end.
@@ -33,14 +33,14 @@ inline FileContent ReadToEnd(std::istream& stream) {
     return content;
 }
 
-/// Whether there is something under this name that is not a regular file.
+/// Whether the path exists and is not a regular file.
 inline bool IsIrregularFile(const std::filesystem::path& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
 }
 
-/// Reads a regular file; anything else is not even opened.
+/// Reads a regular file; anything else is not opened.
 inline FileContent ReadRegularFile(const std::filesystem::path& path) {
     if (IsIrregularFile(path)) return {"", "it is no regular file"};
     std::ifstream stream(path, std::ios::binary);

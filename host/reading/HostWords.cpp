@@ -18,7 +18,7 @@ bool IsIn(std::string_view text, std::size_t at, std::string_view characters) {
 }  // namespace
 
 std::optional<Number> ReadNumber(std::string_view word) {
-    // The standard library knows more words (inf, nan, 0x1p3) and one form less (+5).
+    // Excludes words that std::from_chars also accepts (inf, nan, 0x1p3); it does not accept "+5".
     if (word.find_first_not_of("0123456789.eE+-") != kNowhere) return {};
     const std::string_view text = word.starts_with('+') ? word.substr(1) : word;
     if (text.empty() || (text.size() < word.size() && text.starts_with('-'))) return {};
@@ -32,7 +32,7 @@ std::optional<Number> ReadNumber(std::string_view word) {
     const auto asDouble = std::from_chars(text.data(), end, value);
     if (asDouble.ptr != end || asDouble.ec == std::errc::invalid_argument) return {};
     if (asDouble.ec == std::errc()) return Number{false, 0, value};
-    // Only strtod says on which side of its range a number lies.
+    // Only strtod tells whether an out-of-range number is too large or too small.
     return Number{false, 0, std::strtod(std::string(text).c_str(), nullptr), false};
 }
 
@@ -57,7 +57,7 @@ std::optional<std::vector<Word>> SplitWords(std::string_view text, Dialect diale
         }
         if (!isQuoted) continue;
         if (isScript && at == text.size()) return {};
-        ++at;  // the partner, or beyond the end
+        ++at;  // past the closing quotation mark, or past the end
         if (isScript && at < text.size() && !IsIn(text, at, blanks)) return {};
     }
     return words;

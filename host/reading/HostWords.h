@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Words and numbers in text, for scripts and for the API alike.
+// Splits text into words and reads numbers, for scripts and for the API.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@ namespace HostReading {
 struct Number {
     bool isWhole;  // without point and exponent, and within 64 bits
     std::int64_t whole = 0;
-    double value;           // infinite or 0 where a double cannot hold it
-    bool isInRange = true;  // a double can
+    double value;           // infinite or 0 if it is out of the range of double
+    bool isInRange = true;  // whether it is in that range
 };
 
 /// The number that a whole word spells: [+-] digits [. digits] [e [+-] digits], with a digit on one
@@ -23,18 +23,19 @@ std::optional<Number> ReadNumber(std::string_view word);
 
 struct Word {
     std::string text;
-    bool isLiteral = false;  // quoted or escaped: a symbol whatever it spells
+    bool isLiteral = false;  // quoted or escaped, so always a symbol
 };
 
 /// How words are separated; in both, "two words" between quotation marks is one word.
 enum class Dialect : std::uint8_t {
-    Script,  // blanks and tabs separate; a quotation mark without partner or within a word is wrong
-    Max  // line ends separate, too; a backslash takes away the meaning of a blank, of a quotation
-         // mark and of \ , ; $; nothing is wrong: a quotation mark within a word stands for
-         // itself, and one without partner ends with the text
+    Script,  // blanks and tabs separate; an unpaired quotation mark, or one within a word, is an
+             // error
+    Max      // line ends separate, too; a backslash escapes a blank, a quotation mark and \ , ; $;
+             // there are no errors: a quotation mark within a word is an ordinary character, and an
+             // unpaired one ends at the end of the text
 };
 
-/// Nothing when the text is wrong.
+/// Splits text into words; nothing when there is an error.
 std::optional<std::vector<Word>> SplitWords(std::string_view text, Dialect dialect);
 
 }  // namespace HostReading

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kRateHz = 48000;
 constexpr unsigned kVector = 64;
-constexpr double kOldData = 777.0;  // as HostChain leaves it in vectors
+constexpr double kOldData = 777.0;  // the value with which HostChain fills output vectors
 
 bool IsSettable(const HostApi::AttributeInfo& attribute) {
     const auto invisible = Property(attribute, "invisible");
@@ -41,7 +41,7 @@ Bench::Bench(std::vector<Atom> box) : box_(std::move(box)) {
     HostApi::SetConsoleSink([this](HostApi::PostKind kind, std::string_view text, t_object* from) {
         constexpr const char* kHeads[] = {"post: ", "error: ", "warn: ", "bug: "};
         heard_.push_back(kHeads[static_cast<int>(kind)] + std::string(text));
-        // The API's own reports are nobody's rows.
+        // Reports of the API itself have no object.
         if (kind == HostApi::PostKind::Bug && !from && misuse_.empty()) misuse_ = text;
     });
     ListenToOutlets();
@@ -76,7 +76,7 @@ bool Bench::MakeAndFree() {
     try {
         object_.Make(box_);
     } catch (const Fault&) {
-        return false;  // refused, as it should be
+        return false;  // creation failed as planned, without an exception
     } catch (const std::exception&) {
         return true;
     }

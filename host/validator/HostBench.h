@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// An object on the bench: in a running chain, with everything it says written down.
+// An object under test: in a running DSP chain, with all its console rows and messages recorded.
 #pragma once
 
 #include "HostChain.h"
@@ -13,17 +13,17 @@
 
 namespace Quilo::Host {
 
-/// What some vectors sounded like.
+/// The output of several vectors.
 struct Sound {
     bool isWhole = true;         // every sample of every outlet was written
-    bool isFinite = true;        // and is a number
-    double peak = 0;             // of all outlets
+    bool isFinite = true;        // every sample is finite
+    double peak = 0;             // largest magnitude, all outlets
     std::vector<float> samples;  // vector by vector, outlet by outlet
 };
 
 using Values = std::map<std::string, std::vector<t_atom>>;
 
-/// Main thread.
+/// Thread: main.
 class Bench {
 public:
     /// Throws: Fault, when there is no such class or no object is made.
@@ -39,31 +39,32 @@ public:
 
     /// Frees the object and makes another one from the same box text, in the running chain.
     void Remake();
-    /// Frees the object, makes another one without a chain, frees that too. Failures are planned.
+    /// Frees the object, makes another one without a chain and frees it; used with planned
+    /// failures.
     /// @return whether an exception left the module
     bool MakeAndFree();
 
-    /// A message, in the words of a script; then the deferred work.
+    /// Sends a message, spelled as in a script, then runs the deferred work.
     void Send(const std::string& words);
     void Send(const std::string& selector, std::span<const t_atom> atoms);
     t_max_err Set(const std::string& attribute, std::vector<t_atom> values);
 
-    /// The console lines since the last call: "error: ...", "outlet: ...".
+    /// Returns the console lines since the last call: "error: ...", "outlet: ...".
     std::vector<std::string> Take();
-    /// The first line since the last call that begins so, "" for none.
+    /// Returns the first line since the last call that begins with `head`; "" if there is none.
     std::string TakeFirst(const std::string& head);
-    /// What the API said first about its misuse since the last call, "" for nothing.
+    /// Returns the API's first report of a misuse since the last call; "" if there is none.
     std::string TakeMisuse();
 
-    /// What leaves outlets is heard (again).
+    /// Records messages from outlets (again).
     void ListenToOutlets();
 
-    /// Feeds noise to every inlet.  @param seed  of the noise
+    /// Plays vectors with noise in every inlet.  @param seed  of the noise
     Sound Play(unsigned vectors, std::uint64_t seed = 1);
 
     bool Understands(const std::string& message) const;
     std::vector<HostApi::AttributeInfo> Settable() const;
-    Values Read() const;  // of everything settable
+    Values Read() const;  // the values of all settable attributes
 
 private:
     std::vector<Atom> box_;
@@ -73,15 +74,15 @@ private:
     std::unique_ptr<Chain> chain_;
 };
 
-/// A property's values; none when the attribute does not have it.
+/// The values of a property; empty when the attribute does not have it.
 std::vector<t_atom> Property(const HostApi::AttributeInfo& attribute, const char* name);
 
-/// Values that the attribute may well have, as many as it has now.
+/// Random values within the range of the attribute, as many as it has now.
 std::vector<t_atom> LegalValues(const HostApi::AttributeInfo& attribute,
                                 std::span<const t_atom> now,
                                 Random& random);
 
-/// The first difference, "" where there is none.
+/// Describes the first difference; "" if there is none.
 std::string Difference(const Values& a, const Values& b);
 std::string Difference(const Sound& a, const Sound& b, double tolerance);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Chance that is the same on every machine for the same seed.
+// Random numbers that are the same on every machine for the same seed.
 #pragma once
 
 #include <cstddef>
@@ -18,9 +18,9 @@ public:
         z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
         return z ^ (z >> 31);
     }
-    /// 0 to count - 1.  @param count  at least 1
+    /// A number from 0 to count - 1.  @param count  at least 1
     std::size_t Below(std::size_t count) { return static_cast<std::size_t>(Next() % count); }
-    /// One time in `count`.
+    /// True with the probability 1 / count.
     bool Once(std::size_t count) { return Below(count) == 0; }
     double Between(double low, double high) {
         return low + (high - low) * static_cast<double>(Next() >> 11) * 0x1p-53;

@@ -36,7 +36,7 @@ std::vector<Atom> ReadBox(const std::string& text) {
     return std::move(*box);
 }
 
-/// `sources` or `outputs` positions on a ring, in degrees.
+/// The arguments of a message with `count` positions on a ring.
 std::string Ring(std::size_t count) {
     std::string text;
     for (std::size_t k = 0; k < count; ++k) text += " " + std::to_string(360 * k / count) + " 0 1";

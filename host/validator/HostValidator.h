@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The validator: does to an object what patchers, users and bad luck do, level by level.
+// The validator: tests an object the way patchers, users and system failures treat it, level by
+// level.
 #pragma once
 
 #include "HostFault.h"
@@ -13,18 +14,18 @@ namespace Quilo::Host {
 inline constexpr int kValidatorLevels = 10;
 
 /// Runs levels 1 to options.validate on the box text options.script and prints what it did, what
-/// failed and "N passed, M failed".  Every line is out before the next step begins, so that a crash
-/// shows where it happened.
+/// failed and "N passed, M failed".  Every line is flushed before the next step begins, so that a
+/// crash shows where it happened.
 /// @return Done, or HostFailed when a check failed    Throws: Fault.
 ExitStatus Validate(const Options& options);
 
-/// What the checks of a level write to.
+/// Receives the results of the checks.
 class Report {
 public:
     void Line(const std::string& text);
-    /// One check; `why` is shown when it failed.
+    /// Records one check; `why` is shown when it failed.
     void Check(bool good, const std::string& what, const std::string& why = "");
-    /// The same, good when there is nothing to say against it.
+    /// The same for a check that passes when `why` is empty.
     void Refute(const std::string& what, const std::string& why) { Check(why.empty(), what, why); }
     void Skip(const std::string& what, const std::string& why);
 
@@ -41,11 +42,12 @@ struct Validation {
     Report report;
     Random random;
 
-    /// "" when these vectors were whole and finite and the API was not misused since the last look.
+    /// Plays vectors. "" if every sample was written and finite and the API was not misused since
+    /// the last call; else the fault.
     std::string Faults(unsigned vectors);
-    /// Arguments under which a message does something, in the words of a script.
+    /// A message with valid arguments, spelled as in a script.
     std::string Sensible(const std::string& message);
-    /// Draws values for every attribute that a user can set.
+    /// Sets random values for every attribute that a user can set.
     void Walk();
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Levels 9 and 10: memory and calls that fail, and everything at once.
+// Levels 9 and 10: allocations and API calls that fail, and random combinations of everything.
 #include "HostAllocations.h"
 #include "validator/HostValidator.h"
 
@@ -10,7 +10,8 @@ namespace Quilo::Host {
 
 namespace {
 
-/// Whether every allocation may fail: where all are operator new, and not the system's malloc.
+/// Whether each allocation can be made to fail, that is, where operator new is replaced and not
+/// malloc.
 bool CanSweep() { return CountAllocations() > 0 && FailAllocation(0); }
 
 using Counts = std::array<std::size_t, 3>;
@@ -29,7 +30,7 @@ std::string Leak(const Counts& before, const Counts& after) {
     return "";
 }
 
-/// Makes the object with its n-th allocation failing.  @return whether it has fewer than n
+/// Makes the object with its n-th allocation failing. @return whether it makes fewer than n
 bool MakeFailing(Validation& v, unsigned n, std::string& why) {
     FailAllocation(n);
     const bool escaped = v.bench.MakeAndFree();
@@ -46,7 +47,7 @@ void CheckCreation(Validation& v) {
     std::string why;
     unsigned numFailed = 0;
     for (unsigned n = 1; why.empty(); n += 1 + n / 40) {
-        bool isOver = MakeFailing(v, n, why);  // what lives as long as the program is made now
+        bool isOver = MakeFailing(v, n, why);  // allocates what is kept for good
         const Counts before = Count();
         isOver |= MakeFailing(v, n, why);
         if (isOver) break;
@@ -58,7 +59,8 @@ void CheckCreation(Validation& v) {
     v.bench.Remake();
 }
 
-/// A message with each of its allocations failing in turn: the old state or the new one.
+/// Sends a message with each of its allocations failing in turn; afterwards the state must be the
+/// old or the new one.
 std::string MessageFault(Validation& v, const std::string& words, unsigned& numFailed) {
     v.bench.Remake();
     v.bench.Send(words);
@@ -112,8 +114,8 @@ void CheckHandlers(Validation& v) {
     v.bench.Remake();
 }
 
-/// What an object took for its messages goes with it. Objects and blocks of the API are counted;
-/// other allocations are not, for a symbol stays for ever.
+/// Checks that an object frees what it allocated for messages. Counts objects and blocks of the
+/// API; other allocations are not counted, because symbols are never freed.
 void CheckThatMessagesLeaveNothing(Validation& v) {
     for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
         if (!message.types.empty() && message.types[0] == A_CANT) continue;
@@ -132,7 +134,7 @@ void CheckThatMessagesLeaveNothing(Validation& v) {
     }
 }
 
-/// Each call of the API that can fail, failing once in a message that makes it.
+/// Lets each API function that can fail do so once, in a message that calls it.
 void CheckCalls(Validation& v) {
     for (const std::string_view function : HostApi::kFailingCalls) {
         std::string why;

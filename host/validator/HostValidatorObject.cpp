@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Levels 1 to 5: the object as it stands in its box.
+// Levels 1 to 5: sound, attributes and messages of a single object.
 #include "validator/HostValidator.h"
 
 #include <algorithm>
@@ -21,7 +21,7 @@ std::string TypeOf(const Bench& bench) {
     return HostApi::AtomText(HostApi::AttributeValue(bench.Get(), "type"));
 }
 
-/// "" when the attribute holds to its range after values from beyond it.
+/// "" if the attribute stays in its range when it is set to values beyond it; else the fault.
 std::string ClipFault(Bench& bench, const HostApi::AttributeInfo& attribute) {
     const std::string name = attribute.name->s_name;
     const auto low = Property(attribute, "min"), high = Property(attribute, "max");
@@ -49,8 +49,8 @@ std::string AnswerFault(Bench& bench, const HostApi::AttributeInfo& attribute) {
     return answer == "outlet: " + name + " " + text ? "" : "answers '" + answer + "'";
 }
 
-/// "" when the getter fills memory that is handed in with room to spare, and leaves memory alone
-/// that has too little.
+/// "" if the getter fills memory that is larger than needed, and does not write to memory that is
+/// too small; else the fault.
 std::string BufferFault(const Bench& bench, t_symbol* name) {
     t_atom mark{};
     atom_setsym(&mark, gensym("untouched"));
@@ -165,7 +165,8 @@ void CheckAttributes(Validation& v) {
             const Values once = v.bench.Read();
             v.bench.Take();
             v.bench.Set(name, once.at(name));
-            // A word that only the object itself may write is refused, and everything stays.
+            // Words that the object prints but does not accept are refused; then all must be
+            // unchanged.
             const std::string other = Difference(once, v.bench.Read());
             if (k == 3 || !other.empty()) v.report.Refute(name + " is what it says", other);
             if (!other.empty()) break;
@@ -183,7 +184,7 @@ void CheckMessages(Validation& v) {
     for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
         if (!message.types.empty() && message.types[0] == A_CANT) continue;
         const std::string name = message.name->s_name;
-        if (name == "generatexml") continue;  // writes a file
+        if (name == "generatexml") continue;  // it writes a file
         v.bench.Send(v.Sensible(name));
         std::string why = v.Faults(3);
         for (int k = 0; k < 60 && why.empty(); ++k) {

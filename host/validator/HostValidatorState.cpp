@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Levels 6 to 8: state that is kept and given to another object, threads, attributes in motion.
+// Levels 6 to 8: stored states restored to another object, threads, changing attributes while audio
+// runs.
 #include "HostOutputFile.h"
 #include "validator/HostValidator.h"
 
@@ -10,7 +11,7 @@ namespace Quilo::Host {
 
 namespace {
 
-constexpr unsigned kSettled = 400;  // vectors after which every glide has ended
+constexpr unsigned kSettled = 400;  // number of vectors after which every glide has ended
 
 std::filesystem::path TemporaryFile() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
@@ -23,7 +24,7 @@ std::string Utf8(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-/// The state of one object in the four forms in which patchers keep it.
+/// The state of one object in the four forms in which patchers store it.
 class Saved {
 public:
     explicit Saved(Bench& bench) : bench_(bench), file_(TemporaryFile()) {
@@ -121,7 +122,7 @@ void CheckState(Validation& v) {
             (saved.*form.restore)();
             why = Difference(values, v.bench.Read());
             v.bench.Play(kSettled, 5);
-            // What glides comes to rest on slightly different ways.
+            // Glides that took different paths may end with slightly different samples.
             if (why.empty()) why = Difference(sound, v.bench.Play(20, 6), 1e-4);
         }
         v.report.Refute(std::string(form.name) + ", " + std::to_string(kRounds) + " states", why);
@@ -165,7 +166,7 @@ void CheckThreads(Validation& v) {
         if (v.bench.Understands(message))
             HostApi::DeliverMessage(v.bench.Get(), 0, gensym(message), {});
     }
-    v.bench.Remake();  // with work that still waits
+    v.bench.Remake();  // while deferred work is queued
     RunDueWork();
     v.report.Refute("is freed while its work waits", v.Faults(4));
 }
