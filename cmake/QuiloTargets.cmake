@@ -30,6 +30,9 @@ function(quilo_target name)
         # libstdc++ 12 uses a deprecated function inside std::stable_sort, which clang blames on us.
         target_compile_options(${name} PRIVATE -Wfunction-effects -Wthread-safety -Wno-deprecated-declarations)
     endif()
+    if(CMAKE_UNITY_BUILD AND NOT MSVC)
+        target_compile_options(${name} PRIVATE -Wno-shadow)  # of names in files that are no neighbours
+    endif()
     if(QUILO_LINT)
         quilo_lint_header_filter(headers ${PROJECT_SOURCE_DIR})
         set(tidy clang-tidy-19 --quiet "--header-filter=${headers}")

@@ -10,7 +10,7 @@ namespace Quilo::Host {
 
 namespace {
 
-constexpr unsigned kVector = 16;  // frames; enough, since without interpolation gains jump
+constexpr unsigned kScratchVector = 16;  // frames; enough, since without interpolation gains jump
 
 bool IsShown(const HostApi::AttributeInfo& attribute) {
     const auto invisible = std::ranges::find_if(attribute.properties, [](const auto& property) {
@@ -24,7 +24,7 @@ bool IsShown(const HostApi::AttributeInfo& attribute) {
 
 Scratch::Scratch(std::span<const Atom> box) {
     const Console::Pause nobodyListens;
-    HostApi::SetAudioSettings({48000, static_cast<int>(kVector), false});
+    HostApi::SetAudioSettings({48000, static_cast<int>(kScratchVector), false});
     try {
         object_.Make(box);
     } catch (const Fault&) {
@@ -61,20 +61,20 @@ std::span<const float> Scratch::Gains() {
     const std::size_t numInputs = object_.NumSignalInlets(),
                       numOutputs = object_.NumSignalOutlets();
     if (!chain_) {
-        memory_.assign((numInputs + numOutputs) * kVector, 0.0);
-        std::fill_n(memory_.begin(), kVector, 1.0);
+        memory_.assign((numInputs + numOutputs) * kScratchVector, 0.0);
+        std::fill_n(memory_.begin(), kScratchVector, 1.0);
         for (std::size_t k = 0; k < numInputs + numOutputs; ++k)
-            (k < numInputs ? inputs_ : outputs_).push_back(memory_.data() + k * kVector);
-        HostApi::SetAudioSettings({48000, static_cast<int>(kVector), true});
+            (k < numInputs ? inputs_ : outputs_).push_back(memory_.data() + k * kScratchVector);
+        HostApi::SetAudioSettings({48000, static_cast<int>(kScratchVector), true});
         const std::vector<short> counts(numInputs + numOutputs, 1);
         chain_ = std::make_unique<HostApi::DspChain>(object_.Get(), counts);
         gains_.resize(numOutputs);
     }
     // Two vectors, because new gains may take effect in the second one only.
     for (int vector = 0; vector < 2; ++vector)
-        chain_->Perform(inputs_.data(), numInputs, outputs_.data(), numOutputs, kVector);
+        chain_->Perform(inputs_.data(), numInputs, outputs_.data(), numOutputs, kScratchVector);
     std::ranges::transform(outputs_, gains_.begin(), [](const double* output) {
-        return static_cast<float>(output[kVector - 1]);
+        return static_cast<float>(output[kScratchVector - 1]);
     });
     return gains_;
 }

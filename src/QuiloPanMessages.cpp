@@ -137,7 +137,7 @@ constexpr char kCornersHelp[] =
     "Sets the azimuths, in degrees, of the four corners between which the type <m>panr</m> pans. "
     "They begin in front on the left and go on clockwise. <br/> Example: "
     "<m>corners -45 45 135 -135</m>.";
-constexpr char kListenerHelp[] =
+constexpr char kListenerMessageHelp[] =
     "Sets the position of the listener (binaural types only): a coordinate format, then its "
     "values.";
 constexpr char kImplementationHelp[] =
@@ -168,7 +168,7 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"corners",        Handler<&CornersMessage>,                "Set the corners of the type panr",       kCornersHelp,                                                 kCornersArguments},
         {"implementation", DeferredHandler<&ImplementationMessage>, "Choose the filters for headphones",      kImplementationHelp,   kImplementationArguments},
         {"crossfadetype",  Handler<&CrossfadeTypeMessage>,          "Choose how filters fade",                "Shape of the fade between two filters: <m>linear</m>, <m>cosine</m> or <m>squareCosine</m> (binaural types only).", kWordArgument},
-        {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerHelp,                                                kPositionsArguments},
+        {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerMessageHelp,                                         kPositionsArguments},
         {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "Loads filters from a file, <m>kemar</m> stands for the built-in ones (binaural types only).", kFileArgument},
         {"read",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "The same as <m>load</m>.",                                   kFileArgument},
         {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "Loads filters from a file (subtype nearfield only).",        kFileArgument},

@@ -14,7 +14,6 @@ namespace Quilo {
 
 namespace {
 
-constexpr double kPi = std::numbers::pi;
 constexpr double kHighestHz = 21000.0;
 constexpr double kLeastPower = 1e-24;
 
@@ -39,7 +38,7 @@ std::vector<float> LogMagnitudes(std::span<const tav::BiquadCell> cells,
     std::vector<double> cosines(numBins), powers(numBins, 1.0);
     for (std::size_t k = 0; k < numBins; ++k) {
         const double hz = std::min(static_cast<double>(k) * hzPerBin, highest);
-        cosines[k] = std::cos(2.0 * kPi * hz / cellsRateHz);
+        cosines[k] = std::cos(2.0 * std::numbers::pi * hz / cellsRateHz);
     }
     const auto d = [](float v) { return static_cast<double>(v); };
     for (const tav::BiquadCell& cell : cells) {
@@ -74,7 +73,7 @@ void TaperEnd(std::span<float> taps) {
     const std::span end = taps.last(length);
     for (std::size_t k = 0; k < length; ++k) {
         const double part = static_cast<double>(k + 1) / static_cast<double>(length + 1);
-        end[k] *= static_cast<float>(std::cos(0.5 * kPi * part));
+        end[k] *= static_cast<float>(std::cos(0.5 * std::numbers::pi * part));
     }
 }
 
@@ -123,7 +122,7 @@ ResponseResampler::ResponseResampler(std::size_t numTaps, float fromHz, float to
         for (std::size_t m = row.firstTap; m < numTaps; ++m) {
             const double away = time - static_cast<double>(m) / from;
             if (away <= -reach) break;
-            const double x = kPi * away * crossingsPerSecond;
+            const double x = std::numbers::pi * away * crossingsPerSecond;
             const double part = std::min(std::abs(away / reach), 1.0);
             const double window = BesselI0(kBeta * std::sqrt(1.0 - part * part)) / norm;
             const double sinc = std::abs(x) < 1e-9 ? 1.0 : std::sin(x) / x;

@@ -10,15 +10,14 @@ namespace Quilo {
 namespace {
 
 using Complex = std::complex<double>;
-constexpr double kPi = std::numbers::pi;
 
 /// The root number k = 1 .. n with the opposite sign, from the uniform expansion for large degrees:
 /// 2 nu xi(z / nu) = i pi (2k - n - 1) with nu = n + 1/2.
 Complex AsymptoticRoot(unsigned n, unsigned k) {
     constexpr int kSteps = 8;
     const double nu = n + 0.5;
-    const double t = kPi * (k - 0.5) / n;
-    const Complex target(0.0, kPi * (2.0 * k - n - 1.0));
+    const double t = std::numbers::pi * (k - 0.5) / n;
+    const Complex target(0.0, std::numbers::pi * (2.0 * k - n - 1.0));
     Complex z = nu * Complex(0.6627 * std::sin(t) + 0.05, -0.95 * std::cos(t));
     for (int step = 0; step < kSteps; ++step) {
         const Complex v = z / nu;
@@ -64,8 +63,8 @@ Complex Polish(unsigned n, Complex z) {
         const Complex first = LogFirstKind(n, z);
         const Complex second = LogSecondKind(n, z);
         Complex rest = std::log(2.0) + first - second;
-        const double offset = kPi * (n % 2 == 0 ? 1.0 : 0.0);
-        rest.imag(std::remainder(rest.imag() - offset, 2.0 * kPi));
+        const double offset = std::numbers::pi * (n % 2 == 0 ? 1.0 : 0.0);
+        rest.imag(std::remainder(rest.imag() - offset, 2.0 * std::numbers::pi));
         const Complex slope = std::exp(-first - second) / (z * z);
         z -= rest / slope;
     }

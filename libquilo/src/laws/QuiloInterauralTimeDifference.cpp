@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Quilo {
 
@@ -12,8 +13,7 @@ namespace {
 
 // The lengths of paths are close to each other for far sources: their difference is taken in 64
 // bits.
-constexpr double kHalfPi = 1.5707963267948966;
-constexpr double kPi = 3.141592653589793;
+constexpr double kSideAzimuth = std::numbers::pi / 2.0;
 constexpr double kMsPerMetre = 1000.0 / 343.2;
 constexpr double kFarthest = 1e6;  // metres; the square of any 32-bit distance may overflow
 constexpr double kNearest = 1e-6;  // for heads without a size
@@ -45,8 +45,8 @@ double StraightPaths(const Source& s, double a) {
 /// to the other one.
 double PathsRoundSphere(double azimuth, double a) {
     const double s = std::sin(azimuth);
-    if (azimuth > kHalfPi) return a * (s - (azimuth - kPi));
-    if (azimuth < -kHalfPi) return a * (s - (azimuth + kPi));
+    if (azimuth > kSideAzimuth) return a * (s - (azimuth - std::numbers::pi));
+    if (azimuth < -kSideAzimuth) return a * (s - (azimuth + std::numbers::pi));
     return a * (azimuth + s);
 }
 
@@ -58,7 +58,7 @@ double PathToSphere(double distance, double a, double angle) {
     const double straight =
         std::sqrt(std::max(squares + 2.0 * distance * a * std::sin(angle), 0.0));
     if (tangent > straight) return straight;
-    const double wrapped = angle + kHalfPi - std::acos(std::min(a / distance, 1.0));
+    const double wrapped = angle + kSideAzimuth - std::acos(std::min(a / distance, 1.0));
     return wrapped * a + tangent;
 }
 

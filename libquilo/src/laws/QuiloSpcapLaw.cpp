@@ -8,13 +8,13 @@ namespace Quilo {
 
 namespace {
 
-struct Direction {
+struct UnitDirection {
     double x = 0.0;
     double y = 0.0;
 };
 
 /// The unit vector of the azimuth atan2(y, x), without the angle.
-Direction DirectionTo(const tav::CartesianVector& point) noexcept {
+UnitDirection DirectionTo(const tav::CartesianVector& point) noexcept {
     const auto x = static_cast<double>(point.x);
     const auto y = static_cast<double>(point.y);
     const double length = std::sqrt(x * x + y * y);
@@ -26,15 +26,15 @@ Direction DirectionTo(const tav::CartesianVector& point) noexcept {
 
 void SpcapLaw::SetSpeakers(std::span<const tav::CartesianVector> speakers) {
     const auto count = static_cast<double>(speakers.size());
-    Direction sum;
+    UnitDirection sum;
     for (const tav::CartesianVector& s : speakers) {
-        const Direction d = DirectionTo(s);
+        const UnitDirection d = DirectionTo(s);
         sum.x += d.x;
         sum.y += d.y;
     }
     tav::CartesianArray numbers(speakers.size());
     for (std::size_t k = 0; k < speakers.size(); ++k) {
-        const Direction d = DirectionTo(speakers[k]);
+        const UnitDirection d = DirectionTo(speakers[k]);
         // The sum of (1 + cos) / 2 over the angles to all loudspeakers, itself included.
         const double density = 0.5 * (count + d.x * sum.x + d.y * sum.y);
         numbers[k] = {static_cast<float>(d.x), static_cast<float>(d.y),
@@ -49,7 +49,7 @@ void SpcapLaw::Gains(const tav::CartesianVector& source,
     const std::size_t count = std::min(speakers_.Size(), gains.size());
     std::ranges::fill(gains.subspan(count), 0.f);
     if (count == 0) return;
-    const Direction d = DirectionTo(source);
+    const UnitDirection d = DirectionTo(source);
     const auto fill = [&](float exponent) {
         return kernel_(speakers_.Data(), speakers_.Stride(), static_cast<int>(count),
                        static_cast<float>(d.x), static_cast<float>(d.y), exponent, gains.data());

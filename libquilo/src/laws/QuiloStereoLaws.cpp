@@ -10,7 +10,7 @@ namespace Quilo {
 namespace {
 
 constexpr float kQuarterPi = 0.7853982f;
-constexpr float kHalfPi = 1.5707964f;
+constexpr float kQuarterTurn = 1.5707964f;
 // Deliberate: close to sqrt(2) - 1, not equal to it.   (XyGains, KeepsItsOwnFactor)
 constexpr float kXyFactor = 0.41421f;
 constexpr float kAbFactor = 0.44936f;
@@ -21,7 +21,7 @@ constexpr float kAbDelaySpreadMs = 0.25f;
 
 void XyGains(const tav::CartesianVector& source, std::span<float> gains) {
     const SourceDirection d = DirectionOf(source);
-    const float fromFront = kHalfPi - d.azimuth;
+    const float fromFront = kQuarterTurn - d.azimuth;
     gains[0] = (std::sin(kQuarterPi - fromFront) * d.width + 1.f) * kXyFactor;
     gains[1] = (std::sin(fromFront + kQuarterPi) * d.width + 1.f) * kXyFactor;
 }
@@ -34,7 +34,7 @@ void MsGains(const tav::CartesianVector& source, std::span<float> gains) {
 
 SpacedPair AbPair(const tav::CartesianVector& source) {
     const SourceDirection d = DirectionOf(source);
-    const float fromFront = kHalfPi - d.azimuth;
+    const float fromFront = kQuarterTurn - d.azimuth;
     const float spreadMs = std::sin(fromFront) * d.width * kAbDelaySpreadMs;
     return {(std::sin(kQuarterPi - fromFront) * d.width + 1.f) * kAbFactor,
             (std::sin(fromFront + kQuarterPi) * d.width + 1.f) * kAbFactor,

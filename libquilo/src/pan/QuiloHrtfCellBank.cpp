@@ -209,7 +209,7 @@ template <class Source>
 void HrtfCellBank::FillRows(std::span<const unsigned> members,
                             std::size_t frames,
                             Source source) noexcept TAV_NONBLOCKING {
-    std::array<const float*, kLanes> pointers;
+    std::array<const float*, kLanes> pointers{};
     pointers.fill(silence_.data());
     for (std::size_t ear = 0; ear < 2; ++ear) {
         for (std::size_t lane = 0; lane < members.size(); ++lane) {
@@ -297,7 +297,7 @@ void HrtfCellBank::FillWeights(std::span<const unsigned> members,
 void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING {
     std::size_t looked = 0;
     while (starts > 0 && looked < queue_.size()) {
-        std::array<unsigned, kLanes> batch;
+        std::array<unsigned, kLanes> batch{};
         std::size_t count = 0;
         for (; starts > 0 && looked < queue_.size() && count < kLanes; ++looked) {
             Voice& voice = voices_[queue_[looked]];

@@ -58,7 +58,7 @@ void HrtfVoices::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     voice = Voice();
     // Windows of different sources are moved at different times.
-    voice.end = kept_ + index * 64 % kSlack;
+    voice.end = kept_ + std::size_t{index} * 64 % kSlack;
     std::fill_n(samples_.data() + index * length_, length_, 0.f);
 }
 

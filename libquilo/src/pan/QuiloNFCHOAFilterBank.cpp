@@ -7,11 +7,7 @@
 
 namespace Quilo {
 
-namespace {
-
-constexpr float kPi = std::numbers::pi_v<float>;
-
-}  // namespace
+namespace {}  // namespace
 
 NFCHOAFilterBank::NFCHOAFilterBank(unsigned order) {
     for (unsigned n = 1; n <= order; ++n) {
@@ -48,11 +44,11 @@ void NFCHOAHighPass::Compute(const NFCHOARow& ratios,
                              const NFCHOASettings& settings,
                              NFCHOARow& g) const noexcept TAV_NONBLOCKING {
     const float share = std::min(2.f * settings.highPass, 1.f);
-    const float gPerHertz = kPi / settings.rateHz;
+    const float gPerHertz = std::numbers::pi_v<float> / settings.rateHz;
     for (std::size_t i = 0; i < g.size(); ++i) {
         const float limit = share > 0.f ? order_->LimitFrequency(logRatios[i]) : 0.f;
         // Without a tangent like the near-field filter: only so their product stays below 20 dB.
-        g[i] = 2.f * kPi * limit * ratios[i] * settings.scale;
+        g[i] = 2.f * std::numbers::pi_v<float> * limit * ratios[i] * settings.scale;
         if (share < 1.f && limit > 0.f) {
             g[i] = std::min(g[i], gPerHertz * std::pow(g[i] / gPerHertz, share));
         }

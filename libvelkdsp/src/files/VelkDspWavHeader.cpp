@@ -27,21 +27,21 @@ constexpr std::size_t kMostFormatBytes = 40;
 constexpr std::array<std::uint8_t, 14> kSubFormatTail = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
                                                          0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
 
-struct FormatRow {
+struct WavFormatRow {
     WavFormat format;
     std::uint16_t tag;
     std::uint16_t bits;
 };
 
-constexpr FormatRow kFormats[] = {
+constexpr WavFormatRow kWavFormats[] = {
     {WavFormat::Pcm16, kTagPcm, 16},
     {WavFormat::Pcm24, kTagPcm, 24},
     {WavFormat::Pcm32, kTagPcm, 32},
     {WavFormat::Float32, kTagFloat, 32},
 };
 
-const FormatRow& RowOf(WavFormat format) noexcept {
-    return *std::ranges::find(kFormats, format, &FormatRow::format);
+const WavFormatRow& RowOf(WavFormat format) noexcept {
+    return *std::ranges::find(kWavFormats, format, &WavFormatRow::format);
 }
 
 using Bytes = std::span<const std::uint8_t>;
@@ -161,7 +161,7 @@ private:
     }
 
     WavFormat FormatOf(std::uint16_t tag, std::uint16_t bits) const {
-        for (const FormatRow& row : kFormats) {
+        for (const WavFormatRow& row : kWavFormats) {
             if (row.tag == tag && row.bits == bits) return row.format;
         }
         Fail("has an unsupported sample format (tag " + std::to_string(tag) + ", " +

@@ -34,8 +34,8 @@ public:
                       nullptr,           n * kRow};
             for (int p = 1; p < cells.numPairs; ++p) {
                 RunPair<Sink::Store>(coefficients, states, span);
-                coefficients += kCellsInPair * kCellCoefficients * kRow;
-                states += kCellsInPair * kCellStates * kRow;
+                coefficients += kRow * kCellsInPair * kCellCoefficients;
+                states += kRow * kCellsInPair * kCellStates;
                 span.inLeft = span.outLeft;
                 span.inRight = span.outRight;
             }

@@ -24,7 +24,7 @@ Turned TurnedToTheFront(int m) {
     }
 }
 
-unsigned Magnitude(int m) { return static_cast<unsigned>(std::abs(m)); }
+unsigned DegreeMagnitude(int m) { return static_cast<unsigned>(std::abs(m)); }
 
 unsigned ChannelIndex(unsigned n, int m, unsigned dimension) {
     if (dimension == 2) return 2 * n - (m < 0 ? 1u : 0u);
@@ -40,7 +40,7 @@ std::vector<AmbixChannel> AmbixFromHoa(unsigned order,
     std::vector<AmbixChannel> channels(Harmonic::NumChannels(order, 3));
     for (unsigned k = 0; k < channels.size(); ++k) {
         const auto [n, m] = Harmonic::FromChannelIndex(k, 3, Harmonic::Sorting::ACN);
-        if (dimension == 2 && n != Magnitude(m)) continue;
+        if (dimension == 2 && n != DegreeMagnitude(m)) continue;
         const Turned turned = TurnedToTheFront(m);
         const double factor = Harmonic::ExactConversionFactor(n, turned.m, normalization,
                                                               Harmonic::Normalization::SN3D);

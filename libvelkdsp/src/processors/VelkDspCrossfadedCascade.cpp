@@ -9,7 +9,7 @@ namespace tav {
 
 namespace {
 
-constexpr float kLargestStates = 1e12f;
+constexpr float kLargestStateSum = 1e12f;
 
 /// Samples that cells have to run over until they sound as if they had always run.
 std::size_t PastLength(float sampleRateHz) {
@@ -42,7 +42,7 @@ void Cascade::Perform(std::span<const BiquadCell> cells,
 bool Cascade::IsSane() const noexcept TAV_NONBLOCKING {
     float sum = 0.f;
     for (const State& state : states_) sum += std::abs(state.s1) + std::abs(state.s2);
-    return sum <= kLargestStates;
+    return sum <= kLargestStateSum;
 }
 
 CrossfadedCascade::CrossfadedCascade(std::size_t maxCells, float sampleRateHz)
