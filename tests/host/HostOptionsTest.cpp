@@ -31,48 +31,37 @@ struct Refused {
     const char* fault;
 };
 
-class CommandLineOf : public testing::TestWithParam<Refused> {};
-
-TEST_P(CommandLineOf, IsRefusedInOneLine) {
-    try {
-        ParseOptions(GetParam().words);
-        FAIL() << GetParam().fault;
-    } catch (const Fault& fault) {
-        EXPECT_EQ(fault.Status(), ExitStatus::WrongInput);
-        EXPECT_NE(std::string(fault.what()).find(GetParam().fault), std::string::npos)
-            << fault.what();
-        EXPECT_EQ(std::string(fault.what()).find('\n'), std::string::npos);
+// clang-format off
+const Refused kRefused[] = {
+    {{}, "no script"}, {{"--quiet"}, "no script"}, {{"a", "b"}, "more than one"},
+    {{""}, "empty"}, {{"--nonsense", "s"}, "'--nonsense'"}, {{"-x", "s"}, "'-x'"},
+    {{"s", "--rate"}, "expects HZ"}, {{"s", "--out", ""}, "expects FILE"},
+    {{"--rate", "0", "s"}, "not '0'"}, {{"--rate", "nan", "s"}, "not 'nan'"},
+    {{"--rate", "1e9", "s"}, "not '1e9'"}, {{"--rate", "44100.5", "s"}, "whole"},
+    {{"--vector", "48", "s"}, "power of two"}, {{"--vector", "0", "s"}, "power of two"},
+    {{"--vector", "8192", "s"}, "power of two"}, {{"--vector", "64.", "s"}, "power of two"},
+    {{"--duration", "-1", "s"}, "0 or more"}, {{"--duration", "1e999", "s"}, "0 or more"},
+    {{"--duration", "long", "s"}, "not 'long'"},
+    {{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
+    {{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
+    {{"--in", "b/../a", "--out", "a", "s"}, "--in and --out name the same"},
+    {{"s", "--picture", "./s"}, "the script and --picture"},
+    {{"--osc", "9000", "s"}, "not available"}, {{"--validate", "11", "s"}, "1 to 10"},
+    {{"--validate", "1"}, "no box text"},
+};
+// clang-format on
+TEST(Options, AreRefusedInOneLine) {
+    for (const auto& [words, expected] : kRefused) {
+        try {
+            ParseOptions(words);
+            ADD_FAILURE() << expected;
+        } catch (const Fault& fault) {
+            const std::string said = fault.what();
+            EXPECT_EQ(fault.Status(), ExitStatus::WrongInput);
+            EXPECT_NE(said.find(expected), std::string::npos) << said;
+            EXPECT_EQ(said.find('\n'), std::string::npos) << said;
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines,
-    CommandLineOf,
-    testing::Values(Refused{{}, "no script"},
-                    Refused{{"--quiet"}, "no script"},
-                    Refused{{"a", "b"}, "more than one"},
-                    Refused{{""}, "empty"},
-                    Refused{{"--nonsense", "s"}, "'--nonsense'"},
-                    Refused{{"-x", "s"}, "'-x'"},
-                    Refused{{"s", "--rate"}, "expects HZ"},
-                    Refused{{"s", "--out", ""}, "expects FILE"},
-                    Refused{{"--rate", "0", "s"}, "not '0'"},
-                    Refused{{"--rate", "nan", "s"}, "not 'nan'"},
-                    Refused{{"--rate", "1e9", "s"}, "not '1e9'"},
-                    Refused{{"--rate", "44100.5", "s"}, "whole"},
-                    Refused{{"--vector", "48", "s"}, "power of two"},
-                    Refused{{"--vector", "0", "s"}, "power of two"},
-                    Refused{{"--vector", "8192", "s"}, "power of two"},
-                    Refused{{"--vector", "64.", "s"}, "power of two"},
-                    Refused{{"--duration", "-1", "s"}, "0 or more"},
-                    Refused{{"--duration", "1e999", "s"}, "0 or more"},
-                    Refused{{"--duration", "long", "s"}, "not 'long'"},
-                    Refused{{"--out", "a", "--picture", "a", "s"}, "same file 'a'"},
-                    Refused{{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
-                    Refused{{"--in", "b/../a", "--out", "a", "s"}, "--in and --out name the same"},
-                    Refused{{"s", "--picture", "./s"}, "the script and --picture"},
-                    Refused{{"--osc", "9000", "s"}, "not available"},
-                    Refused{{"--validate", "11", "s"}, "1 to 10"},
-                    Refused{{"--validate", "1"}, "no box text"}));
 
 }  // namespace

@@ -59,69 +59,60 @@ struct Slip {
     const char* fault;
 };
 
-class SlipIn : public testing::TestWithParam<Slip> {};
-
-TEST_P(SlipIn, IsNamedWithFileAndLine) {
-    try {
-        ParseScript(GetParam().text, "s.txt");
-        FAIL() << "accepted: " << GetParam().text;
-    } catch (const Fault& fault) {
-        const std::string place = "s.txt:" + std::to_string(GetParam().line) + ": ";
-        EXPECT_EQ(std::string(fault.what()).rfind(place, 0), 0u) << fault.what();
-        EXPECT_NE(std::string(fault.what()).find(GetParam().fault), std::string::npos)
-            << fault.what();
-        EXPECT_EQ(fault.Status(), ExitStatus::WrongInput);
+// clang-format off
+const Slip kSlips[] = {
+    {"", 1, "no object"}, {"# nothing\n\n", 2, "no object"},
+    {"source 1 az 1\n", 1, "first statement"}, {"host sync\nobject a~\n", 1, "first statement"},
+    {"host fail object_alloc\nobject a~\n", 1, "FUNCTION N"},
+    {"\"object\" a~\n", 1, "first statement"}, {"object\n", 1, "box text"},
+    {"object 12\n", 1, "name of a class"}, {"object a~\nobject a~\n", 2, "made already"},
+    {"object a~\n\nat 1 object b~\n", 3, "made already"},
+    {"object a~\nat\n", 2, "time is missing"}, {"object a~\nat 1\n", 2, "nothing stands"},
+    {"object a~\nat soon a\n", 2, "'soon' is no time"}, {"object a~\nat -0.1 a\n", 2, "no time"},
+    {"object a~\nat 1e999 a\n", 2, "no time"}, {"object a~\nat \"1\" a\n", 2, "no time"},
+    {"object a~\nat 1 at 2 a\n", 2, "one time only"},
+    {"object a~\nsay \"no end\n", 2, "quotation mark"},
+    {"object a~\nsay a\"b\"\n", 2, "quotation mark"},
+    {"object a~\nsay \"a\"b\n", 2, "quotation mark"},
+    {"object a~\nsay gr\xfc\xdf\n", 2, "byte 7 of the line is no UTF-8"},
+    {std::string("object a~\nsay a\0b\n", 17), 2, ""}, {"\xff\xfeo", 1, "no UTF-8"},
+    {"object a~\nhost\n", 2, "directive is missing"},
+    {"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
+    {"object a~\nhost coverag\n", 2, "did you mean coverage?"},
+    {"object a~\nhost layout 5.1.5\n", 2, "did you mean 5.1.2?"},
+    {"object a~\nhost layout 5.3\n", 2, "NAME, one of"},
+    {"object a~\nhost osc\n", 2, "expects FILE"},
+    {"object a~\nhost from elsewhere a\n", 2, "main|scheduler|audio"},
+    {"object a~\nhost preset store x\n", 2, "store|recall|print SLOT"},
+    {"object a~\nhost pattr cut\n", 2, "cut N"},
+    {"object a~\nhost dictionary d read\n", 2, "read FILE"},
+    {"object a~\nhost fail gensym 1\n", 2, "that can fail"},
+    {"object a~\nhost free\nhost from main a\n", 3, "has been freed"},
+    {"object a~\nhost sync 1\n", 2, "expects nothing"},
+    {"object a~\nhost connect 1\n", 2, "INLET 0|1"},
+    {"object a~\nhost connect 0 1\n", 2, "INLET 0|1"},
+    {"object a~\nhost connect 1 2\n", 2, "INLET 0|1"},
+    {"object a~\nhost rate 0\n", 2, "expects HZ"},
+    {"object a~\nhost rate fast\n", 2, "expects HZ"},
+    {"object a~\nat 1 host vector 48\n", 2, "expects N"},
+    {"object a~\nhost vector 8192\n", 2, "expects N"},
+    {"object a~\nhost free\nclear\n", 3, "freed"},
+    {"object a~\nat 2 clear\nat 1 host free\n", 2, "freed"},
+};
+// clang-format on
+TEST(Script, SlipsAreNamedWithFileAndLine) {
+    for (const Slip& slip : kSlips) {
+        try {
+            ParseScript(slip.text, "s.txt");
+            ADD_FAILURE() << "accepted: " << slip.text;
+        } catch (const Fault& fault) {
+            const std::string said = fault.what();
+            EXPECT_TRUE(said.starts_with("s.txt:" + std::to_string(slip.line) + ": ")) << said;
+            EXPECT_NE(said.find(slip.fault), std::string::npos) << said;
+            EXPECT_EQ(fault.Status(), ExitStatus::WrongInput);
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Scripts,
-    SlipIn,
-    testing::Values(Slip{"", 1, "no object"},
-                    Slip{"# nothing\n\n", 2, "no object"},
-                    Slip{"source 1 az 1\n", 1, "first statement"},
-                    Slip{"host sync\nobject a~\n", 1, "first statement"},
-                    Slip{"host fail object_alloc\nobject a~\n", 1, "FUNCTION N"},
-                    Slip{"\"object\" a~\n", 1, "first statement"},
-                    Slip{"object\n", 1, "box text"},
-                    Slip{"object 12\n", 1, "name of a class"},
-                    Slip{"object a~\nobject a~\n", 2, "made already"},
-                    Slip{"object a~\n\nat 1 object b~\n", 3, "made already"},
-                    Slip{"object a~\nat\n", 2, "time is missing"},
-                    Slip{"object a~\nat 1\n", 2, "nothing stands"},
-                    Slip{"object a~\nat soon a\n", 2, "'soon' is no time"},
-                    Slip{"object a~\nat -0.1 a\n", 2, "no time"},
-                    Slip{"object a~\nat 1e999 a\n", 2, "no time"},
-                    Slip{"object a~\nat \"1\" a\n", 2, "no time"},
-                    Slip{"object a~\nat 1 at 2 a\n", 2, "one time only"},
-                    Slip{"object a~\nsay \"no end\n", 2, "quotation mark"},
-                    Slip{"object a~\nsay a\"b\"\n", 2, "quotation mark"},
-                    Slip{"object a~\nsay \"a\"b\n", 2, "quotation mark"},
-                    Slip{"object a~\nsay gr\xfc\xdf\n", 2, "byte 7 of the line is no UTF-8"},
-                    Slip{std::string("object a~\nsay a\0b\n", 17), 2, ""},
-                    Slip{"\xff\xfeo", 1, "no UTF-8"},
-                    Slip{"object a~\nhost\n", 2, "directive is missing"},
-                    Slip{"object a~\nhost nonsense\n", 2, "unknown directive 'host nonsense'"},
-                    Slip{"object a~\nhost coverag\n", 2, "did you mean coverage?"},
-                    Slip{"object a~\nhost layout 5.1.5\n", 2, "did you mean 5.1.2?"},
-                    Slip{"object a~\nhost layout 5.3\n", 2, "NAME, one of"},
-                    Slip{"object a~\nhost osc\n", 2, "expects FILE"},
-                    Slip{"object a~\nhost from elsewhere a\n", 2, "main|scheduler|audio"},
-                    Slip{"object a~\nhost preset store x\n", 2, "store|recall|print SLOT"},
-                    Slip{"object a~\nhost pattr cut\n", 2, "cut N"},
-                    Slip{"object a~\nhost dictionary d read\n", 2, "read FILE"},
-                    Slip{"object a~\nhost fail gensym 1\n", 2, "that can fail"},
-                    Slip{"object a~\nhost free\nhost from main a\n", 3, "has been freed"},
-                    Slip{"object a~\nhost sync 1\n", 2, "expects nothing"},
-                    Slip{"object a~\nhost connect 1\n", 2, "INLET 0|1"},
-                    Slip{"object a~\nhost connect 0 1\n", 2, "INLET 0|1"},
-                    Slip{"object a~\nhost connect 1 2\n", 2, "INLET 0|1"},
-                    Slip{"object a~\nhost rate 0\n", 2, "expects HZ"},
-                    Slip{"object a~\nhost rate fast\n", 2, "expects HZ"},
-                    Slip{"object a~\nat 1 host vector 48\n", 2, "expects N"},
-                    Slip{"object a~\nhost vector 8192\n", 2, "expects N"},
-                    Slip{"object a~\nhost free\nclear\n", 3, "freed"},
-                    Slip{"object a~\nat 2 clear\nat 1 host free\n", 2, "freed"}));
 
 TEST(Directives, StandInTheHelpAndInTheDocumentationAlike) {
     const auto keywords = [](const std::string& text, const std::string& before) {

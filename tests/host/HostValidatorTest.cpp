@@ -50,39 +50,32 @@ TEST_P(ValidatorOnMistake, NamesIt) {
     EXPECT_NE(Failures(run).find(GetParam().caught), std::string::npos) << Failures(run);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Modules,
-    ValidatorOnMistake,
-    testing::Values(Mistake{"none", ""},
-                    Mistake{"unwritten", "writes every sample"},
-                    Mistake{"nan", "gives numbers"},
-                    Mistake{"posting", "object_post: called in a perform routine"},
-                    Mistake{"leaking", "leaves nothing behind"},
-                    Mistake{"silent", "every outlet"},
-                    Mistake{"unclipped", "gain keeps to its range"},
-                    Mistake{"uncounted", "memory for more: counts 4"},
-                    Mistake{"overrun", "written beyond their end"},
-                    Mistake{"twice", "the memory has been freed already"},
-                    Mistake{"late", "written to after they were freed"},
-                    Mistake{"dialog", "called in the stack of a message"},
-                    Mistake{"dead", "\"dictionary\" is used after it was freed"},
-                    Mistake{"escaping", "escaped"},
-                    Mistake{"forgetful", "pattr, 6 states: gain is"},
-                    Mistake{"soundsother", "pattr, 6 states: sample "},
-                    Mistake{"nanfast", "384000 Hz: samples are no numbers"},
-                    Mistake{"infinite", "gives numbers"},
-                    Mistake{"soundless", "noise in, something out"},
-                    Mistake{"partial", "vectors of 512: samples were not written"},
-                    Mistake{"wordy", "every inlet"},
-                    Mistake{"misplaced", "the rightmost outlet takes messages"},
-                    Mistake{"unanswering", "gain answers: answers ''"},
-                    Mistake{"nanheld", "gain keeps to its range: holds nan"},
-                    Mistake{"drifting", "gain is what it says"},
-                    Mistake{"mainonly", "messages of the scheduler thread"},
-                    Mistake{"unmutable", "silent while its patcher is muted"},
-                    Mistake{"hoarding", "touch leaves nothing behind: 10 blocks"},
-                    Mistake{"spilling", "1 allocations stay behind"}),
-    [](const auto& mistake) { return std::string(mistake.param.fault); });
+// clang-format off
+constexpr Mistake kMistakes[] = {
+    {"none", ""}, {"unwritten", "writes every sample"}, {"nan", "gives numbers"},
+    {"posting", "object_post: called in a perform routine"},
+    {"leaking", "leaves nothing behind"}, {"silent", "every outlet"},
+    {"unclipped", "gain keeps to its range"}, {"uncounted", "memory for more: counts 4"},
+    {"overrun", "written beyond their end"}, {"twice", "the memory has been freed already"},
+    {"late", "written to after they were freed"}, {"dialog", "called in the stack of a message"},
+    {"dead", "\"dictionary\" is used after it was freed"}, {"escaping", "escaped"},
+    {"forgetful", "pattr, 6 states: gain is"}, {"soundsother", "pattr, 6 states: sample "},
+    {"nanfast", "384000 Hz: samples are no numbers"}, {"infinite", "gives numbers"},
+    {"soundless", "noise in, something out"},
+    {"partial", "vectors of 512: samples were not written"}, {"wordy", "every inlet"},
+    {"misplaced", "the rightmost outlet takes messages"},
+    {"unanswering", "gain answers: answers ''"},
+    {"nanheld", "gain keeps to its range: holds nan"}, {"drifting", "gain is what it says"},
+    {"mainonly", "messages of the scheduler thread"},
+    {"unmutable", "silent while its patcher is muted"},
+    {"hoarding", "touch leaves nothing behind: 10 blocks"},
+    {"spilling", "1 allocations stay behind"},
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Modules,
+                         ValidatorOnMistake,
+                         testing::ValuesIn(kMistakes),
+                         [](const auto& mistake) { return std::string(mistake.param.fault); });
 
 TEST(FreedInTheChain, IsReported) {
     const TemporaryFolder folder;

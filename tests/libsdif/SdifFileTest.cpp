@@ -71,19 +71,15 @@ TEST(SdifFile, EveryElementTypeComesBack) {
         ElementType type;
         double lowest, highest;
     };
+    using enum ElementType;
+    // clang-format off
     const Range ranges[] = {
-        {ElementType::Int8, -128, 127},
-        {ElementType::Int16, -32768, 32767},
-        {ElementType::Int32, -0x1p31, 0x7fffffff},
-        {ElementType::Int64, -0x1p63, 0x1p63},
-        {ElementType::UInt8, 0, 255},
-        {ElementType::UInt16, 0, 65535},
-        {ElementType::UInt32, 0, 0xffffffffu},
-        {ElementType::UInt64, 0, 0x1p64},
-        {ElementType::Text, 0, 255},
-        {ElementType::Float32, -inf, inf},
-        {ElementType::Float64, -inf, inf},
+        {Int8,  -128, 127},             {Int16,  -32768, 32767}, {Int32,   -0x1p31, 0x7fffffff},
+        {Int64, -0x1p63, 0x1p63},       {UInt8,  0, 255},        {UInt16,  0, 65535},
+        {UInt32, 0, 0xffffffffu},       {UInt64, 0, 0x1p64},     {Text,    0, 255},
+        {Float32, -inf, inf},           {Float64, -inf, inf},
     };
+    // clang-format on
     std::vector<Sdif::Matrix> matrices;
     for (const Range& range : ranges) {
         for (std::uint32_t n = 1; n <= 9; ++n) {

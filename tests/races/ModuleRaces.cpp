@@ -21,7 +21,7 @@ constexpr std::size_t kFrames = 64;
 std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
     const auto number = [&random](unsigned most) { return std::to_string(random() % most); };
     const std::string source = "source " + std::to_string(1 + random() % numInputs);
-    switch (random() % 12) {
+    switch (random() % 14) {
         case 0: return "interpolationtime " + number(60);
         case 1: return "speaker " + number(5) + " aed " + number(360) + " 0 1";
         case 2: return "speakers ae 0 10 60 -10 120 10 180 -10 240 10 300 " + number(20);
@@ -32,6 +32,8 @@ std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
         case 7: return "getspeakerspositions";
         case 8: return "load kemar";
         case 9: return "implementation realisation fir length 1" + number(9);
+        case 10: return "bypass " + number(2);
+        case 11: return source + " spread " + number(100);
         default: return source + " aed " + number(360) + ' ' + number(90) + ' ' + number(4);
     }
 }

@@ -212,44 +212,6 @@ Fault LinkedValuesArriveTogether() {
     return fault;
 }
 
-Fault StaticRowsArriveWhole() {
-    tav::StaticSignalMatrix matrix(kInputs, kOutputs);
-    HostBlock block(kInputs, kOutputs);
-    const auto set = [&](std::mt19937& random) {
-        matrix.SetRow(static_cast<unsigned>(random() % kInputs), UniformRow(random));
-    };
-    const auto audio = [&]() -> Fault {
-        block.Play(matrix, SomeFrames());
-        return Uniform(block) ? "" : "a row was mixed from two";
-    };
-    return RunThreads(audio, {set});
-}
-
-Fault ConnectionsChangeWhileAudioRuns() {
-    tav::SignalMatrix matrix(kInputs, kOutputs);
-    matrix.SetInterpolationTime(1.f);
-    HostBlock block(kInputs, kOutputs);
-    const auto connect = [&](std::mt19937& random) {
-        std::vector<short> inlets(kInputs);
-        std::vector<short> outlets(kOutputs);
-        for (short& count : inlets) count = static_cast<short>(random() % 2);
-        for (short& count : outlets) count = static_cast<short>(random() % 2);
-        matrix.SetConnections(inlets, outlets);
-        matrix.SetAutoMuteTime(random() % 2 == 0 ? 0.f : 1.f);
-    };
-    const auto move = [&](std::mt19937& random) {
-        matrix.SetRow(static_cast<unsigned>(random() % kInputs), UniformRow(random), false);
-    };
-    const auto audio = [&]() -> Fault {
-        block.Play(matrix, SomeFrames());
-        const auto possible = [](double sample, double) {
-            return sample >= -1e-4 && sample <= kInputs + 1e-4;
-        };
-        return block.AllOf(possible) ? "" : "an output was not cleared";
-    };
-    return RunThreads(audio, {connect, move});
-}
-
 /// Through a line full of ones a one comes out, at any delay, by any kernel, from any ring.
 Fault DelaysKeepTheirHistoryWhileTheyGrow() {
     tav::Delay delay;
@@ -359,8 +321,6 @@ constexpr Scenario kScenarios[] = {
     {"immediate rows are rows that were set", ImmediateRowsAreRowsThatWereSet},
     {"the last row wins", TheLastRowWins},
     {"linked values arrive together", LinkedValuesArriveTogether},
-    {"static rows arrive whole", StaticRowsArriveWhole},
-    {"connections change while audio runs", ConnectionsChangeWhileAudioRuns},
     {"delays keep their history while they grow", DelaysKeepTheirHistoryWhileTheyGrow},
     {"panners outlive a storm", PannersOutliveAStorm},
     {"audio never notices that rigs turn", AudioNeverNoticesThatRigsTurn},

@@ -11,11 +11,9 @@
 #include "z_dsp.h"
 
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <limits>
 #include <map>
-#include <thread>
 #include <utility>
 
 using namespace Tests;
@@ -167,59 +165,6 @@ TEST_F(PanObjectAudio, NeitherAllocatesNorLocksWhilePositionsMove) {
         }
         ASSERT_EQ(violations, 0u);
     }
-}
-
-// Worth most under the thread sanitizer: main thread and scheduler send, a third one plays and
-// sends from the audio interrupt, and now and then the chain is rebuilt.
-TEST_F(PanObjectAudio, TakesMessagesFromTwoThreadsWhileItPlays) {
-    constexpr const char* kMessages[] = {"source 1 azim++ 7",
-                                         "source 2 mute 1",
-                                         "source 2 mute 0",
-                                         "source 1 spread 4",
-                                         "spread 5 6",
-                                         "speaker 1 az 3",
-                                         "speakers az 0 1 2 3 4 5 6 7",
-                                         "info",
-                                         "interpolationtime",
-                                         "clear",
-                                         "interpolationtime 5",
-                                         "automute 0",
-                                         "automute 3",
-                                         "mute 1",
-                                         "mute 0",
-                                         "bypass 1",
-                                         "bypass 0",
-                                         "sourcespositions 1 2 3 4 5 6"};
-    PanBox box("2 8 angular");
-    std::atomic<int> sending = 2;
-    const auto send = [&](HostApi::ThreadKind kind, std::size_t stride) {
-        const HostApi::ThreadScope scope(kind);
-        for (std::size_t k = 0; k < 2000; ++k) {
-            box.Send(kMessages[k * stride % std::size(kMessages)]);
-            EXPECT_EQ(HostApi::AttributeValue(box.Get(), "sourcespositions").size(), 6u);
-        }
-        --sending;
-    };
-    std::thread main(send, HostApi::ThreadKind::Main, 5);
-    std::thread scheduler(send, HostApi::ThreadKind::Scheduler, 7);
-    const std::vector<short> counts(10, 1);
-    Vectors vectors(2, 8, 64);
-    while (sending > 0) {
-        HostApi::AdvanceClocks(1);
-        HostApi::DspChain chain(box.Get(), counts);
-        for (int round = 0; round < 50; ++round) {
-            for (auto& channel : vectors.inputs) channel.assign(64, 0.5);
-            {
-                const HostApi::ThreadScope audio(HostApi::ThreadKind::Audio);
-                box.Send("source 2 azim++ 3");
-                if (round == 0) box.Send("speakers az 7 6 5 4 3 2 1 0");
-            }
-            vectors.Perform(chain);
-            for (const double sample : vectors.Row()) EXPECT_LE(std::abs(sample), 2.0);
-        }
-    }
-    main.join();
-    scheduler.join();
 }
 
 // Such an object is left when there was no memory for any engine.

@@ -61,67 +61,42 @@ TEST(HrtfFile, CellsCarryTheGainInTheirFirstNumerator) {
     EXPECT_NEAR(p.z, std::sqrt(3.f), 1e-6f);
 }
 
+/// As a set may have them: the first two of the five numbers of a cell are its denominator.
+void PutDenominatorsFirst(HrtfFileContent& f) {
+    for (HrtfFrame& frame : f.frames) {
+        for (const std::size_t at : {1u, 5u, 10u, 14u}) {
+            const double cell[] = {0.25, 0.5, -3.0, 2.0};
+            std::ranges::copy(cell, &frame.matrices[2].values[at]);
+        }
+    }
+}
+
+void AddWhatIsForeign(HrtfFileContent& f) {
+    std::swap(f.frames[0], f.frames[1]);
+    auto& matrices = f.frames[1].matrices;
+    matrices.insert(matrices.begin(), {"XXXX", ElementType::Int8, 1, 5, {1, 2, 3, 4, 5}});
+    f.frames.insert(f.frames.begin(), {9, {{"1ABC", ElementType::Int8, 1, 1, {1}}}, "1FQ0"});
+}
+
+void AddSurplusNumbers(HrtfFileContent& f) {
+    f.infos["FiltersLength"] = "7";
+    const std::vector<double> numbers{1, 0, 0, 0.5, 0, 8, 9, 1, 0, 0, 0.5, 0, 8, 9};
+    for (auto& frame : f.frames) frame.matrices[2] = {"XIIR", ElementType::Float32, 2, 7, numbers};
+}
+
+// clang-format off
 TEST(HrtfFile, WhatSoundFilesMayHold) {
-    const struct {
-        const char* name;
-        Change change;
-        std::function<bool(const HrtfData&)> holds;
-    } cases[] = {
-        {"any order, other frames, other matrices",
-         [](auto& f) {
-             std::swap(f.frames[0], f.frames[1]);
-             f.frames[1].matrices.insert(f.frames[1].matrices.begin(),
-                                         {"XXXX", ElementType::Int8, 1, 5, {1, 2, 3, 4, 5}});
-             f.frames.insert(f.frames.begin(),
-                             {9, {{"1ABC", ElementType::Int8, 1, 1, {1}}}, "1FQ0"});
-         },
-         [](auto& s) { return s.points[0].position.y == 1.f && s.points[1].delay == 0.5f; }},
-        {"surplus numbers behind the last whole cell",
-         [](auto& f) {
-             f.infos["FiltersLength"] = "7";
-             for (auto& frame : f.frames) {
-                 frame.matrices[2] = {"XIIR",
-                                      ElementType::Float32,
-                                      2,
-                                      7,
-                                      {1, 0, 0, 0.5, 0, 8, 9, 1, 0, 0, 0.5, 0, 8, 9}};
-             }
-         },
-         [](auto& s) { return s.filtersLength == 6 && s.points[0].filters(1, 4) == 0.5f; }},
-        {"denominators first",
-         [](auto& f) {
-             for (auto& frame : f.frames) {
-                 auto& v = frame.matrices[2].values;
-                 for (const std::size_t at : {1u, 5u, 10u, 14u}) {
-                     v[at] = 0.25;  // to be a1, a2
-                     v[at + 1] = 0.5;
-                     v[at + 2] = -3.0;
-                     v[at + 3] = 2.0;
-                 }
-             }
-         },
-         [](auto& s) {
-             return s.points[0].filters(0, 1) == -3.f && s.points[0].filters(0, 5) == 0.5f;
-         }},
-        {"finite responses of whole numbers", [](auto& f) { f = SmallFirSet(); },
-         [](auto& s) {
-             return s.filterType == Hrtfs::FilterType::Fir && s.filtersLength == 3 &&
-                    s.points[1].filters(1, 2) == 6.f;
-         }},
-        {"another word for cells", [](auto& f) { f.infos["FiltersType"] = "BIQUAD"; },
-         [](auto& s) { return s.filterType == Hrtfs::FilterType::BiquadCells; }},
-        {"for loudspeakers",
-         [](auto& f) { f.infos["DataType"] = "BinauralToTransauralLeastSquares"; },
-         [](auto& s) { return static_cast<int>(s.architecture) == 8; }},
-        {"for nobody known", [](auto& f) { f.infos["DataType"] = "unspecified"; },
-         [](auto& s) { return static_cast<int>(s.architecture) == 0; }},
-        {"harmonics without filters",
-         [](auto& f) {
-             f.infos["FiltersType"] = "SH_COEFF";
-             for (auto& frame : f.frames) frame.matrices.resize(1);
-         },
-         [](auto& s) { return s.filterType == Hrtfs::FilterType::ShCoeff; }},
+    const struct { const char* name; Change change; std::function<bool(const HrtfData&)> holds; } cases[] = {
+        {"any order, other frames, other matrices", AddWhatIsForeign, [](auto& s) { return s.points[0].position.y == 1.f && s.points[1].delay == 0.5f; }},
+        {"surplus numbers behind the last whole cell", AddSurplusNumbers, [](auto& s) { return s.filtersLength == 6 && s.points[0].filters(1, 4) == 0.5f; }},
+        {"denominators first", PutDenominatorsFirst, [](auto& s) { return s.points[0].filters(0, 1) == -3.f && s.points[0].filters(0, 5) == 0.5f; }},
+        {"finite responses of whole numbers", [](auto& f) { f = SmallFirSet(); }, [](auto& s) { return s.filterType == Hrtfs::FilterType::Fir && s.filtersLength == 3 && s.points[1].filters(1, 2) == 6.f; }},
+        {"another word for cells", [](auto& f) { f.infos["FiltersType"] = "BIQUAD"; }, [](auto& s) { return s.filterType == Hrtfs::FilterType::BiquadCells; }},
+        {"for loudspeakers", [](auto& f) { f.infos["DataType"] = "BinauralToTransauralLeastSquares"; }, [](auto& s) { return static_cast<int>(s.architecture) == 8; }},
+        {"for nobody known", [](auto& f) { f.infos["DataType"] = "unspecified"; }, [](auto& s) { return static_cast<int>(s.architecture) == 0; }},
+        {"harmonics without filters", [](auto& f) { f.infos["FiltersType"] = "SH_COEFF"; for (auto& frame : f.frames) frame.matrices.resize(1); }, [](auto& s) { return s.filterType == Hrtfs::FilterType::ShCoeff; }},
     };
+    // clang-format on
     for (const auto& c : cases) {
         HrtfFileContent file = SmallCellSet();
         c.change(file);

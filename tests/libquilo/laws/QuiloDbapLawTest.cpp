@@ -61,22 +61,6 @@ TEST(DbapGains, EqualTheLawInDoublePrecisionOverRandomLayouts) {
     }
 }
 
-TEST(HullAttenuation, FallsWithTheDistanceBeyondTheHull) {
-    // One corner stands high, and its own height counts: also for which corner is nearest.
-    const tav::CartesianArray layout{{-2, -2, 0}, {-2, 2, 0}, {2, 2, 4}, {2, -2, 0}};
-    const SpeakerCloud cloud(layout);
-    const tav::ConvexHull2D hull(layout);
-    EXPECT_EQ(cloud.centroid, (CartesianVector{0, 0, 1}));
-    EXPECT_FLOAT_EQ(cloud.radius, std::sqrt(17.f));
-    EXPECT_EQ(HullAttenuation(hull, cloud.centroid, {2, 1, 100}), 1.f);  // on the edge
-    EXPECT_FLOAT_EQ(HullAttenuation(hull, cloud.centroid, {3, 3, 3}),
-                    (std::sqrt(17.f) + 1.f) / (std::sqrt(22.f) + 1.f));
-    EXPECT_FLOAT_EQ(HullAttenuation(hull, cloud.centroid, {3, 1, -4}),
-                    4.f / (std::sqrt(35.f) + 1.f));
-    EXPECT_FLOAT_EQ(HullAttenuation(hull, cloud.centroid, {-9, -2.5f, 1}),
-                    4.f / (std::sqrt(87.25f) + 1.f));
-}
-
 TEST(VdbapWeights, CrossfadeRoundTheRadius) {
     struct Row {
         float distance, radius, vectorBase;

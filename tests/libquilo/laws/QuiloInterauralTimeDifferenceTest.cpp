@@ -2,7 +2,6 @@
 #include "laws/QuiloInterauralTimeDifference.h"
 
 #include "math/VelkDspSpherical.h"
-#include "pan/QuiloKeywords.h"
 
 #include <gtest/gtest.h>
 
@@ -91,15 +90,6 @@ TEST(ItdModel, MeasurementTakesWhatWasMeasured) {
     EXPECT_EQ(itd.Delays(ahead, 0.5f), (EarDelays{1.25f, 0.75f}));
     itd.latencyMode = static_cast<Itd::LatencyMode>(2);
     EXPECT_EQ(itd.Delays(ahead, 0.5f), EarDelays{});
-}
-
-TEST(ItdKeywords, PrintAndParseApart) {
-    EXPECT_EQ(ItdTypeKeywords().Print(*ItdTypeKeywords().Parse("larcherjot")), "larchetjot");
-    EXPECT_EQ(ItdTypeKeywords().Print(*ItdTypeKeywords().Parse("NoITD")), "none");
-    for (const char* printedOnly : {"larchetjot", "none", "Woodworth"}) {
-        EXPECT_FALSE(ItdTypeKeywords().Parse(printedOnly)) << printedOnly;
-    }
-    EXPECT_EQ(ItdTypeKeywords().Print(static_cast<Itd::Type>(7)), "");
 }
 
 }  // namespace

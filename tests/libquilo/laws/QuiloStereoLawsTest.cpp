@@ -68,12 +68,5 @@ constexpr Placement kPlacements[] = {
 // clang-format on
 INSTANTIATE_TEST_SUITE_P(Placements, StereoLaws, testing::ValuesIn(kPlacements), Tests::kByName);
 
-// Deliberate: the factor is no square root.
-TEST(XyGains, KeepsItsOwnFactor) {
-    std::array<float, 2> gains{};
-    XyGains(tav::FromNavigational(-45.f, 0.f, 1.f), gains);
-    EXPECT_FLOAT_EQ(gains[0], 2.f * 0.41421f);
-}
-
 }  // namespace
 }  // namespace Quilo

@@ -74,16 +74,6 @@ TEST(SurroundLaw, KeepsEnergyWhateverTheLayout) {
     }
 }
 
-TEST(SurroundLaw, SwapsLeftAndRightWhenMirrored) {
-    for (float azimuth = 2.f; azimuth < 180.f; azimuth += 3.f) {
-        const auto right = Gains(SurroundLaw(), 4, tav::FromNavigational(azimuth, 20.f, 0.7f));
-        const auto left = Gains(SurroundLaw(), 4, tav::FromNavigational(-azimuth, 20.f, 0.7f));
-        EXPECT_NEAR(right[0], left[2], kTolerance);
-        EXPECT_NEAR(right[1], left[1], kTolerance);
-        EXPECT_NEAR(right[3], left[3], kTolerance);
-    }
-}
-
 TEST(SurroundLaw, TakesTheThirdLoudspeakerAsTheRightOneOfFour) {
     const auto layout = At({-60, 10, 45, 180});
     SurroundLaw three, four;

@@ -58,40 +58,16 @@ struct PanCase {
 };
 
 /// Every type that has a panner of its own, with the outputs it is tested with.
+// clang-format off
 inline constexpr PanCase kAllPanners[] = {
-    {"xy", 2},
-    {"ms", 2},
-    {"ab", 2},
-    {"surround", 3},
-    {"surround", 4},
-    {"angular", 1},
-    {"angular", 5},
-    {"vbap2d", 5},
-    {"vbip2d", 5},
-    {"bformat", 3},
-    {"bformat", 4},
-    {"hoa2d", 7},
-    {"hoa3d", 16},
-    {"vbap", 6},
-    {"vbip", 4},
-    {"subwoofers", 1},
-    {"subwoofers", 5},
-    {"dbap", 5},
-    {"dbap3d", 6},
-    {"vdbap", 6},
-    {"knn", 5},
-    {"spcap", 5},
-    {"panr", 4},
-    {"panr", 8},
-    {"panr", 12},
-    {"no such", 3},
-    {"angular", 4, "diffuse"},
-    {"hoa2d", 7, "diffuse"},
-    {"hoa3d", 9, "diffuse"},
-    {"nfchoa2d", 7, "direct", 11.0},
-    {"nfchoa3d", 16, "direct", 11.0},
-    {"binaural", 2, "direct", 8.0},
+    {"xy", 2}, {"ms", 2}, {"ab", 2}, {"surround", 3}, {"surround", 4}, {"angular", 1},
+    {"angular", 5}, {"vbap2d", 5}, {"vbip2d", 5}, {"bformat", 3}, {"bformat", 4}, {"hoa2d", 7},
+    {"hoa3d", 16}, {"vbap", 6}, {"vbip", 4}, {"subwoofers", 1}, {"subwoofers", 5}, {"dbap", 5},
+    {"dbap3d", 6}, {"vdbap", 6}, {"knn", 5}, {"spcap", 5}, {"panr", 4}, {"panr", 8}, {"panr", 12},
+    {"no such", 3}, {"angular", 4, "diffuse"}, {"hoa2d", 7, "diffuse"}, {"hoa3d", 9, "diffuse"},
+    {"nfchoa2d", 7, "direct", 11.0}, {"nfchoa3d", 16, "direct", 11.0}, {"binaural", 2, "direct", 8.0},
 };
+// clang-format on
 
 inline std::string NameOf(const PanCase& c) {
     const std::string type = std::string(c.type) == "no such" ? "null" : c.type;

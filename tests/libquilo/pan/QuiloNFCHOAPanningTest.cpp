@@ -175,37 +175,19 @@ TEST(NFCHOAPanning, WhateverMovesUnderASineAddsNoNoise) {
     };
     // With the high-pass a source that comes through its whole range within 100 ms is modulated by
     // order 7, whose limit may not rise any later.
+    // clang-format off
     constexpr Change kChanges[] = {
-        {"high-pass off", {-95, -90}, [](NFCHOAPanning& pan) { pan.SetHighPass(false); }},
-        {"away uncut",
-         {-98, -90},
-         [](NFCHOAPanning& pan) {
-             pan.SetSourcePosition(0, {0, 0, 50}, false, false);
-         }},
-        {"near uncut",
-         {-98, -98},
-         [](NFCHOAPanning& pan) {
-             pan.SetSourcePosition(0, {0, 0, 0.1f}, false, false);
-         }},
-        {"high-pass on", {-90, -100}, [](NFCHOAPanning& pan) { pan.SetHighPass(true); }},
-        {"away",
-         {-100, -86},
-         [](NFCHOAPanning& pan) {
-             pan.SetSourcePosition(0, {0, 0, 50}, false, false);
-         }},
-        {"near",
-         {-100, -50},
-         [](NFCHOAPanning& pan) {
-             pan.SetSourcePosition(0, {0, 0, 0.1f}, false, false);
-         }},
-        {"uncompensated",
-         {-100, -92},
-         [](NFCHOAPanning& pan) { pan.SetNearfieldCompensation(0, false); }},
-        {"compensated",
-         {-100, -60},
-         [](NFCHOAPanning& pan) { pan.SetNearfieldCompensation(0, true); }},
-        {"radius", {-93, -88}, [](NFCHOAPanning& pan) { pan.SetSpeakersRadius(4.f); }},
+        {"high-pass off", {-95, -90},  [](NFCHOAPanning& pan) { pan.SetHighPass(false); }},
+        {"away uncut",    {-98, -90},  [](NFCHOAPanning& pan) { pan.SetSourcePosition(0, {0, 0, 50}, false, false); }},
+        {"near uncut",    {-98, -98},  [](NFCHOAPanning& pan) { pan.SetSourcePosition(0, {0, 0, 0.1f}, false, false); }},
+        {"high-pass on",  {-90, -100}, [](NFCHOAPanning& pan) { pan.SetHighPass(true); }},
+        {"away",          {-100, -86}, [](NFCHOAPanning& pan) { pan.SetSourcePosition(0, {0, 0, 50}, false, false); }},
+        {"near",          {-100, -50}, [](NFCHOAPanning& pan) { pan.SetSourcePosition(0, {0, 0, 0.1f}, false, false); }},
+        {"uncompensated", {-100, -92}, [](NFCHOAPanning& pan) { pan.SetNearfieldCompensation(0, false); }},
+        {"compensated",   {-100, -60}, [](NFCHOAPanning& pan) { pan.SetNearfieldCompensation(0, true); }},
+        {"radius",        {-93, -88},  [](NFCHOAPanning& pan) { pan.SetSpeakersRadius(4.f); }},
     };
+    // clang-format on
     for (const unsigned order : {3u, 7u}) {
         Overhead overhead(order, 1.f, 0.1f);
         overhead.pan.SetInterpolationTime(100.f);
@@ -279,24 +261,13 @@ TEST(NFCHOAPanning, RoundsFarBelowTheSignal) {
     }
 }
 
-TEST(NFCHOAPanning, OrderAndDescriptionAreInForce) {
-    NFCHOAPanning2D pan(20, 7);
-    PanPlayer player(pan);
-    pan.SetSpeakersRadius(100.f);
-    pan.SetHighPass(false);
-    pan.SetOrder(1);
-    for (unsigned i = 0; i < 20; ++i) pan.SetSourcePosition(i, {3, 4, 0}, false, true);
-    const auto gains = player.SteadyGains(17);
-    std::vector<std::string> lines;
-    pan.Dump(lines);
-    EXPECT_EQ(lines[2], "order : 1");
-    EXPECT_EQ(lines[4], "nfc compensation : true");
-    EXPECT_EQ(lines[5], "nfc high pass : false");
-    EXPECT_EQ(lines[6], "nfc speakers radius : 20 m");
-    EXPECT_EQ(pan.OutputLabel(1), "output #2 : Y(1,-1) (Y)");
-    for (std::size_t c = 3; c < 7; ++c) EXPECT_EQ(gains[c], 0.0);
-    EXPECT_EQ(gains[0], 1.0);
-    EXPECT_GT(gains[1], gains[2]);
+TEST(NFCHOAPanning, ANewRateEndsTheWayOfASource) {
+    Overhead moved(3, 1.f, 5.f), there(3, 1.f, 0.5f);
+    moved.pan.SetInterpolationTime(200.f);
+    moved.pan.SetSourcePosition(0, {0, 0, 0.5f}, false, false);
+    moved.player.Play(640, Silence);
+    for (Overhead* overhead : {&moved, &there}) overhead->pan.SetSampleRate(96000.f);
+    EXPECT_EQ(moved.Play(3, 640, Impulse), there.Play(3, 640, Impulse));
 }
 
 }  // namespace

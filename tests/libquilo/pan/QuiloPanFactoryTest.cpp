@@ -12,52 +12,30 @@ namespace {
 
 struct Request {
     const char* type;
-    const char* subtype;
     unsigned inputs, outputs;
     const char* madeType;
-    const char* madeSubtype;
+    const char* subtype = "direct";
+    const char* madeSubtype = "direct";
 };
 
 // clang-format off
-constexpr Request kRequests[] = {
-    // type        subtype       in   out   type       subtype
-    {"xy",         "direct",      1,   2,  "xy",       "direct"},
-    {"xy",         "direct",      1,   3,  "null",     "direct"},
-    {"ms",         "direct",      1,   2,  "ms",       "direct"},
-    {"ms",         "direct",      1,   1,  "null",     "direct"},
-    {"ab",         "direct",      1,   2,  "ab",       "direct"},
-    {"ab",         "direct",      1,   4,  "null",     "direct"},
-    {"surround",   "direct",      1,   2,  "null",     "direct"},
-    {"surround",   "direct",      1,   3,  "surround", "direct"},
-    {"surround",   "direct",      1,   4,  "surround", "direct"},
-    {"surround",   "direct",      1,   5,  "null",     "direct"},
-    {"panr",       "direct",      1,  10,  "null",     "direct"},
-    {"angular",    "direct",      0,   0,  "angular",  "direct"},
-    {"angular",    "direct",      250, 250, "angular", "direct"},
-    {"vbap2d",     "direct",      1,   1,  "null",     "direct"},
-    {"vbap2d",     "direct",      1,   2,  "vbap2d",   "direct"},
-    {"vbip2d",     "direct",      1,   1,  "null",     "direct"},
-    {"vbip2d",     "direct",      1,   2,  "vbip2d",   "direct"},
-    {"vbap",       "direct",      1,   2,  "null",     "direct"},
-    {"bformat",    "direct",      1,   2,  "null",     "direct"},
-    {"b-format",   "direct",      1,   3,  "bformat",  "direct"},
-    {"bformat",    "direct",      1,   4,  "bformat",  "direct"},
-    {"bformat",    "direct",      1,   5,  "null",     "direct"},
-    {"hoa3d",      "direct",      1,   8,  "null",     "direct"},
-    {"hoa2d",      "direct",      1,   4,  "null",     "direct"},
-    {"spcap",      "direct",      0,   9,  "null",     "direct"},
-    {"knn",        "direct",      1,   0,  "null",     "direct"},
-    {"binaural",   "diffuse",     1,   2,  "null",     "direct"},
-    {"binaural",   "early",       1,   3,  "null",     "direct"},
+constexpr Request kRequests[] = {  // type, inputs, outputs, type made; subtype, subtype made
+    {"xy", 1, 2, "xy"}, {"xy", 1, 3, "null"}, {"ms", 1, 2, "ms"}, {"ms", 1, 1, "null"},
+    {"ab", 1, 2, "ab"}, {"ab", 1, 4, "null"}, {"surround", 1, 2, "null"},
+    {"surround", 1, 3, "surround"}, {"surround", 1, 4, "surround"}, {"surround", 1, 5, "null"},
+    {"panr", 1, 10, "null"}, {"angular", 0, 0, "angular"}, {"angular", 250, 250, "angular"},
+    {"vbap2d", 1, 1, "null"}, {"vbap2d", 1, 2, "vbap2d"}, {"vbip2d", 1, 1, "null"},
+    {"vbip2d", 1, 2, "vbip2d"}, {"vbap", 1, 2, "null"}, {"bformat", 1, 2, "null"},
+    {"b-format", 1, 3, "bformat"}, {"bformat", 1, 4, "bformat"}, {"bformat", 1, 5, "null"},
+    {"hoa3d", 1, 8, "null"}, {"hoa2d", 1, 4, "null"}, {"spcap", 0, 9, "null"},
+    {"knn", 1, 0, "null"}, {"binaural", 1, 2, "null", "diffuse"},
+    {"binaural", 1, 3, "null", "early"},
     // The subtype matters for binaural and diffuse only; an unknown one is direct.
-    {"vbap2d",     "early",       1,   4,  "vbap2d",   "early"},
-    {"ms",         "snowman",     1,   2,  "ms",       "snowmanmodel"},
-    {"vbap2d",     "sh",          1,   4,  "vbap2d",   "direct"},
+    {"vbap2d", 1, 4, "vbap2d", "early", "early"}, {"ms", 1, 2, "ms", "snowman", "snowmanmodel"},
+    {"vbap2d", 1, 4, "vbap2d", "sh"},
     // Exact matching: unknown types are the null type, and so is its own word.
-    {"Angular",    "direct",      1,   4,  "null",     "direct"},
-    {"angular ",   "direct",      1,   4,  "null",     "direct"},
-    {"null",       "early",       1,   4,  "null",     "direct"},
-    {"",           "",            1,   4,  "null",     "direct"},
+    {"Angular", 1, 4, "null"}, {"angular ", 1, 4, "null"}, {"null", 1, 4, "null", "early"},
+    {"", 1, 4, "null", ""},
 };
 // clang-format on
 

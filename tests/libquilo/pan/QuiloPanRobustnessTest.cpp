@@ -91,17 +91,11 @@ INSTANTIATE_TEST_SUITE_P(Panners,
 class PannerAnywhere : public testing::TestWithParam<PanCase> {};
 
 TEST_P(PannerAnywhere, StaysFiniteInDegenerateGeometry) {
-    const tav::CartesianVector odd[] = {{0, 0, 0},
-                                        {1, 0, 0},
-                                        {-1, 0, 0},
-                                        {0, 0, 1},
-                                        {1e-38f, 0, 0},
-                                        {1e-30f, 0, 0},
-                                        {0, -0.f, 0},
-                                        {1e15f, 1e15f, 1e15f},
-                                        {3e38f, 1, 0},
-                                        {1e30f, 0, -1e30f},
-                                        {3e38f, 3e38f, -3e38f}};
+    // clang-format off
+    const tav::CartesianVector odd[] = {
+        {0, 0, 0}, {1, 0, 0}, {-1, 0, 0}, {0, 0, 1}, {1e-38f, 0, 0}, {1e-30f, 0, 0}, {0, -0.f, 0},
+        {1e15f, 1e15f, 1e15f}, {3e38f, 1, 0}, {1e30f, 0, -1e30f}, {3e38f, 3e38f, -3e38f}};
+    // clang-format on
     const tav::CartesianArray layouts[] = {
         DefaultSpeakersFor(Pan::Type::Vbap, 12),
         {},

@@ -15,7 +15,6 @@ namespace Quilo {
 namespace {
 
 using Gains = std::vector<double>;
-using Lines = std::vector<std::string>;
 using tav::CartesianArray;
 using tav::FromNavigational;
 using Tests::Energy;
@@ -33,12 +32,6 @@ CartesianArray Octahedron() {
     return {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
 }
 
-Lines Report(Pan& pan) {
-    Lines lines{"what stood here before"};
-    pan.Dump(lines);
-    return lines;
-}
-
 class VectorBasedPanners : public testing::TestWithParam<const char*> {
 protected:
     static std::unique_ptr<Pan> Make(unsigned inputs, unsigned outputs) {
@@ -49,26 +42,6 @@ protected:
         return Tests::PanPlayer(pan, kRateHz).SteadyGains(0);
     }
 };
-
-TEST_P(VectorBasedPanners, ListTheirTriplets) {
-    const auto pan = Make(2, 6);
-    CartesianArray layout = Octahedron();
-    const std::string type = GetParam();
-    EXPECT_EQ(Report(*pan), (Lines{"panning type : " + type, "panning subtype : direct"}));
-    pan->SetSpeakersPositions(layout);
-    const Lines all{"panning type : " + type, "panning subtype : direct", "Triplet #1 : 1 3 5 ",
-                    "Triplet #2 : 1 3 6 ",    "Triplet #3 : 1 4 5 ",      "Triplet #4 : 1 4 6 ",
-                    "Triplet #5 : 2 3 5 ",    "Triplet #6 : 2 3 6 ",      "Triplet #7 : 2 4 5 ",
-                    "Triplet #8 : 2 4 6 "};
-    EXPECT_EQ(Report(*pan), all);
-    // Without a source nobody computes gains: the report itself triangulates, flat layouts too.
-    const auto unheard = Make(0, 6);
-    unheard->SetSpeakersPositions(layout);
-    EXPECT_EQ(Report(*unheard), all);
-    layout.Resize(4);
-    unheard->SetSpeakersPositions(layout);
-    EXPECT_EQ(Report(*unheard).size(), 2U);
-}
 
 TEST_P(VectorBasedPanners, AreSilentOnFlatLayouts) {
     const auto pan = Make(1, 9);
@@ -89,7 +62,7 @@ TEST_P(VectorBasedPanners, KeepTheLayoutThatWasBegunLast) {
     std::swap(turned[4], turned[5]);
     auto first = pan->PrepareSpeakers(Octahedron());
     auto second = pan->PrepareSpeakers(turned);
-    EXPECT_EQ(Report(*pan).size(), 2U);  // nothing is installed yet
+    EXPECT_EQ(Energy(GainsAt(*pan, {0, 0, 1})), 0.0);  // nothing is installed yet
     pan->InstallSpeakers(std::move(second));
     const Gains newest{0, 0, 0, 0, 0, 1};
     EXPECT_EQ(GainsAt(*pan, {0, 0, 1}), newest);

@@ -31,16 +31,11 @@ SphericalHarmonic::Degree Channel(std::size_t index, unsigned dimension) {
 
 /// Random ones, those on an axis, and some that are hard: almost vertical, far, tiny.
 CartesianArray Directions() {
-    CartesianArray directions{{1, 0, 0},
-                              {-1, 0, 0},
-                              {0, 1, 0},
-                              {0, -1, 0},
-                              {0, 0, 1},
-                              {0, 0, -2},
-                              {0.01f, 0.02f, 1},
-                              {-1, -1e-7f, 0},
-                              {3e19f, -2e19f, 1e19f},
+    // clang-format off
+    CartesianArray directions{{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -2},
+                              {0.01f, 0.02f, 1}, {-1, -1e-7f, 0}, {3e19f, -2e19f, 1e19f},
                               {1e-20f, 2e-20f, 3e-20f}};
+    // clang-format on
     std::mt19937 generator(5);
     directions.Resize(60);
     for (std::size_t i = 10; i < 60; ++i) directions[i] = Tests::RandomPoint(generator, 2.f);
@@ -213,15 +208,6 @@ TEST_P(HoaEncodingVectorInFastMode, IsThePreciseOneOnWholeDegreesAndTheNearestBe
 }
 
 INSTANTIATE_TEST_SUITE_P(Dimensions, HoaEncodingVectorInFastMode, testing::Values(2u, 3u));
-
-TEST(HoaLookupTable, IsSharedWhileSomebodyHasIt) {
-    const auto table = HoaLookupTable::Shared(2, 3, Normalization::N3D);
-    EXPECT_EQ(HoaLookupTable::Shared(2, 3, Normalization::N3D), table);
-    EXPECT_NE(HoaLookupTable::Shared(2, 3, Normalization::SN3D), table);
-    const std::weak_ptr<const HoaLookupTable> seen =
-        HoaLookupTable::Shared(2, 2, Normalization::N2D);
-    EXPECT_TRUE(seen.expired());
-}
 
 }  // namespace
 }  // namespace tav

@@ -5,9 +5,7 @@
 
 #include <cmath>
 #include <limits>
-#include <set>
 #include <string>
-#include <vector>
 
 namespace tav {
 namespace {
@@ -34,40 +32,6 @@ TEST(SphericalHarmonic, SortsTheNamedChannels) {
     EXPECT_EQ(SphericalHarmonic::ChannelLabel(1, -1, true), "Y(1,-1) (Y)");
     EXPECT_EQ(SphericalHarmonic::ChannelLabel(1, 0, false), "Y(1,0)");
     EXPECT_EQ(SphericalHarmonic::ChannelLabel(4, -4, true), "Y(4,-4)");
-}
-
-TEST(SphericalHarmonic, GivesEveryHarmonicOneChannelInEverySorting) {
-    for (const Sorting sorting : {Sorting::ACN, Sorting::SID, Sorting::FMH}) {
-        for (const unsigned dimension : {2u, 3u}) {
-            unsigned index = 0;
-            for (unsigned n = 0; n <= 14; ++n) {
-                std::set<int> degrees;
-                for (; index < SphericalHarmonic::NumChannels(n, dimension); ++index) {
-                    const auto d = SphericalHarmonic::FromChannelIndex(index, dimension, sorting);
-                    EXPECT_EQ(d.n, n);
-                    EXPECT_LE(std::abs(d.m), static_cast<int>(n));
-                    EXPECT_TRUE(dimension == 3 || std::abs(d.m) == static_cast<int>(n));
-                    degrees.insert(d.m);
-                }
-                EXPECT_EQ(degrees.size(), dimension == 3 ? 2 * n + 1 : (n == 0 ? 1u : 2u));
-            }
-        }
-    }
-}
-
-TEST(SphericalHarmonic, KnowsTheCountsThatAreWholeOrders) {
-    for (const unsigned dimension : {1u, 2u, 3u}) {
-        std::vector<int> orders(251, -1);
-        orders[1] = 0;
-        for (unsigned n = 0; n < 125; ++n) {
-            const unsigned count = SphericalHarmonic::NumChannels(n, dimension);
-            if (count > 0 && count <= 250) orders[count] = static_cast<int>(n);
-        }
-        for (unsigned count = 0; count <= 250; ++count) {
-            EXPECT_EQ(SphericalHarmonic::OrderFromChannelCount(count, dimension), orders[count]);
-            EXPECT_EQ(SphericalHarmonic::IsValidChannelCount(count, dimension), orders[count] >= 0);
-        }
-    }
 }
 
 TEST(SphericalHarmonic, OneWayBackIsInfinite) {

@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <random>
 #include <vector>
 
@@ -53,16 +52,6 @@ TEST(StringHelper, TextIsCutMappedAndRecognised) {
     EXPECT_TRUE(tav::IsUrl("HTTPS://a"));
     EXPECT_TRUE(tav::IsUrl("ftp:x"));
     EXPECT_FALSE(tav::IsUrl("file:http:"));
-}
-
-TEST(StringHelper, DatesHaveTheirDayAndTwoDigits) {
-    std::tm date{};
-    date.tm_year = 126;  // since 1900
-    date.tm_mon = 0;
-    date.tm_mday = 4;
-    date.tm_hour = 5;
-    date.tm_sec = 59;
-    EXPECT_EQ(tav::DateText(date), "Sun 2026-01-04 05:00:59");
 }
 
 }  // namespace
