@@ -48,6 +48,16 @@ TEST_P(LayoutPanners, AreSilentBeforeALayoutAndUseWhatTheyGet) {
     EXPECT_EQ(GainsAt(*pan, 0.f), (Gains{0, 0, 0}));
 }
 
+TEST_P(LayoutPanners, JumpWhereTheyAreToldTo) {
+    const auto pan = Make(3);
+    pan->SetSpeakersPositions(At({-30, 30, 180}));
+    PanPlayer player(*pan, 8000.f);
+    for (const float azimuth : {-30.f, 30.f, -30.f}) {
+        pan->SetSourcesPositions(At({azimuth}), true);
+        EXPECT_NEAR(player.Play(64, Tests::Ones)[azimuth < 0.f ? 0 : 1].front(), 1.0, 1e-6);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Types,
                          LayoutPanners,
                          testing::Values("angular", "vbap2d", "vbip2d"),
