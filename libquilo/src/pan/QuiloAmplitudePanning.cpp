@@ -18,6 +18,13 @@ void AmplitudePanning::Perform(float* const* outputs,
     matrix_.Perform(outputs, inputs, frames);
 }
 
+void AmplitudePanning::ProcessToHost(const tav::HostDrain& host,
+                                     float* const* outputs,
+                                     const float* const* inputs,
+                                     unsigned frames) noexcept TAV_NONBLOCKING {
+    matrix_.ProcessToHost(host, outputs, inputs, frames);
+}
+
 void AmplitudePanning::ComputeSource(unsigned index, bool immediate, bool) {
     if (!IsMuted(index)) ComputeGains(index, StoredPosition(index), row_);
     SetGains(index, row_, immediate);

@@ -22,6 +22,11 @@ public:
 protected:
     AmplitudePanning(unsigned numInputs, unsigned numOutputs);
 
+    void ProcessToHost(const tav::HostDrain& host,
+                       float* const* outputs,
+                       const float* const* inputs,
+                       unsigned frames) noexcept TAV_NONBLOCKING override;
+
     /// The row of a source, or silence while it is muted.
     void SetGains(unsigned index, std::span<const float> gains, bool immediate)
         TAV_REQUIRES(controlLock_);

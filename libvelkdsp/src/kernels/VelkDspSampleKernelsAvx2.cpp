@@ -30,7 +30,7 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
         const __m256d limited = _mm256_max_pd(_mm256_min_pd(sample, largest), lowest);
         _mm_storeu_ps(own + k, _mm256_cvtpd_ps(_mm256_and_pd(counts, limited)));
     }
-    SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
+    if (k < n) SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
 void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
@@ -40,7 +40,7 @@ void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
         _mm256_storeu_pd(host + k, _mm256_and_pd(IsFinite(Magnitude(sample)), sample));
         _mm_storeu_ps(own + k, _mm_setzero_ps());
     }
-    SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
+    if (k < n) SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
 }
 
 }  // namespace

@@ -11,12 +11,8 @@ namespace {
 constexpr int kLanes = 8;
 constexpr __mmask8 kAll = 0xff;
 
-__mmask8 IsFinite(__m512d magnitude) noexcept {
-    const __m512d infinity = _mm512_set1_pd(std::numeric_limits<double>::infinity());
-    return _mm512_cmp_pd_mask(magnitude, infinity, _CMP_LT_OQ);
-}
-
 void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
+    const __m512d infinity = _mm512_set1_pd(std::numeric_limits<double>::infinity());
     const __m512d largest = _mm512_set1_pd(kLargestInput);
     const __m512d lowest = _mm512_set1_pd(-kLargestInput);
     const __m512d smallest = _mm512_set1_pd(kSmallestInput);
@@ -24,32 +20,41 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     for (; k + kLanes <= n; k += kLanes) {
         const __m512d sample = _mm512_loadu_pd(host + k);
         const __m512d magnitude = _mm512_abs_pd(sample);
-        const __mmask8 counts =
-            _mm512_mask_cmp_pd_mask(IsFinite(magnitude), magnitude, smallest, _CMP_GE_OQ);
+        const __mmask8 isFinite = _mm512_cmp_pd_mask(magnitude, infinity, _CMP_LT_OQ);
+        const __mmask8 counts = _mm512_mask_cmp_pd_mask(isFinite, magnitude, smallest, _CMP_GE_OQ);
         const __m512d limited =
             _mm512_maskz_max_pd(kAll, _mm512_maskz_min_pd(kAll, sample, largest), lowest);
         _mm256_storeu_ps(own + k, _mm512_maskz_cvtpd_ps(counts, limited));
     }
-    SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
+    if (k < n) SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
 /// Stores wait for their cache lines one by one; lines that are asked for together arrive together.
+/// A part of a run is not worth it.
 constexpr int kRun = 64;  // samples
 void FetchRun(const double* host, int n) noexcept {
-    for (int k = 0; k < n && k < kRun; k += kLanes) {
+    if (n < kRun) return;
+    for (int k = 0; k < kRun; k += kLanes) {
         _mm_prefetch(reinterpret_cast<const char*>(host + k), _MM_HINT_T0);
     }
 }
 
 void DrainToHost(float* own, double* host, int n) noexcept TAV_NONBLOCKING {
+    const __m512 infinity = _mm512_set1_ps(std::numeric_limits<float>::infinity());
     int k = 0;
-    for (; k + kLanes <= n; k += kLanes) {
+    for (; k + 2 * kLanes <= n; k += 2 * kLanes) {
         if (k % kRun == 0) FetchRun(host + k, n - k);
-        const __m512d sample = _mm512_maskz_cvtps_pd(kAll, _mm256_loadu_ps(own + k));
-        _mm512_storeu_pd(host + k, _mm512_maskz_mov_pd(IsFinite(_mm512_abs_pd(sample)), sample));
-        _mm256_storeu_ps(own + k, _mm256_setzero_ps());
+        const __m512 magnitudes = _mm512_abs_ps(_mm512_loadu_ps(own + k));
+        const unsigned isFinite = _mm512_cmp_ps_mask(magnitudes, infinity, _CMP_LT_OQ);
+        const auto first = static_cast<__mmask8>(isFinite & kAll);
+        const auto second = static_cast<__mmask8>(isFinite >> kLanes);
+        const __m256 low = _mm256_loadu_ps(own + k);
+        const __m256 high = _mm256_loadu_ps(own + k + kLanes);
+        _mm512_storeu_pd(host + k, _mm512_maskz_cvtps_pd(first, low));
+        _mm512_storeu_pd(host + k + kLanes, _mm512_maskz_cvtps_pd(second, high));
+        _mm512_storeu_ps(own + k, _mm512_setzero_ps());
     }
-    SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
+    if (k < n) SampleKernels::Scalar().drainToHost(own + k, host + k, n - k);
 }
 
 }  // namespace

@@ -91,17 +91,24 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
     }
     // Slot 1 leaves unconnected outputs alone, and connections may change while it runs: what it
     // skips, or adds to, is not an old block, since nothing of the last one is left here.
-    ProcessZeroed(scratch.outputs.data(), scratch.inputs.data(), frames);
-    for (unsigned output = 0; output < numOutputs_; ++output) {
-        kernels_.drainToHost(scratch.outputs[output], outputs[output] + offset,
-                             static_cast<int>(frames));
-    }
+    ProcessToHost({kernels_, outputs, offset}, scratch.outputs.data(), scratch.inputs.data(),
+                  frames);
 }
 
 void AudioProcessorBase::ProcessZeroed(float* const* outputs,
                                        const float* const* inputs,
                                        unsigned frames) noexcept TAV_NONBLOCKING {
     Process(outputs, inputs, frames);
+}
+
+void AudioProcessorBase::ProcessToHost(const HostDrain& host,
+                                       float* const* outputs,
+                                       const float* const* inputs,
+                                       unsigned frames) noexcept TAV_NONBLOCKING {
+    ProcessZeroed(outputs, inputs, frames);
+    for (unsigned output = 0; output < numOutputs_; ++output) {
+        host.Drain(output, outputs[output], 0, static_cast<int>(frames));
+    }
 }
 
 void AudioProcessorBase::ProcessHost(double* const* outputs,

@@ -8,6 +8,7 @@
 
 #include "kernels/VelkDspSampleKernels.h"
 #include "processors/VelkDspHandOver.h"
+#include "processors/VelkDspHostDrain.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <atomic>
@@ -99,6 +100,13 @@ protected:
     /// Slot 1 for outputs that are all zeros already. A block that adds to its outputs overrides it
     /// and saves the zeroing.  Thread: audio.
     virtual void ProcessZeroed(float* const* outputs,
+                               const float* const* inputs,
+                               unsigned frames) noexcept TAV_NONBLOCKING;
+    /// Slot 1 for outputs that are all zeros already, each sample of all of them drained, and thus
+    /// a zero again. A block that finishes one output after the other overrides it and drains them
+    /// as it goes.  Thread: audio.
+    virtual void ProcessToHost(const HostDrain& host,
+                               float* const* outputs,
                                const float* const* inputs,
                                unsigned frames) noexcept TAV_NONBLOCKING;
 

@@ -222,8 +222,7 @@ bool GainMixer::AddToPanels(unsigned input) noexcept TAV_NONBLOCKING {
     return any;
 }
 
-void GainMixer::Mix(float* const* outputs,
-                    const float* const* inputs,
+void GainMixer::Mix(const MixPorts& ports,
                     int offset,
                     const RampPiece& piece) noexcept TAV_NONBLOCKING {
     if (listsStale_) RebuildLists();
@@ -231,8 +230,8 @@ void GainMixer::Mix(float* const* outputs,
     for (int done = 0; done < piece.frames; done += kMostFrames) {
         const int frames = std::min(piece.frames - done, kMostFrames);
         if (anyRampedList_ || anyRampedPanel_) FillWeights(piece, done, frames);
-        MixLists(outputs, inputs, offset + done, frames);
-        if (numPanelInputs_ > 0) MixPanels(outputs, inputs, offset + done, frames);
+        MixLists(ports, offset + done, frames);
+        if (numPanelInputs_ > 0) MixPanels(ports, offset + done, frames);
     }
 }
 
@@ -248,35 +247,34 @@ void GainMixer::FillWeights(const RampPiece& piece, int first, int count) noexce
     std::fill_n(weights_.begin() + count, kStripFrames, 0.f);
 }
 
-void GainMixer::MixLists(float* const* outputs,
-                         const float* const* inputs,
-                         int offset,
-                         int frames) noexcept TAV_NONBLOCKING {
+void GainMixer::MixLists(const MixPorts& ports, int offset, int frames) noexcept TAV_NONBLOCKING {
+    const bool isAll = numPanelInputs_ == 0;
     const MixPair* pairs = pairs_.data();
     for (unsigned o = 0; o < numOutputs_; ++o) {
         const Counts counts = listCounts_[o];
         if (counts.constant > 0) {
-            kernels_.mixConstantList(outputs[o] + offset, inputs, offset, pairs, counts.constant,
-                                     frames);
+            kernels_.mixConstantList(ports.outputs[o] + offset, ports.inputs, offset, pairs,
+                                     counts.constant, frames);
             pairs += counts.constant;
         }
         if (counts.ramped > 0) {
-            kernels_.mixRampedList(outputs[o] + offset, inputs, offset, pairs, counts.ramped,
-                                   weights_.data(), frames);
+            kernels_.mixRampedList(ports.outputs[o] + offset, ports.inputs, offset, pairs,
+                                   counts.ramped, weights_.data(), frames);
             pairs += counts.ramped;
+        }
+        if (isAll && ports.host != nullptr) {
+            ports.host->Drain(o, ports.outputs[o], offset, frames);
         }
     }
 }
 
-void GainMixer::MixPanels(float* const* outputs,
-                          const float* const* inputs,
-                          int offset,
-                          int frames) noexcept TAV_NONBLOCKING {
+void GainMixer::MixPanels(const MixPorts& ports, int offset, int frames) noexcept TAV_NONBLOCKING {
     for (int done = 0; done < frames; done += kStripFrames) {
         const int count = std::min(frames - done, kStripFrames);
-        const Strip strip = StripOf(inputs, offset + done, count);
+        const Strip strip = StripOf(ports.inputs, offset + done, count);
         for (unsigned tile = 0; tile < numTiles_; ++tile) {
-            MixTile(tile, strip, outputs, offset + done, weights_.data() + done, count);
+            MixTile(tile, strip, ports.outputs, offset + done, weights_.data() + done, count);
+            if (ports.host != nullptr) DrainTile(tile, ports, offset + done, count);
         }
     }
 }
@@ -318,6 +316,16 @@ void GainMixer::MixTile(unsigned tile,
         panel.inputs = &rampedInputs_[first];
         panel.numInputs = counts.ramped;
         kernels_.mixRampedPanel(tileOutputs.data(), strip, panel, weights, frames);
+    }
+}
+
+void GainMixer::DrainTile(unsigned tile,
+                          const MixPorts& ports,
+                          int offset,
+                          int frames) const noexcept TAV_NONBLOCKING {
+    const unsigned end = std::min(numOutputs_, (tile + 1) * kTile);
+    for (unsigned o = tile * kTile; o < end; ++o) {
+        ports.host->Drain(o, ports.outputs[o], offset, frames);
     }
 }
 

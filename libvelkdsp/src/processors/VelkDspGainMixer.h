@@ -11,6 +11,7 @@
 
 #include "containers/VelkDspAlignedVector.h"
 #include "kernels/VelkDspGainKernels.h"
+#include "processors/VelkDspHostDrain.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <array>
@@ -27,6 +28,14 @@ namespace tav {
 struct RampPiece {
     std::int32_t position = 0;  // samples of the segment that were played before
     int frames = 0;
+};
+
+/// What is mixed into what: a pointer per port. With a host, every output is drained as soon as it
+/// is finished; without one, the sums stay where they are.
+struct MixPorts {
+    float* const* outputs;
+    const float* const* inputs;
+    const HostDrain* host;  // may be null
 };
 
 /// inputs x outputs gains, all 0 at first.
@@ -55,11 +64,9 @@ public:
     /// @return true: this changed, and all rows have to be set again
     bool SetConnected(unsigned output, bool connected) noexcept TAV_NONBLOCKING;
 
-    /// Adds the inputs into the outputs, both from sample `offset` on.
-    void Mix(float* const* outputs,
-             const float* const* inputs,
-             int offset,
-             const RampPiece& piece) noexcept TAV_NONBLOCKING;
+    /// Adds the inputs into the outputs, both from sample `offset` on. A host gets those samples of
+    /// all outputs, the unconnected and the silent ones too.
+    void Mix(const MixPorts& ports, int offset, const RampPiece& piece) noexcept TAV_NONBLOCKING;
 
 private:
     enum class Route : std::uint8_t { Silent, Lists, ConstantPanel, RampedPanel };
@@ -83,14 +90,8 @@ private:
     void RebuildPanels() noexcept TAV_NONBLOCKING;
     bool AddToPanels(unsigned input) noexcept TAV_NONBLOCKING;
     void FillWeights(const RampPiece& piece, int first, int count) noexcept TAV_NONBLOCKING;
-    void MixLists(float* const* outputs,
-                  const float* const* inputs,
-                  int offset,
-                  int frames) noexcept TAV_NONBLOCKING;
-    void MixPanels(float* const* outputs,
-                   const float* const* inputs,
-                   int offset,
-                   int frames) noexcept TAV_NONBLOCKING;
+    void MixLists(const MixPorts& ports, int offset, int frames) noexcept TAV_NONBLOCKING;
+    void MixPanels(const MixPorts& ports, int offset, int frames) noexcept TAV_NONBLOCKING;
     Strip StripOf(const float* const* inputs, int offset, int frames) noexcept TAV_NONBLOCKING;
     void MixTile(unsigned tile,
                  const Strip& strip,
@@ -98,6 +99,10 @@ private:
                  int offset,
                  const float* weights,
                  int frames) noexcept TAV_NONBLOCKING;
+    void DrainTile(unsigned tile,
+                   const MixPorts& ports,
+                   int offset,
+                   int frames) const noexcept TAV_NONBLOCKING;
     /// The first of the six gains, or steps, of an input in a tile.
     std::size_t Slot(unsigned tile, unsigned input) const noexcept TAV_NONBLOCKING;
 

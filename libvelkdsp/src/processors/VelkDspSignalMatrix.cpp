@@ -118,6 +118,17 @@ void SignalMatrix::SetRow(unsigned row, std::span<const float> gains, bool immed
 void SignalMatrix::Perform(float* const* outputs,
                            const float* const* inputs,
                            unsigned frames) noexcept TAV_NONBLOCKING {
+    MixBlock({outputs, inputs, nullptr}, frames);
+}
+
+void SignalMatrix::ProcessToHost(const HostDrain& host,
+                                 float* const* outputs,
+                                 const float* const* inputs,
+                                 unsigned frames) noexcept TAV_NONBLOCKING {
+    MixBlock({outputs, inputs, &host}, frames);
+}
+
+void SignalMatrix::MixBlock(const MixPorts& ports, unsigned frames) noexcept TAV_NONBLOCKING {
     TakeJump();
     if (UpdateActivity()) SetAllStale();
     int offset = 0;
@@ -126,13 +137,13 @@ void SignalMatrix::Perform(float* const* outputs,
         SetStaleMixerRows();
         if (AtRest()) {
             // Segments that change nothing need no boundaries between them.
-            mixer_.Mix(outputs, inputs, offset, {0, left});
+            mixer_.Mix(ports, offset, {0, left});
             const std::int64_t played = std::int64_t{rampPosition_} + left;
             rampPosition_ = rampLength_ > 0 ? static_cast<std::int32_t>(played % rampLength_) : 0;
             return;
         }
         const int piece = std::min(left, rampLength_ - rampPosition_);
-        mixer_.Mix(outputs, inputs, offset, {rampPosition_, piece});
+        mixer_.Mix(ports, offset, {rampPosition_, piece});
         rampPosition_ += piece;
         offset += piece;
         left -= piece;
@@ -246,7 +257,7 @@ void StaticSignalMatrix::Perform(float* const* outputs,
     if (TargetsWait() || setAll) {
         for (unsigned row = 0; row < NumInputs(); ++row) TakeRow(row, setAll);
     }
-    mixer_.Mix(outputs, inputs, 0, {0, static_cast<int>(frames)});
+    mixer_.Mix({outputs, inputs, nullptr}, 0, {0, static_cast<int>(frames)});
 }
 
 void StaticSignalMatrix::TakeRow(unsigned row, bool setAlways) noexcept TAV_NONBLOCKING {

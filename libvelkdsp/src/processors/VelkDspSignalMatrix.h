@@ -82,6 +82,10 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
+    void ProcessToHost(const HostDrain& host,
+                       float* const* outputs,
+                       const float* const* inputs,
+                       unsigned frames) noexcept TAV_NONBLOCKING override;
     std::string Name() const override;
     /// Starts a segment of the length that the interpolation time has at this rate.
     void SetSampleRate(float hz) override;
@@ -107,6 +111,7 @@ private:
         bool stale;  // the mixer has other gains
     };
 
+    void MixBlock(const MixPorts& ports, unsigned frames) noexcept TAV_NONBLOCKING;
     void RestartRamp() noexcept;
     void TakeJump() noexcept TAV_NONBLOCKING;
     void JumpRow(std::size_t index, const GainJump& jump) noexcept TAV_NONBLOCKING;
