@@ -7,6 +7,7 @@
 #include "max/VelkMaxTexts.h"
 
 #include <algorithm>
+#include <cassert>
 #include <deque>
 #include <new>
 #include <utility>
@@ -28,13 +29,13 @@ constexpr double kDelaysMs[] = {0, 40, 1000};
 // is never freed: the late one finds no door, or at worst another object's, which then does a
 // little earlier what it put off.
 struct Door::Handle {
-    std::mutex mutex;
-    Door* door = nullptr;
+    tav::ControlLock lock;
+    Door* door TAV_GUARDED_BY(lock) = nullptr;
 
     struct Pool {
-        std::mutex mutex;
-        std::deque<Handle> handles;
-        std::vector<Handle*> free;
+        tav::ControlLock lock;
+        std::deque<Handle> handles TAV_GUARDED_BY(lock);
+        std::vector<Handle*> free TAV_GUARDED_BY(lock);
     };
     static Pool& ThePool() {
         static auto& pool = *new Pool;  // clocks may ring while the process ends
@@ -43,30 +44,30 @@ struct Door::Handle {
 
     static Handle& Of(Door& door) {
         Pool& pool = ThePool();
-        const std::lock_guard lock(pool.mutex);
+        const tav::ControlGuard guard(pool.lock);
         if (pool.free.empty()) {
             pool.free.reserve(pool.handles.size() + 1);  // so that Release needs no memory
             pool.free.push_back(&pool.handles.emplace_back());
         }
         Handle& handle = *pool.free.back();
         pool.free.pop_back();
-        const std::lock_guard own(handle.mutex);
+        const tav::ControlGuard own(handle.lock);
         handle.door = &door;
         return handle;
     }
     void Release() noexcept {
         {
-            const std::lock_guard own(mutex);
+            const tav::ControlGuard own(lock);
             door = nullptr;
         }
         Pool& pool = ThePool();
-        const std::lock_guard lock(pool.mutex);
+        const tav::ControlGuard guard(pool.lock);
         pool.free.push_back(this);
     }
 
     /// The door, which stands as long as its visitors are counted; null when it has closed.
     Door* Knock() noexcept {
-        const std::lock_guard lock(mutex);
+        const tav::ControlGuard own(lock);
         if (door != nullptr) ++door->visitors_;
         return door;
     }
@@ -107,19 +108,19 @@ void Door::Close() noexcept {
     }
     if (qelem_ != nullptr) qelem_free(qelem_);
     letters_.reset();
-    errands_.clear();
     const Visit last(*this);
+    errands_.clear();
     CollectAudioLines();
 }
 
 // ---- Coming and going
 
-Door::Visit::Visit(Door& door, Patience patience) : door_(door) {
+Door::Visit::Visit(Door& door, Patience patience) TAV_UNCHECKED : door_(door) {
     ++door.visitors_;
     isInside_ = door.Arrive(patience);
 }
 
-Door::Visit::~Visit() {
+Door::Visit::~Visit() TAV_UNCHECKED {
     if (isInside_) door_.Leave();
     --door_.visitors_;
 }
@@ -127,16 +128,19 @@ Door::Visit::~Visit() {
 bool Door::Arrive(Patience patience) {
     const bool inAudio = InAudioThread();
     if (inAudio && patience == Patience::WaitsOutsideAudio) {
-        if (!mutex_.try_lock()) return false;
+        if (!lock_.TryLock()) return false;
     } else {
-        mutex_.lock();
+        lock_.Lock();
     }
     holder_ = std::this_thread::get_id();
     return true;
 }
 
+void Door::AssertInside() const { assert(holder_ == std::this_thread::get_id()); }
+
 void Door::CollectAudioLines() {
     while (audioLines_.Take([this](ConsoleRow row, std::span<const char> text) {
+        AssertInside();
         Say(row, {text.data(), text.size()});
     })) {}
 }
@@ -146,7 +150,7 @@ void Door::Leave() {
     const CutLine cutLine = std::exchange(cutLine_, {});
     const bool hasNews = changes_.numAttributes > 0 || changes_.isOfState;
     holder_ = std::thread::id();
-    mutex_.unlock();
+    lock_.Unlock();
     auto* const object = static_cast<t_object*>(record_);
     for (const Line& line : said) line.row(object, "%s", line.text.c_str());
     if (cutLine.row != nullptr) cutLine.row(object, "%s", cutLine.text.data());
@@ -230,9 +234,13 @@ void Door::NoteChange(t_symbol* attribute) noexcept {
     if (known.size() < kMostChanges) changes_.attributes[changes_.numAttributes++] = attribute;
 }
 
-void Door::Changed(t_symbol* attribute) noexcept { NoteChange(attribute); }
+void Door::Changed(t_symbol* attribute) noexcept {
+    AssertInside();
+    NoteChange(attribute);
+}
 
 void Door::WasSet(t_symbol* attribute) noexcept {
+    AssertInside();
     if (isLate_) return NoteChange(attribute);
     NoteChange(nullptr);
     const auto known = std::span(changes_.attributes).first(changes_.numAttributes);
@@ -245,7 +253,7 @@ void Door::WasSet(t_symbol* attribute) noexcept {
 void Door::Announce() {
     Changes changes;
     {
-        const std::lock_guard lock(mutex_);
+        const tav::ControlGuard guard(lock_);
         changes = std::exchange(changes_, {});
     }
     auto* const object = static_cast<t_object*>(record_);
@@ -262,7 +270,10 @@ bool Door::KeepsLines() const noexcept {
 }
 
 void Door::KeepLine(ConsoleRow row, std::string_view text) noexcept {
-    if (!InAudioThread()) return Say(row, text);
+    if (!InAudioThread()) {
+        AssertInside();
+        return Say(row, text);
+    }
     const std::span line(text.data(), std::min(text.size(), kKeptLineSize));
     using Box = tav::Mailbox<ConsoleRow, char>;
     audioLines_.Put(row, line, Box::WhenFull::Drop);
@@ -342,7 +353,7 @@ void Door::SendToMain(const Letter& letter) noexcept {
     try {
         const auto atoms = letter.atoms.Span();
         Errand errand{letter.run, letter.name, {atoms.begin(), atoms.end()}};
-        const std::lock_guard lock(mutex_);
+        const tav::ControlGuard guard(lock_);
         if (state_ == State::Closed) return;
         errands_.push_back(std::move(errand));
         qelem_set(qelem_);
@@ -352,7 +363,7 @@ void Door::SendToMain(const Letter& letter) noexcept {
 }
 
 std::vector<Door::Errand> Door::TakeErrands() {
-    const std::lock_guard lock(mutex_);
+    const tav::ControlGuard guard(lock_);
     return std::exchange(errands_, {});
 }
 

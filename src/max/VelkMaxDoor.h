@@ -22,10 +22,10 @@
 #include "containers/VelkDspMailbox.h"
 #include "max/VelkMaxAtoms.h"
 #include "max/VelkMaxText.h"
+#include "processors/VelkDspControlLock.h"
 
 #include <array>
 #include <atomic>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -86,7 +86,7 @@ public:
 
     /// Runs the letter where it belongs, now or soon; letters of the audio thread keep their order.
     /// Thread: any, not inside
-    void Enter(const Letter& letter);
+    void Enter(const Letter& letter) TAV_EXCLUDES(lock_);
 
     /// Lets others in while `work` runs: for long work on copies.  Thread: inside, not audio
     template <class Work>
@@ -94,7 +94,7 @@ public:
 
     /// Runs the letter in the main thread, outside the door, once the current message is over:
     /// only then dialogs may open.  Thread: any but audio, not inside
-    void SendToMain(const Letter& letter) noexcept;
+    void SendToMain(const Letter& letter) noexcept TAV_EXCLUDES(lock_);
 
     /// An attribute has another value now and Max does not know of it.
     /// @param attribute  its name.  Thread: any, inside
@@ -152,37 +152,39 @@ private:
     /// What clocks and queue elements know: it outlives the door.
     struct Handle;
 
-    bool Arrive(Patience patience);
-    void Leave();
+    bool Arrive(Patience patience) TAV_TRY_ACQUIRE(true, lock_);
+    void Leave() TAV_RELEASE(lock_);
+    /// For functions that the outside calls while it is inside, which no compiler can see there.
+    void AssertInside() const TAV_ASSERT_HELD(lock_);
     /// What the audio thread has said is posted by this visit.
-    void CollectAudioLines();
-    void Say(ConsoleRow row, std::string_view text) noexcept;
-    void NoteChange(t_symbol* attribute) noexcept;
+    void CollectAudioLines() TAV_REQUIRES(lock_);
+    void Say(ConsoleRow row, std::string_view text) noexcept TAV_REQUIRES(lock_);
+    void NoteChange(t_symbol* attribute) noexcept TAV_REQUIRES(lock_);
     void KeepLetter(const Letter& letter) noexcept;
     void Set(Duty duty) noexcept;
     void Do(Duty duty);
-    bool CarryOutOneLetter();
-    void Announce();
+    bool CarryOutOneLetter() TAV_EXCLUDES(lock_);
+    void Announce() TAV_EXCLUDES(lock_);
     void ReportLosses();
-    std::vector<Errand> TakeErrands();
+    std::vector<Errand> TakeErrands() TAV_EXCLUDES(lock_);
 
     template <Duty kDuty>
     static void Ring(void* handle);
     static void Serve(void* handle);
 
     void* record_;
-    std::mutex mutex_;
-    std::atomic<std::thread::id> holder_;  // of the mutex
+    tav::ControlLock lock_;
+    std::atomic<std::thread::id> holder_;  // of the lock
     std::atomic<int> visitors_ = 0;        // who enter, are inside or leave
     std::atomic<State> state_ = State::New;
 
-    // Under the mutex.
-    bool isLate_ = false;         // what runs now is a letter that was kept
-    bool isCarryingOut_ = false;  // somebody carries out letters, even while he is outside
-    Changes changes_;
-    std::vector<Line> said_;
-    CutLine cutLine_;
-    std::vector<Errand> errands_;
+    bool isLate_ TAV_GUARDED_BY(lock_) = false;  // what runs now is a letter that was kept
+    // Somebody carries out letters, even while he is outside.
+    bool isCarryingOut_ TAV_GUARDED_BY(lock_) = false;
+    Changes changes_ TAV_GUARDED_BY(lock_);
+    std::vector<Line> said_ TAV_GUARDED_BY(lock_);
+    CutLine cutLine_ TAV_GUARDED_BY(lock_);
+    std::vector<Errand> errands_ TAV_GUARDED_BY(lock_);
 
     std::optional<tav::Mailbox<LetterKey, t_atom>> letters_;
     tav::Mailbox<ConsoleRow, char> audioLines_;
@@ -193,11 +195,12 @@ private:
     t_qelem* qelem_ = nullptr;  // runs Serve in the main thread
 };
 
-/// Inside from its making to its end; what was said meanwhile is posted then.
-class Door::Visit {
+/// Inside from its making to its end; what was said meanwhile is posted then. The compiler takes
+/// every visit for one that got in: after WaitsOutsideAudio, ask.
+class TAV_SCOPED_CAPABILITY Door::Visit {
 public:
-    explicit Visit(Door& door, Patience patience = Patience::Waits);
-    ~Visit();
+    explicit Visit(Door& door, Patience patience = Patience::Waits) TAV_ACQUIRE(door.lock_);
+    ~Visit() TAV_RELEASE();
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
 
@@ -212,13 +215,14 @@ private:
 template <class Work>
 void Door::StepOutside(const Work& work) {
     struct Return {
-        ~Return() {
+        ~Return() TAV_UNCHECKED {
             door.Arrive(Patience::Waits);
             door.isLate_ = wasLate;
         }
         Door& door;
         bool wasLate;
     };
+    AssertInside();
     const Return after{*this, std::exchange(isLate_, false)};
     Leave();
     work();

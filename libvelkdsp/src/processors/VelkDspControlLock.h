@@ -8,12 +8,16 @@
 
 namespace tav {
 
-/// A plain mutex: a thread that has it must not ask for it again. Held through a ControlGuard.
+/// A plain mutex: a thread that has it must not ask for it again. Held through a ControlGuard
+/// wherever one function takes it and gives it back.
 class TAV_CAPABILITY("control lock") ControlLock {
-    friend class ControlGuard;
+public:
     void Lock() TAV_ACQUIRE() { mutex_.lock(); }
+    /// @return false: somebody else has it
+    bool TryLock() noexcept TAV_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
     void Unlock() noexcept TAV_RELEASE() { mutex_.unlock(); }
 
+private:
     std::mutex mutex_;
 };
 

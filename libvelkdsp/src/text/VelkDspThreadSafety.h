@@ -22,3 +22,11 @@
 /// A function that takes a lock, or gives it back: the one named, or the object's own.
 #define TAV_ACQUIRE(...) TAV_THREAD_SAFETY(acquire_capability(__VA_ARGS__))
 #define TAV_RELEASE(...) TAV_THREAD_SAFETY(release_capability(__VA_ARGS__))
+/// A function that has taken the lock when it answers the value named first.
+#define TAV_TRY_ACQUIRE(...) TAV_THREAD_SAFETY(try_acquire_capability(__VA_ARGS__))
+/// A function that takes the lock itself: not to be called with it held.
+#define TAV_EXCLUDES(lock) TAV_THREAD_SAFETY(locks_excluded(lock))
+/// A function that returns only where the lock is held, so that what follows may rely on it.
+#define TAV_ASSERT_HELD(lock) TAV_THREAD_SAFETY(assert_capability(lock))
+/// A function that holds the lock on some of its ways only, which the compiler cannot follow.
+#define TAV_UNCHECKED TAV_THREAD_SAFETY(no_thread_safety_analysis)
