@@ -33,7 +33,7 @@ struct CacheLineAllocator {
 template <class T>
 using AlignedVector = std::vector<T, CacheLineAllocator<T>>;
 
-/// Floats from the start of a row to that of the next, where each row begins at a cache line.
+/// Distance in floats between the starts of rows of `count` floats that all begin at cache lines.
 constexpr std::size_t AlignedPitch(std::size_t count) {
     constexpr std::size_t kFloats = kCacheLineBytes / sizeof(float);
     return (count + kFloats - 1) / kFloats * kFloats;

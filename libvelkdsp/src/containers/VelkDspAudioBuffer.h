@@ -22,7 +22,7 @@ public:
 
     unsigned NumChannels() const noexcept { return static_cast<unsigned>(pointers_.size()); }
     std::size_t NumFrames() const noexcept { return numFrames_; }
-    /// Hz; 0 where nobody has said.
+    /// Hz; 0 if it is not known.
     double SampleRate() const noexcept { return sampleRateHz_; }
     void SetSampleRate(double sampleRateHz) noexcept { sampleRateHz_ = sampleRateHz; }
 
@@ -31,7 +31,7 @@ public:
     std::span<const float> Channel(unsigned channel) const noexcept {
         return {pointers_[channel], numFrames_};
     }
-    /// One pointer per channel, as processors take them; valid until the next Resize.
+    /// One pointer per channel, for Process; valid until the next Resize.
     float* const* Pointers() noexcept { return pointers_.data(); }
     const float* const* Pointers() const noexcept { return pointers_.data(); }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Records of one thread that must not wait, for another one that may.
+// A queue from a thread that must not wait to one that may.
 //
-// The writer neither waits nor allocates. Every record has a key that says what it is about. A
-// record that finds no room takes the place of the newest waiting one with its key, so that the
-// last word about everything arrives; where there is none it is dropped, and the writer is told.
+// The writer neither waits nor allocates. Every record has a key that names its subject. When the
+// queue is full, a record replaces the newest waiting one with the same key, so that the latest
+// record of each subject arrives; if there is none, it is dropped and the writer is told.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +25,7 @@ class Mailbox {
     static_assert(std::is_trivially_copyable_v<Key> && std::is_trivially_copyable_v<Item>);
 
 public:
-    /// How many records wait at most, how many items they have together, how many the longest has.
+    /// Capacity: number of records, of items in all records together, of items in one record.
     struct Room {
         unsigned records = 0;
         std::size_t items = 0;
@@ -35,8 +35,8 @@ public:
     enum class Outcome : std::uint8_t { Kept, Replaced, Dropped };
 
     /// Throws: std::bad_alloc.
-    // One slot more than may wait, and chunks for one longest record more: for a record whose twin
-    // is being taken at this very moment and can no longer be replaced.
+    // One slot, and the chunks of one longest record, beyond the capacity: they are needed when the
+    // record to be replaced is just being taken.
     explicit Mailbox(const Room& room)
         : room_(room),
           slots_(room.records + 1),
@@ -70,10 +70,10 @@ public:
         return Outcome::Dropped;
     }
 
-    /// Copies the oldest record out of the box and hands it to `use(key, items)`; the items are
-    /// valid until the next call.
-    /// @return false: none waits, or the writer is replacing the oldest at this moment
-    /// Thread: one at a time, never the writer's.
+    /// Removes the oldest record and calls `use(key, items)` with a copy, which is valid until the
+    /// next call.
+    /// @return false: the queue is empty, or the writer is just replacing the oldest record
+    /// Thread: one at a time, not the writer.
     template <class Use>
     bool Take(const Use& use) {
         const unsigned begin = read_.load(std::memory_order_relaxed);
@@ -120,7 +120,7 @@ private:
         return static_cast<std::ptrdiff_t>(count);
     }
 
-    /// Thread: that whose the slot is.
+    /// Thread: the one that owns the slot.
     void Release(Slot& slot) noexcept {
         const std::size_t count = NumChunks(slot.count);
         std::size_t chunk = slot.firstChunk;
@@ -133,7 +133,7 @@ private:
         numFree_.fetch_add(count, std::memory_order_release);
     }
 
-    /// A free chunk, which is then used. Only the writer asks, and only while there is one.
+    /// Marks a free chunk as used and returns it. Thread: the writer. @pre  there is a free chunk
     std::size_t UseChunk() noexcept {
         while (chunks_[nextChunk_].isUsed.load(std::memory_order_acquire)) {
             nextChunk_ = (nextChunk_ + 1) % chunks_.size();
@@ -142,7 +142,7 @@ private:
         return nextChunk_;
     }
 
-    /// Fills a slot that is the writer's. False, and nothing has changed: no room for so many.
+    /// Fills a slot that the writer owns. Without room returns false, with nothing changed.
     bool Write(Slot& slot, std::span<const Item> items, Reserve reserve) noexcept {
         if (items.size() > room_.longest) return false;
         const std::size_t kept = reserve == Reserve::Kept ? NumChunks(room_.longest) : 0;
@@ -178,9 +178,9 @@ private:
     std::vector<Slot> slots_;
     std::vector<Chunk> chunks_;
     std::atomic<std::size_t> numFree_;  // chunks
-    std::size_t nextChunk_ = 0;         // where the writer looks first
-    std::vector<Item> taken_;           // the taker's
-    // Records, ever.
+    std::size_t nextChunk_ = 0;         // where the writer's search for a free chunk begins
+    std::vector<Item> taken_;           // used by Take only
+    // Numbers of records since the start.
     std::atomic<unsigned> written_ = 0;
     std::atomic<unsigned> read_ = 0;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The order of atomics whose value alone matters: it publishes nothing else.
+// The memory order for atomics that do not guard other data.
 #pragma once
 
 #include <atomic>

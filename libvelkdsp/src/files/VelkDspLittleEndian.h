@@ -25,7 +25,7 @@ inline void PutLittleEndian(ByteBlock& bytes, std::uint64_t value, unsigned numB
     StoreLittleEndian(std::span(bytes).last(numBytes), value);
 }
 
-/// The first sizeof(Number) bytes of `bytes`, which has that many.
+/// Reads a number from the first sizeof(Number) bytes of `bytes`, which must have that many.
 template <std::unsigned_integral Number>
 Number GetLittleEndian(std::span<const std::uint8_t> bytes) noexcept {
     std::uint64_t value = 0;

@@ -29,7 +29,8 @@ float Decode(WavFormat format, std::span<const std::uint8_t> bytes) noexcept {
     if (format == WavFormat::Float32) {
         return std::bit_cast<float>(GetLittleEndian<std::uint32_t>(bytes));
     }
-    // The sample goes to the top of 32 bits, so that its sign lands where it belongs.
+    // The sample is placed in the upper bytes of 32 bits, so that its sign bit is the sign of the
+    // integer.
     const unsigned numBytes = BytesPerSample(format);
     std::uint32_t bits = 0;
     for (unsigned k = 0; k < numBytes; ++k) {
@@ -51,7 +52,7 @@ std::size_t FramesPerBlock(const WavHeader& header) noexcept {
     return std::max<std::size_t>(1, kBlockBytes / static_cast<std::size_t>(header.FrameBytes()));
 }
 
-/// Spreads the interleaved frames of `block` over the channels, from frame `start` on.
+/// Writes the interleaved frames of `block` to the channels, from frame `start` on.
 void Deinterleave(const ByteBlock& block,
                   const WavHeader& header,
                   std::size_t start,
@@ -68,7 +69,7 @@ void Deinterleave(const ByteBlock& block,
     }
 }
 
-/// Makes `block` the interleaved `frames` frames that begin at frame `start` of the channels.
+/// Fills `block` with `frames` interleaved frames of the channels, from frame `start` on.
 void Interleave(const float* const* channels,
                 std::size_t start,
                 std::size_t frames,
@@ -92,7 +93,7 @@ AudioBuffer ReadSamples(std::istream& stream, const WavHeader& header, const std
     for (std::size_t start = 0; start < numFrames;) {
         const std::size_t frames = std::min(FramesPerBlock(header), numFrames - start);
         ByteBlock block(frames * static_cast<std::size_t>(header.FrameBytes()));
-        // char is what streams read; it may alias any byte.
+        // Streams read char, which may alias any type.
         stream.read(reinterpret_cast<char*>(block.data()),
                     static_cast<std::streamsize>(block.size()));
         if (!stream) throw Exception(name + ": cannot be read");
@@ -102,7 +103,7 @@ AudioBuffer ReadSamples(std::istream& stream, const WavHeader& header, const std
     return audio;
 }
 
-/// Where a new file under this name goes: a link stays and its target is replaced.
+/// The file to replace: for a symbolic link its target, so that the link stays.
 std::filesystem::path WritablePath(const std::filesystem::path& path) {
     std::error_code fault;
     const std::filesystem::file_status status = std::filesystem::status(path, fault);

@@ -13,12 +13,12 @@
 namespace tav {
 
 /// Reads PCM of 16, 24 or 32 bits or 32-bit float, any number of channels, RIFF or RF64. PCM full
-/// scale becomes 1; float samples arrive as they are.
+/// scale becomes 1; float samples are not changed.
 /// Thread: control.  Throws: tav::Exception "FILE: FAULT".
 AudioBuffer ReadWavFile(const std::filesystem::path& path);
 
-/// Writes a WAV file under a temporary name beside its own. The file appears whole, by Close, or
-/// never: a writer destroyed before that leaves nothing behind.
+/// Writes a WAV file under a temporary name beside its own. The file appears only when it is
+/// complete, in Close; a writer that is destroyed before leaves no file.
 /// Pattern: Write* Close.  Thread: control.  Throws: tav::Exception "FILE: FAULT".
 class WavFileWriter {
 public:

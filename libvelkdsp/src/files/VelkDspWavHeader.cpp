@@ -23,7 +23,7 @@ constexpr std::size_t kChunkHeadBytes = 8;
 constexpr std::size_t kDs64Bytes = 28;
 constexpr std::size_t kMostFormatBytes = 40;
 
-// What follows the tag in the sub-format of an extensible header.
+// The bytes after the format tag in the sub-format of an extensible header.
 constexpr std::array<std::uint8_t, 14> kSubFormatTail = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
                                                          0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
 
@@ -97,7 +97,7 @@ private:
 
     static std::string IdOf(Bytes bytes) {
         std::string id(bytes.begin(), bytes.begin() + 4);
-        // It may end up in a message.
+        // It is shown in messages.
         std::ranges::replace_if(
             id, [](char c) { return c < ' ' || c > '~'; }, '?');
         return id;
@@ -214,7 +214,7 @@ ByteBlock ComposeWavHeader(const WavHeader& header) {
     PutId(bytes, isRf64 ? "RF64" : "RIFF");
     PutLittleEndian(bytes, size(riffBytes), 4);
     PutId(bytes, "WAVE");
-    // Room for the 64-bit sizes, left as junk by a file that does without.
+    // Space for the 64-bit sizes; a chunk that readers ignore if the file does not need them.
     PutId(bytes, isRf64 ? "ds64" : "JUNK");
     PutLittleEndian(bytes, kDs64Bytes, 4);
     PutLittleEndian(bytes, isRf64 ? riffBytes : 0, 8);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What stands before the samples of a WAV file: RIFF, or RF64 where 32 bits of size do not reach.
+// The header of a WAV file: RIFF, or RF64 if the sizes exceed 32 bits.
 #pragma once
 
 #include "files/VelkDspLittleEndian.h"
@@ -28,12 +28,12 @@ struct WavHeader {
 
 /// Reads up to the first sample and leaves the stream there. Chunks that are not needed are
 /// skipped; sizes are checked against the stream, so the frames promised are in it.
-/// @param name  what messages call the stream
+/// @param name  names the stream in messages
 /// Throws: tav::Exception "NAME: FAULT".
 WavHeader ReadWavHeader(std::istream& stream, const std::string& name);
 
-/// The bytes before the samples; always as many for a format, so that a header can be written again
-/// when the amount is known. RF64 (EBU Tech 3306) where the file exceeds 32 bits of size.
+/// The bytes before the samples. Their number depends on the format only, so that the header can be
+/// rewritten when the length is known. RF64 (EBU Tech 3306) if the size exceeds 32 bits.
 ByteBlock ComposeWavHeader(const WavHeader& header);
 
 }  // namespace tav

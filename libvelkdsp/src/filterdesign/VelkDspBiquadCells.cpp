@@ -24,7 +24,7 @@ void CheckValues(std::span<const double> values, bool countFits) {
     }
 }
 
-/// Numerator and denominator divided by what leads the denominator.
+/// Divides numerator and denominator by a0.
 BiquadCell MakeCell(double b0, double b1, double b2, double a0, double a1, double a2) {
     if (a0 == 0.0) throw Exception("filter cell without a leading coefficient");
     const auto part = [a0](double value) { return static_cast<float>(value / a0); };

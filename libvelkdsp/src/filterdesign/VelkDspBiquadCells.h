@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Second-order cells as measured filters are stored: three layouts and what they have in common.
+// Second-order cells, and the three layouts in which measured filters store them.
 #pragma once
 
 #include <cstddef>
@@ -25,12 +25,12 @@ using BiquadCells = std::vector<BiquadCell>;
 /// memory, 6 values per cell  b0 b1 b2 a0 a1 a2
 /// table, 5 values per cell   b0 b1 b2 a1 a2, a0 is 1
 /// file, 1 + 4 per cell       the product of all b0, then b1 b2 a1 a2 of the cells with b0 = a0 = 1
-/// Readers convert in double, store floats, and refuse what they cannot mean.
+/// Readers compute in double and store floats.
 /// Throws: tav::Exception for a count that does not fit the layout, an a0 of 0, a value that is not
 /// finite.  Thread: control.
 BiquadCells CellsFromMemory(std::span<const double> values);
 BiquadCells CellsFromTable(std::span<const double> values);
-/// The gain goes into the numerator of the first cell.
+/// The product of all b0 goes into the numerator of the first cell.
 BiquadCells CellsFromFile(std::span<const double> values);
 
 std::vector<double> CellsToMemory(std::span<const BiquadCell> cells);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Even samples are real parts and odd ones imaginary parts of a complex signal of half the length;
-// the symmetry of real spectra takes the two apart again. The complex transform sorts itself pass
-// by pass, from one scratch to the other, and so needs no reordering.
+// Even samples become the real parts and odd ones the imaginary parts of a complex signal of half
+// the length; the symmetry of real spectra separates the two again. The complex transform is a
+// Stockham transform: each pass writes to the other of two buffers, and no bit reversal is needed.
 #include "filterdesign/VelkDspFft.h"
 
 #include "text/VelkDspException.h"
@@ -94,7 +94,7 @@ void Fft::Forward(std::span<const float> signal,
 void Fft::Inverse(std::span<const float> re,
                   std::span<const float> im,
                   std::span<float> signal) noexcept TAV_NONBLOCKING {
-    // Real and imaginary parts change places: so the forward transform is the inverse one.
+    // With real and imaginary parts exchanged, the forward transform computes the inverse one.
     const ComplexParts swapped{scratch_[0].im.data(), scratch_[0].re.data()};
     swapped.re[0] = re[0] + re[half_];
     swapped.im[0] = re[0] - re[half_];

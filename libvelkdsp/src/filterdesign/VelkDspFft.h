@@ -11,7 +11,7 @@
 namespace tav {
 
 /// Sizes are powers of two from 32 to 65536. A spectrum has size / 2 + 1 numbers, from 0 Hz to half
-/// the rate, real and imaginary parts apart.
+/// the rate, real and imaginary parts in separate arrays.
 /// Thread: any, one at a time: an object owns the scratch of its transforms.
 class Fft {
 public:
@@ -30,8 +30,8 @@ public:
     void Forward(std::span<const float> signal,
                  std::span<float> re,
                  std::span<float> im) noexcept TAV_NONBLOCKING;
-    /// The signal whose Forward is the spectrum; imaginary parts of the first and last bin do not
-    /// count.
+    /// Inverse of Forward, scaled so that both in turn give the signal. Imaginary parts of the
+    /// first and last bin are ignored.
     void Inverse(std::span<const float> re,
                  std::span<const float> im,
                  std::span<float> signal) noexcept TAV_NONBLOCKING;
@@ -45,12 +45,12 @@ private:
         ComplexParts Parts() noexcept TAV_NONBLOCKING { return {re.data(), im.data()}; }
     };
 
-    /// The complex transform of half the size, of what is in scratch_[0].
+    /// The complex transform of half the size of the numbers in scratch_[0].
     ComplexParts Transform() noexcept TAV_NONBLOCKING;
 
     const std::size_t half_;
     const ConvolutionKernels& kernels_;
-    std::vector<float> twiddlesRe_;  // of the passes, one after the other
+    std::vector<float> twiddlesRe_;  // of all passes, one after the other
     std::vector<float> twiddlesIm_;
     std::vector<float> turnsRe_;  // -i exp(-2 pi i k / size), k = 0 .. size / 4
     std::vector<float> turnsIm_;

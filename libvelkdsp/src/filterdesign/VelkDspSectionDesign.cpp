@@ -15,7 +15,7 @@ double IntegratorGain(double frequencyHz, double sampleRateHz) noexcept {
 SectionDesign DesignSection(const FilterSetting& setting, double sampleRateHz) noexcept {
     const double g = IntegratorGain(static_cast<double>(setting.frequencyHz), sampleRateHz);
     const double k = 1.0 / std::clamp(static_cast<double>(setting.quality), 0.05, 50.0);
-    // Half the gain in decibels: A and A^2 are both needed.
+    // The amplitude at half the gain in decibels, usually called A; A and A^2 are both needed.
     const double a =
         std::pow(10.0, std::clamp(static_cast<double>(setting.gainDb), -60.0, 60.0) / 40.0);
     const double root = std::sqrt(a);

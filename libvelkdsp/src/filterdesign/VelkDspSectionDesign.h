@@ -2,15 +2,15 @@
 // Filter sections in integrator form: from corner, quality and gain to coefficients.
 //
 // The integrator form is the bilinear transform of the analog section. Its states stay at signal
-// level and its coefficients may move while it runs, so it serves every filter that glides or whose
-// corner lies far below the sample rate.
+// level and its coefficients may change while it runs, so it suits filters that glide or whose
+// corner is far below the sample rate.
 #pragma once
 
 #include <cstdint>
 
 namespace tav {
 
-/// Equaliser bands; a code that is none of these acts as Off.
+/// Kinds of equaliser bands; any other code acts as Off.
 enum class FilterKind : std::int32_t {
     Off,
     LowPass,
@@ -23,7 +23,7 @@ enum class FilterKind : std::int32_t {
     AllPass,
 };
 
-/// What a user says about a band. Clamped where it is used: the frequency to 1 Hz .. 0.49 of the
+/// A user's setting of a band. Clamped when it is used: the frequency to 1 Hz .. 0.49 of the
 /// sample rate, the quality to 0.05 .. 50, the gain to -60 .. 60 dB.
 struct FilterSetting {
     FilterKind kind = FilterKind::Off;
@@ -34,7 +34,7 @@ struct FilterSetting {
     bool operator==(const FilterSetting&) const = default;
 };
 
-/// A second-order section and what its output is made of: y = m0 x + m1 bandpass + m2 lowpass.
+/// A second-order section with the mix of its output: y = m0 x + m1 bandpass + m2 lowpass.
 struct SectionDesign {
     double g = 1.0;  // tan(pi f / fs), above 0
     double k = 1.0;  // damping, above 0
@@ -49,7 +49,7 @@ SectionDesign DesignSection(const FilterSetting& setting, double sampleRateHz) n
 /// The g of a corner, clamped as in FilterSetting.
 double IntegratorGain(double frequencyHz, double sampleRateHz) noexcept;
 
-/// The loop of a second-order section, from g and k.
+/// Coefficients of the feedback loop of a second-order section, from g and k.
 struct SectionLoop {
     double a1;
     double a2;

@@ -1,28 +1,28 @@
 // SPDX-License-Identifier: MIT
-// The loops of two ears: measured cells and delays of many sources side by side.
+// Sample loops for two ears: cells and delays of many sources. A row has a number of each.
 #pragma once
 
 #include "kernels/VelkDspFilterKernels.h"
 
 namespace tav {
 
-/// Rows of the values of one cell: b0 b1 b2 a1 a2.
+/// Rows of coefficients of a cell: b0 b1 b2 a1 a2.
 inline constexpr int kCellCoefficients = 5;
-/// Rows of its states.
+/// Rows of states of a cell.
 inline constexpr int kCellStates = 2;
-/// Cells that are run together: two in series for each ear.
+/// Cells that run in one loop: two in series for each ear.
 inline constexpr int kCellsInPair = 4;
 
-/// Cells in series, for both ears of up to kSourceLanes sources; a row holds a value of each.
+/// Cells in series, for both ears of up to kSourceLanes sources.
 struct CellLanes {
     const float* coefficients;  // pairs x (first left, first right, second left, second right)
                                 // x kCellCoefficients rows
     float* states;              // likewise x kCellStates rows
     int numPairs;
-    int lanes;  // sources there are, in the first lanes; what the others do does not matter
+    int lanes;  // number of sources, in the first lanes; the other lanes may hold anything
 };
 
-/// Rows of samples, left and right.
+/// Rows of samples for the left and the right ear.
 struct EarRows {
     float* left;
     float* right;
@@ -51,9 +51,9 @@ struct BinauralKernels {
                     const float* weights,
                     int n) noexcept TAV_NONBLOCKING;
     /// y[k] = x at the fraction f + k step of the way from x[k] to x[k + 1], third-order Lagrange;
-    /// a fraction just beyond 0 .. 1 is taken back to it.  @param x  also x[-1] and x[n + 1]
+    /// a fraction slightly outside 0 .. 1 is clamped.  @param x  also x[-1] and x[n + 1]
     void (*glide)(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING;
-    /// n rows of weights, the first one for c, s and t as given.
+    /// Computes n rows of weights, the first row from c, s and t as given.
     void (*fadeWeights)(const FadeLanes& fades,
                         float* out,
                         float* in,

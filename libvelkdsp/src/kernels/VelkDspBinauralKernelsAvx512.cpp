@@ -11,7 +11,8 @@ struct Avx512Operations {
     using Vec = __m512;
     static constexpr int kLanes = 16;
 
-    // The plain forms of some operations hand GCC 12 a value that it finds uninitialised.
+    // Masked forms with all lanes, because GCC 12 warns of uninitialised values in some plain
+    // intrinsics.
     static constexpr __mmask16 kAll = 0xffff;
 
     static Vec Zero() { return _mm512_setzero_ps(); }

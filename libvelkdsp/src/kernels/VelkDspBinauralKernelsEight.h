@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The kernels of two ears that eight lanes do best, with AVX-512 too.
+// The kernels of binaural rendering that are fastest with eight lanes, also on AVX-512 processors.
 //
-// Only the translation units of AVX2 and AVX-512 include this; all of it lives in an anonymous
-// namespace, so that no code for a new processor can leave them.
+// Only the translation units of AVX2 and AVX-512 include this; all of it is in an anonymous
+// namespace, so that the linker cannot use this code on older processors.
 #pragma once
 
 #include "kernels/VelkDspBinauralKernels.h"
@@ -17,7 +17,7 @@ inline __m256 HalvesOfRow(const float* row) noexcept {
     return _mm256_add_ps(_mm256_loadu_ps(row), _mm256_loadu_ps(row + 8));
 }
 
-/// Sums of four rows, of the lower and of the upper lanes.
+/// The sums of four rows, separately for the lower and the upper lanes.
 inline __m256 SumsOfFour(const float* rows) noexcept {
     const __m256 two = _mm256_hadd_ps(HalvesOfRow(rows), HalvesOfRow(rows + kSourceLanes));
     const __m256 more =

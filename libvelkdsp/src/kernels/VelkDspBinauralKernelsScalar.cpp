@@ -6,7 +6,7 @@
 namespace tav {
 namespace {
 
-/// One source, one ear, one cell: `coefficients` and `states` at its lane.
+/// Runs one cell of one ear of one source. @param coefficients, states  at the lane of the source
 void RunCell(const float* coefficients, float* states, const float* in, float* out, int n) noexcept
     TAV_NONBLOCKING {
     const auto row = [](auto* rows, std::ptrdiff_t i) { return rows + i * kSourceLanes; };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The vector kernels of two ears, written once over the few operations of an instruction set.
+// The vector kernels of binaural rendering, as templates over the operations of an instruction set.
 //
 // Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
 // in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
@@ -59,7 +59,7 @@ public:
         const Vec one = S::Broadcast(1.f), two = S::Broadcast(2.f);
         const Vec sixth = S::Broadcast(1.f / 6.f), half = S::Broadcast(0.5f);
         if (n < S::kLanes) return BinauralKernels::Scalar().glide(y, x, f, step, n);
-        // The last vector ends with the last sample, and may do some samples again.
+        // The last vector ends with the last sample and may compute some samples a second time.
         for (int k = 0, next = 0; next < n; next = k + S::kLanes) {
             k = std::min(next, n - S::kLanes);
             const Vec count = S::Add(S::Count(), S::Broadcast(static_cast<float>(k)));
@@ -104,7 +104,7 @@ public:
 private:
     enum class Sink { Store, Add, AddWeighted };
 
-    /// Some lanes of all samples.
+    /// The part of the lanes that one vector holds, for all samples.
     struct Span {
         const float* inLeft;
         const float* inRight;
@@ -139,8 +139,8 @@ private:
         }
     };
 
-    /// Two cells in series for each ear: four recursions that hide each other's latency, with
-    /// states and coefficients in registers.
+    /// Runs two cells in series for each ear, with states and coefficients in registers. The
+    /// latencies of the four recursions overlap.
     template <Sink kSink>
     static void RunPair(const float* coefficients,
                         float* states,

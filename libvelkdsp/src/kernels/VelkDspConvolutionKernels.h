@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The loops of convolution: taps over samples, passes of a Fourier transform, products of spectra.
+// Sample loops of direct convolution, passes of a Fourier transform, products of spectra.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"
@@ -7,7 +7,7 @@
 
 namespace tav {
 
-/// Complex numbers, real and imaginary parts apart.
+/// Complex numbers, real and imaginary parts in separate arrays.
 struct ComplexParts {
     float* re;
     float* im;
@@ -17,8 +17,8 @@ struct ConstComplexParts {
     const float* im;
 };
 
-/// One pass of a transform of n * stride numbers that sorts itself: groups of four that lie
-/// n / 4 * stride apart come together.
+/// One radix-4 pass of a Stockham transform of n * stride numbers: combines groups of four that are
+/// n / 4 * stride apart.
 /// @param twiddles  w^p, then w^2p, then w^3p, for p = 0 .. n / 4 - 1; w = exp(-2 pi i / n)
 struct RadixPass {
     ConstComplexParts from;
@@ -30,8 +30,8 @@ struct RadixPass {
 
 /// Takes a spectrum and its mirror image together: with a = from[k], b = conj from[half - k] and
 /// t = turns[k], whose imaginary part is multiplied by `sign`, to[k] = scale ((a + b) + t (a - b))
-/// and to[half - k] = conj scale ((a + b) - t (a - b)) for k = 1 .. half / 2. A forward transform
-/// of real samples ends with it, an inverse one begins with it.
+/// and to[half - k] = conj scale ((a + b) - t (a - b)) for k = 1 .. half / 2. It is the last step
+/// of a forward transform of real samples and the first of an inverse one.
 struct FoldPass {
     ConstComplexParts from;
     ComplexParts to;  // another place
@@ -50,7 +50,7 @@ struct PairOfProducts {
     int n;
 };
 
-/// Counts may be anything from 0 unless said otherwise, alignment is free. Vector sets may fuse
+/// Counts may be 0 unless stated otherwise; no alignment is needed. Vector sets may fuse
 /// multiply and add.  Thread: any.
 struct ConvolutionKernels {
     /// y[k] = sum over t of taps[t] * x[k - t]; x has numTaps - 1 samples before its first. The sum

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int kLanes = 8;
 
-/// kVectors vectors of sums, which stay in registers over all taps.
+/// Computes kVectors vectors of output samples, whose sums stay in registers over all taps.
 template <int kVectors>
 void FirVectors(float* y, const float* x, const float* taps, int numTaps) noexcept {
     __m256 sums[static_cast<unsigned>(kVectors)];
@@ -39,7 +39,7 @@ void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexce
     _mm256_maskstore_ps(y + k, wanted, sum);
 }
 
-// The same names for both widths, so that a butterfly is written once.
+// The same operations for vectors of eight and four floats, so that a butterfly is written once.
 struct Wide {
     using V = __m256;
     static V Load(const float* p) noexcept { return _mm256_loadu_ps(p); }
@@ -63,7 +63,7 @@ struct Narrow {
     static V MultiplySubtract(V a, V b, V c) noexcept { return _mm_fmsub_ps(a, b, c); }
 };
 
-/// Numbers side by side, as many as a vector has lanes.
+/// A vector of complex numbers.
 template <class S>
 struct Numbers {
     typename S::V re;
@@ -81,7 +81,8 @@ Numbers<S> Product(const Numbers<S>& a, const Numbers<S>& b) noexcept {
             S::MultiplyAdd(a.re, b.im, S::Multiply(a.im, b.re))};
 }
 
-/// Reads four numbers `apart` from each other, and leaves their transform, twiddled, in `out`.
+/// Reads four numbers at the distance `apart` and stores their transform, multiplied by the
+/// twiddles, in `out`.
 template <class S>
 void Butterfly(const ConstComplexParts& from,
                int at,
@@ -103,7 +104,7 @@ void Butterfly(const ConstComplexParts& from,
     out[3] = Product<S>({S::Subtract(even.re, odd.im), S::Add(even.im, odd.re)}, twiddles[2]);
 }
 
-/// Groups that lie side by side, `stride` of them with the same twiddles.
+/// A pass in which `stride` neighbouring groups have the same twiddles.
 template <class S, int kWidth>
 void PassOfGroups(const RadixPass& pass) noexcept {
     const int quarter = pass.n / 4;
@@ -125,7 +126,8 @@ void PassOfGroups(const RadixPass& pass) noexcept {
     }
 }
 
-/// The first pass: groups do not lie side by side, so four of them are turned.
+/// The first pass, with a stride of 1: the results of four groups are transposed before they are
+/// stored.
 /// @pre  n is a multiple of 16
 void FirstPass(const RadixPass& pass) noexcept {
     const int quarter = pass.n / 4;

@@ -6,8 +6,8 @@
 
 namespace tav {
 
-/// While it lives, this thread's denormal results and operands count as zero; the destructor gives
-/// the caller's mode back. Guards nest. Does nothing on machines without such a mode.
+/// While it exists, denormal operands and results of this thread count as zero; the destructor
+/// restores the caller's mode. Guards nest. Does nothing on machines without such a mode.
 /// Thread: any; created and destroyed in the same one.  Cost: a few cycles.
 class DenormalGuard {
 public:

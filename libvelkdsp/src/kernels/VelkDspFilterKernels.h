@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The loops of recursive filters, once per instruction set.
+// Sample loops of recursive filters, once per instruction set.
 //
-// A recursive filter cannot compute several of its samples at once. Vectors are filled with what is
-// independent instead: the samples of an all-pass that are nearer to each other than its delay, or
-// the same section of several sources.
+// A recursive filter needs its previous outputs, so a vector cannot hold consecutive samples. It
+// holds independent numbers instead: samples of an all-pass within its delay, or the same section
+// of several sources.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"
@@ -13,11 +13,11 @@
 
 namespace tav {
 
-/// Sources that are filtered side by side: a row holds one sample of each.
+/// Sources that are filtered side by side: a row holds one number of each.
 inline constexpr std::ptrdiff_t kSourceLanes = 16;
 
-/// A pair of poles of the near-field filter with the pair of the high-pass before it, both in
-/// integrator form; or a real pole with a real pole.
+/// A second-order section of the near-field filter and one of the high-pass before it, both in
+/// integrator form; or two first-order sections.
 struct NearFieldSection {
     bool isReal = false;
     float g = 0.f;                // distance of the pole from 0, divided by twice the rate
@@ -25,9 +25,9 @@ struct NearFieldSection {
     float highPassDamping = 0.f;  // likewise
 };
 
-/// What differs between the sources.
+/// The parameters that differ between the sources, in rows.
 struct NearFieldLanes {
-    const float* highPassG = nullptr;     // a row; 0 lets pass. Null: nobody has a high-pass
+    const float* highPassG = nullptr;     // a row; 0: no high-pass. Null: no source has one
     const float* highPassStep = nullptr;  // a row: what highPassG grows by from sample to sample.
                                           // Null: nothing
     const float* highPassKeep = nullptr;  // a row: what is left of its states after a sample.
@@ -44,10 +44,10 @@ struct FilterKernels {
     /// A run through an all-pass section that does not reach its delay: ring[k] is read as the
     /// value of a delay ago and becomes the newest one.  @param n  at most the delay
     void (*allPass)(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING;
-    /// Sections in series, real poles last.
+    /// Runs sections in series, first-order ones last.
     /// @param states  kNearFieldStates rows per section   @param in, out  n rows, may be the same
-    /// A source with g = 0, states 0 and ratio 1 comes out bit for bit. A vector set may fuse
-    /// multiply and add.
+    /// A source with g = 0, states of 0 and ratio 1 is not changed by a single bit. A vector set
+    /// may fuse multiply and add.
     void (*nearField)(const NearFieldSection* sections,
                       int numSections,
                       const NearFieldLanes& lanes,
@@ -55,11 +55,11 @@ struct FilterKernels {
                       const float* in,
                       float* out,
                       int n) noexcept TAV_NONBLOCKING;
-    /// No value is larger than `growth` times the one before it in its lane, or times 1 where that
-    /// one is below 1.  @param rows  n rows, overwritten
-    /// @param reached  a row: the values before the first ones, afterwards the last ones
+    /// Limits each value to `growth` times the larger of 1 and the value before it in its lane.
+    /// @param rows  n rows, overwritten
+    /// @param reached  a row: in, the values before the first row; out, those of the last row
     void (*limitGrowth)(float* rows, float* reached, float growth, int n) noexcept TAV_NONBLOCKING;
-    /// Signals of n samples into rows and back.  @param signals  kSourceLanes
+    /// Copies signals of n samples to rows, and rows to signals.  @param signals  kSourceLanes
     void (*toRows)(const float* const* signals, float* rows, int n) noexcept TAV_NONBLOCKING;
     void (*fromRows)(const float* rows, float* const* signals, int n) noexcept TAV_NONBLOCKING;
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The kernels of filters that eight lanes do best, with AVX-512 too.
+// The kernels of filters that are fastest with eight lanes, also on AVX-512 processors.
 //
-// Only the translation units of AVX2 and AVX-512 include this; all of it lives in an anonymous
-// namespace, so that no code for a new processor can leave them.
+// Only the translation units of AVX2 and AVX-512 include this; all of it is in an anonymous
+// namespace, so that the linker cannot use this code on older processors.
 #pragma once
 
 #include "kernels/VelkDspFilterKernels.h"
@@ -32,7 +32,7 @@ inline void Transpose(__m256 (&eight)[8]) noexcept {
     }
 }
 
-/// Sixteen lanes at a time would straddle cache lines all along: rings begin anywhere.
+/// Rings are not aligned: vectors of sixteen lanes would always cross cache lines.
 inline void AllPass(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING {
     const __m256 g = _mm256_set1_ps(gain);
     int k = 0;

@@ -33,7 +33,7 @@ struct Pair {
     }
 };
 
-/// First-order section, likewise.
+/// First-order section in integrator form.
 struct Pole {
     float share = 0.f;
     float s;
@@ -49,7 +49,7 @@ struct Pole {
     }
 };
 
-/// One source. All pointers are at its lane.
+/// The parameters of one source; pointers are to its lane.
 struct Lane {
     float highPassG;
     float highPassStep;
@@ -115,7 +115,7 @@ void RunSection(const NearFieldSection& section,
         return row == nullptr ? otherwise : row[i];
     };
     for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
-        // g = 0 and states of 0: the high-pass of nobody.
+        // Without a high-pass: g = 0, and the states stay 0.
         const Lane lane{at(lanes.highPassG, i, 0.f),
                         at(lanes.highPassStep, i, 0.f),
                         at(lanes.highPassKeep, i, 1.f),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The vector kernels of filters, written once over the few operations of an instruction set.
+// The vector kernels of filters, as templates over the operations of an instruction set.
 //
 // Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
 // in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
@@ -61,7 +61,7 @@ private:
         int n;
     };
 
-    /// Second-order section of some lanes.
+    /// Second-order section of the lanes of one vector.
     struct Pair {
         Vec damping, s1, s2;
         Vec a1{};
@@ -86,7 +86,7 @@ private:
             const Vec v = S::Subtract(x, s2);
             band = S::MultiplyAdd(a2, v, S::Multiply(a1, s1));
             low = S::MultiplyAdd(a3, v, S::MultiplyAdd(a2, s1, s2));
-            // Doubling is exact, so this rounds as the scalar twin's addition and subtraction do.
+            // Doubling is exact, so this rounds as the operations of the scalar kernel do.
             const Vec two = S::Broadcast(2.f);
             s1 = S::MultiplySubtract(two, band, s1);
             s2 = S::MultiplySubtract(two, low, s2);
@@ -110,7 +110,7 @@ private:
         }
     };
 
-    /// First-order section.
+    /// First-order section of the lanes of one vector.
     struct Pole {
         Vec s;
         Vec share{};
@@ -135,8 +135,8 @@ private:
         void Save(float* state) const noexcept { S::Store(state, s); }
     };
 
-    // A recursion waits for its own last sample most of the time. Two of them in one loop hide each
-    // other's latency: two sections, or one with its high-pass.
+    // A recursion mostly waits for its own previous sample. Two of them run in one loop, so that
+    // their latencies overlap: two sections, or a section and its high-pass.
 
     /// @return how many of the sections were run
     static int Run(const NearFieldSection* sections,
@@ -166,7 +166,7 @@ private:
         RunLanes<Filter, HighPass::Leaking>(section, lanes, rows);
     }
 
-    /// Some lanes through all samples, then the next ones: the states stay in registers.
+    /// Runs a vector of lanes over all samples, then the next: states stay in registers.
     template <class Second>
     static void RunTwo(const NearFieldSection* sections,
                        const NearFieldLanes& lanes,

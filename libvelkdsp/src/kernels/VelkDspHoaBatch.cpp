@@ -14,7 +14,7 @@ constexpr auto kCount = static_cast<std::size_t>(kHoaDirections);
 
 using Block = std::array<double, 3 * kCount>;
 
-/// @param directions  kCount at most; the places of the others keep what they have
+/// @param directions  at most kCount; the remaining columns keep their values
 void Fill(Block& block, std::span<const CartesianVector> directions) {
     for (std::size_t k = 0; k < directions.size(); ++k) {
         const CartesianVector& d = directions[k];
@@ -53,7 +53,7 @@ void ComputeHoaGains(HoaEncodingVector& encoding,
                            recurrence.before.Data()};
     Vector<float> channels(numChannels * kCount);
     Block block;
-    block.fill(1.0);  // any direction
+    block.fill(1.0);  // any direction but 0, for unused columns
     for (std::size_t i = 0; i < directions.size(); i += kCount) {
         const std::size_t count = std::min(kCount, directions.size() - i);
         Fill(block, directions.subspan(i, count));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The gains of many directions, when all of them are needed.
+// Ambisonic gains of many directions at once.
 #pragma once
 
 #include "kernels/VelkDspHoaKernels.h"
@@ -10,11 +10,11 @@
 
 namespace tav {
 
-/// What encoding.Compute gives for each direction, within two roundings of 32 bits; in three
-/// dimensions at a fraction of the time.
+/// The same gains as encoding.Compute for each direction, within two roundings of 32 bits; in three
+/// dimensions much faster.
 /// @param directions  finite, as many as `gains` has rows  @param gains  directions x
 /// NumChannels(); more columns are left as they are, and where there are fewer, all are
-/// @param kernels  where its pointers are null, one direction is computed after the other
+/// @param kernels  if its pointers are null, each direction is computed by itself
 /// Thread: one at a time.  Throws: std::bad_alloc.
 void ComputeHoaGains(HoaEncodingVector& encoding,
                      std::span<const CartesianVector> directions,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The spherical harmonics of many directions at once, once per instruction set.
 //
-// A lane is a direction. The scalar set is empty: without vectors one direction after the other is
-// faster, and HoaEncodingVector, which does that, is the reference twin.
+// Each lane is one direction. The scalar set is empty: without vectors HoaEncodingVector, which
+// computes one direction at a time, is faster. It is also the reference for these kernels.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"
@@ -11,13 +11,13 @@
 
 namespace tav {
 
-/// Directions of one call.
+/// Number of directions of one call.
 inline constexpr std::ptrdiff_t kHoaDirections = 16;
-/// Degrees that stand side by side in the tables.
+/// Degrees in a block of the tables.
 inline constexpr std::ptrdiff_t kHoaDegrees = 4;
 
-/// The tables of a HoaRecurrence of three dimensions. The step to (m + 1, m) is number 5 (m % 4) of
-/// its block of degrees, those to later orders follow every kHoaDegrees.
+/// The tables of a HoaRecurrence of three dimensions. The step to (m + 1, m) has the index 5 (m %
+/// 4) in its block of degrees; each later order is kHoaDegrees further.
 struct HoaTables {
     std::ptrdiff_t order;
     const double* sectoral;
@@ -26,12 +26,12 @@ struct HoaTables {
 };
 
 struct HoaKernels {
-    /// @param directions  x of all, y of all, z of all: kHoaDirections each, any length but 0
-    /// @param channels  a row of kHoaDirections a channel, in ACN order, overwritten
+    /// @param directions  all x, then all y, then all z, kHoaDirections each; of any length but 0
+    /// @param channels  one row of kHoaDirections for each channel, in ACN order, overwritten
     /// Gains are within two roundings of 32 bits of the exact ones.  Thread: any.
     void (*encode)(const HoaTables& tables, const double* directions, float* channels) noexcept;
-    /// Turns such rows into one row a direction.
-    /// @param rows  the first of numRows, at most kHoaDirections; `stride` floats apart
+    /// Transposes these rows to one row of channels for each direction.
+    /// @param rows  numRows rows, at most kHoaDirections, `stride` floats apart
     void (*turn)(const float* channels,
                  std::ptrdiff_t numChannels,
                  float* rows,

@@ -31,13 +31,13 @@ struct Avx2Operations {
 constexpr std::ptrdiff_t kPatchChannels = 8;
 constexpr std::ptrdiff_t kPatchRows = 4;
 
-/// Four directions of channel c, and of channel c + 4 above them.
+/// Four directions of channel c in the lower half, of channel c + 4 in the upper half.
 __m256 LoadPair(const float* c) noexcept {
     const __m256 low = _mm256_castps128_ps256(_mm_loadu_ps(c));
     return _mm256_insertf128_ps(low, _mm_loadu_ps(c + 4 * kHoaDirections), 1);
 }
 
-/// Eight channels of four directions, or fewer.
+/// Transposes at most eight channels of four directions.
 void TurnPatch(const float* channels,
                float* rows,
                std::ptrdiff_t stride,
@@ -62,7 +62,7 @@ void Turn(const float* channels,
           std::ptrdiff_t stride,
           std::ptrdiff_t numRows) noexcept {
     const std::ptrdiff_t numWhole = numChannels - numChannels % kPatchChannels;
-    // Rows outside: two patches fill a line of the cache one after the other.
+    // Rows in the outer loop, so that two successive patches fill a cache line.
     for (std::ptrdiff_t row = 0; row < numRows; row += kPatchRows) {
         for (std::ptrdiff_t c = 0; c < numWhole; c += kPatchChannels) {
             TurnPatch(channels + c * kHoaDirections + row, rows + row * stride + c, stride,

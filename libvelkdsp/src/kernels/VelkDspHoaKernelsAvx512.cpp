@@ -7,7 +7,7 @@
 namespace tav {
 namespace {
 
-// Masked with all lanes where the plain intrinsic warns of uninitialised registers.
+// Masked forms with all lanes where compilers warn of uninitialised values in the plain intrinsic.
 struct Avx512Operations {
     using Vec = __m512d;
     using Floats = __m512;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The encoding of many directions, written once over the few operations of an instruction set.
+// The encoding of many directions, as a template over the operations of an instruction set.
 //
-// Only the translation unit of an instruction set includes this, and what it makes of the template
-// stays there: `S`, the set of operations, lives in an anonymous namespace. It offers Vec with
+// Only the translation unit of an instruction set includes this. `S`, the set of operations, is in
+// an anonymous namespace, so that its instances stay in that unit. It offers Vec with
 // kLanes doubles: Load(p), Broadcast(p), Multiply(a, b), MultiplyAdd(a, b, c), MultiplySubtract(a,
 // b, c) for a b - c, Inverse(length squared) for 1 / length; and Floats with twice as many floats:
 // Rounded(a, b), MultiplyFloats(a, b), StoreFloats(p, v).
@@ -28,7 +28,7 @@ public:
 private:
     using Vec = typename S::Vec;
     using Floats = typename S::Floats;
-    static constexpr std::ptrdiff_t kVectors = 2;  // independent chains, and one vector of floats
+    static constexpr std::ptrdiff_t kVectors = 2;  // independent chains; together a row of floats
 
     static void EncodeSome(const HoaTables& tables,
                            const double* directions,

@@ -15,7 +15,7 @@ namespace {
 
 struct ProcessorFeatures {
     bool avx2 = false;    // with FMA
-    bool avx512 = false;  // foundation
+    bool avx512 = false;  // the foundation (F)
 };
 
 #if !defined(TAV_X86_KERNELS)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Which instructions of the processor the kernels use.
+// The choice of the processor's instruction set for the kernels.
 //
-// The program runs on every x86-64; what its processor can do beyond that is found out once, before
+// The program runs on every x86-64 processor; further instruction sets are detected once, before
 // audio starts. A family of kernels is a struct of function pointers; its static member functions
-// Scalar(), Avx2() and Avx512() return the family as it is written for each set. Scalar() is the
-// reference twin of the other two, which a family may lack.
+// Scalar(), Avx2() and Avx512() return the functions for each set. Scalar() is the reference for
+// the other two, which a family may lack.
 #pragma once
 
 #include <cstdint>
@@ -25,14 +25,14 @@ std::string_view NameOf(InstructionSet set) noexcept;
 /// Every set that this machine can run, from the scalar one to the largest.
 std::span<const InstructionSet> RunnableInstructionSets() noexcept;
 /// The largest of them, or the one that the environment variable TAV_SIMD names. A name that is
-/// unknown, or that this machine cannot run, counts as not given. Decided at the first call.
+/// unknown, or of a set that this machine cannot run, is ignored. Decided at the first call.
 /// Thread: control.
 InstructionSet BestInstructionSet() noexcept;
 
 #if defined(TAV_X86_KERNELS)
 inline constexpr bool kHasVectorKernels = true;
 #else
-inline constexpr bool kHasVectorKernels = false;  // nor are they linked
+inline constexpr bool kHasVectorKernels = false;  // they are not linked either
 #endif
 
 /// The kernels of a family for an instruction set, or for the next smaller one that the family has.

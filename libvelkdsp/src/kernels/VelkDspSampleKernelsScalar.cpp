@@ -8,7 +8,7 @@ namespace {
 
 float FromHostSample(double sample) noexcept TAV_NONBLOCKING {
     const double magnitude = std::abs(sample);
-    // The one branch that ordinary signals take comes first.
+    // Ordinary samples take the first branch.
     if (magnitude >= kSmallestInput && magnitude <= kLargestInput) {
         return static_cast<float>(sample);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Gains of one source on all loudspeakers at once, one set per instruction set.
+// Gains of one source for all loudspeakers at once, one set of functions per instruction set.
 #pragma once
 
 #include "kernels/VelkDspInstructionSet.h"
@@ -8,14 +8,14 @@
 
 namespace tav {
 
-/// Three numbers of each loudspeaker are three rows, `stride` apart, that can be read up to a
-/// multiple of this many numbers.
+/// Three numbers of each loudspeaker are stored as three rows at the distance `stride`; rows must
+/// be readable up to a multiple of this length.
 inline constexpr std::ptrdiff_t kSpeakerLanes = 16;
 
-/// `count` from 1; gains: count numbers, overwritten, with a sum of squares of 1. Alignment is
-/// free.  Thread: any.
+/// Both overwrite `count` gains, at least 1, whose squares sum to 1. No alignment is needed.
+/// Thread: any.
 struct SpeakerKernels {
-    /// 1 / sqrt(D), D = wx dx^2 + wy dy^2 + wz dz^2 + offset + 1e-10, before they are scaled.
+    /// Gains before scaling: 1 / sqrt(D), D = wx dx^2 + wy dy^2 + wz dz^2 + offset + 1e-10.
     /// @param rows    x, y, z     @param metric  x, y, z of the source, wx, wy, wz, offset;
     ///                            all squares finite
     void (*gainsByDistance)(const float* rows,
@@ -23,13 +23,13 @@ struct SpeakerKernels {
                             int count,
                             const float* metric,
                             float* gains) noexcept;
-    /// (1 + cos)^exponent * weight before they are scaled; where 1 + cos is below
-    /// kCosineResolution it counts as 0. Right to some epsilons where it is not, since it is taken
-    /// from the sum of the unit vectors, which does not cancel as 1 + cos does.
+    /// Gains before scaling: (1 + cos)^exponent * weight; 1 + cos below kCosineResolution counts as
+    /// 0. Otherwise it is accurate to a few epsilons, because it is computed from the sum of the
+    /// unit vectors, without the cancellation in 1 + cos.
     /// @param rows  x, y of a unit vector, weight above 0     @param x, y  unit vector of the
     /// source
     /// @param exponent  0 .. 1; with 0 all bases give 1
-    /// @return false: there is nothing to scale, all are 0
+    /// @return false: all gains are 0
     bool (*gainsByAngle)(const float* rows,
                          std::ptrdiff_t stride,
                          int count,

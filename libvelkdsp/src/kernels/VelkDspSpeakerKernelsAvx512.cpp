@@ -6,7 +6,7 @@
 namespace tav {
 namespace {
 
-// The masked forms where the plain intrinsic warns of uninitialised registers with some compilers.
+// Masked forms where some compilers warn of uninitialised values in the plain intrinsic.
 constexpr __mmask16 kAll = 0xffff;
 
 struct Avx512Operations {

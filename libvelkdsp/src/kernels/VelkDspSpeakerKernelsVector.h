@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The gains of a source by distance and by angle, written once over the operations of an
+// The gains of a source by distance and by angle, as templates over the operations of an
 // instruction set.
 //
-// Only the translation unit of an instruction set includes this; `S` lives in an anonymous
-// namespace there. S offers Vec, kLanes, Load(p), Store(p, v), LoadFirst(p, count), StoreFirst(p,
+// Only the translation unit of an instruction set includes this; `S` is in an anonymous namespace
+// there. S offers Vec, kLanes, Load(p), Store(p, v), LoadFirst(p, count), StoreFirst(p,
 // v, count), First(v, count) that is 0 from lane `count` on, Broadcast(value), Add, Subtract,
 // Multiply, Divide(a, b), MultiplyAdd(a, b, c), MultiplySubtract(a, b, c) for a b - c, Sqrt(v),
 // Round(v) to integers, ZeroBelow(v, limit, other), Sum(v), Split(v, exponent) that gives the
@@ -48,7 +48,7 @@ public:
                              float y,
                              float exponent,
                              float* gains) noexcept {
-        // With the exponent 0 no base is too small.
+        // With the exponent 0 all gains are their weights, so no base is too small.
         const float least = exponent == 0.f ? 0.f : kCosineResolution;
         const float energy =
             exponent == 1.f
@@ -103,7 +103,7 @@ private:
         return Fill(gains, count, [&](int k, auto keep) {
             const Vec sumX = S::Add(S::Load(rows + k), S::Broadcast(x));
             const Vec sumY = S::Add(S::Load(rows + stride + k), S::Broadcast(y));
-            // Twice the base: what that makes of the gains, their scaling undoes.
+            // Twice the base; the common factor vanishes when the gains are scaled.
             const Vec base = S::MultiplyAdd(sumX, sumX, S::Multiply(sumY, sumY));
             const Vec cardioid = S::ZeroBelow(base, limit, power(base));
             const Vec gain = keep(S::Multiply(cardioid, S::Load(rows + 2 * stride + k)));
@@ -127,8 +127,8 @@ private:
             const Vec fraction =
                 S::Multiply(s, Polynomial(S::Multiply(s, s),
                                           {2.88539008f, 0.961796694f, 0.577078016f, 0.412198583f}));
-            // The whole part alone gives the power of two: it costs the fraction no digits, and
-            // does not wait for it.
+            // The power of two comes from the whole part alone, so that the fraction loses no
+            // digits and both are computed in parallel.
             const Vec n = S::Round(S::Multiply(factor, whole));
             const Vec rest =
                 S::MultiplyAdd(factor, fraction, S::MultiplySubtract(factor, whole, n));
@@ -141,8 +141,8 @@ private:
         }
     };
 
-    /// Lowest power first. In pairs, pairs of pairs and so on: short chains, for these are what a
-    /// vector waits for.
+    /// Evaluates a polynomial, lowest power first, in pairs, pairs of pairs and so on: a short
+    /// chain of dependent operations has the least latency.
     template <std::size_t count>
     static Vec Polynomial(Vec v, const float (&coefficients)[count]) noexcept {
         static_assert(std::has_single_bit(count) && count > 1);
@@ -160,7 +160,7 @@ private:
         return sums[0];
     }
 
-    /// To a sum of squares of 1.
+    /// Scales the gains to a sum of squares of 1.
     static void Scale(float* gains, int count, float energy) noexcept {
         const Vec factor = S::Divide(S::Broadcast(1.f), S::Sqrt(S::Broadcast(energy)));
         int k = 0;

@@ -15,11 +15,11 @@ inline constexpr std::ptrdiff_t kTripletLanes = 16;
 inline constexpr std::ptrdiff_t kTripletElements = 9;
 
 struct TripletKernels {
-    /// The smallest component of matrix . position is sought for each matrix, and per lane the
-    /// largest of those over all blocks.
+    /// For each matrix finds the smallest component of matrix . position, and for each lane the
+    /// largest of these over all blocks.
     /// @param elements  numBlocks blocks, any alignment       @param position  x, y, z
-    /// @param best  kTripletLanes values to beat; the largest that did where one was larger
-    /// @param bestBlock  the first block that has it, untouched where none beat the value
+    /// @param best  kTripletLanes values, each replaced by a larger result of its lane
+    /// @param bestBlock  then the first block that has this result; not changed otherwise
     /// All sets give the same bits: nothing is fused, and products add up from left to right. What
     /// is no number beats nothing.  Thread: any.
     void (*findPeaks)(const float* elements,

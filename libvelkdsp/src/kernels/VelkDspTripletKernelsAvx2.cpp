@@ -28,7 +28,7 @@ void FindPeaks(const float* elements,
                      _mm256_set1_ps(position[2])};
     for (std::ptrdiff_t first = 0; first < kTripletLanes; first += kLanes) {
         __m256 highest = _mm256_loadu_ps(best + first);
-        // Block numbers travel as the bits of floats.
+        // Block numbers are blended as if they were floats.
         auto* const places = reinterpret_cast<__m256i*>(bestBlock + first);
         __m256 where = _mm256_castsi256_ps(_mm256_loadu_si256(places));
         const float* m = elements + first;
@@ -36,7 +36,7 @@ void FindPeaks(const float* elements,
             const __m256 a = Product(m, p);
             const __m256 b = Product(m + 3 * kTripletLanes, p);
             const __m256 c = Product(m + 6 * kTripletLanes, p);
-            // min(v, u) is u where one is no number, as std::min(u, v) is.
+            // min(v, u) is u if one of them is NaN, like std::min(u, v).
             const __m256 least = _mm256_min_ps(c, _mm256_min_ps(b, a));
             const __m256 isHigher = _mm256_cmp_ps(least, highest, _CMP_GT_OQ);
             const __m256 here = _mm256_castsi256_ps(_mm256_set1_epi32(block));

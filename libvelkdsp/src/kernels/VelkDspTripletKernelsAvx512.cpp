@@ -19,7 +19,8 @@ __m512 Product(const float* row, const Position& p) noexcept {
     return _mm512_add_ps(_mm512_add_ps(x, y), z);
 }
 
-/// As std::min(u, v). The plain intrinsic warns of uninitialised registers with some compilers.
+/// Like std::min(u, v). Masked, since some compilers warn of uninitialised values in the plain
+/// form.
 __m512 Least(__m512 u, __m512 v) noexcept {
     return _mm512_mask_mov_ps(u, _mm512_cmp_ps_mask(v, u, _CMP_LT_OQ), v);
 }

@@ -25,7 +25,7 @@ void FindPeaks(const float* elements,
             least[lane] = std::min(std::min(a, b), c);
         }
         for (std::ptrdiff_t lane = 0; lane < kTripletLanes; ++lane) {
-            // A mask instead of a branch: compilers turn it into vectors.
+            // A mask instead of a branch, so that compilers vectorise the loop.
             const std::int32_t isHigher = -static_cast<std::int32_t>(least[lane] > best[lane]);
             bestBlock[lane] = (block & isHigher) | (bestBlock[lane] & ~isHigher);
             best[lane] = std::max(best[lane], least[lane]);

@@ -7,8 +7,8 @@ namespace tav {
 
 namespace {
 
-/// The harmonic that becomes (n, m) when phi is counted from the front: phi = phi' + pi/2 in
-/// cos(m phi') and sin(|m| phi').
+/// The harmonic, and its sign, that equals (n, m) of the frame whose phi' counts from the front:
+/// phi = phi' + pi/2, so cos(m phi') and sin(|m| phi') become a cosine or sine of m phi.
 struct Turned {
     int m;
     double sign;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Positions as they are stored everywhere: right-handed, x right, y front, z up.
+// Cartesian positions: right-handed, x right, y front, z up.
 #pragma once
 
 #include "math/VelkDspVector.h"

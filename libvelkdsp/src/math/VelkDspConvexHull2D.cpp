@@ -12,8 +12,9 @@
 namespace tav {
 namespace {
 
-/// Above 0: c is to the left of the way from a to b. In double, where differences and products of
-/// 32-bit coordinates of similar size are exact, so that points on a line are seen as such.
+/// Above 0 if c is to the left of the line from a to b, 0 if it is on it. In double, where
+/// differences and products of floats of similar size are exact, so that collinear points are
+/// recognised.
 double Turn(const CartesianVector& a, const CartesianVector& b, const CartesianVector& c) noexcept {
     const auto difference = [](float to, float from) {
         return static_cast<double>(to) - static_cast<double>(from);
@@ -38,8 +39,7 @@ std::vector<CartesianVector> DistinctFromBelow(const CartesianArray& points) {
     return sorted;
 }
 
-/// The points of `range` at which a clockwise walk from its first to its last point turns; both
-/// ends included.
+/// The convex chain that runs clockwise from the first to the last point of `range`, both included.
 template <class Range>
 std::vector<CartesianVector> ClockwiseChain(Range&& range) {
     std::vector<CartesianVector> chain;
@@ -54,14 +54,14 @@ std::vector<CartesianVector> ClockwiseChain(Range&& range) {
 
 }  // namespace
 
-// A Graham scan in two halves: up the left side and down the right. Sorting by height instead of
-// by angle round the pivot needs no rounded comparison.
+// A Graham scan in two halves, up the left side and down the right (Andrew's variant). Sorting by y
+// instead of by angle needs no computed comparison, so no rounding.
 ConvexHull2D::ConvexHull2D(const CartesianArray& points) {
     const std::vector<CartesianVector> sorted = DistinctFromBelow(points);
     if (sorted.size() < 2) return;
     std::vector<CartesianVector> corners = ClockwiseChain(sorted);
     const std::vector<CartesianVector> down = ClockwiseChain(std::views::reverse(sorted));
-    // The halves share their ends.
+    // Without the ends of the second half, which are those of the first.
     corners.insert(corners.end(), down.begin() + 1, down.end() - 1);
     vertices_.Resize(corners.size());
     std::ranges::copy(corners, vertices_.begin());

@@ -16,10 +16,10 @@ struct Point2D {
 /// Hull of the x and y of a set of points, with tests against it.
 class ConvexHull2D {
 public:
-    /// Everything is inside, as without points.
+    /// The hull of no points, which contains everything.
     ConvexHull2D() = default;
-    /// Points that are not finite do not count. Fewer than two different points give no vertices,
-    /// points on one line give its two ends.
+    /// Points that are not finite are ignored. Fewer than two different points give no vertices,
+    /// points on one line the two outermost ones.
     explicit ConvexHull2D(const CartesianArray& points);
 
     /// The corners, clockwise seen from above, from the one with the smallest y (then x) on. Each

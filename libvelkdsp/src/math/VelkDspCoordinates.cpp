@@ -20,14 +20,14 @@ struct FormatRow {
     Change change;
 };
 
-// Keeps the direction of a position defined, so that a distance can grow again.
+// Sets a distance of at least 0.00001, so that the position keeps a direction.
 void SetFlooredDistance(Position& p, float distance) {
-    // The operands stand so that a NaN passes and is refused with the rest of the position.
+    // In this order a NaN is kept, and the position is refused afterwards.
     SetDistance(p, std::max(distance, 0.00001f));
 }
 
 // clang-format off
-// Row k is the format of value k.
+// Row k is the format with the code k.
 constexpr FormatRow kFormats[] = {
     // format          keyword    values  change
     {Format::Xyz,      "xyz",     3, [](Position& p, const float* v) { p = {v[0], v[1], v[2]}; }},

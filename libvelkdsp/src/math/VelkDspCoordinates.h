@@ -43,14 +43,14 @@ public:
 
     /// The keyword; "" for a value outside the enumeration.
     static std::string_view FormatText(Format format) noexcept;
-    /// Exact, case included; "none" names no format.
+    /// Exact match, case-sensitive; "none" is not accepted.
     static std::optional<Format> ParseFormat(std::string_view keyword) noexcept;
-    /// How many values a position in this format carries, 0 to 3.
+    /// Number of values of a position in this format, 0 to 3.
     static unsigned NumValues(Format format) noexcept;
 
-    /// Sets or changes `position`. False, and nothing changed, when there are too few values, one
-    /// of those needed is not finite (a value that is no number is passed as NaN), the new position
-    /// would not be finite, or the format is none. Surplus values are ignored.
+    /// Sets or changes `position`. Returns false, with nothing changed, if there are too few
+    /// values, a needed value is not finite (pass NaN for an atom that is no number), the new
+    /// position is not finite, or the format is none. Surplus values are ignored.
     /// Thread: any.  Throws: nothing.
     static bool Apply(CartesianVector& position,
                       Format format,

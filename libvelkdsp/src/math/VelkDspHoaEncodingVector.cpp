@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kLanes = HoaRecurrence::kLanes;
 
-/// As many neighbouring degrees as compilers keep in registers.
+/// The values of neighbouring degrees, as many as compilers keep in registers.
 struct Lanes {
     double v[kLanes];
 };
@@ -23,7 +23,7 @@ Lanes Load(const double* values) noexcept {
     return lanes;
 }
 
-/// A direction in 64 bits, where no square of finite floats overflows.
+/// A unit vector in 64 bits, where squares of finite floats do not overflow.
 struct UnitVector {
     double x, y, z;
 };
@@ -33,7 +33,7 @@ UnitVector UnitVectorOf(const CartesianVector& v) noexcept {
     const double y = static_cast<double>(v.y);
     const double z = static_cast<double>(v.z);
     const double r = std::sqrt(x * x + y * y + z * z);
-    if (r == 0.0) return {std::copysign(1.0, x), 0.0, 0.0};  // atan2(0, -0) is half a turn
+    if (r == 0.0) return {std::copysign(1.0, x), 0.0, 0.0};  // phi is atan2(0, x): 0 or pi
     const double scale = 1.0 / r;
     return {x * scale, y * scale, z * scale};
 }
@@ -47,7 +47,7 @@ Complex operator*(Complex a, Complex b) noexcept {
 }
 
 /// Real and imaginary parts of w^m for whole blocks of m.
-/// Each pass doubles what there is, so that the chain of products stays short.
+/// Each pass doubles the number of powers, so that the chain of products is short.
 void FillPowers(Complex w, std::span<double> cosines, std::span<double> sines) noexcept {
     const Complex square = w * w;
     const Complex first[kLanes] = {{1.0, 0.0}, w, square, square * w};
@@ -69,8 +69,8 @@ void FillPowers(Complex w, std::span<double> cosines, std::span<double> sines) n
     }
 }
 
-/// One order's channels of a block of degrees: the first `count` lanes.
-/// @param sine, cosine  channels of the block's first degree; sine channels descend
+/// Stores the channels of one order for the first `count` degrees of a block.
+/// @param sine, cosine  channels of the block's first degree; sine channels are stored downwards
 template <class Real>
 void StoreRow(Real* sine,
               Real* cosine,
@@ -85,7 +85,7 @@ void StoreRow(Real* sine,
         s[j] = static_cast<Real>(q.v[j] * sines.v[j]);
     }
     for (std::size_t j = 0; j < count; ++j) *(sine - j) = s[j];
-    for (std::size_t j = 0; j < count; ++j) cosine[j] = c[j];  // last: degree 0 has this one only
+    for (std::size_t j = 0; j < count; ++j) cosine[j] = c[j];  // last, over the sine of degree 0
 }
 
 template <class Real>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The gains that encode a direction into ambisonic channels.
 //
-// Angles are those of the positions' own frame: phi counts counter-clockwise from +x, the right, so
-// that the channel (1, 1) points to the right and (1, -1) to the front.
+// Angles are in the frame of the positions: phi counts counter-clockwise from +x, the right, so
+// that channel (1, 1) points to the right and (1, -1) to the front.
 #pragma once
 
 #include "math/VelkDspCartesian.h"
@@ -24,7 +24,7 @@ namespace tav {
 /// time.  Throws: std::bad_alloc where said.
 class HoaEncodingVector {
 public:
-    /// Fast reads the gains from a table with one place a degree.
+    /// Fast reads the gains from a table with a resolution of one degree.
     enum class Mode : std::int32_t { Precise, Fast };
 
     /// Throws: std::bad_alloc.
@@ -33,15 +33,15 @@ public:
                       SphericalHarmonic::Normalization normalization,
                       Mode mode = Mode::Precise);
 
-    /// @param gains  the first NumChannels() are overwritten; where there are fewer, none is.
+    /// @param gains  the first NumChannels() are overwritten; with fewer, none is.
     /// Throws: nothing.
     void Compute(const CartesianVector& direction, std::span<float> gains) noexcept;
     /// @param gains  resized to NumChannels().  Throws: std::bad_alloc.
     void Compute(const CartesianVector& direction, Vector<float>& gains);
     void Compute(const CartesianVector& direction, Vector<double>& gains);
 
-    /// Both throw std::bad_alloc and change nothing then. The table of the fast mode is made when
-    /// it is first needed and kept from then on; an unknown mode is the precise one.
+    /// Both throw std::bad_alloc, with nothing changed. The table of the fast mode is made at the
+    /// first need and kept; an unknown mode acts as Precise.
     void SetMode(Mode mode);
     void SetNormalization(SphericalHarmonic::Normalization normalization);
 
@@ -60,7 +60,7 @@ private:
     Mode mode_ = Mode::Precise;
     HoaRecurrence recurrence_;
     unsigned numChannels_;
-    std::shared_ptr<const HoaLookupTable> table_;  // of this normalisation; none before fast mode
+    std::shared_ptr<const HoaLookupTable> table_;  // of this normalisation; null before Fast
 
     // scratch, whole blocks of the recurrence
     Vector<double> cosines_;  // Re w^m

@@ -35,7 +35,7 @@ std::shared_ptr<const HoaLookupTable> HoaLookupTable::Shared(
     std::weak_ptr<const HoaLookupTable>& known = tables[{order, dimension, normalization}];
     std::shared_ptr<const HoaLookupTable> table = known.lock();
     if (!table) {
-        // Two steps, so that the memory goes with the last owner and not with the last weak_ptr.
+        // Not make_shared, which would keep the memory until the last weak_ptr is gone.
         table = std::shared_ptr<const HoaLookupTable>(
             std::make_unique<HoaLookupTable>(order, dimension, normalization));
         known = table;
@@ -44,12 +44,13 @@ std::shared_ptr<const HoaLookupTable> HoaLookupTable::Shared(
 }
 
 std::size_t HoaLookupTable::IndexOf(const CartesianVector& direction) noexcept {
-    // Beyond 1e19 the squares of the distance overflow; the direction is the same nearer.
+    // Scaled down where the squares of the coordinates would overflow; the direction does not
+    // change.
     constexpr float kNearer = 1e-20f;
     const bool isFar = !std::isfinite(Distance(direction));
     const float scale = isFar ? kNearer : 1.f;
     const CartesianVector d{direction.x * scale, direction.y * scale, direction.z * scale};
-    // To nearest, ties to even.
+    // Rounds to nearest, ties to even.
     const float column = std::nearbyint(Wrap360(NavigationalAzimuthDeg(d)));
     const float row = std::nearbyint(ElevationDeg(d)) + 90.f;
     return static_cast<std::size_t>(row) * kNumAzimuths + static_cast<std::size_t>(column);

@@ -12,16 +12,16 @@
 
 namespace tav {
 
-/// The gains of one direction stand side by side, in ACN order: whoever moves a source reads one
-/// stretch of memory instead of a place for each channel. The table never changes, so that
-/// encodings can share it: 4 bytes x 181 x 361 a channel, 59 MB at order 14.
+/// The gains of one direction are contiguous, in ACN order, so that moving a source reads one piece
+/// of memory. The table never changes, so encodings can share it. It takes 4 bytes x 181 x 361 for
+/// each channel, 59 MB at order 14.
 /// Thread: any.
 class HoaLookupTable {
 public:
     static constexpr std::size_t kNumElevations = 181;  ///< -90 .. 90 degrees
     static constexpr std::size_t kNumAzimuths = 361;    ///< navigational, 0 .. 360 degrees
 
-    /// The table of these three, made now unless somebody has it already.  Throws: std::bad_alloc.
+    /// The shared table of these three, made now unless one exists. Throws: std::bad_alloc.
     static std::shared_ptr<const HoaLookupTable> Shared(
         unsigned order, unsigned dimension, SphericalHarmonic::Normalization normalization);
 
@@ -30,10 +30,10 @@ public:
                    unsigned dimension,
                    SphericalHarmonic::Normalization normalization);
 
-    /// Where a direction stands in the table.
+    /// The index of a direction in the table.
     /// @param direction  finite
     static std::size_t IndexOf(const CartesianVector& direction) noexcept;
-    /// The gains of all channels at such a place.
+    /// The gains of all channels for an index.
     std::span<const float> Gains(std::size_t index) const noexcept { return gains_.Row(index); }
 
 private:

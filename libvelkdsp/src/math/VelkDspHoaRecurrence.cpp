@@ -14,11 +14,11 @@ double Factor(unsigned n, unsigned m, Normalization normalization) {
                                                     normalization);
 }
 
-/// The step in a normalisation, and the one that keeps a lane where it is while n <= m.
+/// The step in a normalisation; for n <= m a step that leaves the value of a lane unchanged.
 HoaStep NormalisedStep(unsigned n, unsigned m, Normalization normalization) {
     if (n <= m) return {0.0, -1.0};
     const double to = Factor(n, m, normalization);
-    if (to == 0.0) return {};  // then all later orders of this degree are left out as well
+    if (to == 0.0) return {};  // later orders of this degree are 0 as well
     HoaStep step = StepToOrder(n, m);
     step.last *= to / Factor(n - 1, m, normalization);
     if (n > m + 1) step.before *= to / Factor(n - 2, m, normalization);
@@ -37,7 +37,7 @@ HoaStep StepToOrder(unsigned n, unsigned m) {
 }
 
 double SectoralStep(unsigned m) {
-    if (m == 1) return std::sqrt(3.0);  // with the factor of all harmonics that have m > 0
+    if (m == 1) return std::sqrt(3.0);  // with the factor sqrt(2) of all harmonics with m > 0
     return std::sqrt((2.0 * m + 1.0) / (2.0 * m));
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// How one spherical harmonic follows from those before it, tabulated for an encoding.
+// Tables of the recurrence by which an encoding computes spherical harmonics.
 //
 // Written as Y(n, m) = Q(n, |m|) Re or Im of w^|m| with w = (x + i y) / r, every harmonic needs
-// products only: Q is a polynomial in z / r that grows over n, and neither an angle nor the
-// distance from the vertical axis appears.
+// products only: Q is a polynomial in z / r with a recurrence over n, and neither angles nor the
+// distance from the vertical axis are needed.
 #pragma once
 
 #include "math/VelkDspSphericalHarmonic.h"
@@ -25,10 +25,10 @@ HoaStep StepToOrder(unsigned n, unsigned m);
 double SectoralStep(unsigned m);
 
 /// The steps of all harmonics up to an order in one normalisation.
-/// Degrees stand in blocks of kLanes neighbours, so that a block can be computed at once: first the
-/// block of degrees 0 .. 3 with its rows n = 1 .. order, then that of 4 .. 7 with its rows
-/// n = 5 .. order, and so on; a row has one value a degree. In rows up to n = m, where Q(n, m) does
-/// not exist yet, the steps keep a lane that starts with Q(m, m) twice at that value.
+/// Degrees are stored in blocks of kLanes neighbours, so that a block can be computed at once:
+/// first the block of degrees 0 .. 3 with its rows n = 1 .. order, then that of 4 .. 7 with its
+/// rows n = 5 .. order, and so on; a row has one value per degree. In rows up to n = m, where Q(n,
+/// m) does not exist, the steps leave a lane that starts with Q(m, m) twice at this value.
 struct HoaRecurrence {
     static constexpr std::size_t kLanes = 4;
 

@@ -28,14 +28,15 @@ std::size_t WidestAxis(const Entries& entries) {
 
 }  // namespace
 
-/// One query. A candidate is a number with the bits of the squared distance above those of the
-/// index, for numbers from 0 on have the order of their bits: the order of candidates is the one
-/// wanted, ties included, whatever the order in which the points are met.
+/// One query. A candidate is an integer with the bits of the squared distance above those of the
+/// index. Floats from 0 on are ordered like their bits, so comparing candidates compares distances
+/// and, for equal ones, indices, in whatever order the points are visited.
 class KdTreeHelper::Search {
 public:
     static_assert(sizeof(std::size_t) == 8);
 
-    /// @param best  from 1 on, as many as wanted; overwritten with candidates, the nearest first
+    /// @param best  at least 1, one for each neighbour wanted; overwritten with candidates, the
+    /// nearest first
     Search(const KdTreeHelper& helper, const NPoint<3>& query, std::span<std::size_t> best)
         : helper_(helper),
           query_(query),
@@ -63,13 +64,13 @@ private:
         return std::size_t{std::bit_cast<std::uint32_t>(squaredDistance)} << 32 | index;
     }
 
-    /// From leaf to leaf, the near side of each plane before the far one.
+    /// Visits the leaves, on the near side of each splitting plane before the far side.
     void Walk() {
         struct Far {
-            float squaredDistance;  // of the plane
+            float squaredDistance;  // from the query to the plane
             std::uint32_t node;
         };
-        Far waiting[32];  // halves of less than 2^32 points
+        Far waiting[32];  // enough: each level halves less than 2^32 points
         std::size_t numWaiting = 0;
         std::uint32_t index = 0;
         for (;;) {
@@ -81,8 +82,9 @@ private:
                 index = below ? index + 1 : node->upper;
             }
             Scan(node->first, node->last);
-            // Rounding keeps order, so no point over there is nearer than the plane; one that is
-            // as near may win the tie.
+            // Skips sides whose plane is farther than the worst candidate; rounding is monotonic,
+            // so none of their points is nearer. A point at equal distance may have a lower index,
+            // hence >.
             do {
                 if (numWaiting == 0) return;
                 --numWaiting;
@@ -102,8 +104,9 @@ private:
         }
     }
 
-    /// From the last place down each place keeps the worse of two and passes on the better one.
-    /// Which one that is, is as good as random: so no branches, but for an end at every eighth.
+    /// Insertion from the last place down: each place keeps the worse of two candidates and passes
+    /// on the better one. Branches would be unpredictable, so only every eighth place tests whether
+    /// to stop.
     void Insert(std::size_t candidate) {
         numFound_ = std::min(numFound_ + 1, best_.size());
         std::size_t passed = candidate;
@@ -111,7 +114,7 @@ private:
         for (; place > 0 && (place % 8 != 0 || best_[place - 1] > candidate); --place) {
             const std::size_t before = best_[place - 1];
             const std::size_t better = std::min(before, passed);
-            best_[place] = before + passed - better;  // compilers make a branch of std::max
+            best_[place] = before + passed - better;  // std::max would become a branch
             passed = better;
         }
         best_[place] = passed;
@@ -122,7 +125,7 @@ private:
     NPoint<3> query_;
     std::span<std::size_t> best_;
     std::size_t numFound_ = 0;
-    /// Of as many candidates as wanted; behind all of them where there are fewer.
+    /// The worst of the candidates kept; larger than any while fewer than wanted are found.
     std::size_t worst_ = Candidate(std::numeric_limits<float>::infinity(), ~std::uint32_t{0});
 };
 
@@ -141,7 +144,7 @@ KdTreeHelper::KdTreeHelper(const CartesianArray& points, std::size_t treeFrom) {
     for (const Entry& entry : entries) indices_.push_back(entry.index);
 }
 
-/// @param first  the place of the first entry among all of them
+/// @param first  index of the first entry among all entries
 void KdTreeHelper::Build(std::span<Entry> entries, std::size_t first) {
     const std::size_t index = nodes_.size();
     const std::size_t last = first + entries.size();

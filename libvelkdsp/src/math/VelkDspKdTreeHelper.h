@@ -12,7 +12,7 @@
 
 namespace tav {
 
-/// A point by its coordinates, for code that walks them.
+/// The coordinates of a point, for code that indexes them.
 template <std::size_t N>
 using NPoint = std::array<float, N>;
 
@@ -21,7 +21,7 @@ using NPoint = std::array<float, N>;
 /// Thread: control; queries of a finished helper may run in several threads.
 class KdTreeHelper {
 public:
-    /// From this many points on the tree is the faster way (measured by KdTreeHelperBenchmark).
+    /// From this number of points on the tree is faster (measured by KdTreeHelperBenchmark).
     static constexpr std::size_t kTreeFrom = 24;
 
     KdTreeHelper() = default;
@@ -30,22 +30,22 @@ public:
 
     std::size_t Size() const noexcept { return indices_.size(); }
 
-    /// The k points nearest to `query` with their Euclidean distances, nearest first. With k at or
-    /// above the number of points (unless that is 1) all of them, in their own order.
+    /// The k points nearest to `query` with their Euclidean distances, nearest first. If k is at
+    /// least the number of points, and not 1, these are all points in their own order.
     /// @param query  finite
-    /// @param indices, distances  overwritten; nothing allocates where they have room for k
+    /// @param indices, distances  overwritten; with a capacity of k, nothing allocates
     void Nearest(const CartesianVector& query,
                  std::size_t k,
                  std::vector<std::size_t>& indices,
                  std::vector<float>& distances) const;
 
     /// The index of the one point nearest to `query`. Nothing allocates.
-    /// Size() is not 0      @param query  finite
+    /// @pre  Size() is not 0      @param query  finite
     std::size_t NearestIndex(const CartesianVector& query) const noexcept;
 
 private:
-    /// Inner nodes halve the points [first, last) at `split`; children follow in the array, the
-    /// lower one at once and the upper one at `upper`. A leaf has upper 0.
+    /// An inner node splits the points [first, last) into halves at `split`. Its lower child is the
+    /// next node of the array, its upper child is at `upper`. A leaf has upper 0.
     struct Node {
         std::uint32_t first;
         std::uint32_t last;
@@ -59,15 +59,15 @@ private:
     };
     class Search;
 
-    static constexpr std::size_t kRun = 16;  // points that are looked at together; most of a leaf
+    static constexpr std::size_t kRun = 16;  // points computed together; largest size of a leaf
 
     void Build(std::span<Entry> entries, std::size_t first);
-    /// Of the run from point `first` on; what is behind the last point means nothing.
+    /// Of kRun points from `first` on; those beyond the last point mean nothing.
     std::array<float, kRun> SquaredDistances(const NPoint<3>& query,
                                              std::size_t first) const noexcept;
 
-    // In tree order; without a tree in their own.
-    std::array<std::vector<float>, 3> coordinates_;  // a run longer than there are points
+    // In the order of the tree; without a tree in that of the points.
+    std::array<std::vector<float>, 3> coordinates_;  // padded by kRun
     std::vector<std::uint32_t> indices_;
     std::vector<Node> nodes_;
 };

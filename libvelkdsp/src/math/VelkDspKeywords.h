@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Every keyword table of the foundation library: what is printed and what is accepted.
+// The keyword tables of this library: what is printed and what is accepted.
 //
-// Matching is exact and case-sensitive. What an unknown word means is said by the caller.
+// Matching is exact and case-sensitive. Callers decide what an unknown word means.
 #pragma once
 
 #include "math/VelkDspHoaEncodingVector.h"

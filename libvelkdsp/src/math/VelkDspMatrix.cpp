@@ -194,7 +194,7 @@ void ReadMatrix(std::istream& stream, Matrix<T>& matrix) {
     std::size_t rows = 0;
     std::size_t columns = 0;
     if (!(stream >> rows >> columns)) throw Exception("no matrix size");
-    // Element by element: a size that the text does not live up to reserves nothing.
+    // Grows element by element, so that a large size in a short text does not allocate memory.
     std::vector<T> elements;
     for (std::size_t left = NumElements<T>(rows, columns); left > 0; --left) {
         String word;

@@ -13,8 +13,8 @@
 
 namespace tav {
 
-/// rows x columns, stored row by row: element (r, c) is at columns * r + c. Exists for float and
-/// double. Printers write `digits` significant digits and one line end per line.
+/// rows x columns, stored row by row: element (r, c) is at columns * r + c. For float and double.
+/// Printers write `digits` significant digits and end each line.
 /// Throws: std::length_error for an impossible size, std::bad_alloc; then nothing changed.
 template <class T>
 class Matrix {
@@ -27,21 +27,21 @@ public:
     Matrix& operator=(Matrix&& other) noexcept;
 
     virtual ~Matrix() = default;
-    /// Element (r, c) stays where both sizes have it; new elements are 0.
+    /// Keeps the elements (r, c) that both sizes have; new elements are 0.
     virtual void Resize(std::size_t rows, std::size_t columns);
     virtual void Fill(T value);
     virtual void Assign(const Matrix& other);
     /// output[r] = dot product of row r and `input`; `output` is resized to Rows().
     /// @param input  at least Columns() values, else tav::Exception; not `output`
     virtual void Multiply(Vector<T>& output, const Vector<T>& input) const;
-    /// A size line, the name where there is one, the rows.  A double rounds to a count of digits.
+    /// Prints the size, the name if there is one, and the rows. `digits` is rounded.
     virtual void Print(std::ostream& stream, double digits, const String& name = {}) const;
     virtual void Print(std::ostream& stream, int digits, const String& name = {}) const;
     virtual void PrintMatlab(std::ostream& stream, double digits, const String& name = {}) const;
     virtual void PrintMatlab(std::ostream& stream, int digits, const String& name = {}) const;
     virtual void PrintLatex(std::ostream& stream, double digits, const String& name = {}) const;
     virtual void PrintLatex(std::ostream& stream, int digits, const String& name = {}) const;
-    /// Rows, columns and the elements, as Read takes them.
+    /// Writes rows, columns and the elements in the format of Read.
     virtual void Write(std::ostream& stream, double digits) const;
     virtual void Write(std::ostream& stream, int digits) const;
     virtual void Read(std::istream& stream);
@@ -71,7 +71,7 @@ private:
 template <class T>
 bool operator==(const Matrix<T>& a, const Matrix<T>& b);
 
-/// Fills `matrix` with what Matrix::Write wrote.
+/// Reads a matrix that Matrix::Write wrote.
 /// Throws: tav::Exception when the text is no matrix; then nothing changed.
 template <class T>
 void ReadMatrix(std::istream& stream, Matrix<T>& matrix);

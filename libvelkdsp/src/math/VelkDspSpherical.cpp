@@ -11,11 +11,11 @@ constexpr float kPi = 3.1415927f;
 constexpr float kTwoPi = 6.2831855f;
 constexpr float kHalfPi = 1.5707964f;
 
-/// Into [0, period).
+/// Wraps into [0, period).
 template <class Real>
 Real Wrap(Real angle, Real period) noexcept {
-    // The loops round as they go, and their roundings are what callers get; beyond this magnitude
-    // they would take long, and for huge angles they would never end.
+    // Below this magnitude the result includes the rounding of each step of the loops, and is a
+    // promise. Above it the loops would take long, or never end for huge angles.
     constexpr Real kLoopLimit = static_cast<Real>(1e6);
     if (std::abs(angle) > kLoopLimit) angle = std::fmod(angle, period);
     while (angle < 0) angle += period;
@@ -44,7 +44,7 @@ float NavigationalAzimuthDeg(const CartesianVector& v) noexcept {
 
 float ElevationRad(const CartesianVector& v) noexcept {
     const float d = Distance(v);
-    // Squares that underflow leave a distance below |z|.
+    // Clamped, since underflow of the squares can make the distance smaller than |z|.
     return d != 0 ? std::asin(std::clamp(v.z / d, -1.f, 1.f)) : 0.f;
 }
 
@@ -63,9 +63,9 @@ CartesianVector ToCartesian(const Spherical& s) noexcept {
 }
 
 Spherical Normalised(Spherical s) noexcept {
-    // 1. one turn of elevation
+    // 1. elevation into one turn
     s.elevation = WrapSymmetric(s.elevation);
-    // 2. over the pole
+    // 2. an elevation beyond the pole
     if (s.elevation > kHalfPi) {
         s.elevation = kPi - s.elevation;
         s.azimuth += kPi;
@@ -79,7 +79,7 @@ Spherical Normalised(Spherical s) noexcept {
         s.elevation = -s.elevation;
         s.azimuth += kPi;
     }
-    // 4. one turn of azimuth
+    // 4. azimuth into one turn
     s.azimuth = WrapSymmetric(s.azimuth);
     return s;
 }

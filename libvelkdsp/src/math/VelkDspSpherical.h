@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Angles and distances of positions; everything here is 32-bit arithmetic in a fixed order.
 //
-// Two conventions meet. Navigational: degrees, 0 in front, clockwise, as users write it.
-// Mathematical: radians, 0 on +x, counter-clockwise. Results are promises to the last bit, so no
-// formula here may be replaced by an equal one.
+// Two conventions of azimuth are used. Navigational: degrees, 0 in front, clockwise, as users write
+// it. Mathematical: radians, 0 on +x, counter-clockwise. Results are promises to the last bit, so
+// no formula here may be replaced by an equivalent one.
 #pragma once
 
 #include "math/VelkDspCartesian.h"
@@ -13,7 +13,7 @@ namespace tav {
 inline constexpr float kRadiansPerDegree = 0.017453292f;
 inline constexpr float kDegreesPerRadian = 57.29578f;
 
-/// Into [0, 360). Exact repeated addition or subtraction while |deg| <= 1e6, a remainder beyond.
+/// Wraps into [0, 360) by repeated addition or subtraction; beyond |deg| = 1e6 by a remainder.
 /// @param deg  finite
 float Wrap360(float deg) noexcept;
 double Wrap360(double deg) noexcept;
@@ -21,7 +21,7 @@ double Wrap360(double deg) noexcept;
 /// A position by its angles.
 struct Spherical {
     float azimuth = 0;    ///< radians, mathematical
-    float distance = 0;   ///< any sign before Normalised
+    float distance = 0;   ///< may be negative until Normalised
     float elevation = 0;  ///< radians, up is positive
 };
 
@@ -44,7 +44,7 @@ float ElevationDeg(const CartesianVector& v) noexcept;
 /// Infinite where the squares overflow 32 bits.
 float Distance(const CartesianVector& v) noexcept;
 
-/// Each replaces one of the three and keeps the other two.
+/// Each of these replaces one spherical coordinate and keeps the other two.
 void SetAzimuthRad(CartesianVector& v, float azimuth) noexcept;
 void SetAzimuthDeg(CartesianVector& v, float azimuthDeg) noexcept;
 void SetElevationRad(CartesianVector& v, float elevation) noexcept;

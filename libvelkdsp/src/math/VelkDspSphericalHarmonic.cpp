@@ -46,7 +46,7 @@ int DegreeAtPlace(unsigned n, unsigned place, SphericalHarmonic::Sorting sorting
     }
 }
 
-/// The factor of a rule that divides; harmonics that the other side lacks stay 0.
+/// 1 / factor; 0 for a harmonic that the normalisation does not have.
 double Reciprocal(double factor) { return factor == 0.0 ? 0.0 : 1.0 / factor; }
 
 double N3DToFuMa(unsigned n, unsigned m) {
@@ -143,7 +143,7 @@ double SphericalHarmonic::ExactConversionFactor(unsigned n,
                                                 Normalization to) {
     if (from == to) return 1.0;
     const unsigned degree = Magnitude(m);
-    // Deliberate: every way back from nothing is 0 but this one.
+    // Deliberate: all other conversions from a factor of 0 give 0, this one infinity.
     //                                          (SphericalHarmonic, OneWayBackIsInfinite)
     const bool isUnguarded = from == Normalization::N2D && to == Normalization::SN2D;
     if (isUnguarded && n != degree) return std::numeric_limits<double>::infinity();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is known about spherical harmonics without a direction: channels, orders, normalisations.
+// Channels, orders and normalisations of spherical harmonics.
 //
 // A channel of an ambisonic signal is one harmonic: its order n from 0 and its degree m, -n .. n in
 // three dimensions (3) and -n or n in two (2). Degrees from 0 up go with cos(m phi), negative ones
@@ -18,7 +18,7 @@ namespace tav {
 /// Thread: any.  Throws: std::bad_alloc where a text or vector is returned, else nothing.
 class SphericalHarmonic {
 public:
-    /// The codes are stored and must stay.
+    /// Patches store the codes, so they must not change.
     enum class Normalization : std::int32_t {
         Unnormalized,
         SN3D,
@@ -40,7 +40,7 @@ public:
 
     /// (order + 1)^2 in three dimensions, 2 order + 1 in two, else 0.
     static unsigned NumChannels(unsigned order, unsigned dimension);
-    /// Whether a whole order has this many channels; one channel is order 0 in any dimension.
+    /// Whether some order has this number of channels; one channel is order 0 in any dimension.
     static bool IsValidChannelCount(unsigned count, unsigned dimension);
     /// -1 for a count that is not valid.
     static int OrderFromChannelCount(unsigned count, unsigned dimension);
@@ -50,14 +50,14 @@ public:
     /// Whether the normalisation is meant for the dimension: SN3D and N3D are not for two, SN2D and
     /// N2D not for three; unknown codes for none.
     static bool IsAllowed(Normalization normalization, unsigned dimension);
-    /// What turns the harmonic (n, m) of one normalisation into that of another.
-    /// 0 where the target does not have the harmonic: FuMa and MaxN above order 3, SN2D and N2D
-    /// unless n = |m|. Unnormalized and RONB turn the sign where m is odd.
+    /// The factor that converts the harmonic (n, m) from one normalisation to another. 0 if the
+    /// target does not have the harmonic: FuMa and MaxN above order 3, SN2D and N2D
+    /// unless n = |m|. Unnormalized and RONB change the sign if m is odd.
     static float ConversionFactor(unsigned n, int m, Normalization from, Normalization to);
     /// The same before it is rounded.
     static double ExactConversionFactor(unsigned n, int m, Normalization from, Normalization to);
 
-    /// "Y(1,-1)", or "Y(1,-1) (Y)" with the letter where there is one.
+    /// "Y(1,-1)", or "Y(1,-1) (Y)" with the letter if there is one.
     static std::string ChannelLabel(unsigned n, int m, bool withLetter);
     /// The channel's name in B-format of the third order at most; empty above.
     static std::string_view FuMaLetter(unsigned n, int m);

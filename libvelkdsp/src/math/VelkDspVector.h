@@ -16,7 +16,7 @@
 
 namespace tav {
 
-/// What vectors of all element types share.
+/// The common base of vectors of all element types.
 class VectorBase {
 public:
     virtual ~VectorBase() = default;
@@ -29,8 +29,8 @@ protected:
     VectorBase& operator=(VectorBase&&) = default;
 };
 
-/// A count and a contiguous block of that many elements; a contiguous range, so it becomes a
-/// std::span by itself. A moved-from vector is empty.
+/// A contiguous block of elements; as a contiguous range it converts to std::span. A moved-from
+/// vector is empty.
 /// Throws: std::length_error for an impossible size, std::bad_alloc; then nothing changed.
 template <class T>
 class Vector : public VectorBase {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The life that all signal blocks share: ports, rate, block size, mute, bypass, labels, report.
+// The common base of all processors: ports, rate, block size, mute, bypass, labels, report.
 //
-// A block computes in floats (slot 1); the host speaks doubles. The way from one to the other is
-// written once, here: every float that a block sees has passed SampleKernels::fromHost, every
-// double that the host gets back is finite.
+// A processor computes in floats (slot 1), the host passes doubles. This class converts between
+// them: every input sample has passed SampleKernels::fromHost, every output sample is finite.
+// "Slot" and the numbers below are the order of the virtual functions.
 #pragma once
 
 #include "kernels/VelkDspSampleKernels.h"
@@ -20,8 +20,8 @@ namespace tav {
 /// A processor with a fixed number of inputs and outputs. Either number may be 0.
 /// Pattern: (SetSampleRate SetBufferSize)+ Process*. The host may announce new values at any time;
 /// buffers pass to the audio thread through a HandOver.
-/// A derived class that overrides slot 1 says `using AudioProcessorBase::Process;` beside it, so
-/// that slot 2 is not hidden.
+/// A derived class that overrides slot 1 also needs `using AudioProcessorBase::Process;`, so that
+/// slot 2 is not hidden.
 class AudioProcessorBase {
 public:
     /// 44100 Hz and blocks of 64 samples until the host says otherwise.  Throws: std::bad_alloc.
@@ -33,26 +33,26 @@ public:
     virtual ~AudioProcessorBase();
 
     // 1 to 3: one block.  Thread: audio.
-    /// Overwrites the connected outputs; the others are left alone. The inputs are finite.
+    /// Overwrites the connected outputs and does not write the others. The inputs are finite.
     virtual void Process(float* const* outputs,
                          const float* const* inputs,
                          unsigned frames) noexcept TAV_NONBLOCKING = 0;
-    /// The host's samples mapped, slot 1, its output made finite; unconnected outputs get zeros.
+    /// Converts the inputs, calls slot 1 and converts its outputs; unconnected outputs get zeros.
     /// More frames than SetBufferSize announced are processed in pieces of the announced size.
     /// @param outputs, inputs  one pointer per port, `frames` samples each, no buffer twice
     virtual void Process(double* const* outputs,
                          const double* const* inputs,
                          unsigned frames) noexcept TAV_NONBLOCKING;
     /// Mute (the argument or SetMute) writes zeros; otherwise bypass (likewise) copies input i to
-    /// output i while both exist, a sample that is not finite as 0, and zeroes the other outputs;
-    /// neither spends processing. Otherwise slot 2.
+    /// output i while both exist, with samples that are not finite as 0, and zeroes the other
+    /// outputs. Neither calls slot 1. Without them it is slot 2.
     virtual void ProcessHost(double* const* outputs,
                              const double* const* inputs,
                              unsigned frames,
                              bool mute,
                              bool bypass) noexcept TAV_NONBLOCKING;
 
-    // 4, 5: zeros into every output that is connected.  Thread: audio.
+    // 4, 5: write zeros to every connected output.  Thread: audio.
     virtual void ZeroOutputs(double* const* outputs,
                              unsigned frames) const noexcept TAV_NONBLOCKING;
     virtual void ZeroOutputs(float* const* outputs, unsigned frames) const noexcept TAV_NONBLOCKING;
@@ -69,12 +69,12 @@ public:
     virtual void SetSampleRate(float hz);
     /// The largest block to come; 0 is ignored.  Throws: std::bad_alloc, then nothing changed.
     virtual void SetBufferSize(unsigned frames);
-    /// Forgets the sound so far, keeps every setting.
+    /// Clears all signal memory, keeps every setting.
     virtual void Reset();
     /// Samples.
     virtual unsigned Latency() const;
 
-    // 13 to 16: which ports count; here all that exist do.  Thread: any.
+    // 13 to 16: which ports are connected and active; in this class all that exist.  Thread: any.
     virtual bool InputConnectedAndActive(unsigned input) const noexcept TAV_NONBLOCKING;
     virtual bool OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING;
     virtual bool InputActive(unsigned input) const noexcept TAV_NONBLOCKING;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A processor that knows which of its ports are connected and stops working for silent inputs.
+// A processor that knows which of its ports are connected and does not process silent inputs.
 #pragma once
 
 #include "processors/VelkDspAudioProcessorBase.h"
@@ -10,36 +10,36 @@
 
 namespace tav {
 
-/// Starts with all ports connected and auto-mute off. A block inside another one reads the flags of
-/// its owner: see ShareActivityOf.
+/// Starts with all ports connected and auto-mute off. A processor inside another one uses the flags
+/// of its owner: see ShareActivityOf.
 class AudioProcessorWithAutoMute : public AudioProcessorBase {
 public:
     AudioProcessorWithAutoMute(unsigned numInputs, unsigned numOutputs);
 
     // 1 to 3
     using AudioProcessorBase::Process;
-    /// First analyses the inputs as the host sent them: a sample that is not a number is signal.
+    /// First analyses the inputs as the host passed them, so that NaN counts as signal.
     void Process(double* const* outputs,
                  const double* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
 
     // 9, 11
     void SetSampleRate(float hz) override;
-    /// Also forgets the silence counted so far. Audio may run.
+    /// Also clears the count of silent samples. Audio may run.
     void Reset() override;
 
-    // 13 to 16: the flags in force, this block's own or its owner's
+    // 13 to 16: the flags of this processor, or those of its owner
     bool InputConnectedAndActive(unsigned input) const noexcept TAV_NONBLOCKING override;
     bool OutputConnected(unsigned output) const noexcept TAV_NONBLOCKING override;
     bool InputActive(unsigned input) const noexcept TAV_NONBLOCKING override;
     bool AnyOutputConnected() const noexcept TAV_NONBLOCKING override;
 
-    // 17, 18: size of the analyzer, at most the ports there are; all flags 1.
+    // 17, 18: set the number of ports that are analysed, at most all; all flags become 1.
     // Thread: control, audio stopped.
     virtual void SetAnalyzerInputs(unsigned count);
     virtual void SetAnalyzerOutputs(unsigned count);
 
-    // 20: the active flags of one block.  Thread: audio.
+    // 20: computes the active flags for one block.  Thread: audio.
     virtual void AnalyzeActivity(const double* const* inputs,
                                  unsigned frames) noexcept TAV_NONBLOCKING;
 
@@ -47,7 +47,7 @@ public:
     /// One connection count per inlet and outlet, as the host passes them; connected when above 0.
     virtual void SetConnections(std::span<const short> inletCounts,
                                 std::span<const short> outletCounts);
-    /// Off, or on with the time set last (20 s before the first).
+    /// Switches auto-mute off, or on with the time that was set last (at first 20 s).
     virtual void SetAutoMute(bool on);
     /// @param seconds  0 or less: off. Otherwise on, clamped to [1, 500].
     virtual void SetAutoMuteTime(float seconds);
@@ -60,7 +60,7 @@ public:
     /// Seconds
     float AutoMuteTime() const noexcept { return own_.AutoMuteTime(); }
 
-    /// Moves after any of the flags in force (13 to 16) has changed.  Thread: any.
+    /// A counter that changes after any of the flags of 13 to 16 has changed.  Thread: any.
     std::uint32_t ActivityChanges() const noexcept TAV_NONBLOCKING {
         return InForce().Changes() + (&Outlets() == &InForce() ? 0 : Outlets().Changes());
     }
@@ -69,7 +69,7 @@ public:
     /// gain matrix inside a panner), and so do the blocks that read this one's. `owner` outlives
     /// this block.  Thread: control, audio stopped.
     void ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
-    /// The same for a block whose inputs alone are the owner's: its outputs keep their own flags.
+    /// The same for the flags of inputs only; outputs keep their own flags.
     void ShareInputActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
 
 private:
@@ -82,7 +82,7 @@ private:
 
     InletsActivityAnalyzer own_;
     const AudioProcessorWithAutoMute* owner_ = nullptr;
-    bool ownOutputs_ = false;  // with an owner: the inputs alone are shared
+    bool ownOutputs_ = false;  // with an owner: only the flags of inputs are shared
 };
 
 }  // namespace tav

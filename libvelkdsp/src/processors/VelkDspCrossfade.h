@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How a filter hands over to the next one without a click.
+// Crossfades from one filter to the next.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -13,24 +13,24 @@
 
 namespace tav {
 
-/// Any other code fades as SquareCosine.
+/// Any other code acts as SquareCosine.
 enum class FadeShape : std::int32_t {
     Linear,        // t and 1 - t
-    Cosine,        // equal power: alike filters swell by 3 dB
+    Cosine,        // equal power; the sum of two similar filters rises by up to 3 dB
     SquareCosine,  // equal gain, smooth at both ends
 };
 
-/// Weights of the old and the new at part t of a fade, 0 < t <= 1.
+/// Weights of the old and the new response at the part t of a fade, 0 < t <= 1.
 struct FadeWeights {
     float out;
     float in;
 };
 
-/// Which response sounds, which one comes in, and which one waits. A response is loaded while
-/// another fades in: it waits for the end of that fade, and a newer one takes its place. So at most
-/// two filters run, a change begins within one fade time and is complete within two.
-/// @tparam Response  compared by ==; null is silence. The caller keeps what is loaded alive until
-/// it is replaced and faded out.
+/// Holds a current, an incoming and a pending response. One that is loaded during a fade is pending
+/// until the fade ends; a newer one replaces it. So at most two filters run, and a change begins
+/// within one fade time and is complete within two.
+/// @tparam Response  compared by ==; null is silence. The caller keeps a loaded response alive
+/// until it has been replaced and faded out.
 /// Thread: audio.
 template <class Response>
 class Crossfade {
@@ -39,15 +39,15 @@ public:
 
     explicit Crossfade(float sampleRateHz) : sampleRateHz_(sampleRateHz) {}
 
-    /// The new values count from the next fade on. @param ms  0 or less: no fade; not finite:
+    /// The values apply from the next fade on. @param ms  0 or less: no fade; not finite:
     /// ignored
     void Set(float ms, FadeShape shape) noexcept TAV_NONBLOCKING {
         if (std::isfinite(ms)) ms_ = std::max(ms, 0.f);
         shape_ = shape;
     }
 
-    /// A response equal to the one that sounds, or that is headed for, takes its place unheard;
-    /// what waited is dropped.
+    /// Makes the response pending, in place of an older pending one. One equal to the incoming
+    /// response, or without a fade to the current one, replaces that at once.
     void Load(const Response* response) noexcept TAV_NONBLOCKING {
         const Response*& heading = fading_ ? incoming_ : current_;
         waits_ = !Same(response, heading);
@@ -57,13 +57,13 @@ public:
     bool Fading() const noexcept TAV_NONBLOCKING { return fading_; }
     bool Waiting() const noexcept TAV_NONBLOCKING { return waits_ && !fading_; }
     const Response* Current() const noexcept TAV_NONBLOCKING { return current_; }
-    /// What fades in, or waits for its turn.
+    /// The response that fades in; without a fade the pending one.
     const Response* Incoming() const noexcept TAV_NONBLOCKING {
         return fading_ ? incoming_ : pending_;
     }
 
-    /// What waits begins to come in with the next sample.  @pre  Waiting()
-    /// @return false: there is no time to fade, it sounds now
+    /// The pending response begins to fade in with the next sample.  @pre  Waiting()
+    /// @return false: the fade time is 0, and it is the current one now
     bool Begin() noexcept TAV_NONBLOCKING {
         incoming_ = pending_;
         waits_ = false;
@@ -75,15 +75,15 @@ public:
         fading_ = length_ > 0;
         return fading_;
     }
-    /// From nothing: the response sounds at once, what waited is dropped.
+    /// Makes the response the current one at once; a fade or a pending response is dropped.
     void Reset(const Response* response) noexcept TAV_NONBLOCKING {
         current_ = response;
         fading_ = false;
         waits_ = false;
     }
 
-    /// The fade under way, for who mixes by itself: frame k of what follows is its sample
-    /// `position` + k, and the part that the incoming one has reached is (position + k + 1) /
+    /// The present fade, for callers that do the mixing: the next frame k is
+    /// sample `position` + k of the fade, with the part t = (position + k + 1) /
     /// length.
     struct Progress {
         FadeShape shape;
@@ -92,23 +92,23 @@ public:
     };
     /// @pre  Fading()
     Progress Under() const noexcept TAV_NONBLOCKING { return {fadeShape_, position_, length_}; }
-    /// As Mix, for frames mixed elsewhere; may go beyond the end of the fade.  @pre  Fading()
+    /// As Mix, for frames that the caller mixed; may exceed the fade.  @pre  Fading()
     bool Advance(std::uint32_t frames) noexcept TAV_NONBLOCKING {
         position_ += frames;
         return EndWhenOver();
     }
 
-    /// Of so many frames those up to the end of the fade, all of them where there is none.
+    /// The smaller of `frames` and the frames left of the fade; `frames` without a fade.
     std::size_t FramesWithin(std::size_t frames) const noexcept TAV_NONBLOCKING {
         return fading_ ? std::min<std::size_t>(frames, length_ - position_) : frames;
     }
 
     /// sounding[k] = the weighted sum of sounding[k] and incoming[k].  @pre  Fading(), at most
-    /// FramesWithin() samples   @return true: the fade is over, the incoming one is the current one
+    /// FramesWithin() samples   @return true: the fade is over, the incoming is current
     bool Mix(std::span<float> sounding, std::span<const float> incoming) noexcept TAV_NONBLOCKING {
         const double turn = std::numbers::pi / static_cast<double>(length_);
         const double half = fadeShape_ == FadeShape::Cosine ? 0.5 * turn : turn;
-        // Rotation in double over at most a block: no call per sample, no error to speak of.
+        // By rotation, without a call per sample; over a block in double the error is negligible.
         const double stepCos = std::cos(half);
         const double stepSin = std::sin(half);
         double c = std::cos(half * position_);
@@ -162,7 +162,7 @@ private:
     const Response* pending_ = nullptr;
     bool fading_ = false;
     bool waits_ = false;
-    // of the fade under way
+    // of the present fade
     FadeShape fadeShape_ = FadeShape::SquareCosine;
     std::uint32_t position_ = 0;
     std::uint32_t length_ = 0;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr float kLargestStateSum = 1e12f;
 
-/// Samples that cells have to run over until they sound as if they had always run.
+/// Number of samples after which the start of a cascade from silence is no longer audible.
 std::size_t PastLength(float sampleRateHz) {
     const float rate = std::isfinite(sampleRateHz) ? std::clamp(sampleRateHz, 1.f, 768000.f) : 1.f;
     return 128 * static_cast<std::size_t>(std::ceil(rate / 48000.f));
@@ -26,7 +26,7 @@ void Cascade::Perform(std::span<const BiquadCell> cells,
                       const float* input) noexcept TAV_NONBLOCKING {
     for (std::size_t k = 0; k < output.size(); ++k) {
         float x = input[k];
-        // Cell by cell within a sample: the cells of neighbouring samples then overlap in time.
+        // Cells in the inner loop, so that the processor overlaps cells of neighbouring samples.
         for (std::size_t c = 0; c < cells.size(); ++c) {
             const BiquadCell& cell = cells[c];
             State& state = states_[c];

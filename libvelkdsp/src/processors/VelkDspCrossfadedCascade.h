@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A cascade of measured cells that may be exchanged while it sounds.
+// A cascade of measured cells that can be replaced while it sounds.
 #pragma once
 
 #include "filterdesign/VelkDspBiquadCells.h"
@@ -11,8 +11,8 @@
 
 namespace tav {
 
-/// The states of cells in series. The cells themselves are given with every run: they stay where
-/// they were loaded.  Thread: the constructor control, the rest audio.
+/// The states of cells in series. The coefficients are passed with every call.
+/// Thread: the constructor control, the rest audio.
 class Cascade {
 public:
     explicit Cascade(std::size_t maxCells) : states_(maxCells) {}
@@ -22,7 +22,7 @@ public:
     void Perform(std::span<const BiquadCell> cells,
                  std::span<float> output,
                  const float* input) noexcept TAV_NONBLOCKING;
-    /// False: the states have run away.
+    /// False if the states have diverged.
     bool IsSane() const noexcept TAV_NONBLOCKING;
     std::size_t MaxCells() const noexcept TAV_NONBLOCKING { return states_.size(); }
 
@@ -34,30 +34,30 @@ private:
     std::vector<State> states_;
 };
 
-/// Silent until cells are loaded. Cells that come in have run over the last input samples unheard
-/// before they fade in, for cells that start from silence, or from the states of others, click.
-/// Cells have to be stable.  Thread: the constructor control, the rest audio.
+/// Silent until cells are loaded. Before new cells fade in they run, unheard, over the last input
+/// samples, since cells with states of 0, or of others, click. Cells must be stable.
+/// Thread: the constructor control, the rest audio.
 class CrossfadedCascade {
 public:
     /// @param sampleRateHz  the rate of the cells      Throws: std::bad_alloc.
     CrossfadedCascade(std::size_t maxCells, float sampleRateHz);
 
     void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING { fade_.Set(ms, shape); }
-    /// Null and no cells: silence. More cells than announced are ignored.
+    /// Null or no cells: silence. A response with more than maxCells is ignored.
     void Load(const BiquadCells* cells) noexcept TAV_NONBLOCKING;
-    /// The input so far is forgotten; fades go on.
+    /// Clears the input history; fades continue.
     void Clear() noexcept TAV_NONBLOCKING;
 
     /// @param output, input  `frames` samples each, may be the same buffer
-    /// @param starts  how many fades may still begin, counted down: preparing one costs time, and
-    /// many voices shall not do it in the same block. A fade that may not begin waits for the next
+    /// @param starts  how many fades may still begin in this block, counted down; preparing one
+    /// takes time, which must not add up over many voices. With 0, a fade is postponed to the next
     /// call.
     void Perform(float* output,
                  const float* input,
                  unsigned frames,
                  unsigned& starts) noexcept TAV_NONBLOCKING;
 
-    /// A fair share of starts in a block of so many voices.
+    /// A suitable number of starts per block for this number of voices.
     static unsigned StartsFor(unsigned numVoices) noexcept TAV_NONBLOCKING {
         return numVoices / 8 > 8 ? numVoices / 8 : 8;
     }
@@ -79,7 +79,7 @@ private:
     Cascade incoming_;
     Crossfade<BiquadCells> fade_;
     std::vector<float> past_;   // a ring of input samples
-    std::size_t position_ = 0;  // of the oldest one
+    std::size_t position_ = 0;  // of the oldest sample
 };
 
 }  // namespace tav

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A finite impulse response that may be exchanged while it sounds.
+// A finite impulse response that can be replaced while it sounds.
 #pragma once
 
 #include "processors/VelkDspCrossfade.h"
@@ -10,8 +10,8 @@
 
 namespace tav {
 
-/// Silent until a response is loaded; no latency, whatever its length. The response that comes in
-/// reads the same past as the one that sounds and is right from its first sample.
+/// Silent until a response is loaded; no latency at any length. A new response uses the same input
+/// history as the current one, so its output is complete from the first sample.
 /// Thread: the constructor control, the rest audio.
 class CrossfadedFir {
 public:
@@ -19,18 +19,18 @@ public:
     CrossfadedFir(std::size_t maxTaps, float sampleRateHz);
 
     void SetFade(float ms, FadeShape shape) noexcept TAV_NONBLOCKING { fade_.Set(ms, shape); }
-    /// Null: silence. A response longer than announced is ignored.
+    /// Null: silence. A response of more than maxTaps is ignored.
     void Load(const FirResponse* response) noexcept TAV_NONBLOCKING;
-    /// The input so far is forgotten; fades go on.
+    /// Clears the input history; fades continue.
     void Clear() noexcept TAV_NONBLOCKING;
-    /// The input so far is forgotten and the response sounds at once.
+    /// Clears the input history and makes the response current without a fade.
     void Reset(const FirResponse* response) noexcept TAV_NONBLOCKING;
 
     /// @param output, input  `frames` samples each, may be the same buffer
     void Perform(float* output, const float* input, unsigned frames) noexcept TAV_NONBLOCKING;
 
 private:
-    /// What the partitions of a response contribute between two steps of the grid.
+    /// The output of a response's partitions between two steps of the grid.
     using Tail = std::array<float, FirResponse::kPartition>;
 
     void PerformPiece(float* output, std::span<const float> input) noexcept TAV_NONBLOCKING;

@@ -12,8 +12,8 @@ namespace tav {
 namespace {
 
 constexpr float kDefaultGlideMs = 30.f;
-constexpr float kLoudest = 1e12f;  // more, summed over a piece, is no sound
-constexpr float kQuiet = 1e-12f;   // less, likewise, is silence
+constexpr float kLoudest = 1e12f;  // sums of magnitudes above this are not valid audio
+constexpr float kQuiet = 1e-12f;   // sums of magnitudes below this are silence
 constexpr float kRingOutSeconds = 0.5f;
 
 /// Fractional part of 0.5 + (output + 1) / p^(section + 1): the generalised golden ratio spreads
@@ -64,7 +64,7 @@ struct DecorrelationBank::Chains {
     Chains(unsigned numOutputs, float sampleRateHz)
         : silentAfter(static_cast<std::uint64_t>(sampleRateHz * kRingOutSeconds)),
           isEmpty(numOutputs, true) {
-        if (numOutputs < 2) return;  // a single output needs no twin to differ from
+        if (numOutputs < 2) return;  // a single output is not filtered
         std::size_t total = 0;
         for (unsigned o = 0; o < numOutputs; ++o) {
             for (const AllPassSection& section : DecorrelationChain(o, sampleRateHz)) {
@@ -80,7 +80,7 @@ struct DecorrelationBank::Chains {
         }
     }
 
-    /// The signal through the chain of an output, in place.
+    /// Filters the signal in place with the chain of an output.
     void Run(unsigned output, float* signal, unsigned frames) noexcept TAV_NONBLOCKING {
         if (rings.empty()) return;
         isEmpty[output] = false;
@@ -175,7 +175,7 @@ void DecorrelationBank::PerformPiece(float* const* outputs,
                                      unsigned frames) noexcept TAV_NONBLOCKING {
     Chains& chains = *chains_.Live();
     const float loudness = SumOfMagnitudes(input, frames);
-    const bool isSound = loudness <= kLoudest;  // false for what is no number
+    const bool isSound = loudness <= kLoudest;  // false for NaN
     const bool isQuiet = loudness < kQuiet;
     if (!isQuiet) quietSamples_ = 0;
     const bool rest = quietSamples_ >= chains.silentAfter;

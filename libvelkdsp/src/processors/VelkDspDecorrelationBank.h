@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Turns one signal into many that sound alike and have little to do with each other.
+// Makes many signals of equal spectrum and low mutual correlation from one.
 //
 // Each output is the input through four all-pass sections in series, w = v - g w[n - D] and
-// v' = g w + w[n - D]. Their product has magnitude 1 at every frequency, so an output is not
-// coloured, and the powers of the outputs add up exactly. Delays and signs are stratified numbers
-// of low discrepancy: hundreds of outputs stay distinct without a table.
+// v' = g w + w[n - D]. Each chain has magnitude 1 at every frequency, so an output is not coloured
+// and has the power of the input. Delays and signs come from a low-discrepancy sequence, so that
+// hundreds of outputs differ without a table.
 #pragma once
 
 #include "processors/VelkDspAudioProcessorWithAutoMute.h"
@@ -28,16 +28,16 @@ struct AllPassSection {
 };
 inline constexpr unsigned kAllPassSections = 4;
 
-/// The chain of an output: delays of 2 to 20 ms, each section in a range of its own.
+/// The chain of an output: delays of 2 to 20 ms, with a separate range for each section.
 /// @see "Natural sounding artificial reverberation", JAES 10(3), 1962; "The decorrelation of audio
 /// signals and its impact on spatial imagery", Computer Music Journal 19(4), 1995
 std::array<AllPassSection, kAllPassSections> DecorrelationChain(unsigned output,
                                                                 float sampleRateHz) noexcept;
 
-/// One input, any number of outputs, a weight each. A single output is the input itself.
-/// A channel that is not connected costs nothing, and so do all of them half a second after input
-/// and chains have fallen silent. One whose weight is 0 runs on unheard: from an empty chain it
-/// would come back with a click for each of its delays.
+/// One input, any number of outputs with a weight each. A single output is the unfiltered input.
+/// Unconnected outputs are not computed; nothing is, half a second after input and chains have
+/// become silent. An output with the weight 0 is still computed: if its chain were empty when the
+/// weight rises, each of its delays would click.
 class DecorrelationBank : public AudioProcessorWithAutoMute {
 public:
     /// @param weights  one per output
@@ -45,24 +45,24 @@ public:
     ~DecorrelationBank() override;
 
     using AudioProcessorBase::Process;
-    /// Perform into zeroed outputs.
+    /// Zeroes the outputs, then calls Perform.
     void Process(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
     std::string Name() const override;
-    /// The chains start empty.
+    /// Also empties the chains.
     void SetSampleRate(float hz) override;
     void Reset() override;
 
-    /// Adds to the connected outputs. Input that is no number, or beyond 1e12, counts as silence.
+    /// Adds to the connected outputs. Input with NaN or magnitudes beyond 1e12 counts as silence.
     /// Thread: audio.
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING;
 
-    /// Glides there.  @param weights  one per output, finite  Thread: control.
+    /// Starts a glide to new weights. @param weights  one per output, finite  Thread: control.
     void SetWeights(std::span<const float> weights) noexcept;
-    /// Milliseconds of the glides to come; negative or not finite: ignored.  Thread: control.
+    /// Milliseconds, for later glides; negative or not finite: ignored.  Thread: control.
     void SetInterpolationTime(float ms) noexcept;
 
 private:

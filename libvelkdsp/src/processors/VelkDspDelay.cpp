@@ -12,7 +12,7 @@ namespace tav {
 namespace {
 constexpr float kLongestDelayMs = 10000.f;
 constexpr auto kLastDelayKind = static_cast<std::uint32_t>(DelayKind::Cardinal);
-constexpr std::uint32_t kUnusedDelayKind = 4;  // between the all-pass and Hermite
+constexpr std::uint32_t kUnusedDelayKind = 4;  // the unused code between the all-pass and Hermite
 }  // namespace
 
 Delay::Delay() : AudioProcessorWithAutoMute(1, 1) { GrowRing(0.f); }
@@ -105,7 +105,7 @@ void Delay::TakeChanges() noexcept TAV_NONBLOCKING {
     }
     const Request done = request_;
     requests_.Take(request_);
-    // A longer ring may come a block later than the delay that needs it.
+    // The longer ring that a delay needs may arrive one block after it.
     const float longest = rings_.Live()->LongestDelay();
     if (request_.jumpCount != done.jumpCount) {
         delay_.SetOverSamples(std::min(request_.jumpTo, longest), 0);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A fractional delay line whose delay may glide while audio runs.
+// A fractional delay line whose delay can glide while audio runs.
 #pragma once
 
 #include "math/VelkDspVector.h"
@@ -15,20 +15,20 @@
 
 namespace tav {
 
-/// One input, one output, later by a delay that need not be a whole number of samples. A change of
-/// the delay glides linearly over the interpolation time: the pitch bends, nothing clicks.
+/// One input, one output, with a delay of any fractional number of samples. A change of the delay
+/// glides linearly over the interpolation time, which shifts the pitch but does not click.
 ///
 /// Setters belong to the control thread, one at a time, and may be called while audio runs; they
-/// ignore values that are not finite. The memory grows there too: the audio thread takes a longer
-/// ring at the start of a block and copies its history into it.
+/// ignore values that are not finite. They also allocate longer rings, which the audio thread takes
+/// at the start of a block; it copies the history into the new ring.
 class Delay : public AudioProcessorWithAutoMute {
 public:
-    /// No delay, room for none above it, glides of 30 ms, kind Lagrange.  Throws: std::bad_alloc.
+    /// Delay and maximum delay 0, glides of 30 ms, kind Lagrange.  Throws: std::bad_alloc.
     Delay();
 
     // 1
     using AudioProcessorBase::Process;
-    /// An inactive input gives zeros and is forgotten.
+    /// An inactive input gives zeros, and the line is cleared.
     void Process(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -40,35 +40,35 @@ public:
     void SetSampleRate(float hz) override;
     void Reset() override;
 
-    /// @param ms  0 to 10000, clamped. A smaller maximum than before gives no memory back.
+    /// @param ms  0 to 10000, clamped. A smaller maximum than before frees no memory.
     /// Throws: std::bad_alloc, then nothing changed.
     void SetMaximumDelay(float ms);
     float MaximumDelay() const noexcept { return maximumMs_; }
-    /// Raises the maximum where it is too small.
+    /// Sets the delay, and raises the maximum if necessary.
     /// @param ms  0 to 10000, clamped      @param immediate  jump with the next block, do not glide
     /// Throws: as SetMaximumDelay.
     void SetDelay(float ms, bool immediate);
     float DelayTime() const noexcept { return delayMs_; }
-    /// @param ms  of the next change of the delay; 0: it jumps, and clicks
+    /// @param ms  for later changes of the delay; 0: they jump, which clicks
     void SetInterpolationTime(float ms);
     float InterpolationTime() const noexcept { return interpolationMs_; }
-    /// @param code  of DelayKind; any other reads the nearest sample
+    /// @param code  of DelayKind; any other acts as Nearest
     void SetInterpolationKind(std::uint32_t code);
     void SetInterpolationKind(DelayKind kind);
-    /// Silence in the line from the next block on.
+    /// Clears the line at the next block.
     void Clear();
 
-    /// One block without looking at the activity flags, for owners that know more.
+    /// Processes one block whatever the activity flags are, for owners that decide themselves.
     /// @param output, input  `frames` samples each, may be the same buffer
     /// Thread: audio.
     void Perform(float* output, const float* input, unsigned frames) noexcept TAV_NONBLOCKING;
-    /// In place of Perform while there is nothing to hear: forgets the past, lets glides go on.
+    /// Call it in place of Perform while the line is silent: clears the line and advances glides.
     /// Thread: audio.
     void Rest(unsigned frames) noexcept TAV_NONBLOCKING;
 
 private:
-    /// What the control side wants of the delay, in samples: the newest jump, then a glide. The
-    /// counts tell the audio side which of the two it has not done yet.
+    /// The delay that the control side has requested, in samples: the newest jump, then a glide.
+    /// The counts tell the audio side which of the two are new.
     struct Request {
         float jumpTo;
         std::uint32_t jumpCount;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Reading between two samples of a delay line.
+// Interpolation between the samples of a delay line.
 //
 // Each kernel gives the signal at the fraction f, 0 <= f < 1, of the way from x[0] to x[1]; the
-// four-point ones also look at x[-1] and x[2]. They are objects of their own types, so that a loop
-// written once for all of them is compiled with each of them inside.
+// four-point ones also look at x[-1] and x[2]. Each is an object of its own type, so that a loop
+// that is a template of the kernel has it inlined.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -12,7 +12,7 @@
 
 namespace tav {
 
-/// What lies between the samples. Codes without a name read as Nearest.
+/// Kinds of interpolation. Any other code acts as Nearest.
 enum class DelayKind : std::uint32_t {
     Nearest = 0,
     Linear = 1,
@@ -33,7 +33,7 @@ inline float Apply(const FourPointWeights& w, const float* x) noexcept TAV_NONBL
     return w.before * x[-1] + w.here * x[0] + w.next * x[1] + w.afterNext * x[2];
 }
 
-/// The nearer one, x[1] where both are equally near.
+/// The nearer sample; x[1] if both are equally near.
 inline constexpr auto kNearestKernel = [](const float* x, float f) noexcept TAV_NONBLOCKING {
     return f >= 0.5f ? x[1] : x[0];
 };
@@ -67,7 +67,7 @@ inline constexpr auto kQuadraticKernel = [](const float* x, float f) noexcept TA
         {f2 / 2.f - f / 2.f, 1.f - f / 2.f - f2 / 2.f, 1.5f * f - f2 / 2.f, f2 / 2.f - f / 2.f}, x);
 };
 
-/// Cubic B-spline; smooths, so that f = 0 does not give x[0].
+/// Cubic B-spline; a low-pass, so f = 0 does not give x[0].
 inline constexpr auto kBSplineKernel = [](const float* x, float f) noexcept TAV_NONBLOCKING {
     const float cubic = (x[0] - x[1]) * 0.5f + (x[2] - x[-1]) / 6.f;
     const float square = (x[1] + x[-1]) * 0.5f - x[0];
@@ -75,8 +75,8 @@ inline constexpr auto kBSplineKernel = [](const float* x, float f) noexcept TAV_
     return ((cubic * f + square) * f + slope) * f + (x[1] + x[-1]) / 6.f + x[0] * (2.f / 3.f);
 };
 
-/// Cardinal cubic with tension -0.6: flatter in level than Lagrange, with up to 0.02 samples of
-/// delay error at low frequencies, so better for delays that rest.
+/// Cardinal cubic with tension -0.6: flatter magnitude than Lagrange, with a delay error of up to
+/// 0.02 samples at low frequencies; better for constant delays.
 inline constexpr auto kCardinalKernel = [](const float* x, float f) noexcept TAV_NONBLOCKING {
     const float t = -0.6f;
     const float f2 = f * f;
@@ -86,7 +86,7 @@ inline constexpr auto kCardinalKernel = [](const float* x, float f) noexcept TAV
                  x);
 };
 
-/// First-order allpass; remembers its previous output.
+/// First-order all-pass; it keeps its previous output.
 struct AllpassKernel {
     float previous;
 

@@ -9,22 +9,23 @@ namespace tav {
 
 namespace {
 
-/// Where a delay falls: `whole` samples back from the present one, then `fraction` forward.
+/// A delay as a read position: `whole` samples before the present one, plus `fraction`.
 struct Distance {
     std::size_t whole;
     float fraction;
 };
 
 Distance Split(float delay) noexcept TAV_NONBLOCKING {
-    const auto below = static_cast<std::int32_t>(delay);  // not std::ceil: a call on old machines
+    const auto below = static_cast<std::int32_t>(delay);  // faster than std::ceil
     const float past = delay - static_cast<float>(below);
     const float fraction = 1.f - past;
-    // A delay too little past a whole one for its fraction to stay below 1 is that whole one.
+    // If the fraction rounds to 1, the delay is a whole number of samples.
     return fraction < 1.f ? Distance{static_cast<std::size_t>(below) + 1, fraction}
                           : Distance{static_cast<std::size_t>(below), 0.f};
 }
 
-/// Kernels look past the read point, where for short delays nothing is written yet.
+/// The kind to use for a delay: below one sample, the four-point kernels would read samples that
+/// are not written yet.
 DelayKind KindFor(DelayKind kind, float delay) noexcept TAV_NONBLOCKING {
     if (kind == DelayKind::Allpass || delay >= 1.f) return kind;
     if (kind == DelayKind::Nearest || delay == 0.f) return DelayKind::Nearest;
@@ -43,7 +44,7 @@ DelayRing::DelayRing(std::size_t length) : storage_(length + 2 * kGuard), mask_(
 
 void DelayRing::CopyFrom(const DelayRing& older) noexcept TAV_NONBLOCKING {
     const std::span<const float> samples(older.Samples(), older.mask_ + 1);
-    Append(samples.subspan(older.writePosition_));  // the oldest
+    Append(samples.subspan(older.writePosition_));  // the older part
     Append(samples.first(older.writePosition_));
     lastAllpass_ = older.lastAllpass_;
 }
@@ -112,7 +113,7 @@ void DelayRing::Read(DelayKind kind,
 void DelayRing::Read(DelayKind kind,
                      std::span<const float> delays,
                      std::span<float> output) noexcept TAV_NONBLOCKING {
-    // A glide crosses one sample of delay at most once, so there are few stretches of one kind.
+    // A glide crosses a delay of one sample at most once, so there are few runs of the same kind.
     for (std::size_t begin = 0; begin < output.size();) {
         const DelayKind kindHere = KindFor(kind, delays[begin]);
         std::size_t end = begin + 1;
@@ -129,7 +130,8 @@ void DelayRing::Read(DelayKind kind,
     if (kind == DelayKind::Allpass) RecoverAllpass(output);
 }
 
-/// The only kernel that remembers, so the only one that something not finite could lodge in.
+/// Clears ring and output if the state of the all-pass, the only kernel with one, is not finite or
+/// above 1e12.
 void DelayRing::RecoverAllpass(std::span<float> output) noexcept TAV_NONBLOCKING {
     constexpr float kImpossible = 1e12f;
     if (std::abs(lastAllpass_) <= kImpossible) return;

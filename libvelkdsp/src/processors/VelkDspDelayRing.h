@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The memory of a delay line, and reading from it at any distance.
+// The memory of a delay line, which can be read at any delay.
 #pragma once
 
 #include "math/VelkDspVector.h"
@@ -12,16 +12,16 @@
 
 namespace tav {
 
-/// A ring of samples with guard samples on both sides, so that no kernel tests for the wrap.
+/// A ring of samples with guard samples at both ends, so that kernels need no test for the wrap.
 /// Pattern: (Write Read?)*, blocks of at most kLargestBlock; reads belong to the block written
 /// last. Thread: the constructor control, the rest audio.
 class DelayRing {
 public:
     static constexpr std::size_t kLargestBlock = 512;
-    /// Samples of a ring that no delay may use: room for blocks and glides.
+    /// Samples of a ring beyond the longest delay, needed for blocks and glides.
     static constexpr std::size_t kHeadroom = 8193;
 
-    /// Samples of a ring for delays up to `maximumMs`, a power of two.
+    /// Length in samples of a ring for delays up to `maximumMs`; a power of two.
     static std::size_t LengthFor(float maximumMs, float sampleRateHz) noexcept;
 
     /// Silence.  @param length  a power of two above kHeadroom.  Throws: std::bad_alloc.
@@ -32,9 +32,9 @@ public:
         return static_cast<float>(mask_ + 1 - kHeadroom);
     }
 
-    /// Takes over the newest samples of a ring that is not longer than this one.
+    /// Copies the samples of a ring that is not longer than this one.
     void CopyFrom(const DelayRing& older) noexcept TAV_NONBLOCKING;
-    /// Silence, and a fresh memory of the allpass kernel.
+    /// Clears the samples and the state of the all-pass kernel.
     void Clear() noexcept TAV_NONBLOCKING;
 
     void Write(std::span<const float> block) noexcept TAV_NONBLOCKING;

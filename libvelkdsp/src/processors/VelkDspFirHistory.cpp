@@ -32,7 +32,7 @@ const float* FirHistory::Write(std::span<const float> block) noexcept TAV_NONBLO
         std::ranges::copy(block.subspan(first), samples_.data() + copy);
     }
     position_ = (position_ + block.size()) % length_;
-    // Any window of one ring's length that ends here lies in one piece.
+    // Samples are stored twice, so that the ring's length of samples before this one is contiguous.
     return samples_.data() + position_ + length_ - block.size();
 }
 

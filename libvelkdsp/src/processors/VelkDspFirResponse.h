@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A finite impulse response, made ready for the audio thread.
+// A finite impulse response, prepared for the audio thread.
 #pragma once
 
 #include "filterdesign/VelkDspFft.h"
@@ -10,13 +10,13 @@
 
 namespace tav {
 
-/// Runs tap by tap as far as that is cheaper or no delay is allowed, and in partitions of its
-/// spectrum beyond. No taps are silence.
+/// The first taps are convolved directly, because that has no latency or is cheaper; the others
+/// with partitions of the spectrum. No taps are silence.
 class FirResponse {
 public:
     static constexpr std::size_t kPartition = 128;
     static constexpr std::size_t kLongestDirect = 512;
-    /// Numbers of a partition's spectrum, a multiple of eight.
+    /// Length of a partition's spectrum in numbers, a multiple of eight.
     static constexpr std::size_t kStride = kPartition + 8;
 
     enum class Form { Cheapest, Partitioned };
@@ -26,12 +26,12 @@ public:
 
     std::size_t NumTaps() const noexcept TAV_NONBLOCKING { return taps_.size(); }
     std::span<const float> Taps() const noexcept TAV_NONBLOCKING { return taps_; }
-    /// The taps that run directly, from the first on.
+    /// The taps that are convolved directly.
     std::span<const float> Head() const noexcept TAV_NONBLOCKING {
         return std::span(taps_).first(headLength_);
     }
     std::size_t NumPartitions() const noexcept TAV_NONBLOCKING { return numPartitions_; }
-    /// Taps (index + 1) * kPartition and the following ones, as a spectrum of 2 * kPartition.
+    /// Spectrum of size 2 * kPartition of the taps from (index + 1) * kPartition on.
     ConstComplexParts Partition(std::size_t index) const noexcept TAV_NONBLOCKING {
         return {re_.data() + index * kStride, im_.data() + index * kStride};
     }

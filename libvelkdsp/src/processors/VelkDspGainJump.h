@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Changes of a gain matrix that take effect at the next block, without a glide.
 //
-// New targets wait for a segment boundary; these do not: an immediate row, and a new ramp. They are
-// collected on the control side until audio takes them all at once, so that audio ends up where it
-// would be had each been made between two blocks.
+// New targets wait for the next segment; immediate rows and a new ramp length do not. They are
+// collected on the control side until audio takes them all at once. The result for audio is the
+// same as if each had been applied between two blocks.
 #pragma once
 
 #include "math/VelkDspMatrix.h"
@@ -19,13 +19,13 @@
 
 namespace tav {
 
-/// All jumps since audio last took some, as one change of the matrices from and to.
+/// All jumps since audio last took them, as one change of the matrices from and to.
 class GainJump {
 public:
     enum class Row : std::uint8_t {
         Keep,
-        FromTo,   // from takes what audio has in to, then to takes the value
-        Replace,  // from and to take their values
+        FromTo,   // from becomes audio's own to, then to becomes the value
+        Replace,  // from and to become the values
     };
 
     GainJump(std::size_t rows, std::size_t columns)
@@ -48,7 +48,7 @@ public:
         }
     }
 
-    /// The segment starts anew, with this length.
+    /// Restarts the segment with this length.
     void SetRampLength(std::int32_t length) noexcept {
         newRamp_ = true;
         rampLength_ = length;
@@ -84,37 +84,37 @@ private:
     std::int32_t rampLength_ = 0;
 };
 
-/// Carries jumps from control to audio. There are two: while audio reads one, control fills the
-/// other; one that audio has not taken yet goes back to control to be added to.
+/// Passes jumps from control to audio through two slots: while audio reads one, control fills the
+/// other. Control takes back a jump that audio has not taken yet, to add to it.
 /// Pattern, control threads serialise among themselves: (Open Post)*   (Take Release)*
 class GainJumpMailbox {
 public:
     GainJumpMailbox(std::size_t rows, std::size_t columns)
         : slots_{{{rows, columns}, {rows, columns}}} {}
 
-    /// The jump that still waits, or an empty one.  Thread: control.
+    /// The jump that audio has not taken yet, or an empty one.  Thread: control.
     GainJump& Open() noexcept {
         if (Slot* waiting = posted_.exchange(nullptr, std::memory_order_acq_rel)) {
-            return waiting->jump;  // the one opened last
+            return waiting->jump;  // the one that was opened last
         }
-        // Nothing is posted, so audio holds one at most.
+        // Nothing is posted, so audio holds at most one slot.
         open_ = slots_[0].held.load(std::memory_order_acquire) ? &slots_[1] : &slots_[0];
         open_->jump.Clear();
         return open_->jump;
     }
-    /// What Open returned goes out.  Thread: control.
+    /// Passes the jump that Open returned to audio.  Thread: control.
     void Post() noexcept {
         open_->held.store(true, std::memory_order_relaxed);
         posted_.store(open_, std::memory_order_release);
     }
 
-    /// Null when nothing waits.  Thread: audio.
+    /// The posted jump; null if there is none.  Thread: audio.
     const GainJump* Take() noexcept TAV_NONBLOCKING {
         if (posted_.load(std::memory_order_relaxed) == nullptr) return nullptr;
         taken_ = posted_.exchange(nullptr, std::memory_order_acq_rel);
         return taken_ == nullptr ? nullptr : &taken_->jump;
     }
-    /// What Take returned is no longer read.  Thread: audio.
+    /// Audio no longer reads the jump that Take returned.  Thread: audio.
     void Release() noexcept TAV_NONBLOCKING {
         taken_->held.store(false, std::memory_order_release);
     }

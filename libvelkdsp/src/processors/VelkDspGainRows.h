@@ -19,7 +19,7 @@ namespace tav {
 class GainRows {
 public:
     enum class Look : std::int32_t { Unchanged, Taken, Torn };
-    static constexpr std::uint32_t kNeverSeen = 1;  // odd: no complete row has this number
+    static constexpr std::uint32_t kNeverSeen = 1;  // odd, so no complete row has this number
 
     GainRows(std::size_t rows, std::size_t columns)
         : columns_(columns),
@@ -31,8 +31,8 @@ public:
     void Write(std::size_t row, std::span<const float> gains) noexcept {
         std::atomic<std::uint32_t>& sequence = sequences_[row];
         const std::uint32_t before = sequence.load(std::memory_order_relaxed);
-        sequence.store(before + 1, std::memory_order_relaxed);  // odd: being written
-        // Release, each: who reads one of these words also sees the odd number above.
+        sequence.store(before + 1, std::memory_order_relaxed);  // odd while the row is written
+        // Each with release, so that a reader of one of these words also sees the odd number.
         std::atomic<Word>* word = words_.data() + row * wordsPerRow_;
         for (std::size_t c = 0; c < columns_; c += 2, ++word) {
             const Pair pair{gains[c], c + 1 < columns_ ? gains[c + 1] : 0.f};
@@ -43,13 +43,13 @@ public:
         writes_.store(writes + 1, std::memory_order_release);
     }
 
-    /// Moves with every Write, so that a reader may skip all rows at once.  Thread: any.
+    /// A counter of all calls of Write, so that a reader can skip all rows at once.  Thread: any.
     std::uint32_t Writes() const noexcept TAV_NONBLOCKING {
         return writes_.load(std::memory_order_acquire);
     }
 
-    /// @param seen  number of the row as it was last taken, updated when it is Taken
-    /// @param gains  one per column; of no meaning when the row is Torn
+    /// @param seen  number of the row when it was last taken; updated if the result is Taken
+    /// @param gains  one per column; undefined if the result is Torn
     /// Thread: audio.
     Look Read(std::size_t row,
               std::uint32_t& seen,
@@ -64,7 +64,7 @@ public:
         return Look::Taken;
     }
 
-    /// What was written last.  Thread: control.
+    /// Copies the gains that were written last.  Thread: control.
     void CopyOut(std::size_t row, std::span<float> gains) const noexcept TAV_NONBLOCKING {
         const std::atomic<Word>* word = words_.data() + row * wordsPerRow_;
         const std::size_t pairs = columns_ / 2;
@@ -79,7 +79,7 @@ public:
     }
 
 private:
-    using Word = std::uint64_t;  // two gains, since reading all rows takes time at a boundary
+    using Word = std::uint64_t;  // two gains in one word, for faster reading
     using Pair = std::array<float, 2>;
     static_assert(std::atomic<Word>::is_always_lock_free);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// How values and memory pass from the control thread to the audio thread without a lock.
+// Passes values and memory from the control thread to the audio thread without a lock.
 //
-// The audio thread never waits and never frees: it looks once per block, takes what is complete,
-// and gives back what it no longer reads.
+// The audio thread never waits and never frees memory: it checks once per block, takes what is
+// complete, and returns what it no longer uses.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -32,17 +32,17 @@ public:
     void Store(const Values& values) noexcept {
         const auto words = std::bit_cast<Words>(values);
         const std::uint32_t sequence = sequence_.load(std::memory_order_relaxed);
-        sequence_.store(sequence + 1, std::memory_order_relaxed);  // odd: being written
-        // Release, each: who reads one of these words also sees the odd number above.
+        sequence_.store(sequence + 1, std::memory_order_relaxed);  // odd while values are written
+        // Each with release, so that a reader of one of these words also sees the odd number.
         for (std::size_t i = 0; i < kWords; ++i) {
             words_[i].store(words[i], std::memory_order_release);
         }
         sequence_.store(sequence + 2, std::memory_order_release);
     }
 
-    /// Reads what was stored since the last successful call.
-    /// @return false: nothing new, or a Store is under way; `values` unchanged, ask again next
-    /// block Thread: audio.
+    /// Reads the values if they were stored since the last successful call.
+    /// @return false: nothing new, or a Store is running; `values` unchanged, call again next block
+    /// Thread: audio.
     bool Take(Values& values) noexcept TAV_NONBLOCKING {
         const std::uint32_t sequence = sequence_.load(std::memory_order_acquire);
         if (sequence == taken_ || sequence % 2 == 1) return false;
@@ -64,8 +64,8 @@ private:
     std::uint32_t taken_ = 0;
 };
 
-/// An object that the audio thread uses and the control thread replaces, for memory that changes
-/// its size. The replaced object is freed by the control thread, at the latest with this one.
+/// An object that the audio thread uses and the control thread replaces, such as memory of another
+/// size. The control thread frees the replaced object, at the latest in the destructor.
 /// Pattern: Publish (Publish | TakeNext Live*)*; control threads serialise among themselves.
 template <class Object>
 class HandOver {
@@ -83,7 +83,7 @@ public:
     /// Thread: control.
     void Publish(std::unique_ptr<Object> object) noexcept {
         delete next_.exchange(object.release(), std::memory_order_acq_rel);
-        // After the exchange, not before: once this returns, nothing keeps audio from taking.
+        // After the exchange: when this returns, audio can take the new object.
         delete retired_.exchange(nullptr, std::memory_order_acq_rel);
     }
 
@@ -102,7 +102,7 @@ public:
         TakeNext([](Object&, Object*) {});
     }
 
-    /// Null before the first TakeNext that found something.  Thread: audio.
+    /// Null before the first successful TakeNext.  Thread: audio.
     Object* Live() const noexcept TAV_NONBLOCKING { return live_; }
 
 private:
@@ -111,8 +111,8 @@ private:
     Object* live_ = nullptr;                 // audio only
 };
 
-/// As HandOver, for objects that take over slowly: for a while the audio thread uses both, the
-/// live one and the one that comes in. The replaced object is freed by the control thread.
+/// As HandOver, for gradual replacement: for some time the audio thread uses both the live object
+/// and the incoming one. The control thread frees the replaced object.
 /// Pattern: Publish (Publish | (TakeNext Finish)*)*; control threads serialise among themselves.
 template <class Object>
 class SlowHandOver {
@@ -133,25 +133,25 @@ public:
         delete next_.exchange(object.release(), std::memory_order_acq_rel);
         FreeRetired();
     }
-    /// What audio has given back.  Thread: control, now and then.
+    /// Frees the object that audio has returned. Thread: control, from time to time.
     void FreeRetired() noexcept { delete retired_.exchange(nullptr, std::memory_order_acq_rel); }
 
-    /// A published object becomes the incoming one, unless another one still does.
-    /// @return true: it has just become that.  Thread: audio, once per block.
+    /// Makes a published object the incoming one, unless there is one already.
+    /// @return true: there is a new incoming object.  Thread: audio, once per block.
     bool TakeNext() noexcept TAV_NONBLOCKING {
         if (incoming_ != nullptr || next_.load(std::memory_order_relaxed) == nullptr) return false;
         if (retired_.load(std::memory_order_acquire) != nullptr) return false;
         incoming_ = next_.exchange(nullptr, std::memory_order_acq_rel);
         return incoming_ != nullptr;
     }
-    /// The incoming object is the live one from now on.  @pre  Incoming() is not null
+    /// Makes the incoming object the live one.  @pre  Incoming() is not null
     /// Thread: audio.
     void Finish() noexcept TAV_NONBLOCKING {
         Object* const replaced = std::exchange(live_, std::exchange(incoming_, nullptr));
         retired_.store(replaced, std::memory_order_release);
     }
 
-    /// Null before the first Finish; null outside of a change.  Thread: audio.
+    /// Live is null before the first Finish, Incoming except in a change.  Thread: audio.
     Object* Live() const noexcept TAV_NONBLOCKING { return live_; }
     Object* Incoming() const noexcept TAV_NONBLOCKING { return incoming_; }
 

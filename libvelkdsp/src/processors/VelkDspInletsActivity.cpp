@@ -18,7 +18,7 @@ void StoreConnected(std::vector<std::atomic<std::int16_t>>& flags,
     for (std::size_t i = 0; i < known; ++i) flags[i].store(counts[i] > 0 ? 1 : 0, kRelaxed);
 }
 
-/// By the bits, not by comparison: a comparison calls denormals zero where the host flushes them.
+/// Tests the bits, since a comparison takes denormals for zero if the host flushes them.
 bool AllZero(std::span<const double> samples) noexcept TAV_NONBLOCKING {
     constexpr std::size_t kRun = 64;  // short enough to stop early, long enough to vectorise
     for (std::size_t begin = 0; begin < samples.size(); begin += kRun) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which inputs and outputs are connected, and which inputs carry sound.
+// Which inputs and outputs are connected, and which inputs have a signal.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -30,13 +30,13 @@ public:
     bool OutletConnected(unsigned outlet) const noexcept TAV_NONBLOCKING;
     bool AnyOutletConnected() const noexcept TAV_NONBLOCKING;
 
-    /// Moves after any flag has changed, so that a reader can skip all of them at once.
+    /// Counts changes of the flags, so that a reader can skip all of them at once.
     std::uint32_t Changes() const noexcept TAV_NONBLOCKING {
         return changes_.load(std::memory_order_acquire);
     }
 
 protected:
-    /// 16-bit, relaxed: each flag stands alone and is right from the next block on.
+    /// 16-bit, relaxed: the flags are independent; a change may take effect a block later.
     using Flags = std::vector<std::atomic<std::int16_t>>;
     static Flags AllSet(unsigned count);
     static bool IsSet(const Flags& flags, unsigned index) noexcept TAV_NONBLOCKING;
@@ -69,15 +69,15 @@ public:
     /// Off, or on with the stored time.  Thread: control.
     void SetAutoMute(bool on) noexcept;
     bool AutoMute() const noexcept TAV_NONBLOCKING;
-    /// Seconds; what was stored last, whether auto-mute is on or not.
+    /// Seconds; the time that was stored last, also while auto-mute is off.
     float AutoMuteTime() const noexcept TAV_NONBLOCKING;
 
     /// Sets the active flags for one block. A sample that is not a number counts as signal, and so
     /// does a denormal one, whatever the processor's mode. Silence is counted in whole blocks;
-    /// while auto-mute is off or the inlet disconnected, the count stands still. Thread: audio.
+    /// while auto-mute is off or the inlet disconnected, the count does not change. Thread: audio.
     void Analyze(const double* const* inlets, unsigned frames) noexcept TAV_NONBLOCKING;
     bool InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING;
-    /// The next Analyze begins to count silence anew.  Thread: control, audio may run.
+    /// The next Analyze restarts the count of silent samples.  Thread: control, audio may run.
     void Reset() noexcept;
 
 private:

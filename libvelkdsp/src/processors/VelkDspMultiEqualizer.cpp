@@ -11,7 +11,7 @@ namespace tav {
 namespace {
 
 constexpr double kGlideSeconds = 0.02;
-constexpr double kLargestStates = 1e12;  // beyond, something has gone wrong
+constexpr double kLargestStates = 1e12;  // larger states have diverged
 
 }  // namespace
 
@@ -135,7 +135,7 @@ void MultiEqualizer::UpdateActivity() noexcept TAV_NONBLOCKING {
 void MultiEqualizer::TakeTargets() noexcept TAV_NONBLOCKING {
     const std::uint32_t writes = writes_.load(std::memory_order_acquire);
     if (writes != seenWrites_) {
-        seenWrites_ = writes;  // a target that is being written moves the number once more
+        seenWrites_ = writes;  // the end of a write in progress changes it again
         for (unsigned channel = 0; channel < NumInputs(); ++channel) {
             const Lane lane = LaneOf(channel);
             for (unsigned band = 0; band < numBands_; ++band) {
@@ -143,7 +143,7 @@ void MultiEqualizer::TakeTargets() noexcept TAV_NONBLOCKING {
                 const std::uint32_t jumps = glide.target.jumps;
                 if (!targets_[std::size_t{channel} * numBands_ + band].Take(glide.target)) continue;
                 const bool jump = !started_ || active_[channel] == 0;
-                Head(lane, band, jump || glide.target.jumps != jumps);
+                StartGlide(lane, band, jump || glide.target.jumps != jumps);
             }
         }
     }
@@ -152,12 +152,14 @@ void MultiEqualizer::TakeTargets() noexcept TAV_NONBLOCKING {
     for (unsigned channel = 0; channel < NumInputs(); ++channel) Forget(LaneOf(channel));
 }
 
-/// Sets out for the target.
-void MultiEqualizer::Head(const Lane& lane, unsigned band, bool jump) noexcept TAV_NONBLOCKING {
+/// Starts the glide of a band to its target.
+void MultiEqualizer::StartGlide(const Lane& lane,
+                                unsigned band,
+                                bool jump) noexcept TAV_NONBLOCKING {
     Glide& glide = GlidesOf(lane.channel)[band];
     if (!glide.moves) ++lane.group.numMoving;
     glide.moves = true;
-    if (jump) return Land(lane, band);
+    if (jump) return EndGlide(lane, band);
     const double part = 1.0 / static_cast<double>(glide.target.steps);
     glide.gRatio = std::pow(glide.target.design.g / glide.g, part);
     glide.kRatio = std::pow(glide.target.design.k / glide.k, part);
@@ -165,7 +167,7 @@ void MultiEqualizer::Head(const Lane& lane, unsigned band, bool jump) noexcept T
 }
 
 /// Ends a glide at its target.
-void MultiEqualizer::Land(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING {
+void MultiEqualizer::EndGlide(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING {
     Glide& glide = GlidesOf(lane.channel)[band];
     if (!glide.moves) return;
     --lane.group.numMoving;
@@ -185,11 +187,12 @@ void MultiEqualizer::Land(const Lane& lane, unsigned band) noexcept TAV_NONBLOCK
     bank.step0[lane.lane] = bank.step1[lane.lane] = bank.step2[lane.lane] = 0.0;
 }
 
-/// The next step of a glide: the loop jumps a little, the mix heads for the step after it.
+/// Takes the next step of a glide: g and k are set to the step's values, and the mix moves linearly
+/// towards the values of the step after it.
 void MultiEqualizer::Step(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING {
     Glide& glide = GlidesOf(lane.channel)[band];
     if (!glide.moves) return;
-    if (glide.stepsLeft == 0) return Land(lane, band);
+    if (glide.stepsLeft == 0) return EndGlide(lane, band);
     const SectionDesign& design = glide.target.design;
     SectionBank& bank = lane.group.banks[band];
     const double part = 1.0 / (static_cast<double>(kGrid) * glide.stepsLeft);
@@ -213,10 +216,10 @@ void MultiEqualizer::StepAll(Group& group) noexcept TAV_NONBLOCKING {
     }
 }
 
-/// Silence in all bands of a channel, and no glide.
+/// Clears the states of all bands of a channel and ends their glides.
 void MultiEqualizer::Forget(const Lane& lane) noexcept TAV_NONBLOCKING {
     for (unsigned band = 0; band < numBands_; ++band) {
-        Land(lane, band);
+        EndGlide(lane, band);
         lane.group.banks[band].s1[lane.lane] = lane.group.banks[band].s2[lane.lane] = 0.0;
     }
 }
@@ -254,7 +257,7 @@ void MultiEqualizer::RunGroup(Group& group, const Piece& piece) noexcept TAV_NON
     GuardStates(group, outputs, piece.frames);
 }
 
-/// States that have run away are cleared, and the piece is silent.
+/// Clears diverged states and zeroes the outputs of their channels for the piece.
 void MultiEqualizer::GuardStates(Group& group,
                                  float* const* outputs,
                                  unsigned frames) noexcept TAV_NONBLOCKING {
@@ -266,7 +269,7 @@ void MultiEqualizer::GuardStates(Group& group,
         }
     }
     for (unsigned lane = 0; lane < group.numLanes; ++lane) {
-        if (sums[lane] <= kLargestStates) continue;  // false for what is no number
+        if (sums[lane] <= kLargestStates) continue;  // false for NaN
         Forget({group, group.firstChannel + lane, lane});
         std::fill_n(outputs[lane], frames, 0.f);
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A bank of equalisers: so many channels, each with so many bands in series.
+// A bank of equalisers: several channels, each with the same number of bands in series.
 #pragma once
 
 #include "filterdesign/VelkDspSectionDesign.h"
@@ -16,8 +16,8 @@
 
 namespace tav {
 
-/// As many inputs and outputs as channels. Every change of a band, its kind included, glides over
-/// 20 ms and never clicks; what was set before the first block is there from the first sample.
+/// Has as many inputs and outputs as channels. Every change of a band, also of its kind, glides
+/// over 20 ms and does not click; settings made before the first block apply from the first sample.
 /// Setters belong to the control thread, one at a time, and may be called while audio runs.
 class MultiEqualizer final : public AudioProcessorWithAutoMute {
 public:
@@ -34,17 +34,17 @@ public:
 
     // 8, 9, 11
     std::string Name() const override;
-    /// Another rate ends all glides and forgets the sound so far.
+    /// Another rate ends all glides and clears the states.
     void SetSampleRate(float hz) override;
     void Reset() override;
 
     unsigned NumBands() const noexcept { return numBands_; }
-    /// Ignored: an index out of range, a setting with a value that is not finite.
+    /// Ignores an index out of range and a setting with a value that is not finite.
     void SetBand(unsigned channel, unsigned band, const FilterSetting& setting);
-    /// The setting given last, not clamped; a default one out of range.
+    /// The last setting, not clamped; a default one for an index out of range.
     FilterSetting Band(unsigned channel, unsigned band) const;
 
-    /// Overwrites all outputs; an inactive input gives zeros, and its channel is forgotten.
+    /// Overwrites all outputs; an inactive input gives zeros and its states are cleared.
     /// @param outputs, inputs  a pointer per channel; an output may be its own input
     /// Thread: audio.
     void Perform(float* const* outputs,
@@ -54,30 +54,30 @@ public:
 private:
     static constexpr unsigned kLanes = kSectionLanes;
     static constexpr unsigned kGrid = 16;    // samples between two steps of a glide
-    static constexpr unsigned kPiece = 512;  // samples between two looks at the states
+    static constexpr unsigned kPiece = 512;  // samples between two checks of the states
 
-    /// What audio needs to know of a band.
+    /// The target of a band, for the audio thread.
     struct Target {
         SectionDesign design;
-        std::uint32_t steps = 1;  // of the glide that leads here
-        std::uint32_t jumps = 0;  // another number: no glide
+        std::uint32_t steps = 1;  // number of steps of the glide to it
+        std::uint32_t jumps = 0;  // when it changes, the band jumps
     };
-    /// A band of one channel on its way. Steps fall on a grid that blocks of any size share.
+    /// The glide of a band. Its steps are on a grid of samples, whatever the block size.
     struct Glide {
         Target target;
         double g = 1.0;
         double k = 1.0;
-        double gRatio = 1.0;  // from step to step: a straight line in octaves
+        double gRatio = 1.0;  // factor per step: linear in octaves
         double kRatio = 1.0;
         std::uint32_t stepsLeft = 0;
         bool moves = false;
     };
-    /// Channels that the kernels run side by side, and one of them with its place there.
+    /// Channels that the kernels run side by side; a Lane is one of them.
     struct Group {
         unsigned firstChannel = 0;
         unsigned numLanes = 0;
         unsigned numActive = 0;
-        unsigned numMoving = 0;  // glides under way
+        unsigned numMoving = 0;  // running glides
         SectionBank* banks = nullptr;
     };
     struct Lane {
@@ -85,7 +85,7 @@ private:
         unsigned channel;
         unsigned lane;
     };
-    /// Part of a block; ports that are not connected are heard by nobody.
+    /// A part of a block. connectedOnly: unconnected outputs are not written.
     struct Piece {
         float* const* outputs;
         const float* const* inputs;
@@ -106,8 +106,8 @@ private:
     }
     void UpdateActivity() noexcept TAV_NONBLOCKING;
     void TakeTargets() noexcept TAV_NONBLOCKING;
-    void Head(const Lane& lane, unsigned band, bool jump) noexcept TAV_NONBLOCKING;
-    void Land(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING;
+    void StartGlide(const Lane& lane, unsigned band, bool jump) noexcept TAV_NONBLOCKING;
+    void EndGlide(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING;
     void Step(const Lane& lane, unsigned band) noexcept TAV_NONBLOCKING;
     void StepAll(Group& group) noexcept TAV_NONBLOCKING;
     void Forget(const Lane& lane) noexcept TAV_NONBLOCKING;

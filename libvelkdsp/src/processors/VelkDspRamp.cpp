@@ -18,8 +18,8 @@ std::uint32_t WholeSamples(float samples) noexcept TAV_NONBLOCKING {
 }  // namespace
 
 std::uint32_t Ramp::GlideLength(float ms, float sampleRateHz) noexcept TAV_NONBLOCKING {
-    // In float: whole milliseconds up to 200 give the exact length at all usual rates, which they
-    // do not in double (145 ms at 48 kHz falls one short).
+    // In float, where whole milliseconds up to 200 give the exact length at all usual rates; in
+    // double some are one sample short (145 ms at 48 kHz).
     return WholeSamples(ms * 0.001f * sampleRateHz);
 }
 
@@ -59,7 +59,7 @@ void Ramp::Fill(std::span<float> values) noexcept TAV_NONBLOCKING {
     if (gliding > 0) {
         const double start = static_cast<double>(start_);
         const double step = Step();
-        // Whole numbers, exact as doubles; added as such, the loop vectorises.
+        // Sums of whole numbers are exact in double, and the loop vectorises.
         const auto first = static_cast<double>(count_ + 1);
         for (int k = 0; k < static_cast<int>(gliding); ++k) {
             values[static_cast<std::size_t>(k)] =

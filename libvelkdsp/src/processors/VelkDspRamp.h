@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A value that glides in a straight line.
+// A value that glides linearly.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -17,33 +17,33 @@ class Ramp {
 public:
     explicit Ramp(float value = 0.f) noexcept : start_(value), target_(value) {}
 
-    /// Samples of a glide over `ms` milliseconds, truncated; 0 for anything that is no time.
+    /// Samples of a glide over `ms` milliseconds, truncated; 0 if not finite or not positive.
     static std::uint32_t GlideLength(float ms, float sampleRateHz) noexcept TAV_NONBLOCKING;
 
-    /// A glide under way keeps the seconds that are left of it. Not finite or not above 0: ignored.
+    /// A running glide keeps its remaining time in seconds. Ignored if not finite or not above 0.
     void SetSampleRate(float hz) noexcept TAV_NONBLOCKING;
-    /// Heads for the target from the present value, also in mid-glide; less than one sample: at
-    /// once. A target that is not finite is ignored.
+    /// Starts a glide from the present value to the target, also during a glide; with less than one
+    /// sample, jumps. A target that is not finite is ignored.
     void Set(float target, float ms) noexcept TAV_NONBLOCKING;
     void SetOverSamples(float target, std::uint32_t samples) noexcept TAV_NONBLOCKING;
 
-    /// Every value to come is Target().
+    /// Whether all further values are Target().
     bool IsConstant() const noexcept TAV_NONBLOCKING { return count_ == length_; }
     float Target() const noexcept TAV_NONBLOCKING { return target_; }
-    /// Samples until Target(), that one included.
+    /// Samples until Target(), the first one with that value included.
     std::uint32_t SamplesLeft() const noexcept TAV_NONBLOCKING { return length_ - count_; }
     /// The value put out last.
     float Value() const noexcept TAV_NONBLOCKING;
 
     /// Overwrites `values` with the next ones.
     void Fill(std::span<float> values) noexcept TAV_NONBLOCKING;
-    /// As Fill, without looking at the values.
+    /// As Fill, without computing the values.
     void Skip(std::uint32_t samples) noexcept TAV_NONBLOCKING;
 
 private:
     float After(std::uint32_t samples) const noexcept TAV_NONBLOCKING;
-    /// From one value to the next, in double: two large ends have a finite distance, and a multiple
-    /// of it is as good as (k + 1)(target - start) / n.
+    /// The change per sample. In double, since the difference of two large floats may overflow a
+    /// float, and since a multiple of it is then accurate enough.
     double Step() const noexcept TAV_NONBLOCKING;
 
     float start_;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Single filter sections in integrator form, sample by sample.
 //
-// Coefficients are arguments of every sample: they may move while the section runs. For many
+// Coefficients are passed with each sample, so they may change while the section runs. For many
 // channels side by side see MultiEqualizer.
 #pragma once
 

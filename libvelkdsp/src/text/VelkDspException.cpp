@@ -10,7 +10,7 @@
 namespace tav {
 namespace {
 
-// The library rooms come first: each of them contains a "src/" of its own.
+// The libraries come first, since their paths contain "src/", too.
 constexpr std::string_view kRoots[] = {"libvelkdsp/src/", "libquilo/src/", "libsdif/src/", "src/",
                                        "host/",           "tools/",        "tests/"};
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The one failure type of the libraries, and the guard that turns every other failure into it.
+// The exception type of the libraries, and a guard that converts all other exceptions to it.
 #pragma once
 
 #include <exception>
@@ -10,14 +10,14 @@
 
 namespace tav {
 
-/// Where an exception says it comes from: a library path without extension, such as
+/// The place of an exception: a library path without extension, such as
 /// "libvelkdsp/src/text/VelkDspString", and a line.
 struct SourceSite {
     const char* file;
     int line;
 };
 
-/// Message, and the place in the libraries where the caller went wrong.
+/// A message, and the place in the libraries where the exception was made.
 class Exception : public std::exception {
 public:
     struct NoSite {};
@@ -25,7 +25,7 @@ public:
     /// The site is where the exception is made.
     explicit Exception(std::string message,
                        std::source_location site = std::source_location::current());
-    /// For a site that is promised and so does not follow the lines of our files.
+    /// With a fixed site, for texts that are promises and must not depend on our line numbers.
     Exception(std::string message, SourceSite site);
     Exception(std::string message, NoSite);
 
@@ -33,7 +33,7 @@ public:
     const std::string& Message() const noexcept { return message_; }
     const std::string& File() const noexcept { return file_; }
     int Line() const noexcept { return line_; }
-    /// False: file and line are unknown ("" and 0).
+    /// False if file and line are unknown ("" and 0).
     bool HasLocation() const noexcept { return hasLocation_; }
 
     /// Writes the exception to the log.
@@ -47,7 +47,7 @@ private:
     bool hasLocation_ = false;
 };
 
-/// An exception that began as something foreign; its site is the guarded call.
+/// An exception converted from another type; its site is the guarded call.
 class UnknownException : public Exception {
 public:
     using Exception::Exception;
@@ -57,8 +57,8 @@ public:
 /// a path from elsewhere is cut to its file name.
 std::string LibraryPath(std::string_view path);
 
-/// Runs `operation` and gives back its result. What escapes it arrives as a tav::Exception: ours
-/// pass as they are, others become an UnknownException that names `context`.
+/// Runs `operation` and gives back its result. A tav::Exception passes unchanged; any other
+/// exception becomes an UnknownException that names `context`.
 template <class Operation>
 decltype(auto) Guarded(std::string_view context,
                        Operation&& operation,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The words of an enumeration: what is printed for a code and what is accepted for it.
 //
-// Printing and parsing are deliberately not symmetric in places; a row shows both side by side.
+// In some tables the printed word is deliberately not accepted; a row shows both.
 #pragma once
 
 #include <initializer_list>
@@ -50,7 +50,7 @@ public:
         return std::nullopt;
     }
 
-    /// The first accepted word of each row that accepts any: a menu whose choices can be set.
+    /// The first accepted word of each row that accepts any, for menus.
     std::string AcceptedKeywords(char separator = ' ') const {
         std::string words;
         for (const Row& row : rows_) {
@@ -61,7 +61,7 @@ public:
         return words;
     }
 
-    /// The printed words of all rows that accept at least one word, such as a menu offers them.
+    /// The printed words of all rows that accept any word, for menus.
     std::string PrintedKeywords(char separator = ' ') const {
         std::string words;
         for (const Row& row : rows_) {

@@ -21,7 +21,7 @@ void WriteToDebugger([[maybe_unused]] std::string_view message) {
 }  // namespace
 
 void Log(std::string_view message) {
-    // One insertion, so that lines of several threads do not mix.
+    // One insertion, so that the lines of several threads are not interleaved.
     std::cerr << std::string(message) + "\n" << std::flush;
     WriteToDebugger(message);
     MaxConsoleNotifier::Instance().Notify(message);
@@ -46,7 +46,7 @@ void MaxConsoleNotifier::RemoveListener(const Listener& listener) {
 
 void MaxConsoleNotifier::Notify(std::string_view message) {
     const std::scoped_lock guard(lock_);
-    // A copy to walk: a listener may change the list. One that has left meanwhile is skipped.
+    // A copy, since a listener may change the list. One that was removed meanwhile is skipped.
     const std::vector<Listener*> walk = listeners_;
     for (Listener* listener : walk) {
         if (std::ranges::find(listeners_, listener) != listeners_.end()) {

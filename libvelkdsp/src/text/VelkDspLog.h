@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The libraries' log, and the list of those who want to hear it.
+// The log of the libraries, and its listeners.
 //
-// A library cannot know where its host shows text. It logs; whoever has a console listens.
+// A library does not know where its host shows text; code that has a console adds a listener.
 #pragma once
 
 #include <mutex>
@@ -11,11 +11,11 @@
 namespace tav {
 
 /// Writes `message` and a line end to standard error, "velkdsp >> " and the same to the debugger's
-/// channel where the platform has one, then hands the message to every listener.
+/// channel where the platform has one, then passes the message to every listener.
 /// Thread: any but audio.  Throws: what a listener throws.
 void Log(std::string_view message);
 
-/// Hands every log message to its listeners, in the order in which they were added.
+/// Passes every log message to its listeners, in the order in which they were added.
 class MaxConsoleNotifier {
 public:
     class Listener {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The mark of a function that may run in the audio thread.
+// The attribute of functions that may run in the audio thread.
 //
 // Written after `noexcept`: such a function neither allocates, locks, throws, posts nor touches
-// files, and calls only functions that carry the mark themselves. Compilers that know the attribute
-// check it; for the others the mark is a promise to the reader.
+// files, and calls only functions with the same attribute. Compilers that know the attribute check
+// this; for others it only informs the reader.
 #pragma once
 
 #if defined(__clang__) && defined(__has_cpp_attribute)

@@ -23,7 +23,7 @@ String LowerCase(std::string_view text);
 String UpperCase(std::string_view text);
 /// Without blanks, tabs and line ends at both ends.
 std::string_view Trimmed(std::string_view text);
-/// The pieces between separators, empty ones included; one piece where there is no separator.
+/// The pieces between separators, empty ones included; one piece if there is no separator.
 std::vector<String> Split(std::string_view text, char separator);
 
 /// "true" or "false".

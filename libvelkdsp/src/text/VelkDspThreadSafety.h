@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Which data a lock guards and which functions need it, written where the compiler can check it.
+// Attributes that state which data a lock guards and which functions need it.
 //
-// clang compares every access with these marks (-Wthread-safety, an error in our builds); for other
-// compilers they are a promise to the reader. A mark stands behind `override` and before `= 0`.
+// clang checks every access against them (-Wthread-safety, an error in our builds); for other
+// compilers they only inform the reader. They follow `override` and precede `= 0`.
 #pragma once
 
 #if defined(__clang__)
@@ -13,13 +13,13 @@
 
 /// A class whose objects are locks.
 #define TAV_CAPABILITY(name) TAV_THREAD_SAFETY(capability(name))
-/// A class whose objects hold a lock as long as they live.
+/// A class whose objects hold a lock as long as they exist.
 #define TAV_SCOPED_CAPABILITY TAV_THREAD_SAFETY(scoped_lockable)
 /// A member that is read and written with this lock held.
 #define TAV_GUARDED_BY(lock) TAV_THREAD_SAFETY(guarded_by(lock))
-/// A function to be called with this lock held; it keeps it.
+/// A function that must be called with this lock held and does not release it.
 #define TAV_REQUIRES(lock) TAV_THREAD_SAFETY(requires_capability(lock))
-/// A function that takes a lock, or gives it back: the one named, or the object's own.
+/// A function that acquires or releases a lock: the one named, or the object's own.
 #define TAV_ACQUIRE(...) TAV_THREAD_SAFETY(acquire_capability(__VA_ARGS__))
 #define TAV_RELEASE(...) TAV_THREAD_SAFETY(release_capability(__VA_ARGS__))
 /// A function that has taken the lock when it answers the value named first.

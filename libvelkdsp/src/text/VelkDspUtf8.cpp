@@ -10,8 +10,8 @@ namespace {
 /// Well-formed sequences by their first byte; every byte after the second is 80 to BF.
 /// @see The Unicode Standard, table "Well-Formed UTF-8 Byte Sequences"
 struct SequenceRow {
-    unsigned char lastLead;  // rows follow each other; the first that reaches the lead holds it
-    std::size_t length;      // 0: no character begins so
+    unsigned char lastLead;  // largest first byte; the first row that reaches a byte applies
+    std::size_t length;      // 0: no character begins with these bytes
     unsigned char secondFrom, secondTo;
 };
 

@@ -7,12 +7,12 @@
 
 namespace tav {
 
-/// Bytes of the character in front, 1 to 4; 0 when the text is empty or begins with bytes that are
-/// no character: a stray or missing continuation, an overlong form, a surrogate, beyond U+10FFFF.
+/// Length in bytes of the first character, 1 to 4; 0 if the text is empty or begins with none: a
+/// stray or missing continuation, an overlong form, a surrogate, beyond U+10FFFF.
 /// Thread: any.
 std::size_t Utf8CharacterLength(std::string_view text) noexcept;
 
-/// Where the first byte stands that belongs to no character; npos when there is none.
+/// The index of the first byte that belongs to no character; npos if there is none.
 std::size_t FindBadUtf8(std::string_view text) noexcept;
 
 }  // namespace tav
