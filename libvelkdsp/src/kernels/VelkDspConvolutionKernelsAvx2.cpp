@@ -8,38 +8,58 @@ namespace {
 
 constexpr int kLanes = 8;
 
-/// Computes kVectors vectors of output samples, whose sums stay in registers over all taps.
-template <int kVectors>
-void FirVectors(float* y, const float* x, const float* taps, int numTaps) noexcept {
-    __m256 sums[static_cast<unsigned>(kVectors)];
-    for (__m256& sum : sums) sum = _mm256_setzero_ps();
-    for (int t = 0; t < numTaps; ++t) {
-        const __m256 tap = _mm256_broadcast_ss(taps + t);
-        for (int v = 0; v < kVectors; ++v) {
-            const int at = v * kLanes - t;
-            sums[v] = _mm256_fmadd_ps(tap, _mm256_loadu_ps(x + at), sums[v]);
+/// Taps that lie eight apart see the same vectors of samples, each for another vector of the
+/// output: what is loaded once serves kTaps of them. Most loads straddle cache lines and are dear.
+template <int kTaps, int kVectors, class Load>
+void AddTaps(__m256* sums, const float* x, const float* taps, Load load) noexcept {
+    __m256 tap[static_cast<unsigned>(kTaps)];
+    for (int i = 0; i < kTaps; ++i) tap[i] = _mm256_broadcast_ss(taps + i * kLanes);
+    for (int at = 1 - kTaps; at < kVectors; ++at) {
+        const __m256 late = load(x + at * kLanes);
+        for (int i = 0; i < kTaps; ++i) {
+            const int v = at + i;
+            if (v >= 0 && v < kVectors) sums[v] = _mm256_fmadd_ps(tap[i], late, sums[v]);
         }
     }
-    for (int v = 0; v < kVectors; ++v, y += kLanes) _mm256_storeu_ps(y, sums[v]);
+}
+
+/// kVectors vectors of sums, which stay in registers over all taps. Their order does not depend on
+/// kVectors.
+template <int kVectors, class Load, class Store>
+void FirVectors(
+    float* y, const float* x, const float* taps, int numTaps, Load load, Store store) noexcept {
+    constexpr int kTaps = 4;
+    __m256 sums[static_cast<unsigned>(kVectors)];
+    for (__m256& sum : sums) sum = _mm256_setzero_ps();
+    int t = 0;
+    for (; t + kTaps * kLanes <= numTaps; t += kTaps * kLanes) {
+        for (int i = t; i < t + kLanes; ++i) AddTaps<kTaps, kVectors>(sums, x - i, taps + i, load);
+    }
+    for (; t < numTaps; ++t) AddTaps<1, kVectors>(sums, x - t, taps + t, load);
+    for (int v = 0; v < kVectors; ++v) store(y + v * kLanes, sums[v]);
 }
 
 void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexcept TAV_NONBLOCKING {
+    const auto load = [](const float* p) { return _mm256_loadu_ps(p); };
+    const auto store = [](float* p, __m256 v) { _mm256_storeu_ps(p, v); };
     int k = 0;
-    for (; k + 8 * kLanes <= n; k += 8 * kLanes) FirVectors<8>(y + k, x + k, taps, numTaps);
-    for (; k + 2 * kLanes <= n; k += 2 * kLanes) FirVectors<2>(y + k, x + k, taps, numTaps);
-    for (; k + kLanes <= n; k += kLanes) FirVectors<1>(y + k, x + k, taps, numTaps);
+    for (; k + 8 * kLanes <= n; k += 8 * kLanes) {
+        FirVectors<8>(y + k, x + k, taps, numTaps, load, store);
+    }
+    for (; k + 2 * kLanes <= n; k += 2 * kLanes) {
+        FirVectors<2>(y + k, x + k, taps, numTaps, load, store);
+    }
+    for (; k + kLanes <= n; k += kLanes) FirVectors<1>(y + k, x + k, taps, numTaps, load, store);
     if (k == n) return;
     const __m256i lanes = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
     const __m256i wanted = _mm256_cmpgt_epi32(_mm256_set1_epi32(n - k), lanes);
-    __m256 sum = _mm256_setzero_ps();
-    for (int t = 0; t < numTaps; ++t) {
-        const __m256 late = _mm256_maskload_ps(x + k - t, wanted);
-        sum = _mm256_fmadd_ps(_mm256_broadcast_ss(taps + t), late, sum);
-    }
-    _mm256_maskstore_ps(y + k, wanted, sum);
+    FirVectors<1>(
+        y + k, x + k, taps, numTaps,
+        [wanted](const float* p) { return _mm256_maskload_ps(p, wanted); },
+        [wanted](float* p, __m256 v) { _mm256_maskstore_ps(p, wanted, v); });
 }
 
-// The same operations for vectors of eight and four floats, so that a butterfly is written once.
+// The same names for both widths, so that a butterfly is written once.
 struct Wide {
     using V = __m256;
     static V Load(const float* p) noexcept { return _mm256_loadu_ps(p); }
@@ -63,7 +83,7 @@ struct Narrow {
     static V MultiplySubtract(V a, V b, V c) noexcept { return _mm_fmsub_ps(a, b, c); }
 };
 
-/// A vector of complex numbers.
+/// Numbers side by side, as many as a vector has lanes.
 template <class S>
 struct Numbers {
     typename S::V re;
@@ -81,8 +101,7 @@ Numbers<S> Product(const Numbers<S>& a, const Numbers<S>& b) noexcept {
             S::MultiplyAdd(a.re, b.im, S::Multiply(a.im, b.re))};
 }
 
-/// Reads four numbers at the distance `apart` and stores their transform, multiplied by the
-/// twiddles, in `out`.
+/// Reads four numbers `apart` from each other, and leaves their transform, twiddled, in `out`.
 template <class S>
 void Butterfly(const ConstComplexParts& from,
                int at,
@@ -104,7 +123,7 @@ void Butterfly(const ConstComplexParts& from,
     out[3] = Product<S>({S::Subtract(even.re, odd.im), S::Add(even.im, odd.re)}, twiddles[2]);
 }
 
-/// A pass in which `stride` neighbouring groups have the same twiddles.
+/// Groups that lie side by side, `stride` of them with the same twiddles.
 template <class S, int kWidth>
 void PassOfGroups(const RadixPass& pass) noexcept {
     const int quarter = pass.n / 4;
@@ -126,8 +145,7 @@ void PassOfGroups(const RadixPass& pass) noexcept {
     }
 }
 
-/// The first pass, with a stride of 1: the results of four groups are transposed before they are
-/// stored.
+/// The first pass: groups do not lie side by side, so four of them are turned.
 /// @pre  n is a multiple of 16
 void FirstPass(const RadixPass& pass) noexcept {
     const int quarter = pass.n / 4;
