@@ -31,7 +31,7 @@ std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
         case 6: return "sourcespositions 0 1 0 1 0 " + number(3);
         case 7: return "getspeakerspositions";
         case 8: return "load kemar";
-        case 9: return "implementation realisation fir length 1" + number(9);
+        case 9: return "implementation reduction " + number(100);
         case 10: return "bypass " + number(2);
         case 11: return source + " spread " + number(100);
         default: return source + " aed " + number(360) + ' ' + number(90) + ' ' + number(4);
@@ -82,6 +82,9 @@ private:
 };
 
 Fault ObjectOutlivesAHost(const std::string& arguments) {
+    // The rate of the built-in set: at another, its filters are converted, for minutes under a
+    // sanitizer.
+    HostApi::SetAudioSettings({44100, static_cast<int>(kFrames), true});
     PanBox box(arguments);
     if (box.Get() == nullptr) return "was not made";
     Audio audio(box.Get());

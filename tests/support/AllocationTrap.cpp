@@ -27,7 +27,7 @@ namespace {
 constinit thread_local unsigned trapsSet = 0;
 constinit thread_local unsigned violations = 0;
 
-void Note() noexcept {
+[[maybe_unused]] void Note() noexcept {
     if (trapsSet > 0) ++violations;
 }
 

@@ -1,21 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspConvolutionKernels.h"
 
+#include <cstddef>
 #include <immintrin.h>
 
 namespace tav {
 namespace {
 
 constexpr int kLanes = 8;
+constexpr std::ptrdiff_t kStride = kLanes;  // from a vector to the next, in floats
 
 /// Taps that lie eight apart see the same vectors of samples, each for another vector of the
 /// output: what is loaded once serves kTaps of them. Most loads straddle cache lines and are dear.
 template <int kTaps, int kVectors, class Load>
 void AddTaps(__m256* sums, const float* x, const float* taps, Load load) noexcept {
     __m256 tap[static_cast<unsigned>(kTaps)];
-    for (int i = 0; i < kTaps; ++i) tap[i] = _mm256_broadcast_ss(taps + i * kLanes);
+    for (int i = 0; i < kTaps; ++i) tap[i] = _mm256_broadcast_ss(taps + i * kStride);
     for (int at = 1 - kTaps; at < kVectors; ++at) {
-        const __m256 late = load(x + at * kLanes);
+        const __m256 late = load(x + at * kStride);
         for (int i = 0; i < kTaps; ++i) {
             const int v = at + i;
             if (v >= 0 && v < kVectors) sums[v] = _mm256_fmadd_ps(tap[i], late, sums[v]);
@@ -36,7 +38,7 @@ void FirVectors(
         for (int i = t; i < t + kLanes; ++i) AddTaps<kTaps, kVectors>(sums, x - i, taps + i, load);
     }
     for (; t < numTaps; ++t) AddTaps<1, kVectors>(sums, x - t, taps + t, load);
-    for (int v = 0; v < kVectors; ++v) store(y + v * kLanes, sums[v]);
+    for (int v = 0; v < kVectors; ++v) store(y + v * kStride, sums[v]);
 }
 
 void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexcept TAV_NONBLOCKING {
