@@ -15,7 +15,7 @@ class Actions final : private DirectiveActs {
 public:
     /// @param object  need not be made yet; until then only directives of When::Always are executed
     Actions(const Script& script, Object& object, Console& console, Advisor& advisor);
-    ~Actions() { Unwatch(); }
+    virtual ~Actions() { Unwatch(); }
     Actions(const Actions&) = delete;
     Actions& operator=(const Actions&) = delete;
 

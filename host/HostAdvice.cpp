@@ -44,6 +44,7 @@ const PositionMessage* FindPositionMessage(const std::string& selector) {
 std::vector<std::string> FormatKeywords() {
     std::vector<std::string> keywords;
     using Format = tav::Coordinates::Format;
+    keywords.reserve(static_cast<std::size_t>(Format::None));
     for (int code = 0; code < static_cast<int>(Format::None); ++code)
         keywords.emplace_back(tav::Coordinates::FormatText(static_cast<Format>(code)));
     return keywords;
@@ -195,6 +196,7 @@ std::string Advice::OfClippedValues(std::span<const Atom> message) const {
 
 std::string Advice::OfSelector(const std::string& selector) const {
     std::vector<std::string> words;
+    words.reserve(attributes_.size() + messages_.size());
     const std::string get = selector.starts_with("get") ? "get" : "";
     for (const auto& [name, attribute] : attributes_) words.push_back(get + name);
     for (const auto& [name, message] : messages_) words.push_back(name);

@@ -143,6 +143,7 @@ void RefuseSharedFiles(const Options& options) {
         bool isWritten;
     };
     std::vector<Row> rows;
+    rows.reserve(options.inputs.size());
     for (const std::string& input : options.inputs) rows.push_back({"--in", input, false});
     const bool hasScriptFile = options.validate == 0 && options.script != "-";
     if (hasScriptFile) rows.push_back({"the script", options.script, false});

@@ -123,7 +123,7 @@ void PanObject::SetSpeakers(tav::CartesianArray speakers) {
             if (isNeeded && object.numLayouts_ == number) std::swap(object.speakers_, before);
         }
         PanObject& object;
-        unsigned number;
+        unsigned number = 0;
         tav::CartesianArray& before;
         bool isNeeded = true;
     } undo{*this, number, speakers};

@@ -25,7 +25,7 @@ struct FileContent {
 /// Reads a stream to its end.
 inline FileContent ReadToEnd(std::istream& stream) {
     FileContent content;
-    std::array<char, 4096> block;
+    std::array<char, 4096> block{};
     while (stream.read(block.data(), block.size()) || stream.gcount() > 0) {
         content.bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
         if (content.bytes.size() > kMostFileBytes) return {"", "it is longer than 64 MiB"};

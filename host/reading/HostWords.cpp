@@ -22,14 +22,15 @@ std::optional<Number> ReadNumber(std::string_view word) {
     if (word.find_first_not_of("0123456789.eE+-") != kNowhere) return {};
     const std::string_view text = word.starts_with('+') ? word.substr(1) : word;
     if (text.empty() || (text.size() < word.size() && text.starts_with('-'))) return {};
-    const char* const end = text.data() + text.size();
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
 
     std::int64_t whole = 0;
-    const auto asWhole = std::from_chars(text.data(), end, whole);
+    const auto asWhole = std::from_chars(begin, end, whole);
     if (asWhole.ptr == end && asWhole.ec == std::errc())
         return Number{true, whole, static_cast<double>(whole)};
     double value = 0;
-    const auto asDouble = std::from_chars(text.data(), end, value);
+    const auto asDouble = std::from_chars(begin, end, value);
     if (asDouble.ptr != end || asDouble.ec == std::errc::invalid_argument) return {};
     if (asDouble.ec == std::errc()) return Number{false, 0, value};
     // Only strtod tells whether an out-of-range number is too large or too small.

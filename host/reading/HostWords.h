@@ -11,9 +11,9 @@
 namespace HostReading {
 
 struct Number {
-    bool isWhole;  // without point and exponent, and within 64 bits
+    bool isWhole = false;  // without point and exponent, and within 64 bits
     std::int64_t whole = 0;
-    double value;           // infinite or 0 if it is out of the range of double
+    double value = 0;       // infinite or 0 if it is out of the range of double
     bool isInRange = true;  // whether it is in that range
 };
 

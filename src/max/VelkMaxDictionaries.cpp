@@ -185,7 +185,7 @@ t_dictionary* KeptDictionary::Get() {
     t_symbol* name = nullptr;
     t_dictionary* const registered = dictobj_register(made.get(), &name);
     if (registered == nullptr) return nullptr;
-    static_cast<void>(made.release());  // Max has it now
+    made.release();  // NOLINT(bugprone-unused-return-value): Max owns it now
     name_ = name;
     return dictionary_ = registered;
 }

@@ -182,7 +182,7 @@ void Door::Enter(const Letter& letter) {
 // ---- Letters
 
 void Door::KeepLetter(const Letter& letter) noexcept {
-    if (state_ != State::Open) return;
+    if (state_ != State::Open || !letters_) return;
     LetterKey key{letter.run, letter.pace, letter.name, 0, nullptr};
     if (letter.numSubjectAtoms > 0 && letter.atoms.IsLong(0)) key.index = letter.atoms.Long(0);
     if (letter.numSubjectAtoms > 1 && letter.atoms.IsSymbol(1)) {
@@ -274,7 +274,8 @@ void Door::KeepLine(ConsoleRow row, std::string_view text) noexcept {
         AssertInside();
         return Say(row, text);
     }
-    const std::span line(text.data(), std::min(text.size(), kKeptLineSize));
+    const char* const begin = text.data();
+    const std::span line(begin, std::min(text.size(), kKeptLineSize));
     using Box = tav::Mailbox<ConsoleRow, char>;
     audioLines_.Put(row, line, Box::WhenFull::Drop);
     Set(Duty::Announce);
