@@ -72,6 +72,7 @@ void AppendArray(std::vector<t_atom>& atoms,
 
 std::vector<t_atom> ParseAtoms(std::string_view text) {
     const auto words = HostReading::SplitWords(text, HostReading::Dialect::Max);
+    if (!words) return {};  // never: nothing is an error in this dialect
     std::vector<t_atom> atoms;
     for (const HostReading::Word& word : *words) {
         const auto number = word.isLiteral ? std::nullopt : ParseNumber(word.text);
