@@ -15,10 +15,10 @@ namespace {
 constexpr double kNotSet = std::numeric_limits<double>::infinity();
 
 struct Clock {
-    t_object ob;
-    void* object;
-    method function;
-    double dueMs;
+    t_object ob = {};
+    void* object = nullptr;
+    method function = nullptr;
+    double dueMs = kNotSet;
     Target target;
     PutOffCause cause = {};
 
