@@ -2,6 +2,7 @@
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
 #include "pan/QuiloBinauralPanningDirect.h"
+#include "pan/QuiloBinauralPanningIACC.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
@@ -30,7 +31,6 @@ namespace {
 // The panners that later versions bring. Until then each of them is the silent one; its row in the
 // tables below is already the final one.
 using BinauralPanningITD = NullPanning;
-using BinauralPanningIACC = NullPanning;
 using BinauralPanningNearfield = NullPanning;
 using BinauralPanningSphericalHeadModel = NullPanning;
 using BinauralPanningSnowmanModel = NullPanning;
