@@ -90,8 +90,7 @@ float InterauralTimeDifference::HalfDifference(const tav::CartesianVector& posit
 
 EarDelays InterauralTimeDifference::Delays(const tav::CartesianVector& position,
                                            std::optional<float> measuredMs) const {
-    const bool measures = type < Type::Basic || type > Type::None || type == Type::Measurement;
-    if (measures && !measuredMs) return {};
+    if (Measures() && !measuredMs) return {};
     const float half = HalfDifference(position, measuredMs.value_or(0.f));
     switch (latencyMode) {
         case LatencyMode::FixedLatency: {

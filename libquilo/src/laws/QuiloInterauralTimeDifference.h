@@ -46,6 +46,11 @@ struct InterauralTimeDifference {
     /// @return 0 and 0 for an unknown latency mode.  Thread: any.  Throws: nothing.
     EarDelays Delays(const tav::CartesianVector& position, std::optional<float> measuredMs) const;
 
+    /// Whether the delays are those measured with the filters, as for any unknown code.
+    bool Measures() const {
+        return type < Type::Basic || type > Type::None || type == Type::Measurement;
+    }
+
 private:
     /// Half of what the left ear is later by, milliseconds.  @param position  finite
     float HalfDifference(const tav::CartesianVector& position, float measuredMs) const;

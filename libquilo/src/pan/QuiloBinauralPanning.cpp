@@ -108,4 +108,15 @@ tav::CartesianVector BinauralPanning::RelativePosition(unsigned index) const {
             static_cast<float>(z)};
 }
 
+tav::CartesianVector BinauralPanning::HeardPosition(unsigned index) const {
+    constexpr float kCentre = 1e-5f;  // metres
+    const tav::CartesianVector position = RelativePosition(index);
+    return tav::Distance(position) < kCentre ? tav::CartesianVector{0.f, 1.f, 0.f} : position;
+}
+
+unsigned BinauralPanning::BaseLatency() const {
+    if (ItdLatencyMode() != Itd::LatencyMode::FixedLatency) return 0;
+    return static_cast<unsigned>(std::lround(0.001f * SampleRate()));
+}
+
 }  // namespace Quilo

@@ -42,6 +42,10 @@ protected:
 
     /// Where the listener finds a source; finite.
     tav::CartesianVector RelativePosition(unsigned index) const TAV_REQUIRES(controlLock_);
+    /// The same; ahead where it is too near to the centre of the head to have a direction.
+    tav::CartesianVector HeardPosition(unsigned index) const TAV_REQUIRES(controlLock_);
+    /// Samples: one millisecond, or none where nearer ears are not delayed.
+    unsigned BaseLatency() const;
     const InterauralTimeDifference& Itd() const TAV_REQUIRES(controlLock_) { return itd_; }
 
 private:

@@ -38,11 +38,6 @@ BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs, unsigned numOut
       inputs_(numInputs),
       unwanted_{std::vector<float>(kPiece), std::vector<float>(kPiece)} {}
 
-unsigned BinauralPanningDirect::Latency() const {
-    if (ItdLatencyMode() != InterauralTimeDifference::LatencyMode::FixedLatency) return 0;
-    return static_cast<unsigned>(std::lround(0.001f * SampleRate()));
-}
-
 // ---- Control
 
 bool BinauralPanningDirect::LoadHrtf(const std::string& path) {

@@ -31,8 +31,7 @@ public:
 
     BinauralPanningDirect(unsigned numInputs, unsigned numOutputs);
 
-    /// One millisecond, or none where nearer ears are not delayed.
-    unsigned Latency() const override;
+    unsigned Latency() const override { return BaseLatency(); }
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;

@@ -71,11 +71,11 @@ void HrtfVoices::SetGain(unsigned voice,
 }
 
 void HrtfVoices::SetDelay(unsigned voice,
-                          std::size_t ear,
+                          std::size_t path,
                           float ms,
                           std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
     const float samples = std::clamp(ms * samplesPerMs_, 0.f, longestDelay_);
-    tav::Ramp& delay = voices_[voice].delays[ear];
+    tav::Ramp& delay = voices_[voice].delays[path];
     if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
 }
 
@@ -110,16 +110,16 @@ void HrtfVoices::Take(unsigned index, std::span<const float> input) noexcept TAV
 }
 
 void HrtfVoices::Delayed(unsigned index,
-                         std::size_t ear,
+                         std::size_t path,
                          std::span<float> output) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     const float* piece = Piece(index);
-    tav::Ramp& delay = voice.delays[ear];
+    tav::Ramp& delay = voice.delays[path];
     const float before = delay.Value();
     const bool isShort = std::min(before, delay.Target()) < 1.f;
     if (kind_ == tav::DelayKind::Allpass ||
         (!delay.IsConstant() && (kind_ != tav::DelayKind::Lagrange || isShort))) {
-        return ReadOneByOne(voice, ear, piece, output);
+        return ReadOneByOne(voice, path, piece, output);
     }
     if (!delay.IsConstant()) {
         const auto count = std::min<std::size_t>(output.size(), delay.SamplesLeft());
@@ -133,10 +133,10 @@ void HrtfVoices::Delayed(unsigned index,
 }
 
 void HrtfVoices::PastOf(unsigned index,
-                        std::size_t ear,
+                        std::size_t path,
                         std::size_t before,
                         std::span<float> output) const noexcept TAV_NONBLOCKING {
-    const float delay = voices_[index].delays[ear].Value();
+    const float delay = voices_[index].delays[path].Value();
     const auto kind = kind_ == tav::DelayKind::Allpass ? tav::DelayKind::Lagrange : kind_;
     ReadFixed(kind, delay, Piece(index) - before, output);
 }
@@ -184,18 +184,18 @@ void HrtfVoices::ReadGliding(float first,
 }
 
 void HrtfVoices::ReadOneByOne(Voice& voice,
-                              std::size_t ear,
+                              std::size_t path,
                               const float* piece,
                               std::span<float> output) noexcept TAV_NONBLOCKING {
     const auto delays = std::span(glide_).first(output.size());
-    voice.delays[ear].Fill(delays);
+    voice.delays[path].Fill(delays);
     for (std::size_t k = 0; k < output.size(); ++k) {
         const Place place = PlaceOf(delays[k]);
         const float* const x = piece + k - place.whole;
         if (kind_ == tav::DelayKind::Allpass) {
-            tav::AllpassKernel kernel{voice.allpass[ear]};
+            tav::AllpassKernel kernel{voice.allpass[path]};
             output[k] = kernel(x, place.fraction);
-            voice.allpass[ear] = std::abs(kernel.previous) < 1e12f ? kernel.previous : 0.f;
+            voice.allpass[path] = std::abs(kernel.previous) < 1e12f ? kernel.previous : 0.f;
             continue;
         }
         output[k] = WithKernel(KindFor(kind_, delays[k]),

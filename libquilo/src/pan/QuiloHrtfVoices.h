@@ -25,6 +25,8 @@ namespace Quilo {
 class HrtfVoices {
 public:
     static constexpr float kLongestDelayMs = 20.f;
+    /// Delays of a voice, each a path to an ear. A panner uses the first ones.
+    static constexpr std::size_t kMostPaths = 4;
 
     /// @param longestPiece  samples that Take may be given
     /// @param past  samples that PastOf gives
@@ -39,7 +41,7 @@ public:
     void SetGain(unsigned voice, float gain, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
     /// @param ms  clamped to 0 .. kLongestDelayMs
     void SetDelay(unsigned voice,
-                  std::size_t ear,
+                  std::size_t path,
                   float ms,
                   std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
     /// There has been no sound, by the gain, for as long as the window remembers.
@@ -47,12 +49,14 @@ public:
 
     /// The next piece.
     void Take(unsigned voice, std::span<const float> input) noexcept TAV_NONBLOCKING;
-    /// The piece at one ear; delays glide on. Both ears have to be asked, once.
-    void Delayed(unsigned voice, std::size_t ear, std::span<float> output) noexcept TAV_NONBLOCKING;
-    /// What reached the ear before the piece, as if the delay had always been the present one.
+    /// The piece at the end of one path; its delay glides on. Ask for each path in use, once.
+    void Delayed(unsigned voice,
+                 std::size_t path,
+                 std::span<float> output) noexcept TAV_NONBLOCKING;
+    /// What came by the path before the piece, as if the delay had always been the present one.
     /// @param before  samples from the first of the output to the piece, at most `past`
     void PastOf(unsigned voice,
-                std::size_t ear,
+                std::size_t path,
                 std::size_t before,
                 std::span<float> output) const noexcept TAV_NONBLOCKING;
     /// The piece without delays.
@@ -63,8 +67,9 @@ public:
 private:
     struct Voice {
         tav::Ramp gain{1.f};
-        std::array<tav::Ramp, 2> delays{tav::Ramp(), tav::Ramp()};  // samples
-        std::array<float, 2> allpass{};                             // what that kernel remembers
+        std::array<tav::Ramp, kMostPaths> delays{tav::Ramp(), tav::Ramp(), tav::Ramp(),
+                                                 tav::Ramp()};  // samples
+        std::array<float, kMostPaths> allpass{};                // what that kernel remembers
         std::size_t piece = 0;    // where the newest piece begins in the window
         std::size_t end = 0;      // and where it ends
         std::size_t silence = 0;  // samples since the gain became 0
@@ -80,7 +85,7 @@ private:
                      const float* piece,
                      std::span<float> output) const noexcept TAV_NONBLOCKING;
     void ReadOneByOne(Voice& voice,
-                      std::size_t ear,
+                      std::size_t path,
                       const float* piece,
                       std::span<float> output) noexcept TAV_NONBLOCKING;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
+#include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloBinauralPanningIACC.h"
 #include "pan/QuiloDbapPanning.h"
@@ -32,7 +33,6 @@ namespace {
 // tables below is already the final one.
 using BinauralPanningITD = NullPanning;
 using BinauralPanningNearfield = NullPanning;
-using BinauralPanningSphericalHeadModel = NullPanning;
 using BinauralPanningSnowmanModel = NullPanning;
 using BinauralPanningContinuous = NullPanning;
 

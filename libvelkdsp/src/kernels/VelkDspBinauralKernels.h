@@ -39,6 +39,15 @@ struct FadeLanes {
     Row in0, inCos, inSin, inPart;
 };
 
+/// A first-order section in integrator form for both ears of kSourceLanes sources:
+/// lowpass = s + G (x - s), y = m0 x + m1 lowpass. Each row has a number of each source.
+struct FirstOrderLanes {
+    const float* gains;  // two rows: G = g / (1 + g), left and right
+    const float* mix;    // four rows: m0 left, m0 right, m1 left, m1 right
+    const float* steps;  // likewise: added to the mix before each sample. Null: the mix rests
+    float* states;       // two rows: s, left and right
+};
+
 struct BinauralKernels {
     /// sum[k] += weights[k] * (input[k] through all cells), for k = 0 .. n - 1.
     /// @param work  n rows an ear, overwritten; not `input`      @param sum  null pointers: nobody
@@ -60,6 +69,13 @@ struct BinauralKernels {
                         int n) noexcept TAV_NONBLOCKING;
     /// y[k] += the sum of row k
     void (*sumLanes)(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING;
+    /// The section over n rows of both ears.  @param adds  true: to what `out` holds; false: out is
+    /// overwritten and may be `in`. A vector set may fuse multiply and add.
+    void (*firstOrder)(const FirstOrderLanes& lanes,
+                       const EarRows& in,
+                       const EarRows& out,
+                       bool adds,
+                       int n) noexcept TAV_NONBLOCKING;
 
     // One file each.
     static const BinauralKernels& Scalar() noexcept;

@@ -30,8 +30,8 @@ using Kernels = VectorBinauralKernels<Avx2Operations>;
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Avx2() noexcept {
-    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Glide,
-                                              Kernels::FadeWeightsOf, SumLanes};
+    static constexpr BinauralKernels kKernels{
+        Kernels::Cascade, Kernels::Glide, Kernels::FadeWeightsOf, SumLanes, Kernels::FirstOrder};
     return kKernels;
 }
 

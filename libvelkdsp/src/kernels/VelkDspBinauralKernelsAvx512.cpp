@@ -37,8 +37,8 @@ using Kernels = VectorBinauralKernels<Avx512Operations>;
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Avx512() noexcept {
-    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Glide,
-                                              Kernels::FadeWeightsOf, SumLanes};
+    static constexpr BinauralKernels kKernels{
+        Kernels::Cascade, Kernels::Glide, Kernels::FadeWeightsOf, SumLanes, Kernels::FirstOrder};
     return kKernels;
 }
 

@@ -85,10 +85,36 @@ void SumLanes(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING {
     }
 }
 
+void FirstOrder(const FirstOrderLanes& lanes,
+                const EarRows& in,
+                const EarRows& out,
+                bool adds,
+                int n) noexcept TAV_NONBLOCKING {
+    for (std::ptrdiff_t i = 0; i < 2 * kSourceLanes; ++i) {
+        const bool left = i < kSourceLanes;
+        const float* const x = (left ? in.left : in.right) + i % kSourceLanes;
+        float* const y = (left ? out.left : out.right) + i % kSourceLanes;
+        const float gain = lanes.gains[i];
+        float m0 = lanes.mix[i], m1 = lanes.mix[i + 2 * kSourceLanes], s = lanes.states[i];
+        const float step0 = lanes.steps != nullptr ? lanes.steps[i] : 0.f;
+        const float step1 = lanes.steps != nullptr ? lanes.steps[i + 2 * kSourceLanes] : 0.f;
+        for (std::ptrdiff_t k = 0; k < n * kSourceLanes; k += kSourceLanes) {
+            m0 += step0;
+            m1 += step1;
+            const float difference = x[k] - s;
+            const float low = gain * difference + s;
+            s = 2.f * gain * difference + s;
+            const float value = m0 * x[k] + m1 * low;
+            y[k] = adds ? y[k] + value : value;
+        }
+        lanes.states[i] = s;
+    }
+}
+
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Scalar() noexcept {
-    static constexpr BinauralKernels kKernels{Cascade, Glide, FadeWeightsOf, SumLanes};
+    static constexpr BinauralKernels kKernels{Cascade, Glide, FadeWeightsOf, SumLanes, FirstOrder};
     return kKernels;
 }
 

@@ -101,6 +101,21 @@ public:
         }
     }
 
+    static void FirstOrder(const FirstOrderLanes& lanes,
+                           const EarRows& in,
+                           const EarRows& out,
+                           bool adds,
+                           int n) noexcept TAV_NONBLOCKING {
+        const auto run = lanes.steps != nullptr
+                             ? (adds ? RunFirstOrder<true, true> : RunFirstOrder<true, false>)
+                             : (adds ? RunFirstOrder<false, true> : RunFirstOrder<false, false>);
+        for (std::ptrdiff_t lane = 0; lane < kRow; lane += S::kLanes) {
+            run(lanes, lane,
+                {in.left + lane, in.right + lane, out.left + lane, out.right + lane, nullptr,
+                 n * kRow});
+        }
+    }
+
 private:
     enum class Sink { Store, Add, AddWeighted };
 
@@ -138,6 +153,51 @@ private:
             S::Store(states + index * kCellStates * kRow + kRow, s2);
         }
     };
+
+    /// One ear of a first-order section, in registers.
+    template <bool kMoves>
+    struct FirstOrderEar {
+        Vec gain, twice, m0, m1, step0, step1, s;
+
+        FirstOrderEar(const FirstOrderLanes& lanes, std::ptrdiff_t at) noexcept {
+            gain = S::Load(lanes.gains + at);
+            twice = S::Add(gain, gain);
+            m0 = S::Load(lanes.mix + at);
+            m1 = S::Load(lanes.mix + at + 2 * kRow);
+            s = S::Load(lanes.states + at);
+            step0 = kMoves ? S::Load(lanes.steps + at) : S::Zero();
+            step1 = kMoves ? S::Load(lanes.steps + at + 2 * kRow) : S::Zero();
+        }
+        Vec Take(Vec x) noexcept {
+            if constexpr (kMoves) {
+                m0 = S::Add(m0, step0);
+                m1 = S::Add(m1, step1);
+            }
+            const Vec difference = S::Subtract(x, s);
+            const Vec low = S::MultiplyAdd(gain, difference, s);
+            s = S::MultiplyAdd(twice, difference, s);
+            return S::MultiplyAdd(m0, x, S::Multiply(m1, low));
+        }
+    };
+
+    template <bool kMoves, bool kAdds>
+    static void RunFirstOrder(const FirstOrderLanes& lanes,
+                              std::ptrdiff_t lane,
+                              const Span& span) noexcept TAV_NONBLOCKING {
+        FirstOrderEar<kMoves> leftEar(lanes, lane), rightEar(lanes, lane + kRow);
+        for (std::ptrdiff_t k = 0; k < span.end; k += kRow) {
+            Vec left = leftEar.Take(S::Load(span.inLeft + k));
+            Vec right = rightEar.Take(S::Load(span.inRight + k));
+            if constexpr (kAdds) {
+                left = S::Add(left, S::Load(span.outLeft + k));
+                right = S::Add(right, S::Load(span.outRight + k));
+            }
+            S::Store(span.outLeft + k, left);
+            S::Store(span.outRight + k, right);
+        }
+        S::Store(lanes.states + lane, leftEar.s);
+        S::Store(lanes.states + lane + kRow, rightEar.s);
+    }
 
     /// Runs two cells in series for each ear, with states and coefficients in registers. The
     /// latencies of the four recursions overlap.

@@ -2,6 +2,7 @@
 // Every panner: however it came by its settings, it sounds like one that always had them, at every
 // rate, in blocks of every size, from its first sample on.
 #include "libquilo/pan/PanPlayer.h"
+#include "pan/QuiloBinauralPanning.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
@@ -93,10 +94,21 @@ void ChangeLoudspeakers(Pan& p) {
     p.SetSpeakersRadius(0.7f);
 }
 
+void ChangeEars(Pan& p) {
+    With<BinauralPanning>(p, [](auto& ears) {
+        ears.SetItdModel("woodworth");
+        ears.SetItdLatencyMode("nolatency");
+        ears.SetHeadRadius(0.13f);
+        ears.SetListenerAngle(70.f);
+        ears.SetListenerPosition({0.3f, -0.2f, 0.1f});
+    });
+}
+
 constexpr Change kChanges[] = {{"Places", ChangePlaces},
                                {"Widths", ChangeWidths},
                                {"Conventions", ChangeConventions},
-                               {"Loudspeakers", ChangeLoudspeakers}};
+                               {"Loudspeakers", ChangeLoudspeakers},
+                               {"Ears", ChangeEars}};
 
 /// What no panner can use.
 void Refuse(Pan& p) {
