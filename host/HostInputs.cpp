@@ -5,7 +5,7 @@
 #include "HostLimits.h"
 #include "HostOutputFile.h"
 #include "HostScript.h"
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspAudioFile.h"
 
 #include <algorithm>
 
@@ -13,8 +13,13 @@ namespace Quilo::Host {
 
 Inputs::Inputs(std::span<const std::string> files, bool loop) : loop_(loop) {
     for (const std::string& name : files) {
-        files_.push_back(tav::ReadWavFile(PathOf(name)));
+        tav::AudioFileInfo info;
+        files_.push_back(tav::ReadAudioFile(PathOf(name), &info));
         const tav::AudioBuffer& file = files_.back();
+        if (info.missingFrames > 0)
+            notes_.push_back(name + ": is cut short, " + std::to_string(info.missingFrames) +
+                             " of " + std::to_string(file.NumFrames() + info.missingFrames) +
+                             " frames are missing");
         if (!IsSamplingRate(file.SampleRate()))
             throw Fault(ExitStatus::WrongInput, name + ": its sampling rate is " +
                                                     AtomSpelling(file.SampleRate()) +

@@ -13,7 +13,7 @@ namespace Quilo::Host {
 
 class Inputs {
 public:
-    /// Reads every file; their channels append.
+    /// Reads every file, of any kind that tav::ReadAudioFile knows; their channels append.
     /// @param loop  files repeat; otherwise they are silent after their end
     /// Throws: tav::Exception for an unreadable file, Fault (WrongInput) for rates that differ or
     /// that are not allowed for --rate.
@@ -22,6 +22,8 @@ public:
     std::size_t NumChannels() const { return channels_.size(); }
     /// Hertz; 0 without files.
     double SampleRate() const { return files_.empty() ? 0 : files_.front().SampleRate(); }
+    /// One line for each file that is shorter than its header promises.
+    const std::vector<std::string>& Notes() const { return notes_; }
     /// Of the longest file; 0 without files.
     std::size_t NumFrames() const;
 
@@ -36,6 +38,7 @@ private:
 
     std::vector<tav::AudioBuffer> files_;
     std::vector<Channel> channels_;
+    std::vector<std::string> notes_;
     bool loop_;
 };
 

@@ -4,7 +4,10 @@
 #include "HostConsole.h"
 #include "HostFault.h"
 #include "HostObject.h"
+#include "audiofiles/VelkDspWavHeader.h"
 #include "laws/QuiloNamedLayouts.h"
+
+#include <algorithm>
 
 namespace Quilo::Host {
 
@@ -34,6 +37,21 @@ void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object) {
                                   std::to_string(numPlaces) + " loudspeakers, the object " +
                                   std::to_string(object.NumSignalOutlets()) + " signal outlets");
     }
+}
+
+std::uint32_t ChannelMaskOf(const Script& script) {
+    const auto places = [](const Statement& statement) {
+        const bool isMessage = !statement.directive && !statement.atoms.empty();
+        return statement.Says("layout") ||
+               (isMessage && AtomSpelling(statement.atoms[0]).starts_with("speaker"));
+    };
+    const auto named = std::ranges::find_if(script.statements, places);
+    if (named == script.statements.end() || !named->Says("layout") || named->timed) return 0;
+    if (std::any_of(named + 1, script.statements.end(), places)) return 0;
+    std::vector<std::string_view> labels;
+    for (const LoudspeakerPlace& place : PlacesOf(LayoutName(named->atoms[0])))
+        labels.push_back(place.label);
+    return tav::ChannelMaskOf(labels);
 }
 
 void SendLayout(std::string_view name, Object& object, Console& console) {

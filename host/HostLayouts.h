@@ -4,6 +4,7 @@
 
 #include "HostScript.h"
 
+#include <cstdint>
 #include <string_view>
 
 namespace Quilo::Host {
@@ -14,6 +15,11 @@ class Object;
 /// Throws: Fault (WrongInput) when a layout in the script does not have as many loudspeakers as the
 /// object has signal outlets.
 void RefuseLayoutsOfOtherSizes(const Script& script, const Object& object);
+
+/// What a file of the outlets says about their loudspeakers, as in WAVE_FORMAT_EXTENSIBLE: those of
+/// the one layout that the script names before the audio, where no other statement places
+/// loudspeakers and where a file may have them in this order; else 0.
+std::uint32_t ChannelMaskOf(const Script& script);
 
 /// Sends `speakers ae ...` and writes "layout: OUTPUT LABEL AZIMUTH ELEVATION" for each outlet;
 /// nothing once the object is free.

@@ -11,7 +11,7 @@
 #include "HostOutputFile.h"
 #include "HostPlatform.h"
 #include "HostProgress.h"
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 #include "picture/HostPicture.h"
 #include "picture/HostScene.h"
 
@@ -121,6 +121,7 @@ private:
                             options_.output + ": the object has no signal outlet");
             output_.emplace(PathOf(options_.output), static_cast<unsigned>(FileChannels().size()),
                             rateHz_);
+            if (!options_.ambix) output_->SetChannelMask(ChannelMaskOf(script_));
         }
         if (options_.picture.empty()) return;
         picture_.emplace(options_.picture);
@@ -138,6 +139,7 @@ private:
     }
 
     void Advise() const {
+        for (const std::string& note : inputs_.Notes()) Note(note);
         if (inputs_.NumChannels() > numFed_)
             Note("the object has no inlet for " + std::to_string(inputs_.NumChannels() - numFed_) +
                  " of the input channels");

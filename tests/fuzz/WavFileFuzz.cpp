@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a WAV file: read whole or refused with a message, and what was read can be written
 // and read again unchanged.
-#include "containers/VelkDspAudioBuffer.h"
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspAudioFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 #include "text/VelkDspException.h"
 
 #include <cstdint>
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     tav::AudioBuffer audio;
     try {
-        audio = tav::ReadWavFile(ScratchFile());
+        audio = tav::ReadAudioFile(ScratchFile());
     } catch (const tav::Exception&) {
         return 0;
     }
@@ -57,6 +57,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const tav::Exception&) {
         return 0;  // more channels than a float frame may have
     }
-    if (!SameBits(audio, tav::ReadWavFile(ScratchFile()))) std::abort();
+    if (!SameBits(audio, tav::ReadAudioFile(ScratchFile()))) std::abort();
     return 0;
 }

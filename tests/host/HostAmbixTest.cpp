@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // --ambix against a library of the same convention: its encoder gives the same channels.
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspAudioFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 #include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
@@ -48,7 +49,7 @@ protected:
                                          std::to_string(place.elevationDeg));
         EXPECT_EQ(
             RunHost(folder_, {"--in", "one.wav", "--ambix", "--out", "o.wav", "s.txt"}).status, 0);
-        const tav::AudioBuffer audio = tav::ReadWavFile(folder_ / "o.wav");
+        const tav::AudioBuffer audio = tav::ReadAudioFile(folder_ / "o.wav");
         std::vector<float> frame;
         for (unsigned k = 0; k < audio.NumChannels(); ++k) frame.push_back(audio.Channel(k)[63]);
         return frame;

@@ -2,7 +2,8 @@
 // quilo-host from outside: files, timeline, exit statuses.
 #include "support/HostProgram.h"
 
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspAudioFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +47,7 @@ protected:
         arguments.insert(arguments.end(), {"--out", "o.wav", "--quiet"});
         const HostRun run = Run(script, arguments);
         EXPECT_EQ(run.status, 0) << (run.errors.empty() ? "" : run.errors[0]);
-        return run.status == 0 ? tav::ReadWavFile(folder_ / "o.wav") : tav::AudioBuffer(4, 1);
+        return run.status == 0 ? tav::ReadAudioFile(folder_ / "o.wav") : tav::AudioBuffer(4, 1);
     }
 
     /// First frame in which the output differs from the frame before; 0 when it never does.
@@ -153,6 +154,31 @@ TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
     EXPECT_EQ(Render(kQuad, {"--rate", "8000"}).SampleRate(), 8000);
     EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).SampleRate(), 44100);
     EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).NumFrames(), 100u);
+}
+
+TEST_F(HostProgram, PlaysWhatIsThereOfAnInputThatIsCutShort) {
+    std::filesystem::resize_file(folder_ / "one.wav",
+                                 std::filesystem::file_size(folder_ / "one.wav") - 400);
+    EXPECT_EQ(Render(kQuad, {"--in", "one.wav"}).NumFrames(), 4700u);
+    const HostRun run = Run(kQuad, {"--in", "one.wav"});
+    ASSERT_EQ(run.errors.size(), 1u);
+    EXPECT_NE(run.errors[0].find("one.wav: is cut short, 100 of 4800 frames"), std::string::npos);
+}
+
+TEST_F(HostProgram, NamesTheLoudspeakersOfAFileWhoseOrderIsThatOfALayout) {
+    const std::string box = "object quilo.pan~ 1 6 vbap2d\n";
+    const std::pair<std::string, std::uint32_t> cases[] = {
+        {box + "host layout 5.1\n", 0x3F},
+        {box + "host layout 5.1\nat 0 speaker 1 az 3\n", 0},
+        {box, 0},
+        {"object quilo.pan~ 1 4 vbap2d\nhost layout quad\n", 0},  // goes round
+    };
+    for (const auto& [script, mask] : cases) {
+        Render(script, {"--duration", "0.01"});
+        tav::AudioFileInfo info;
+        tav::ReadAudioFile(folder_ / "o.wav", &info);
+        EXPECT_EQ(info.channelMask, mask) << script;
+    }
 }
 
 TEST_F(HostProgram, RestartsTheChainDuringPlay) {

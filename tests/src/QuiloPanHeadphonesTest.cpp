@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Sets of filters from files, as a user loads them: by the program, while audio runs.
 #include "QuiloPanObject.h"
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspAudioFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 #include "libquilo/hrtf/HrtfFiles.h"
 #include "src/PanBox.h"
 #include "support/HostProgram.h"
@@ -63,7 +64,7 @@ TEST_F(HeadphonesFiles, LoadDuringPlayAndSoundAndSurviveWhatFails) {
                        "error: Error loading file : field.hrtf", "outlet: hrtffile " + path,
                        "post: Loaded hrtf from kemar", "outlet: hrtffile kemar"}));
 
-    const tav::AudioBuffer output = tav::ReadWavFile(folder_ / "o.wav");
+    const tav::AudioBuffer output = tav::ReadAudioFile(folder_ / "o.wav");
     ASSERT_EQ(output.NumChannels(), 2u);
     for (const std::size_t impulse : {kImpulses[1], kImpulses[2]}) {
         for (const unsigned ear : {0u, 1u}) {

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "files/VelkDspWavFile.h"
+#include "audiofiles/VelkDspWavFile.h"
 
 #include "text/VelkDspException.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <limits>
-#include <span>
 #include <system_error>
 #include <utility>
 
@@ -21,86 +19,8 @@ std::string NameOf(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-double FullScale(WavFormat format) noexcept {
-    return std::ldexp(1.0, static_cast<int>(8 * BytesPerSample(format)) - 1);
-}
-
-float Decode(WavFormat format, std::span<const std::uint8_t> bytes) noexcept {
-    if (format == WavFormat::Float32) {
-        return std::bit_cast<float>(GetLittleEndian<std::uint32_t>(bytes));
-    }
-    // The sample is placed in the upper bytes of 32 bits, so that its sign bit is the sign of the
-    // integer.
-    const unsigned numBytes = BytesPerSample(format);
-    std::uint32_t bits = 0;
-    for (unsigned k = 0; k < numBytes; ++k) {
-        bits |= std::uint32_t{bytes[k]} << (8 * (4 - numBytes + k));
-    }
-    return static_cast<float>(static_cast<std::int32_t>(bits)) * 0x1p-31f;
-}
-
-std::uint64_t Encode(WavFormat format, float sample) noexcept {
-    if (format == WavFormat::Float32) return std::bit_cast<std::uint32_t>(sample);
-    if (std::isnan(sample)) return 0;
-    const double fullScale = FullScale(format);
-    const double scaled =
-        std::clamp(static_cast<double>(sample) * fullScale, -fullScale, fullScale - 1);
-    return static_cast<std::uint64_t>(std::llround(scaled));
-}
-
 std::size_t FramesPerBlock(const WavHeader& header) noexcept {
     return std::max<std::size_t>(1, kBlockBytes / static_cast<std::size_t>(header.FrameBytes()));
-}
-
-/// Writes the interleaved frames of `block` to the channels, from frame `start` on.
-void Deinterleave(const ByteBlock& block,
-                  const WavHeader& header,
-                  std::size_t start,
-                  AudioBuffer& audio) {
-    const std::span<const std::uint8_t> bytes(block);
-    const std::size_t step = BytesPerSample(header.format);
-    const std::size_t frames = block.size() / (step * header.numChannels);
-    for (unsigned channel = 0; channel < header.numChannels; ++channel) {
-        const std::span<float> samples = audio.Channel(channel);
-        std::size_t at = step * channel;
-        for (std::size_t frame = 0; frame < frames; ++frame, at += step * header.numChannels) {
-            samples[start + frame] = Decode(header.format, bytes.subspan(at, step));
-        }
-    }
-}
-
-/// Fills `block` with `frames` interleaved frames of the channels, from frame `start` on.
-void Interleave(const float* const* channels,
-                std::size_t start,
-                std::size_t frames,
-                const WavHeader& header,
-                ByteBlock& block) {
-    const std::size_t step = BytesPerSample(header.format);
-    block.resize(frames * step * header.numChannels);
-    const std::span<std::uint8_t> bytes(block);
-    for (unsigned channel = 0; channel < header.numChannels; ++channel) {
-        std::size_t at = step * channel;
-        for (std::size_t frame = 0; frame < frames; ++frame, at += step * header.numChannels) {
-            StoreLittleEndian(bytes.subspan(at, step),
-                              Encode(header.format, channels[channel][start + frame]));
-        }
-    }
-}
-
-AudioBuffer ReadSamples(std::istream& stream, const WavHeader& header, const std::string& name) {
-    const auto numFrames = static_cast<std::size_t>(header.numFrames);
-    AudioBuffer audio(header.numChannels, numFrames, header.sampleRateHz);
-    for (std::size_t start = 0; start < numFrames;) {
-        const std::size_t frames = std::min(FramesPerBlock(header), numFrames - start);
-        ByteBlock block(frames * static_cast<std::size_t>(header.FrameBytes()));
-        // Streams read char, which may alias any type.
-        stream.read(reinterpret_cast<char*>(block.data()),
-                    static_cast<std::streamsize>(block.size()));
-        if (!stream) throw Exception(name + ": cannot be read");
-        Deinterleave(block, header, start, audio);
-        start += frames;
-    }
-    return audio;
 }
 
 /// The file to replace: for a symbolic link its target, so that the link stays.
@@ -136,18 +56,6 @@ WavHeader HeaderFor(const std::string& name,
 
 }  // namespace
 
-AudioBuffer ReadWavFile(const std::filesystem::path& path) {
-    const std::string name = NameOf(path);
-    return Guarded("reading " + name, [&] {
-        std::error_code fault;
-        if (std::filesystem::is_directory(path, fault)) throw Exception(name + ": is a folder");
-        std::ifstream stream(path, std::ios::binary);
-        if (!stream) throw Exception(name + ": cannot be opened");
-        const WavHeader header = ReadWavHeader(stream, name);
-        return ReadSamples(stream, header, name);
-    });
-}
-
 WavFileWriter::WavFileWriter(const std::filesystem::path& path,
                              unsigned numChannels,
                              double sampleRateHz,
@@ -181,11 +89,18 @@ void WavFileWriter::PutBytes(const ByteBlock& bytes) {
     if (!stream_) throw Exception(NameOf(path_) + ": cannot be written, is the disk full?");
 }
 
+void WavFileWriter::SetChannelMask(std::uint32_t mask) {
+    header_.channelMask = mask;
+    stream_.seekp(0);
+    PutBytes(ComposeWavHeader(header_));
+}
+
 void WavFileWriter::Write(const float* const* channels, std::size_t frames) {
     if (!stream_.is_open()) throw Exception(NameOf(path_) + ": is closed already");
     for (std::size_t start = 0; start < frames;) {
         const std::size_t count = std::min(frames - start, FramesPerBlock(header_));
-        Interleave(channels, start, count, header_, block_);
+        block_.resize(count * static_cast<std::size_t>(header_.FrameBytes()));
+        EncodeFrames(SampleFormatOf(header_.format), block_, header_.numChannels, channels, start);
         PutBytes(block_);
         header_.numFrames += count;
         start += count;

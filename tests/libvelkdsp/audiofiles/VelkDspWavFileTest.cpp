@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// WAV files put together here byte by byte, and what the writer makes of its own.
-#include "files/VelkDspWavFile.h"
+// Audio files put together here byte by byte, and what the WAV writer makes of its own.
+#include "audiofiles/VelkDspWavFile.h"
 
+#include "audiofiles/VelkDspAudioFile.h"
+#include "audiofiles/VelkDspStoredSamples.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -43,6 +45,35 @@ std::string Extensible(unsigned tag, unsigned channels, unsigned bits) {
            Number(tag, 2) + kGuidTail;
 }
 
+std::string BigNumber(std::uint64_t value, int numBytes) {
+    std::string bytes = Number(value, numBytes);
+    std::ranges::reverse(bytes);
+    return bytes;
+}
+
+std::string BigChunk(const std::string& id, const std::string& body) {
+    return id + BigNumber(body.size(), 4) + body + std::string(body.size() % 2, '\0');
+}
+
+const std::string kRate48000 = BigNumber(0x400E, 2) + BigNumber(0xBB80000000000000, 8);
+
+std::string Common(unsigned channels,
+                   unsigned frames,
+                   unsigned bits,
+                   const std::string& kind = "") {
+    return BigChunk("COMM", BigNumber(channels, 2) + BigNumber(frames, 4) + BigNumber(bits, 2) +
+                                kRate48000 + kind);
+}
+
+std::string Sound(const std::string& samples, unsigned offset = 0) {
+    return BigChunk("SSND",
+                    BigNumber(offset, 4) + BigNumber(0, 4) + std::string(offset, 'x') + samples);
+}
+
+std::string Form(const std::string& kind, const std::string& chunks) {
+    return "FORM" + BigNumber(4 + chunks.size(), 4) + kind + chunks;
+}
+
 std::string Riff(const std::string& chunks) {
     return "RIFF" + Number(4 + chunks.size(), 4) + "WAVE" + chunks;
 }
@@ -67,6 +98,7 @@ struct Case {
     std::string bytes;
     unsigned channels = 0;
     std::vector<float> samples = {};  // frame by frame
+    std::uint64_t missingFrames = 0;
 };
 
 class WavFileTest : public testing::Test {
@@ -129,15 +161,37 @@ const Case kReadable[] = {
      kSound + Chunk("id3 ", "behind")), 2, kFourWordSamples},
     {"Rf64", Rf64(Ds64(8), kPcm16 + kEndless), 2, kFourWordSamples},
     {"Rf64WithASizeInItsPlace", Rf64(Ds64(1u << 30), kPcm16 + kSound), 2, kFourWordSamples},
+    {"Bw64", "BW64" + Rf64(Ds64(8), kPcm16 + kEndless).substr(4), 2, kFourWordSamples},
     {"NoFrames", Riff(kPcm16 + Chunk("data", "")), 2, {}},
+    {"Pcm20FillsTheUpperBitsOf24", Riff(Chunk("fmt ", Number(1, 2) + Number(1, 2) + Number(48000, 4) + Number(144000, 4) +
+     Number(3, 2) + Number(20, 2)) + Chunk("data", std::string("\x00\x00\xC0", 3))), 1, {-0.5f}},
+    {"RubbishBehindTheSamples", Riff(kPcm16 + kSound + "LIST" + Number(0x7FFFFFFF, 4) + "cut"), 2, kFourWordSamples},
+    {"LengthUnknownInAPipe", Riff(kPcm16 + kEndless), 2, kFourWordSamples},
+    {"LengthNeverWritten", "RIFF" + Number(0, 4) + "WAVE" + kPcm16 + "data" + Number(0, 4) + kFourWords, 2, kFourWordSamples},
+    {"DataCut", Riff(kPcm16 + kSound.substr(0, 14)), 2, {0.5f, -1.f}, 1},
+    {"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6))), 2, {0.5f, -1.f}, 1},
+    {"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords), 2, kFourWordSamples, 0x3FFFFFFF - 2},
+    {"Rf64Of16EiB", Rf64(Ds64(0xFFFFFFFFFFFFFFFC), kPcm16 + kEndless), 2, kFourWordSamples, 0x3FFFFFFFFFFFFFFF - 2},
+    {"AiffSamplesBeforeTheirFormat", Form("AIFF", BigChunk("ANNO", "odd") + Sound(std::string("\x40\x00\x80\x00", 4), 6) + Common(2, 1, 16)), 2,
+     {0.5f, -1.f}},
+    {"Aiff12BitsFill16", Form("AIFF", Common(1, 1, 12) + Sound(std::string("\xC0\x00", 2))), 1, {-0.5f}},
+    {"AiffCut", Form("AIFF", Common(1, 9, 16) + Sound(std::string("\x40\x00\x80", 3))).substr(0, 57), 1, {0.5f}, 8},
+    {"AiffLengthUnknown", Form("AIFF", Common(1, 0, 8) + Sound("\x40\xC0")), 1, {0.5f, -0.5f}},
+    {"AifcIn24", Form("AIFC", Common(1, 1, 16, "in24") + Sound(std::string("\xC0\x00\x00", 3))), 1, {-0.5f}},
+    {"AifcIn32", Form("AIFC", Common(1, 1, 16, "in32") + Sound(std::string("\xC0\x00\x00\x00", 4))), 1, {-0.5f}},
+    {"AifcFl32", Form("AIFC", Common(1, 1, 32, "fl32") + Sound(std::string("\x3F\xC0\x00\x00", 4))), 1, {1.5f}},
+    {"AifcTwos", Form("AIFC", Common(1, 1, 16, "twos") + Sound(std::string("\xC0\x00", 2))), 1, {-0.5f}},
+    {"AifcSowt", Form("AIFC", Common(1, 1, 16, "sowt") + Sound(std::string("\x00\xC0", 2))), 1, {-0.5f}},
 };
 // clang-format on
 
 TEST_F(WavFileTest, GivesTheSamplesThatAreInTheBytes) {
-    for (const auto& [name, bytes, channels, samples] : kReadable) {
+    for (const auto& [name, bytes, channels, samples, missing] : kReadable) {
         SCOPED_TRACE(name);
         Store(bytes);
-        const tav::AudioBuffer audio = tav::ReadWavFile(path_);
+        tav::AudioFileInfo info;
+        const tav::AudioBuffer audio = tav::ReadAudioFile(path_, &info);
+        EXPECT_EQ(info.missingFrames, missing);
         ASSERT_EQ(audio.NumChannels(), channels);
         ASSERT_EQ(audio.NumFrames(), samples.size() / channels);
         EXPECT_EQ(audio.SampleRate(), 48000.0);
@@ -159,18 +213,25 @@ const Case kRefused[] = {
     {"FormatBehindTheData", Riff(kSound + kPcm16)},
     {"FormatTooSmall", Riff(Chunk("fmt ", std::string(14, '\1')) + Chunk("data", ""))},
     {"FormatCut", Riff(kPcm16.substr(0, 16))},
-    {"DataCut", Riff(kPcm16 + kSound.substr(0, 14))},
-    {"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6)))},
-    {"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords)},
     {"ForeignChunkOf4GiB", Riff("LIST" + Number(0xFFFFFFFF, 4) + kPcm16)},
-    {"Rf64Of16EiB", Rf64(Ds64(0xFFFFFFFFFFFFFFFC), kPcm16 + kEndless)},
     {"Rf64WithoutDs64", Rf64("", kPcm16 + kEndless)},
     {"Ds64TooSmall", Rf64(Chunk("ds64", "tiny"), kPcm16 + kSound)},
     {"NoChannels", Riff(Chunk("fmt ", Format(1, 0, 16)) + kSound)},
     {"NoSampleRate", Riff(Chunk("fmt ", Format(1, 2, 16, 0)) + kSound)},
     {"UnknownTag", Riff(Chunk("fmt ", Format(85, 2, 16)) + kSound)},
-    {"Pcm8", Riff(Chunk("fmt ", Format(1, 2, 8)) + kSound)},
-    {"Float64", Riff(Chunk("fmt ", Format(3, 1, 64)) + kSound)},
+    {"Pcm40", Riff(Chunk("fmt ", Format(1, 2, 40)) + kSound)},
+    {"Float16", Riff(Chunk("fmt ", Format(3, 1, 16)) + kSound)},
+    {"FrameSizesDisagree", Riff(Chunk("fmt ", Format(1, 2, 16).substr(0, 12) + Number(5, 2) + Number(16, 2)) + kSound)},
+    {"AiffWithoutCommon", Form("AIFF", Sound("even"))},
+    {"AiffCommonTooSmall", Form("AIFF", BigChunk("COMM", "tiny") + Sound("even"))},
+    {"AiffCommonCut", Form("AIFF", Common(1, 1, 16).substr(0, 20))},
+    {"AiffSoundTooSmall", Form("AIFF", Common(1, 1, 16) + BigChunk("SSND", "tiny"))},
+    {"AiffOffsetBeyondTheEnd", Form("AIFF", Common(1, 1, 16) + BigChunk("SSND", BigNumber(3, 4) + BigNumber(0, 4) + "xx"))},
+    {"AiffNoChannels", Form("AIFF", Common(0, 1, 16) + Sound("even"))},
+    {"Aiff40Bits", Form("AIFF", Common(1, 1, 40) + Sound("even"))},
+    {"AifcUnknownCompression", Form("AIFC", Common(1, 1, 16, "MAC6") + Sound("even"))},
+    {"NotAiff", Form("8SVX", Common(1, 1, 16) + Sound("even"))},
+    {"AiffRateOfZero", Form("AIFF", BigChunk("COMM", std::string("\0\1\0\0\0\1\0\20", 8) + std::string(10, '\0')) + Sound("even"))},
     {"ExtensibleUnknownTag", Riff(Chunk("fmt ", Extensible(85, 2, 16)) + kSound)},
     {"ExtensibleForeignGuid", Riff(Chunk("fmt ", Extensible(1, 2, 16).substr(0, 39) + "x") + kSound)},
     {"ExtensibleTooSmall", Riff(Chunk("fmt ", Format(0xFFFE, 2, 16)) + kSound)},
@@ -181,7 +242,7 @@ TEST_F(WavFileTest, RefusalsNameTheFileAndTheFault) {
     const std::string named = path_.string() + ": ";
     for (const Case& c : kRefused) {
         Store(c.bytes);
-        const std::string fault = FaultOf([&] { tav::ReadWavFile(path_); });
+        const std::string fault = FaultOf([&] { tav::ReadAudioFile(path_); });
         const std::size_t at = fault.find(named);
         ASSERT_NE(at, std::string::npos) << c.name << ": " << fault;
         EXPECT_GT(fault.size(), at + named.size()) << c.name << ": no fault named";
@@ -197,16 +258,16 @@ TEST_F(WavFileTest, WhatIsWrittenReadsBack) {
                 static_cast<float>((k * 7919 + c * 104729) % 65536) * 0x1p-15f - 1.f;
         }
     }
-    for (const WavFormat format :
-         {WavFormat::Pcm16, WavFormat::Pcm24, WavFormat::Pcm32, WavFormat::Float32}) {
+    for (const WavFormat format : {WavFormat::Pcm16, WavFormat::Pcm24, WavFormat::Pcm32,
+                                   WavFormat::Float32, WavFormat::Float64}) {
         tav::WriteWavFile(path_, audio, format);
         const std::string bytes = Stored();
         EXPECT_EQ(bytes.size() % 2, 0u);
         EXPECT_EQ(bytes.substr(4, 4), Number(bytes.size() - 8, 4));
         const std::string fact = Chunk("fact", Number(7001, 4));
-        EXPECT_EQ(bytes.find(fact) != std::string::npos, format == WavFormat::Float32);
+        EXPECT_EQ(bytes.find(fact) != std::string::npos, format >= WavFormat::Float32);
 
-        const tav::AudioBuffer back = tav::ReadWavFile(path_);
+        const tav::AudioBuffer back = tav::ReadAudioFile(path_);
         ASSERT_EQ(back.NumChannels(), 3u);
         EXPECT_EQ(back.SampleRate(), 44100.0);
         for (unsigned c = 0; c < 3; ++c) {
@@ -223,7 +284,7 @@ TEST_F(WavFileTest, PcmClipsAndFloatDoesNot) {
     const std::string clipped("\xFF\xFF\x7F\x00\x00\x80\x00\x00\x00\x00", 10);  // and the padding
     EXPECT_EQ(Stored().substr(Stored().size() - 10), clipped);
     tav::WriteWavFile(path_, audio);
-    EXPECT_EQ(tav::ReadWavFile(path_).Channel(0)[0], 2.f);
+    EXPECT_EQ(tav::ReadAudioFile(path_).Channel(0)[0], 2.f);
 }
 
 TEST_F(WavFileTest, AFileAppearsWholeOrNotAtAll) {
@@ -240,7 +301,7 @@ TEST_F(WavFileTest, AFileAppearsWholeOrNotAtAll) {
     writer.Write(channels, 600);
     writer.Write(channels, 400);
     writer.Close();
-    EXPECT_EQ(tav::ReadWavFile(path_).NumFrames(), 1000u);
+    EXPECT_EQ(tav::ReadAudioFile(path_).NumFrames(), 1000u);
     const std::string before = Stored();
     { tav::WavFileWriter(path_, 1, 48000.0).Write(channels, 10); }
     EXPECT_EQ(Stored(), before) << "an unfinished writer replaced a file";
@@ -255,8 +316,8 @@ TEST_F(WavFileTest, WritersRefuseWhatNoFileCanHold) {
                                   faultFor(20000, 48000.0),
                                   faultFor(1, 0.0),
                                   faultFor(1, std::numeric_limits<double>::quiet_NaN()),
-                                  FaultOf([&] { tav::ReadWavFile(path_); }),
-                                  FaultOf([&] { tav::ReadWavFile(folder_); }),
+                                  FaultOf([&] { tav::ReadAudioFile(path_); }),
+                                  FaultOf([&] { tav::ReadAudioFile(folder_); }),
                                   FaultOf([&] { tav::WavFileWriter(folder_, 1, 48000.0); })};
     for (const std::string& fault : faults) {
         EXPECT_NE(fault.find(folder_.string()), std::string::npos) << fault;
@@ -264,10 +325,47 @@ TEST_F(WavFileTest, WritersRefuseWhatNoFileCanHold) {
     EXPECT_TRUE(FolderIsEmpty());
 }
 
-/// What passes 4 GiB cannot be written in a test; its header can.
+/// Only the header of a file beyond 4 GiB is written; the rest is a hole.
+TEST_F(WavFileTest, FindsSamplesBeyond4GiB) {
+    const tav::ByteBlock block =
+        tav::ComposeWavHeader({WavFormat::Pcm16, 2, 48000, std::uint64_t{1} << 31, 0});
+    Store({block.begin(), block.end()});
+    const std::uint64_t promised = block.size() + (std::uint64_t{4} << 31);
+    for (const unsigned missing : {0u, 3u}) {
+        std::filesystem::resize_file(path_, promised - 4 * missing);
+        std::ifstream stream(path_, std::ios::binary);
+        tav::ByteSource source(stream, "big");
+        EXPECT_EQ(source.TakeId(), "RF64");
+        tav::AudioFileInfo info;
+        const tav::StoredSamples stored = tav::FindWavSamples(source, true, info);
+        EXPECT_EQ(stored.numFrames + missing, std::uint64_t{1} << 31);
+        EXPECT_EQ(info.missingFrames, missing);
+        EXPECT_EQ(stored.position, block.size());
+    }
+}
+
+struct MaskCase {
+    std::vector<std::string_view> labels;
+    std::uint32_t mask;
+};
+
+TEST(WavHeader, NamesLoudspeakersOnlyInTheOrderOfTheFormat) {
+    const MaskCase cases[] = {
+        {{"L", "R"}, 0x3},
+        {{"L", "R", "C", "LFE", "Ls", "Rs"}, 0x3F},
+        {{"L", "R", "C", "LFE", "Ls", "Rs", "Ltf", "Rtf", "Ltr", "Rtr"}, 0x2D03F},
+        {{"FL", "FR", "BR", "BL"}, 0},                            // round, not in pairs
+        {{"L", "R", "C", "LFE", "Lss", "Rss", "Lrs", "Rrs"}, 0},  // the back pair comes first
+        {{"M1", "M2"}, 0},
+        {{"L", "R", "C", "LFE", "Ls", "Rs", "Cbf"}, 0},
+    };
+    for (const MaskCase& c : cases)
+        EXPECT_EQ(tav::ChannelMaskOf(c.labels), c.mask) << c.labels.back();
+}
+
 TEST(WavHeader, IsRf64WhereSizesNeed64Bits) {
     for (const std::uint64_t frames : {std::uint64_t{1} << 20, std::uint64_t{1} << 31}) {
-        const tav::ByteBlock block = tav::ComposeWavHeader({WavFormat::Pcm16, 2, 48000, frames});
+        const tav::ByteBlock block = tav::ComposeWavHeader({WavFormat::Pcm16, 2, 48000, frames, 0});
         const std::string bytes(block.begin(), block.end());
         const bool isBig = frames > std::uint64_t{1} << 30;
         EXPECT_EQ(bytes.substr(0, 4), isBig ? "RF64" : "RIFF");

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// WAV files, read whole and written piece by piece.
+// WAV files, written piece by piece.
 #pragma once
 
+#include "audiofiles/VelkDspWavHeader.h"
 #include "containers/VelkDspAudioBuffer.h"
-#include "files/VelkDspWavHeader.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -11,11 +11,6 @@
 #include <string>
 
 namespace tav {
-
-/// Reads PCM of 16, 24 or 32 bits or 32-bit float, any number of channels, RIFF or RF64. PCM full
-/// scale becomes 1; float samples are not changed.
-/// Thread: control.  Throws: tav::Exception "FILE: FAULT".
-AudioBuffer ReadWavFile(const std::filesystem::path& path);
 
 /// Writes a WAV file under a temporary name beside its own. The file appears only when it is
 /// complete, in Close; a writer that is destroyed before leaves no file.
@@ -32,6 +27,9 @@ public:
     WavFileWriter& operator=(const WavFileWriter&) = delete;
     ~WavFileWriter();
 
+    /// Names the loudspeakers of the channels. @param mask  one bit a channel, or 0
+    /// Before the first Write only.
+    void SetChannelMask(std::uint32_t mask);
     /// Appends `frames` samples of every channel. PCM clips at full scale, NaN becomes 0.
     void Write(const float* const* channels, std::size_t frames);
     void Close();
