@@ -2,7 +2,9 @@
 #include "pan/QuiloBinauralModelPanning.h"
 
 #include "laws/QuiloHeadShadow.h"
+#include "laws/QuiloLateralGains.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -58,18 +60,60 @@ void BinauralModelPanning::ComputeSource(unsigned index, bool immediate, bool) {
                        immediate ? 0.f : glideMs_);
 }
 
+EarPaths BinauralPanningITD::PathsFrom(const tav::CartesianVector& position) const {
+    const EarDelays delays = DelaysFrom(position, Itd::Type::LarcherJot);
+    const EarGains gains = LateralGains(CosineToRightEar(position));
+    return {.direct = {EarPath{.delayMs = delays.left, .gain = gains.left},
+                       EarPath{.delayMs = delays.right, .gain = gains.right}}};
+}
+
 EarPaths BinauralPanningSphericalHeadModel::PathsFrom(const tav::CartesianVector& position) const {
     const EarDelays delays = DelaysFrom(position, Itd::Type::Miller);
     const float cosine = CosineToRightEar(position);
-    const bool shadows = Itd().headRadius > 0.f;
-    return {.direct = {EarPath{.delayMs = delays.left,
-                               .headShadow = shadows ? HeadShadowAlpha(-cosine) : 1.f},
-                       EarPath{.delayMs = delays.right,
-                               .headShadow = shadows ? HeadShadowAlpha(cosine) : 1.f}}};
+    return {.direct = {EarPath{.delayMs = delays.left, .headShadow = HeadShadow(-cosine)},
+                       EarPath{.delayMs = delays.right, .headShadow = HeadShadow(cosine)}}};
 }
 
 ShadowCorners BinauralPanningSphericalHeadModel::Corners() const {
     return {.headHz = ShadowCornerHz(Itd().headRadius)};
+}
+
+float BinauralPanningSphericalHeadModel::HeadShadow(float cosine) const {
+    return Itd().headRadius > 0.f ? HeadShadowAlpha(cosine) : 1.f;
+}
+
+EarPaths BinauralPanningSnowmanModel::PathsFrom(const tav::CartesianVector& position) const {
+    const Snowman listener{Itd().headRadius, torso_};
+    const tav::CartesianVector source = OutsideTorso(listener, position);
+    EarPaths paths = BinauralPanningSphericalHeadModel::PathsFrom(source);
+    for (std::size_t e = 0; e < paths.direct.size(); ++e) {
+        const TorsoPaths torso = TorsoPathsTo(e == 0 ? Ear::Left : Ear::Right, listener, source);
+        EarPath& direct = paths.direct[e];
+        paths.reflected[e] = {.delayMs = direct.delayMs + torso.reflectedDelayMs,
+                              .gain = torso.reflectedGain,
+                              .headShadow = HeadShadow(torso.reflectedCosine)};
+        direct.delayMs += torso.directDelayMs;
+        direct.torsoShadow = torso.shadow;
+    }
+    return paths;
+}
+
+ShadowCorners BinauralPanningSnowmanModel::Corners() const {
+    ShadowCorners corners = BinauralPanningSphericalHeadModel::Corners();
+    corners.torsoHz = ShadowCornerHz(torso_.radius);
+    return corners;
+}
+
+void BinauralPanningSnowmanModel::SetTorso(float Torso::*value, float number, float largest) {
+    const tav::ControlGuard guard(controlLock_);
+    if (!std::isfinite(number)) return;
+    const float clamped = std::clamp(number, 0.f, largest);
+    if (std::exchange(torso_.*value, clamped) != clamped) RecomputeSources();
+}
+
+Torso BinauralPanningSnowmanModel::GetTorso() const {
+    const tav::ControlGuard guard(controlLock_);
+    return torso_;
 }
 
 }  // namespace Quilo

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "laws/QuiloEarPaths.h"
+#include "laws/QuiloSnowmanModel.h"
 #include "pan/QuiloBinauralPanning.h"
 #include "pan/QuiloDelayAndFilterBank.h"
 #include "processors/VelkDspHandOver.h"
@@ -53,17 +54,63 @@ private:
     std::vector<const float*> inputs_;
 };
 
-/// A rigid sphere as the head: at each ear the delay of the chosen model ("miller" in place of
-/// "measurement") and the shadow of the sphere.
-class BinauralPanningSphericalHeadModel : public BinauralModelPanning {
+/// Early reflections at little cost: at each ear the delay of the chosen model ("larchetjot" in
+/// place of "measurement") and a gain, up to 6 dB louder at the nearer ear.
+class BinauralPanningITD : public BinauralModelPanning {
 public:
-    BinauralPanningSphericalHeadModel(unsigned numInputs, unsigned numOutputs)
+    BinauralPanningITD(unsigned numInputs, unsigned numOutputs)
         : BinauralModelPanning(numInputs, numOutputs, false) {}
 
 private:
     EarPaths PathsFrom(const tav::CartesianVector& position) const override
         TAV_REQUIRES(controlLock_);
+};
+
+/// A rigid sphere as the head: at each ear the delay of the chosen model ("miller" in place of
+/// "measurement") and the shadow of the sphere.
+class BinauralPanningSphericalHeadModel : public BinauralModelPanning {
+public:
+    BinauralPanningSphericalHeadModel(unsigned numInputs, unsigned numOutputs)
+        : BinauralPanningSphericalHeadModel(numInputs, numOutputs, false) {}
+
+protected:
+    BinauralPanningSphericalHeadModel(unsigned numInputs, unsigned numOutputs, bool hasTorso)
+        : BinauralModelPanning(numInputs, numOutputs, hasTorso) {}
+
+    EarPaths PathsFrom(const tav::CartesianVector& position) const override
+        TAV_REQUIRES(controlLock_);
     ShadowCorners Corners() const override TAV_REQUIRES(controlLock_);
+
+    /// 1 for a head without a size.  @param cosine  as for HeadShadowAlpha
+    float HeadShadow(float cosine) const TAV_REQUIRES(controlLock_);
+};
+
+/// The same head on a second sphere, the torso, which reflects sounds from above and shadows those
+/// from below: what tells the ears the elevation of a source.
+class BinauralPanningSnowmanModel : public BinauralPanningSphericalHeadModel {
+public:
+    BinauralPanningSnowmanModel(unsigned numInputs, unsigned numOutputs)
+        : BinauralPanningSphericalHeadModel(numInputs, numOutputs, true) {}
+
+    // Every change recomputes all sources, and they glide.
+    /// @param metres  clamped to 0 .. Torso::kLargestRadius; 0: no torso
+    void SetTorsoRadius(float metres) { SetTorso(&Torso::radius, metres, Torso::kLargestRadius); }
+    float TorsoRadius() const { return GetTorso().radius; }
+    /// @param metres  clamped to 0 .. Torso::kLargestNeck
+    void SetNeckHeight(float metres) { SetTorso(&Torso::neckHeight, metres, Torso::kLargestNeck); }
+    float NeckHeight() const { return GetTorso().neckHeight; }
+    /// @param coefficient  clamped to 0 .. 1
+    void SetTorsoReflection(float coefficient) { SetTorso(&Torso::reflection, coefficient, 1.f); }
+    float TorsoReflection() const { return GetTorso().reflection; }
+
+private:
+    EarPaths PathsFrom(const tav::CartesianVector& position) const override
+        TAV_REQUIRES(controlLock_);
+    ShadowCorners Corners() const override TAV_REQUIRES(controlLock_);
+    void SetTorso(float Torso::*value, float number, float largest);
+    Torso GetTorso() const;
+
+    Torso torso_ TAV_GUARDED_BY(controlLock_);
 };
 
 }  // namespace Quilo

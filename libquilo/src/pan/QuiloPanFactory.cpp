@@ -31,9 +31,7 @@ namespace {
 
 // The panners that later versions bring. Until then each of them is the silent one; its row in the
 // tables below is already the final one.
-using BinauralPanningITD = NullPanning;
 using BinauralPanningNearfield = NullPanning;
-using BinauralPanningSnowmanModel = NullPanning;
 using BinauralPanningContinuous = NullPanning;
 
 using Fits = bool (*)(unsigned inputs, unsigned outputs);

@@ -66,7 +66,8 @@ inline constexpr PanCase kAllPanners[] = {
     {"dbap3d", 6}, {"vdbap", 6}, {"knn", 5}, {"spcap", 5}, {"panr", 4}, {"panr", 8}, {"panr", 12},
     {"no such", 3}, {"angular", 4, "diffuse"}, {"hoa2d", 7, "diffuse"}, {"hoa3d", 9, "diffuse"},
     {"nfchoa2d", 7, "direct", 11.0}, {"nfchoa3d", 16, "direct", 11.0}, {"binaural", 2, "direct", 8.0},
-    {"binaural", 2, "diffuse", 4.0}, {"binaural", 2, "sphericalheadmodel", 2.1},
+    {"binaural", 2, "diffuse", 4.0}, {"binaural", 2, "early", 1.5},
+    {"binaural", 2, "sphericalheadmodel", 2.1}, {"binaural", 2, "snowmanmodel", 2.7},
 };
 // clang-format on
 

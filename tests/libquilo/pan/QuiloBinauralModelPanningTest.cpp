@@ -66,7 +66,63 @@ TEST(BinauralPanningSphericalHeadModel, ShadowsAsARigidSphere) {
     }
 }
 
-constexpr const char* kModels[] = {"sphericalheadmodel"};
+TEST(BinauralPanningITD, DelaysAndWeighsAsItSays) {
+    const auto pan = Pan::Create(1, 2, "binaural", "early");
+    for (const auto& [azimuth, elevation] :
+         {std::pair(0.0, 0.0), {30.0, 0.0}, {90.0, 0.0}, {135.0, 20.0}, {-70.0, -45.0}}) {
+        const auto ears = Responses(*pan, 48000.f, Towards(azimuth, elevation));
+        const auto left = At(ears[0], 500.0, 48000.0), right = At(ears[1], 500.0, 48000.0);
+        const double lateral = std::sin(azimuth * kDegree) * std::cos(elevation * kDegree);
+        const double ms = 0.0875 / 343.2 * 1000.0 * (std::asin(lateral) + lateral);
+        EXPECT_NEAR(std::arg(right / left) / (2.0 * std::numbers::pi * 0.5), ms, 0.005) << azimuth;
+        EXPECT_NEAR(std::norm(left) + std::norm(right), 2.0, 2e-3) << azimuth;
+        EXPECT_NEAR(Decibels(std::abs(right / left)), 6.0 * lateral, 0.01) << azimuth;
+        EXPECT_EQ(ears[0] == ears[1], azimuth == 0.0);
+    }
+}
+
+TEST(BinauralPanningSnowmanModel, HearsTheTorso) {
+    const auto pan = Pan::Create(1, 2, "binaural", "snowman");
+    auto& snowman = dynamic_cast<BinauralPanningSnowmanModel&>(*pan);
+    const auto level = [](const std::vector<double>& ear, double hz) {
+        return std::abs(At(ear, hz, 48000.0));
+    };
+    // The reflection of a source overhead comes half a period late: the first notch of a comb.
+    const auto firstNotch = [&] {
+        const auto ears = Responses(*pan, 48000.f, Towards(0, 90));
+        double notch = 300.0;
+        for (double hz = 300.0; hz < 900.0; hz += 2.0) {
+            if (level(ears[1], hz) < level(ears[1], notch)) notch = hz;
+        }
+        return notch;
+    };
+    // A search for the shortest path says 0.862 ms, which alone would be 580 Hz; the shadow of the
+    // head, deeper for what comes from below, delays the reflection a little more.
+    EXPECT_NEAR(firstNotch(), 537.0, 0.01 * 537.0);
+    snowman.SetHeadRadius(0.001f);  // no shadow: up and down over the torso, 14.79 cm each way
+    snowman.SetNeckHeight(0.1469f);
+    EXPECT_NEAR(firstNotch(), 343.2 / (4.0 * 0.1479), 0.03 * 580.0);
+    snowman.SetHeadRadius(0.0875f);
+    snowman.SetNeckHeight(0.053f);
+    const auto above = Responses(*pan, 48000.f, Towards(0, 90));
+    // One straight below loses its treble, not its bass.
+    const auto below = Responses(*pan, 48000.f, Towards(0, -90));
+    EXPECT_GT(Decibels(level(above[1], 6000.0) / level(below[1], 6000.0)), 6.0);
+    EXPECT_NEAR(Decibels(level(below[1], 50.0)), 0.0, 1.0);
+    // Without a reflection it is the head alone, down to the border of the shadow.
+    const auto head = Pan::Create(1, 2, "binaural", "sphericalheadmodel");
+    for (const bool hasTorso : {true, false}) {
+        snowman.SetTorsoReflection(hasTorso ? 0.f : 1.f);
+        snowman.SetTorsoRadius(hasTorso ? 0.2f : 0.f);
+        for (const double elevation : {90.0, 20.0, -10.0, hasTorso ? 0.0 : -90.0}) {
+            const auto place = Towards(40, elevation);
+            EXPECT_EQ(Responses(*pan, 48000.f, place), Responses(*head, 48000.f, place))
+                << elevation;
+        }
+    }
+}
+
+constexpr const char* kModels[] = {"early", "sphericalheadmodel", "snowmanmodel"};
 
 TEST(BinauralModelPanning, MirrorsLeftAndRight) {
     for (const char* subtype : kModels) {
@@ -80,6 +136,45 @@ TEST(BinauralModelPanning, MirrorsLeftAndRight) {
                 ASSERT_EQ(right[1][k], left[0][k]) << subtype << k;
             }
         }
+    }
+}
+
+TEST(BinauralModelPanning, LeftIsLeftForAllAzimuthsAndDelays) {
+    for (const char* subtype : kModels) {
+        const auto pan = Pan::Create(1, 2, "binaural", subtype);
+        auto& ears = dynamic_cast<BinauralPanning&>(*pan);
+        for (const char* model : {"basic", "woodworth", "measurement", "miller", "NoITD"}) {
+            for (const char* latency : {"fixedlatency", "nolatency"}) {
+                ears.SetItdModel(model);
+                ears.SetItdLatencyMode(latency);
+                for (int azimuth = -170; azimuth < 180; azimuth += 10) {
+                    const double side = std::sin(azimuth * kDegree);
+                    if (std::fabs(side) < 0.15) continue;
+                    const auto heard = Responses(*pan, 44100.f, Towards(azimuth, 10));
+                    const std::size_t near = side > 0 ? 1 : 0;
+                    const auto nearer = At(heard[near], 2500.0, 44100.0);
+                    EXPECT_GT(std::abs(nearer),
+                              1.05 * std::abs(At(heard[1 - near], 2500.0, 44100.0)))
+                        << subtype << azimuth;
+                    // Of 300 Hz a whole head is less than half a period.
+                    const auto lag = std::arg(At(heard[near], 300.0, 44100.0) /
+                                              At(heard[1 - near], 300.0, 44100.0));
+                    EXPECT_TRUE(lag > 0.02 || std::string(model) == "NoITD") << subtype << azimuth;
+                }
+            }
+        }
+    }
+}
+
+// Ahead as well as next to it: there is no direction at the centre of the head.
+TEST(BinauralModelPanning, HearsTheCentreOfTheHeadAhead) {
+    for (const char* subtype : kModels) {
+        const auto pan = Pan::Create(1, 2, "binaural", subtype);
+        const auto centre = Responses(*pan, 48000.f, {0, 0, 0});
+        const auto ahead = Responses(*pan, 48000.f, {0, 1, 0});
+        EXPECT_EQ(centre, ahead) << subtype;
+        EXPECT_EQ(centre[0], centre[1]) << subtype;
+        EXPECT_EQ(pan->Latency(), 48u);
     }
 }
 

@@ -2,7 +2,7 @@
 // Every panner: however it came by its settings, it sounds like one that always had them, at every
 // rate, in blocks of every size, from its first sample on.
 #include "libquilo/pan/PanPlayer.h"
-#include "pan/QuiloBinauralPanning.h"
+#include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
@@ -101,6 +101,11 @@ void ChangeEars(Pan& p) {
         ears.SetHeadRadius(0.13f);
         ears.SetListenerAngle(70.f);
         ears.SetListenerPosition({0.3f, -0.2f, 0.1f});
+    });
+    With<BinauralPanningSnowmanModel>(p, [](auto& snowman) {
+        snowman.SetTorsoRadius(0.25f);
+        snowman.SetNeckHeight(0.08f);
+        snowman.SetTorsoReflection(0.8f);
     });
 }
 
