@@ -23,6 +23,7 @@ constexpr Range kInterpolationMs{0, 200};
 constexpr Range kSpread{0, 100};
 constexpr Range kSpeakersRadiusMetres{0.2, 20};
 constexpr Range kCutoffHz{10, 1000};
+constexpr Range kCoefficient{0, 1};
 constexpr Range kFromZero{0};
 
 std::string TypeChoices() { return PanTypeKeywords().PrintedKeywords(' '); }
@@ -142,7 +143,13 @@ constexpr char kItdLatencyHelp[] =
     "With <m> fixedlatency </m> both ears are a millisecond late, the nearer one less and the "
     "farther one more. With <m> nolatency </m> the farther ear alone is delayed.";
 constexpr char kHeadRadiusHelp[] =
-    "Radius of the listener's head, in metres up to 1, for the models of <m> itdtype </m>.";
+    "Radius of the listener's head, in metres up to 1, for the models of <m> itdtype </m> and for "
+    "the shadow of the head.";
+constexpr char kTorsoReflectionHelp[] =
+    "How much of a sound from above the torso reflects to the ears: from 0, nothing, to 1.";
+constexpr char kTorsoRadiusHelp[] =
+    "Radius of the sphere that is the listener's torso, in metres up to 1. With 0 there is none.";
+constexpr char kNeckHeightHelp[] = "Distance of the torso from the head, in metres up to 1.";
 
 // The patcher file saves how the object renders and where the loudspeakers stand. It does not save
 // what the box text holds, what is switched during a performance (mute, bypass) and what changes as
@@ -180,6 +187,7 @@ struct AttributeGroup {
     const char* category;
 };
 constexpr AttributeGroup kHeadphones{Family::Binaural, "binaural"};
+constexpr AttributeGroup kSnowman{Family::Snowman, "binaural"};
 constexpr AttributeGroup kHoa{Family::Hoa, "hoa"};
 constexpr AttributeGroup kDbap{Family::Dbap, "dbap"};
 constexpr AttributeGroup kNfcHoa{Family::NfcHoa, "hoa"};
@@ -201,6 +209,9 @@ constexpr InstanceRow kInstanceAttributes[] = {
     {kHeadphones,  {"itdtype",        "symbol",  1,                "itd type",                            "enum",  ItdTypeChoices,    nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<ItdType, SetItdType>,                                             kItdTypeHelp}},
     {kHeadphones,  {"itdlatency",     "symbol",  1,                "itd latency mode",                    "enum",  ItdLatencyChoices, nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<ItdLatency, SetItdLatency>,                                       kItdLatencyHelp}},
     {kHeadphones,  {"headradius",     "float32", 1,                "listener head radius [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HeadRadius, SetHeadRadius, kFromZero>,                            kHeadRadiusHelp}},
+    {kSnowman,     {"torsoreflection", "float32", 1,               "torso reflection coefficient",        nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<TorsoReflection, SetTorsoReflection, kCoefficient>,               kTorsoReflectionHelp}},
+    {kSnowman,     {"torsoradius",    "float32", 1,                "listener torso radius [m]",           nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<TorsoRadius, SetTorsoRadius, kFromZero>,                          kTorsoRadiusHelp}},
+    {kSnowman,     {"neckheight",     "float32", 1,                "listener neck height [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NeckHeight, SetNeckHeight, kFromZero>,                            kNeckHeightHelp}},
     {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kSaved,    Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
     {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kNotSaved, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
     {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},

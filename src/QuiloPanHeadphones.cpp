@@ -6,6 +6,7 @@
 #include "QuiloPanSymbols.h"
 #include "max/VelkMaxFiles.h"
 #include "max/VelkMaxStateTexts.h"
+#include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloKeywords.h"
 
@@ -24,6 +25,11 @@ namespace {
 template <class Panner>
 Panner* PannerOrRefuse(const PanObject& object) {
     return PannerOrRefusal<Panner>(object, kOnlyBinaural);
+}
+
+void SetTorso(PanObject& object, void (BinauralPanningSnowmanModel::*set)(float), float value) {
+    auto* const snowman = PannerOrRefusal<BinauralPanningSnowmanModel>(object, kOnlySnowman);
+    if (snowman != nullptr) (snowman->*set)(value);
 }
 
 /// A word; a number is its own text. No symbol is made of it.
@@ -180,6 +186,30 @@ float HeadRadius(const PanObject& object) {
 void SetHeadRadius(PanObject& object, float metres) {
     auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner != nullptr) panner->SetHeadRadius(metres);
+}
+
+float TorsoReflection(const PanObject& object) {
+    return Answer(object, &BinauralPanningSnowmanModel::TorsoReflection, Torso().reflection);
+}
+
+void SetTorsoReflection(PanObject& object, float coefficient) {
+    SetTorso(object, &BinauralPanningSnowmanModel::SetTorsoReflection, coefficient);
+}
+
+float TorsoRadius(const PanObject& object) {
+    return Answer(object, &BinauralPanningSnowmanModel::TorsoRadius, Torso().radius);
+}
+
+void SetTorsoRadius(PanObject& object, float metres) {
+    SetTorso(object, &BinauralPanningSnowmanModel::SetTorsoRadius, metres);
+}
+
+float NeckHeight(const PanObject& object) {
+    return Answer(object, &BinauralPanningSnowmanModel::NeckHeight, Torso().neckHeight);
+}
+
+void SetNeckHeight(PanObject& object, float metres) {
+    SetTorso(object, &BinauralPanningSnowmanModel::SetNeckHeight, metres);
 }
 
 // ---- Messages

@@ -27,6 +27,14 @@ void SetItdLatency(PanObject& object, std::string_view mode);
 float HeadRadius(const PanObject& object);
 void SetHeadRadius(PanObject& object, float metres);
 
+// Of the subtype snowman.
+float TorsoReflection(const PanObject& object);
+void SetTorsoReflection(PanObject& object, float coefficient);
+float TorsoRadius(const PanObject& object);
+void SetTorsoRadius(PanObject& object, float metres);
+float NeckHeight(const PanObject& object);
+void SetNeckHeight(PanObject& object, float metres);
+
 // ---- Messages
 
 void ListenerMessage(PanObject& object, Atoms atoms);

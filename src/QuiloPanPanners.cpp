@@ -44,6 +44,8 @@ bool IsOf(const Pan& engine, Family family) {
         case Family::Knn: return isAnyOf(Type::Knn);
         case Family::NfcHoa: return isAnyOf(Type::Nfchoa2D, Type::Nfchoa3D);
         case Family::Panr: return isAnyOf(Type::Panr);
+        case Family::Snowman:
+            return isAnyOf(Type::Binaural) && engine.GetSubType() == Pan::SubType::SnowmanModel;
         case Family::Spreading: return engine.SupportsSpread();
         case Family::Subwoofers: return isAnyOf(Type::Subwoofers);
     }

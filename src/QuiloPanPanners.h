@@ -15,13 +15,14 @@ enum class Family : std::uint8_t {
     Knn,
     NfcHoa,
     Panr,
+    Snowman,    // binaural, of that subtype
     Spreading,  // all whose sources have a width
     Subwoofers,
 };
 
-/// Decided by the type alone. With the subtype diffuse the engine is a diffuse panner instead: the
-/// object still has the attributes of its type's family, but refuses to set those that no diffuse
-/// panner has.
+/// Decided by the type, and for one of its subtypes by that. With the subtype diffuse the engine is
+/// a diffuse panner instead: the object still has the attributes of its type's family, but refuses
+/// to set those that no diffuse panner has.
 bool IsOf(const Pan& engine, Family family);
 bool IsOf(const PanObject& object, Family family);  // false without an engine
 

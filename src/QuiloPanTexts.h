@@ -24,6 +24,7 @@ inline constexpr Text<const char*> kSubTypeIsFixed{"could not dynamically change
 
 // Attributes and messages that this panner does not have; the word is the attribute or handler
 inline constexpr Text<>            kOnlyBinaural{"message only supported by binaural"};
+inline constexpr Text<>            kOnlySnowman{"message only supported by binaural snowman"};
 inline constexpr Text<>            kOnlyNearfield{"message only supported by binaural nearfield"};
 inline constexpr Text<>            kOnlyBinauralListener{"message only supported for binaural panning"};
 inline constexpr Text<const char*> kOnlyHoa{"message only supported by hoa : %s"};

@@ -66,7 +66,7 @@ std::regex PatternOf(const TextRow& row) {
 // another panner.
 const std::set<std::string> kBeyondScripts{
     "kUnknownException", "kMethodNotAdded", "kNoMemoryForAttribute", "kNoMemory", "kNotInitialized",
-    "kNotCreated",       "kOnlyHoa",        "kOnlySubwoofers",       "kOnlyDbap"};
+    "kNotCreated",       "kOnlyHoa",        "kOnlySubwoofers",       "kOnlyDbap", "kOnlySnowman"};
 
 }  // namespace
 
