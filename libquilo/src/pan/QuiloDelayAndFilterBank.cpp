@@ -205,17 +205,17 @@ void DelayAndFilterBank::FillPath(std::size_t group,
                                   unsigned frames) noexcept TAV_NONBLOCKING {
     const std::size_t first = group * kLanes;
     const std::size_t count = std::min(kLanes, sources_.size() - first);
-    std::array<const float*, kLanes> pointers{};
-    pointers.fill(silence_.data());
     for (std::size_t ear = 0; ear < kEars; ++ear) {
         for (std::size_t lane = 0; lane < count; ++lane) {
-            if (sources_[first + lane].state != State::Awake) continue;
-            voices_.Delayed(static_cast<unsigned>(first + lane), path * kEars + ear,
-                            std::span(signals_[lane]).first(frames));
-            pointers[lane] = signals_[lane].data();
+            const auto voice = static_cast<unsigned>(first + lane);
+            if (sources_[voice].state != State::Awake) {
+                reader_.SetSilent(lane);
+            } else {
+                reader_.Set(lane, voices_.ReadingOf(voice, path * kEars + ear));
+            }
         }
         Rows& rows = ear == 0 ? paths_[path].left : paths_[path].right;
-        rowKernels_.toRows(pointers.data(), rows.front().values.data(), static_cast<int>(frames));
+        reader_.Read(count, rows.front().values.data(), frames);
     }
 }
 

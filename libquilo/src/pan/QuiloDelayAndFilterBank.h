@@ -64,7 +64,7 @@ public:
 
 private:
     static constexpr auto kLanes = static_cast<std::size_t>(tav::kSourceLanes);
-    static constexpr unsigned kPiece = 64;  // frames
+    static constexpr unsigned kPiece = 64;  // frames; at most GroupReader::kLongest
     static constexpr std::size_t kEars = 2;
 
     // Sections of a source, each for two ears. Those of the direct path are in series.
@@ -135,7 +135,6 @@ private:
     void Recover() noexcept TAV_NONBLOCKING;
 
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
-    const tav::FilterKernels& rowKernels_ = tav::BestKernels<tav::FilterKernels>();
     const float rateHz_;
     const bool hasTorso_;
     // shared: control writes, audio reads
@@ -151,8 +150,7 @@ private:
     HrtfVoices voices_;
     std::vector<Group> groups_;
     // of one group, in one piece
-    std::array<std::array<float, kPiece>, kLanes> signals_{};
-    std::array<float, kPiece> silence_{};
+    GroupReader reader_;
     std::array<Ears, 2> paths_{};  // direct, reflected
     Ears sum_{};
 };

@@ -29,40 +29,28 @@ bool IsSane(std::span<const float> signal) noexcept TAV_NONBLOCKING {
     return sum <= kLargestSignal;
 }
 
-/// Column `lane` of the weights of a fade.
-void SetFadeLane(tav::FadeLanes& lanes,
-                 std::size_t lane,
-                 const tav::Crossfade<HrtfResponses::Cells>::Progress& fade) noexcept
-    TAV_NONBLOCKING {
-    const double length = static_cast<double>(fade.length);
-    const double part = static_cast<double>(fade.position + 1) / length;
-    const bool cosine = fade.shape == tav::FadeShape::Cosine;
-    const double turn = (cosine ? 0.5 : 1.0) * std::numbers::pi;
-    const auto set = [lane](tav::FadeLanes::Row& row, double v) {
-        row[lane] = static_cast<float>(v);
-    };
-    set(lanes.cosine, std::cos(turn * part));
-    set(lanes.sine, std::sin(turn * part));
-    set(lanes.turnCos, std::cos(turn / length));
-    set(lanes.turnSin, std::sin(turn / length));
-    set(lanes.part, part);
-    set(lanes.step, 1.0 / length);
-    struct Weights {
-        double out0, outCos, outPart, in0, inCos, inSin, inPart;
-    };
-    constexpr Weights kLinear{1, 0, -1, 0, 0, 0, 1};
-    constexpr Weights kCosine{0, 1, 0, 0, 0, 1, 0};
-    constexpr Weights kSquareCosine{0.5, 0.5, 0, 0.5, -0.5, 0, 0};
-    const Weights& w = fade.shape == tav::FadeShape::Linear ? kLinear
-                       : cosine                             ? kCosine
-                                                            : kSquareCosine;
-    set(lanes.out0, w.out0);
-    set(lanes.outCos, w.outCos);
-    set(lanes.outPart, w.outPart);
-    set(lanes.in0, w.in0);
-    set(lanes.inCos, w.inCos);
-    set(lanes.inSin, w.inSin);
-    set(lanes.inPart, w.inPart);
+/// What a weight takes of a constant, of the cosine and sine of a turn, and of the part of the
+/// fade.
+struct WeightTerms {
+    float constant, ofCos, ofSin, ofPart;
+};
+
+/// @param going  of the response that fades out, else of the one that fades in
+const WeightTerms& TermsOf(tav::FadeShape shape, bool going) noexcept TAV_NONBLOCKING {
+    static constexpr WeightTerms kLinear[] = {{0, 0, 0, 1}, {1, 0, 0, -1}};
+    static constexpr WeightTerms kCosine[] = {{0, 0, 1, 0}, {0, 1, 0, 0}};
+    static constexpr WeightTerms kSquareCosine[] = {{0.5f, -0.5f, 0, 0}, {0.5f, 0.5f, 0, 0}};
+    switch (shape) {
+        case tav::FadeShape::Linear: return kLinear[going];
+        case tav::FadeShape::Cosine: return kCosine[going];
+        default: return kSquareCosine[going];
+    }
+}
+
+/// Radians by which a fade turns from sample to sample.
+double TurnOf(const tav::Crossfade<HrtfResponses::Cells>::Progress& fade) noexcept TAV_NONBLOCKING {
+    const double whole = fade.shape == tav::FadeShape::Cosine ? 0.5 : 1.0;
+    return whole * std::numbers::pi / static_cast<double>(fade.length);
 }
 
 }  // namespace
@@ -126,16 +114,44 @@ tav::CellLanes LaneFilters::Lanes(std::size_t count) noexcept TAV_NONBLOCKING {
             static_cast<int>(numPairs_), static_cast<int>(count)};
 }
 
+LaneList::LaneList(const LaneFilters& filters, unsigned numVoices)
+    : groups_((numVoices + kLanes - 1) / kLanes, filters) {
+    voices_.reserve(numVoices);
+}
+
+std::uint32_t LaneList::Sit(unsigned voice) noexcept TAV_NONBLOCKING {
+    voices_.push_back(voice);  // within what was reserved: a voice is there once
+    return static_cast<std::uint32_t>(voices_.size() - 1);
+}
+
+// The last one takes the seat that becomes free. The seat that it leaves has to stay still: what is
+// behind the last voice of a group is filtered with it.
+unsigned LaneList::Leave(std::uint32_t seat) noexcept TAV_NONBLOCKING {
+    const std::size_t last = voices_.size() - 1;
+    const Seat from = At(last);
+    const unsigned mover = voices_[last];
+    if (seat != last) {
+        const Seat to = At(seat);
+        to.filters.Copy(to.lane, from.filters, from.lane);
+        voices_[seat] = mover;
+    }
+    from.filters.ClearStates(from.lane);
+    voices_.pop_back();
+    return mover;
+}
+
+void LaneList::Recover() noexcept TAV_NONBLOCKING {
+    for (LaneFilters& group : groups_) group.Recover();
+}
+
 HrtfCellBank::HrtfCellBank(const HrtfResponses& responses, unsigned numVoices)
     : responses_(responses),
       past_(PastLength(responses.Format().rateHz)),
       voices_(numVoices, {tav::Crossfade<HrtfResponses::Cells>(responses.Format().rateHz)}),
-      unheard_(NumPairs(responses)) {
-    const LaneFilters filters(NumPairs(responses));
-    const std::size_t numGroups = (numVoices + kLanes - 1) / kLanes;
-    steady_.assign(numGroups, filters);
-    fading_.assign(numGroups, {filters, filters});
-    for (auto* list : {&steadySeats_, &fadingSeats_, &queue_}) list->reserve(numVoices);
+      unheard_(NumPairs(responses)),
+      sounding_(unheard_, numVoices),
+      coming_(unheard_, numVoices) {
+    queue_.reserve(numVoices);
 }
 
 void HrtfCellBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKING {
@@ -145,13 +161,18 @@ void HrtfCellBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCK
 void HrtfCellBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     voice.fade.Reset(responses_.CellsOf(point));
-    Sit(index, Place::Steady, steadySeats_);
-    steady_[GroupOf(voice.seat)].Set(LaneOf(voice.seat), voice.fade.Current());
+    voice.awake = true;
+    voice.seat = sounding_.Sit(index);
+    const LaneList::Seat seat = sounding_.At(voice.seat);
+    seat.filters.Set(seat.lane, voice.fade.Current());
 }
 
 void HrtfCellBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
-    voices_[index].place == Place::Steady ? LeaveSteady(index) : LeaveFading(index);
-    voices_[index].place = Place::Asleep;
+    Voice& voice = voices_[index];
+    if (voice.fade.Fading()) LeaveComing(index);
+    voices_[sounding_.Leave(voice.seat)].seat = voice.seat;
+    voice.fade.Reset(nullptr);
+    voice.awake = false;
 }
 
 void HrtfCellBank::Load(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
@@ -166,59 +187,22 @@ void HrtfCellBank::Queue(unsigned index) noexcept TAV_NONBLOCKING {
     queue_.push_back(index);  // within what was reserved: a voice is there once
 }
 
-void HrtfCellBank::Sit(unsigned index,
-                       Place place,
-                       std::vector<unsigned>& seats) noexcept TAV_NONBLOCKING {
-    voices_[index].place = place;
-    voices_[index].seat = static_cast<std::uint32_t>(seats.size());
-    seats.push_back(index);  // likewise
+void HrtfCellBank::LeaveComing(unsigned index) noexcept TAV_NONBLOCKING {
+    const std::uint32_t seat = voices_[index].comingSeat;
+    voices_[coming_.Leave(seat)].comingSeat = seat;
 }
 
-// The last one of a list takes the seat that becomes free. The seat that it leaves has to stay
-// still: what is behind the last voice of a group is filtered with it.
-
-void HrtfCellBank::LeaveSteady(unsigned index) noexcept TAV_NONBLOCKING {
-    const std::size_t seat = voices_[index].seat, last = steadySeats_.size() - 1;
-    LaneFilters& end = steady_[GroupOf(last)];
-    if (seat != last) {
-        steady_[GroupOf(seat)].Copy(LaneOf(seat), end, LaneOf(last));
-        steadySeats_[seat] = steadySeats_[last];
-        voices_[steadySeats_[seat]].seat = static_cast<std::uint32_t>(seat);
-    }
-    end.ClearStates(LaneOf(last));
-    steadySeats_.pop_back();
-}
-
-void HrtfCellBank::LeaveFading(unsigned index) noexcept TAV_NONBLOCKING {
-    const std::size_t seat = voices_[index].seat, last = fadingSeats_.size() - 1;
-    FadingGroup& end = fading_[GroupOf(last)];
-    if (seat != last) {
-        FadingGroup& group = fading_[GroupOf(seat)];
-        group.going.Copy(LaneOf(seat), end.going, LaneOf(last));
-        group.coming.Copy(LaneOf(seat), end.coming, LaneOf(last));
-        fadingSeats_[seat] = fadingSeats_[last];
-        voices_[fadingSeats_[seat]].seat = static_cast<std::uint32_t>(seat);
-    }
-    end.going.ClearStates(LaneOf(last));
-    end.coming.ClearStates(LaneOf(last));
-    fadingSeats_.pop_back();
-}
-
-/// Rows of both ears from signals: `source(voice, ear, signal)` fills one.
-template <class Source>
+/// Rows of what members hear at both ears: `reading(voice, ear)`.
+template <class Reading>
 void HrtfCellBank::FillRows(std::span<const unsigned> members,
                             std::size_t frames,
-                            Source source) noexcept TAV_NONBLOCKING {
-    std::array<const float*, kLanes> pointers{};
-    pointers.fill(silence_.data());
+                            Reading reading) noexcept TAV_NONBLOCKING {
+    const tav::EarRows rows = rows_.Pointers();
     for (std::size_t ear = 0; ear < 2; ++ear) {
         for (std::size_t lane = 0; lane < members.size(); ++lane) {
-            source(members[lane], ear, std::span(signals_[lane]).first(frames));
-            pointers[lane] = signals_[lane].data();
+            reader_.Set(lane, reading(members[lane], ear));
         }
-        const tav::EarRows rows = input_.Pointers();
-        rowKernels_.toRows(pointers.data(), ear == 0 ? rows.left : rows.right,
-                           static_cast<int>(frames));
+        reader_.Read(members.size(), ear == 0 ? rows.left : rows.right, frames);
     }
 }
 
@@ -230,68 +214,84 @@ void HrtfCellBank::Perform(HrtfVoices& voices,
     BeginFades(voices, starts);
     std::fill_n(sum_.left.begin(), frames, LaneRow{});
     std::fill_n(sum_.right.begin(), frames, LaneRow{});
-    RunSteady(voices, frames);
-    RunFading(voices, frames);
+    TurnFades();
+    Run(sounding_, Side::Going, voices, frames);
+    Run(coming_, Side::Coming, voices, frames);
+    AdvanceFades(frames);
     std::array<float, kPiece> heard[2] = {};
     const tav::EarRows sum = sum_.Pointers();
     const auto n = static_cast<int>(frames);
     kernels_.sumLanes(sum.left, heard[0].data(), n);
     kernels_.sumLanes(sum.right, heard[1].data(), n);
-    if (!IsSane(heard[0]) || !IsSane(heard[1])) return Recover();
+    if (!IsSane(heard[0]) || !IsSane(heard[1])) {
+        sounding_.Recover();
+        coming_.Recover();
+        return;
+    }
     for (std::size_t k = 0; k < frames; ++k) left[k] += heard[0][k];
     for (std::size_t k = 0; k < frames; ++k) right[k] += heard[1][k];
 }
 
-void HrtfCellBank::RunSteady(HrtfVoices& voices, std::size_t frames) noexcept TAV_NONBLOCKING {
-    const auto delayed = [&](unsigned voice, std::size_t ear, std::span<float> signal) {
-        voices.Delayed(voice, ear, signal);
-    };
-    for (std::size_t first = 0; first < steadySeats_.size(); first += kLanes) {
-        const auto members =
-            std::span(steadySeats_).subspan(first, std::min(kLanes, steadySeats_.size() - first));
-        FillRows(members, frames, delayed);
-        kernels_.cascade(steady_[GroupOf(first)].Lanes(members.size()), input_.Pointers(),
-                         input_.Pointers(), sum_.Pointers(), nullptr, static_cast<int>(frames));
+void HrtfCellBank::Run(LaneList& list,
+                       Side side,
+                       HrtfVoices& voices,
+                       std::size_t frames) noexcept TAV_NONBLOCKING {
+    for (std::size_t first = 0; first < list.Voices().size(); first += kLanes) {
+        const auto rest = list.Voices().subspan(first);
+        const auto members = rest.first(std::min(kLanes, rest.size()));
+        FillRows(members, frames,
+                 [&](unsigned voice, std::size_t ear) { return voices.ReadingOf(voice, ear); });
+        kernels_.cascade(list.At(first).filters.Lanes(members.size()), rows_.Pointers(),
+                         sum_.Pointers(), FillWeights(members, side, frames),
+                         static_cast<int>(frames));
     }
 }
 
-void HrtfCellBank::RunFading(HrtfVoices& voices, std::size_t frames) noexcept TAV_NONBLOCKING {
-    const auto delayed = [&](unsigned voice, std::size_t ear, std::span<float> signal) {
-        voices.Delayed(voice, ear, signal);
-    };
-    const auto n = static_cast<int>(frames);
-    for (std::size_t first = 0; first < fadingSeats_.size(); first += kLanes) {
-        const auto members =
-            std::span(fadingSeats_).subspan(first, std::min(kLanes, fadingSeats_.size() - first));
-        FillRows(members, frames, delayed);
-        FillWeights(members, frames);
-        FadingGroup& group = fading_[GroupOf(first)];
-        kernels_.cascade(group.going.Lanes(members.size()), input_.Pointers(), work_.Pointers(),
-                         sum_.Pointers(), weightsOut_.front().values.data(), n);
-        kernels_.cascade(group.coming.Lanes(members.size()), input_.Pointers(), work_.Pointers(),
-                         sum_.Pointers(), weightsIn_.front().values.data(), n);
-    }
-    // From behind: whoever takes a free seat has been asked already.
-    for (std::size_t seat = fadingSeats_.size(); seat-- > 0;) {
-        const unsigned voice = fadingSeats_[seat];
-        if (voices_[voice].fade.Advance(static_cast<std::uint32_t>(frames))) EndFade(voice);
+void HrtfCellBank::TurnFades() noexcept TAV_NONBLOCKING {
+    for (const unsigned index : coming_.Voices()) {
+        Voice& voice = voices_[index];
+        const auto fade = voice.fade.Under();
+        const double angle = TurnOf(fade) * static_cast<double>(fade.position + 1);
+        voice.cosine = static_cast<float>(std::cos(angle));
+        voice.sine = static_cast<float>(std::sin(angle));
     }
 }
 
-void HrtfCellBank::FillWeights(std::span<const unsigned> members,
-                               std::size_t frames) noexcept TAV_NONBLOCKING {
+/// @return null: the weights of all members are 1
+const float* HrtfCellBank::FillWeights(std::span<const unsigned> members,
+                                       Side side,
+                                       std::size_t frames) noexcept TAV_NONBLOCKING {
+    const auto fades = [this](unsigned voice) { return voices_[voice].fade.Fading(); };
+    if (std::ranges::none_of(members, fades)) return nullptr;
+    tav::FadeLanes& lanes = fadeLanes_;
     for (std::size_t lane = 0; lane < members.size(); ++lane) {
-        SetFadeLane(fadeLanes_, lane, voices_[members[lane]].fade.Under());
+        const Voice& voice = voices_[members[lane]];
+        WeightTerms terms{1.f, 0.f, 0.f, 0.f};
+        if (voice.fade.Fading()) {
+            const auto fade = voice.fade.Under();
+            terms = TermsOf(fade.shape, side == Side::Going);
+            lanes.cosine[lane] = voice.cosine;
+            lanes.sine[lane] = voice.sine;
+            lanes.turnCos[lane] = voice.turnCos;
+            lanes.turnSin[lane] = voice.turnSin;
+            lanes.step[lane] = 1.f / static_cast<float>(fade.length);
+            lanes.part[lane] =
+                static_cast<float>(fade.position + 1) / static_cast<float>(fade.length);
+        }
+        lanes.constant[lane] = terms.constant;
+        lanes.ofCos[lane] = terms.ofCos;
+        lanes.ofSin[lane] = terms.ofSin;
+        lanes.ofPart[lane] = terms.ofPart;
     }
-    kernels_.fadeWeights(fadeLanes_, weightsOut_.front().values.data(),
-                         weightsIn_.front().values.data(), static_cast<int>(frames));
+    kernels_.fadeWeights(lanes, weights_.front().values.data(), static_cast<int>(frames));
     for (std::size_t lane = 0; lane < members.size(); ++lane) {
+        if (!fades(members[lane])) continue;
         const auto fade = voices_[members[lane]].fade.Under();
         for (std::size_t k = fade.length - fade.position - 1; k < frames; ++k) {
-            weightsOut_[k].values[lane] = 0.f;
-            weightsIn_[k].values[lane] = 1.f;
+            weights_[k].values[lane] = side == Side::Going ? 0.f : 1.f;
         }
     }
+    return weights_.front().values.data();
 }
 
 void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING {
@@ -302,7 +302,7 @@ void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV
         for (; starts > 0 && looked < queue_.size() && count < kLanes; ++looked) {
             Voice& voice = voices_[queue_[looked]];
             voice.queued = false;
-            if (voice.place != Place::Steady || !voice.fade.Waiting()) continue;
+            if (!voice.awake || !voice.fade.Waiting()) continue;
             batch[count++] = queue_[looked];
             --starts;
         }
@@ -318,40 +318,38 @@ void HrtfCellBank::RunOverPast(HrtfVoices& voices,
         unheard_.Set(lane, voices_[batch[lane]].fade.Incoming());
     }
     for (std::size_t before = past_; before > 0 && !batch.empty(); before -= kPiece) {
-        FillRows(batch, kPiece, [&](unsigned voice, std::size_t ear, std::span<float> signal) {
-            voices.PastOf(voice, ear, before, signal);
+        FillRows(batch, kPiece, [&](unsigned voice, std::size_t ear) {
+            return voices.PastOf(voice, ear, before);
         });
-        kernels_.cascade(unheard_.Lanes(batch.size()), input_.Pointers(), input_.Pointers(),
-                         {nullptr, nullptr}, nullptr, static_cast<int>(kPiece));
+        kernels_.cascade(unheard_.Lanes(batch.size()), rows_.Pointers(), {nullptr, nullptr},
+                         nullptr, static_cast<int>(kPiece));
     }
 }
 
 void HrtfCellBank::BeginFade(unsigned index, std::size_t lane) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
-    const std::size_t seat = voice.seat;
-    LaneFilters& sounding = steady_[GroupOf(seat)];
-    if (!voice.fade.Begin()) return sounding.Copy(LaneOf(seat), unheard_, lane);
-    const std::size_t end = fadingSeats_.size();
-    FadingGroup& group = fading_[GroupOf(end)];
-    group.going.Copy(LaneOf(end), sounding, LaneOf(seat));
-    group.coming.Copy(LaneOf(end), unheard_, lane);
-    LeaveSteady(index);
-    Sit(index, Place::Fading, fadingSeats_);
+    if (!voice.fade.Begin()) {
+        const LaneList::Seat seat = sounding_.At(voice.seat);
+        return seat.filters.Copy(seat.lane, unheard_, lane);
+    }
+    voice.comingSeat = coming_.Sit(index);
+    const LaneList::Seat seat = coming_.At(voice.comingSeat);
+    seat.filters.Copy(seat.lane, unheard_, lane);
+    const double turn = TurnOf(voice.fade.Under());
+    voice.turnCos = static_cast<float>(std::cos(turn));
+    voice.turnSin = static_cast<float>(std::sin(turn));
 }
 
-void HrtfCellBank::EndFade(unsigned index) noexcept TAV_NONBLOCKING {
-    const std::size_t seat = voices_[index].seat, end = steadySeats_.size();
-    steady_[GroupOf(end)].Copy(LaneOf(end), fading_[GroupOf(seat)].coming, LaneOf(seat));
-    LeaveFading(index);
-    Sit(index, Place::Steady, steadySeats_);
-    Queue(index);
-}
-
-void HrtfCellBank::Recover() noexcept TAV_NONBLOCKING {
-    for (LaneFilters& filters : steady_) filters.Recover();
-    for (FadingGroup& group : fading_) {
-        group.going.Recover();
-        group.coming.Recover();
+void HrtfCellBank::AdvanceFades(std::size_t frames) noexcept TAV_NONBLOCKING {
+    // From behind: whoever takes a free seat has been asked already.
+    for (std::size_t at = coming_.Voices().size(); at-- > 0;) {
+        const unsigned index = coming_.Voices()[at];
+        Voice& voice = voices_[index];
+        if (!voice.fade.Advance(static_cast<std::uint32_t>(frames))) continue;
+        const LaneList::Seat to = sounding_.At(voice.seat), from = coming_.At(voice.comingSeat);
+        to.filters.Copy(to.lane, from.filters, from.lane);
+        LeaveComing(index);
+        Queue(index);
     }
 }
 

@@ -2,14 +2,12 @@
 // Measured cells of many sources, side by side.
 //
 // A recursion cannot be spread over samples, so it is spread over sources: kSourceLanes of them are
-// a group, one pass of a kernel whatever they do. Voices that are awake fill the groups without
-// gaps. Those in a fade need two filters and sit in groups of their own:
+// a group, one pass of a kernel whatever they do. Filters sit in groups without gaps, in two lists:
 //
-//   what            one per           holds
-//   steady_         group             the filters that sound
-//   fading_         group             the filters that go, those that come
-//   seats           voice             in which list it sits, and where
-//   queue_          voice that waits  in the order in which they asked
+//   what            holds                                              one per
+//   sounding_       the filters that are heard or fade out             voice that is awake
+//   coming_         the filters that fade in                           voice in a fade
+//   queue_          voices in the order in which they asked for a fade
 //
 // A filter that comes in has run over the recent past unheard before its fade begins; that is the
 // work which `starts` limits.
@@ -50,6 +48,34 @@ private:
     std::vector<LaneRow> states_;
 };
 
+/// Filters of voices, in groups without gaps. A seat is a lane of a group, numbered through.
+class LaneList {
+public:
+    static constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
+    struct Seat {
+        LaneFilters& filters;
+        std::size_t lane;
+    };
+
+    LaneList(const LaneFilters& filters, unsigned numVoices);
+
+    /// The next seat, whose states are still.
+    std::uint32_t Sit(unsigned voice) noexcept TAV_NONBLOCKING;
+    /// @return who sits there now; beyond the last seat: the one that left
+    unsigned Leave(std::uint32_t seat) noexcept TAV_NONBLOCKING;
+
+    Seat At(std::size_t seat) noexcept TAV_NONBLOCKING {
+        return {groups_[seat / kLanes], seat % kLanes};
+    }
+    /// The voice on each seat.
+    std::span<const unsigned> Voices() const noexcept TAV_NONBLOCKING { return voices_; }
+    void Recover() noexcept TAV_NONBLOCKING;
+
+private:
+    std::vector<LaneFilters> groups_;
+    std::vector<unsigned> voices_;  // never grows beyond what was reserved
+};
+
 class HrtfCellBank final : public HrtfFilterBank {
 public:
     HrtfCellBank(const HrtfResponses& responses, unsigned numVoices);
@@ -66,8 +92,8 @@ public:
                  unsigned& starts) noexcept TAV_NONBLOCKING override;
 
 private:
-    static constexpr std::size_t kLanes = static_cast<std::size_t>(tav::kSourceLanes);
-    static constexpr std::size_t kPiece = 64;
+    static constexpr std::size_t kLanes = LaneList::kLanes;
+    static constexpr std::size_t kPiece = GroupReader::kLongest;
 
     using Rows = std::array<LaneRow, kPiece>;
     struct Ears {
@@ -76,56 +102,52 @@ private:
             return {left.front().values.data(), right.front().values.data()};
         }
     };
-    enum class Place : std::uint8_t { Asleep, Steady, Fading };
     struct Voice {
         tav::Crossfade<HrtfResponses::Cells> fade;
-        Place place = Place::Asleep;
+        bool awake = false;
         bool queued = false;
-        std::uint32_t seat = 0;
+        std::uint32_t seat = 0;        // in sounding_, while it is awake
+        std::uint32_t comingSeat = 0;  // in coming_, while it fades
+        // of the fade: its turn per sample, and where it is at the start of a piece
+        float turnCos = 1.f;
+        float turnSin = 0.f;
+        float cosine = 1.f;
+        float sine = 0.f;
     };
-    struct FadingGroup {
-        LaneFilters going, coming;
-    };
-
-    // Seats are numbered through all groups of a list.
-    static std::size_t GroupOf(std::size_t seat) noexcept TAV_NONBLOCKING { return seat / kLanes; }
-    static std::size_t LaneOf(std::size_t seat) noexcept TAV_NONBLOCKING { return seat % kLanes; }
-    void Sit(unsigned voice, Place place, std::vector<unsigned>& seats) noexcept TAV_NONBLOCKING;
-    void LeaveSteady(unsigned voice) noexcept TAV_NONBLOCKING;
-    void LeaveFading(unsigned voice) noexcept TAV_NONBLOCKING;
+    enum class Side : std::uint8_t { Going, Coming };
 
     void Queue(unsigned voice) noexcept TAV_NONBLOCKING;
     void BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING;
     void RunOverPast(HrtfVoices& voices, std::span<const unsigned> batch) noexcept TAV_NONBLOCKING;
     void BeginFade(unsigned voice, std::size_t lane) noexcept TAV_NONBLOCKING;
-    void EndFade(unsigned voice) noexcept TAV_NONBLOCKING;
+    void LeaveComing(unsigned voice) noexcept TAV_NONBLOCKING;
+    void AdvanceFades(std::size_t frames) noexcept TAV_NONBLOCKING;
 
-    template <class Source>
+    template <class Reading>
     void FillRows(std::span<const unsigned> members,
                   std::size_t frames,
-                  Source source) noexcept TAV_NONBLOCKING;
-    void FillWeights(std::span<const unsigned> members,
-                     std::size_t frames) noexcept TAV_NONBLOCKING;
-    void RunSteady(HrtfVoices& voices, std::size_t frames) noexcept TAV_NONBLOCKING;
-    void RunFading(HrtfVoices& voices, std::size_t frames) noexcept TAV_NONBLOCKING;
-    void Recover() noexcept TAV_NONBLOCKING;
+                  Reading reading) noexcept TAV_NONBLOCKING;
+    void TurnFades() noexcept TAV_NONBLOCKING;
+    const float* FillWeights(std::span<const unsigned> members,
+                             Side side,
+                             std::size_t frames) noexcept TAV_NONBLOCKING;
+    void Run(LaneList& list,
+             Side side,
+             HrtfVoices& voices,
+             std::size_t frames) noexcept TAV_NONBLOCKING;
 
     const HrtfResponses& responses_;
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
-    const tav::FilterKernels& rowKernels_ = tav::BestKernels<tav::FilterKernels>();
     std::size_t past_;
     std::vector<Voice> voices_;
-    std::vector<LaneFilters> steady_;
-    std::vector<FadingGroup> fading_;
-    std::vector<unsigned> steadySeats_;  // the voice on each seat, in both lists
-    std::vector<unsigned> fadingSeats_;
+    LaneFilters unheard_;  // those that run over the past
+    LaneList sounding_;
+    LaneList coming_;
     std::vector<unsigned> queue_;  // of voices; never grows
-    LaneFilters unheard_;          // those that run over the past
     // of one group, in one piece
-    std::array<std::array<float, kPiece>, kLanes> signals_{};
-    std::array<float, kPiece> silence_{};
-    Ears input_{}, work_{}, sum_{};
-    Rows weightsOut_{}, weightsIn_{};
+    GroupReader reader_;
+    Ears rows_{}, sum_{};
+    Rows weights_{};
     tav::FadeLanes fadeLanes_{};
 };
 

@@ -98,6 +98,7 @@ void HrtfFiltering::Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING 
 }
 
 void HrtfFiltering::SetDelays(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
+    if (!responses_->NeedDelays()) return;
     voices_.SetDelay(index, 0, sources_[index].taken.leftMs, glideSamples);
     voices_.SetDelay(index, 1, sources_[index].taken.rightMs, glideSamples);
 }

@@ -8,7 +8,7 @@ namespace Quilo {
 
 namespace {
 
-constexpr std::size_t kGuard = 4;     // samples that kernels read beyond
+constexpr std::size_t kGuard = 8;     // samples that kernels read beyond
 constexpr std::size_t kSlack = 1024;  // samples until a window is moved
 
 /// A delay as a place between two samples: `whole` samples back, then `fraction` forward.
@@ -29,11 +29,12 @@ tav::DelayKind KindFor(tav::DelayKind kind, float delay) noexcept TAV_NONBLOCKIN
     return delay < 1.f && fourPoints ? tav::DelayKind::Linear : kind;
 }
 
-/// Calls `action` with a kernel that remembers nothing.
+/// Calls `action` with a kernel that remembers nothing; all-pass delays act as Lagrange ones.
 template <class Action>
 auto WithKernel(tav::DelayKind kind, Action action) noexcept TAV_NONBLOCKING {
     switch (kind) {
         case tav::DelayKind::Linear: return action(tav::kLinearKernel);
+        case tav::DelayKind::Allpass:
         case tav::DelayKind::Lagrange: return action(tav::kLagrangeKernel);
         case tav::DelayKind::Hermite: return action(tav::kHermiteKernel);
         case tav::DelayKind::Quadratic: return action(tav::kQuadraticKernel);
@@ -43,16 +44,52 @@ auto WithKernel(tav::DelayKind kind, Action action) noexcept TAV_NONBLOCKING {
     }
 }
 
+/// What the four samples x[2], x[1], x[0], x[-1] weigh in a delay.
+std::array<float, 4> TapsFor(tav::DelayKind kind, float delay) noexcept TAV_NONBLOCKING {
+    // All kernels are sums: what a sample weighs is what comes of it alone.
+    std::array<float, 4> taps{};
+    WithKernel(KindFor(kind, delay), [&](const auto& kernel) {
+        for (std::size_t i = 0; i < taps.size(); ++i) {
+            std::array<float, 4> alone{};
+            alone[3 - i] = 1.f;
+            taps[i] = kernel(alone.data() + 1, PlaceOf(delay).fraction);
+        }
+    });
+    return taps;
+}
+
 }  // namespace
+
+void GroupReader::Set(std::size_t lane, const PathReading& reading) noexcept TAV_NONBLOCKING {
+    lanes_.signals[lane] = reading.signal;
+    for (std::size_t t = 0; t < reading.taps.size(); ++t) lanes_.taps[t][lane] = reading.taps[t];
+}
+
+void GroupReader::Read(std::size_t count,
+                       float* rows,
+                       std::size_t frames) noexcept TAV_NONBLOCKING {
+    lanes_.lanes = static_cast<int>(count);
+    for (; count < static_cast<std::size_t>(tav::kSourceLanes); ++count) SetSilent(count);
+    kernels_.read(lanes_, rows, static_cast<int>(frames));
+}
 
 HrtfVoices::HrtfVoices(unsigned numVoices, float rateHz, std::size_t longestPiece, std::size_t past)
     : samplesPerMs_(rateHz * 0.001f),
       longestDelay_(std::ceil(kLongestDelayMs * samplesPerMs_)),
       kept_(static_cast<std::size_t>(longestDelay_) + past + kGuard),
       length_(kept_ + longestPiece + kSlack + kGuard),
+      movedLength_(longestPiece + 2 * kGuard),
       samples_(numVoices * length_),
+      moved_(numVoices * kMostPaths * movedLength_),
       voices_(numVoices),
       glide_(longestPiece) {}
+
+void HrtfVoices::SetKind(tav::DelayKind kind) noexcept TAV_NONBLOCKING {
+    kind_ = kind;
+    for (Voice& voice : voices_) {
+        for (Path& path : voice.paths) path.tapsFor = -1.f;
+    }
+}
 
 void HrtfVoices::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
@@ -75,7 +112,7 @@ void HrtfVoices::SetDelay(unsigned voice,
                           float ms,
                           std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
     const float samples = std::clamp(ms * samplesPerMs_, 0.f, longestDelay_);
-    tav::Ramp& delay = voices_[voice].delays[path];
+    tav::Ramp& delay = voices_[voice].paths[path].delay;
     if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
 }
 
@@ -85,6 +122,14 @@ bool HrtfVoices::IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING {
 
 void HrtfVoices::Take(unsigned index, std::span<const float> input) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
+    for (Path& path : voice.paths) {
+        if (path.moves && !path.isMoved) {  // nobody asked for the last piece
+            path.delay.Skip(static_cast<std::uint32_t>(voice.end - voice.piece));
+        }
+        path.before = path.delay.Value();
+        path.moves = !path.delay.IsConstant() || kind_ == tav::DelayKind::Allpass;
+        path.isMoved = false;
+    }
     float* const window = samples_.data() + index * length_;
     if (voice.end + input.size() + kGuard > length_) {
         std::copy_n(window + voice.end - kept_, kept_, window);
@@ -101,101 +146,82 @@ void HrtfVoices::Take(unsigned index, std::span<const float> input) noexcept TAV
             std::ranges::transform(input, piece, [gain](float x) { return gain * x; });
         }
         voice.silence = gain == 0.f ? voice.silence + input.size() : 0;
-        return;
+    } else {
+        const auto gains = std::span(glide_).first(input.size());
+        voice.gain.Fill(gains);
+        for (std::size_t k = 0; k < input.size(); ++k) piece[k] = gains[k] * input[k];
+        voice.silence = 0;
     }
-    const auto gains = std::span(glide_).first(input.size());
-    voice.gain.Fill(gains);
-    for (std::size_t k = 0; k < input.size(); ++k) piece[k] = gains[k] * input[k];
-    voice.silence = 0;
+}
+
+float* HrtfVoices::MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING {
+    return moved_.data() + (voice * kMostPaths + path) * movedLength_ + kGuard;
+}
+
+PathReading HrtfVoices::Read(Path& path,
+                             float delay,
+                             const float* piece) const noexcept TAV_NONBLOCKING {
+    if (path.tapsFor != delay) {
+        path.tapsFor = delay;
+        path.taps = TapsFor(kind_, delay);
+    }
+    return {piece - PlaceOf(delay).whole + 2, path.taps};
+}
+
+PathReading HrtfVoices::ReadingOf(unsigned index, std::size_t pathIndex) noexcept TAV_NONBLOCKING {
+    Voice& voice = voices_[index];
+    Path& path = voice.paths[pathIndex];
+    if (!path.moves) return Read(path, path.before, Piece(index));
+    float* const moved = MovedPiece(index, pathIndex);
+    if (!path.isMoved) Move(path, Piece(index), {moved, voice.end - voice.piece});
+    path.isMoved = true;
+    return {moved, {1.f}};
+}
+
+PathReading HrtfVoices::PastOf(unsigned index,
+                               std::size_t path,
+                               std::size_t before) noexcept TAV_NONBLOCKING {
+    Path& p = voices_[index].paths[path];
+    return Read(p, p.before, Piece(index) - before);
 }
 
 void HrtfVoices::Delayed(unsigned index,
                          std::size_t path,
                          std::span<float> output) noexcept TAV_NONBLOCKING {
-    Voice& voice = voices_[index];
-    const float* piece = Piece(index);
-    tav::Ramp& delay = voice.delays[path];
-    const float before = delay.Value();
-    const bool isShort = std::min(before, delay.Target()) < 1.f;
-    if (kind_ == tav::DelayKind::Allpass ||
-        (!delay.IsConstant() && (kind_ != tav::DelayKind::Lagrange || isShort))) {
-        return ReadOneByOne(voice, path, piece, output);
-    }
-    if (!delay.IsConstant()) {
-        const auto count = std::min<std::size_t>(output.size(), delay.SamplesLeft());
-        delay.Skip(static_cast<std::uint32_t>(count));
-        const float step = (delay.Value() - before) / static_cast<float>(count);
-        ReadGliding(before + step, step, piece, output.first(count));
-        output = output.subspan(count);
-        piece += count;
-    }
-    ReadFixed(kind_, delay.Target(), piece, output);
-}
-
-void HrtfVoices::PastOf(unsigned index,
-                        std::size_t path,
-                        std::size_t before,
-                        std::span<float> output) const noexcept TAV_NONBLOCKING {
-    const float delay = voices_[index].delays[path].Value();
-    const auto kind = kind_ == tav::DelayKind::Allpass ? tav::DelayKind::Lagrange : kind_;
-    ReadFixed(kind, delay, Piece(index) - before, output);
-}
-
-void HrtfVoices::ReadFixed(tav::DelayKind kind,
-                           float delay,
-                           const float* piece,
-                           std::span<float> output) const noexcept TAV_NONBLOCKING {
-    const Place place = PlaceOf(delay);
-    const float* const x = piece - place.whole;
-    if (place.fraction == 0.f && kind != tav::DelayKind::BSpline) {
-        std::copy_n(x, output.size(), output.begin());
-        return;
-    }
-    // All kernels are sums of four samples; what each weighs is what comes of it alone.
-    std::array<float, 4> taps{};  // of x[2], x[1], x[0], x[-1]
-    WithKernel(KindFor(kind, delay), [&](const auto& kernel) {
-        for (std::size_t i = 0; i < taps.size(); ++i) {
-            std::array<float, 4> alone{};
-            alone[3 - i] = 1.f;
-            taps[i] = kernel(alone.data() + 1, place.fraction);
-        }
-    });
-    fir_.fir(output.data(), x + 2, taps.data(), static_cast<int>(taps.size()),
+    const PathReading from = ReadingOf(index, path);
+    fir_.fir(output.data(), from.signal, from.taps.data(), tav::kReadingTaps,
              static_cast<int>(output.size()));
 }
 
-void HrtfVoices::ReadGliding(float first,
-                             float step,
-                             const float* piece,
-                             std::span<float> output) const noexcept TAV_NONBLOCKING {
-    // In stretches that lie between the same two samples, seen from their first one.
-    for (std::size_t begin = 0; begin < output.size();) {
-        const float delay = first + static_cast<float>(begin) * step;
-        const Place place = PlaceOf(delay);
-        const float room = step > 0.f ? place.fraction : 1.f - place.fraction;
-        const auto rest = static_cast<float>(output.size() - begin);
-        const float within = room < std::abs(step) * rest ? room / std::abs(step) : rest;
-        const auto count =
-            std::clamp<std::size_t>(static_cast<std::size_t>(within), 1, output.size() - begin);
-        const float* const x = piece + static_cast<std::ptrdiff_t>(begin) - place.whole;
-        kernels_.glide(output.data() + begin, x, place.fraction, -step, static_cast<int>(count));
-        begin += count;
-    }
+void HrtfVoices::Move(Path& path,
+                      const float* piece,
+                      std::span<float> output) noexcept TAV_NONBLOCKING {
+    const bool isShort = std::min(path.before, path.delay.Target()) < 1.f;
+    if (kind_ != tav::DelayKind::Lagrange || isShort) return MoveOneByOne(path, piece, output);
+    const auto count = std::min<std::size_t>(output.size(), path.delay.SamplesLeft());
+    path.delay.Skip(static_cast<std::uint32_t>(count));
+    const float step = (path.delay.Value() - path.before) / static_cast<float>(count);
+    const Place first = PlaceOf(path.before + step);
+    kernels_.glide(output.data(), piece - first.whole, first.fraction, -step,
+                   static_cast<int>(count));
+    if (count == output.size()) return;
+    const PathReading rest = Read(path, path.delay.Target(), piece + count);
+    fir_.fir(output.data() + count, rest.signal, rest.taps.data(), tav::kReadingTaps,
+             static_cast<int>(output.size() - count));
 }
 
-void HrtfVoices::ReadOneByOne(Voice& voice,
-                              std::size_t path,
+void HrtfVoices::MoveOneByOne(Path& path,
                               const float* piece,
                               std::span<float> output) noexcept TAV_NONBLOCKING {
     const auto delays = std::span(glide_).first(output.size());
-    voice.delays[path].Fill(delays);
+    path.delay.Fill(delays);
     for (std::size_t k = 0; k < output.size(); ++k) {
         const Place place = PlaceOf(delays[k]);
         const float* const x = piece + k - place.whole;
         if (kind_ == tav::DelayKind::Allpass) {
-            tav::AllpassKernel kernel{voice.allpass[path]};
+            tav::AllpassKernel kernel{path.allpass};
             output[k] = kernel(x, place.fraction);
-            voice.allpass[path] = std::abs(kernel.previous) < 1e12f ? kernel.previous : 0.f;
+            path.allpass = std::abs(kernel.previous) < 1e12f ? kernel.previous : 0.f;
             continue;
         }
         output[k] = WithKernel(KindFor(kind_, delays[k]),

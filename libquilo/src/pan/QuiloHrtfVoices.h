@@ -16,11 +16,37 @@
 
 namespace Quilo {
 
-/// Every source has a gain and a delay for each ear, and a window of its newest samples, as short
-/// as the delays allow. A source is delayed first and filtered then: one memory serves both ears,
-/// and what comes out of the filters only has to be added up.
-/// Pattern, piece by piece: (Wake? SetGain* SetDelay* Take PastOf* Delayed)*; all of a source that
-/// does not sleep.
+/// Where to read a signal: its sample k is the sum over t of taps[t] * signal[k - t].
+struct PathReading {
+    const float* signal;
+    std::array<float, static_cast<std::size_t>(tav::kReadingTaps)> taps;
+};
+
+/// Reads what the sources of one group hear into rows.  Thread: audio.
+class GroupReader {
+public:
+    static constexpr std::size_t kLongest = 64;  // frames
+
+    void Set(std::size_t lane, const PathReading& reading) noexcept TAV_NONBLOCKING;
+    void SetSilent(std::size_t lane) noexcept TAV_NONBLOCKING { Set(lane, {Silence(), {}}); }
+    /// @param count  of lanes; those behind are silent      @param rows  of `frames` samples
+    void Read(std::size_t count, float* rows, std::size_t frames) noexcept TAV_NONBLOCKING;
+
+private:
+    static constexpr std::size_t kAround = 8;  // samples that a kernel may read on either side
+
+    const float* Silence() const noexcept TAV_NONBLOCKING { return silence_.data() + kAround; }
+
+    const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
+    tav::ReadingLanes lanes_{};
+    std::array<float, kLongest + 2 * kAround> silence_{};
+};
+
+/// Every source has a gain, a delay for each path to an ear, and a window of its newest samples, as
+/// short as the delays allow. A source is delayed first and filtered then: one memory serves all
+/// paths, and what comes out of the filters only has to be added up.
+/// Pattern, piece by piece: (Wake? SetGain* SetDelay* Take (ReadingOf | PastOf)*)*; all of a source
+/// that does not sleep.
 /// Thread: the constructor control, the rest audio.
 class HrtfVoices {
 public:
@@ -29,11 +55,11 @@ public:
     static constexpr std::size_t kMostPaths = 4;
 
     /// @param longestPiece  samples that Take may be given
-    /// @param past  samples that PastOf gives
+    /// @param past  the farthest that PastOf goes back, in samples
     /// Throws: std::bad_alloc.
     HrtfVoices(unsigned numVoices, float rateHz, std::size_t longestPiece, std::size_t past);
 
-    void SetKind(tav::DelayKind kind) noexcept TAV_NONBLOCKING { kind_ = kind; }
+    void SetKind(tav::DelayKind kind) noexcept TAV_NONBLOCKING;
 
     /// Silence behind it; the gain is 1, delays are 0.
     void Wake(unsigned voice) noexcept TAV_NONBLOCKING;
@@ -47,45 +73,46 @@ public:
     /// There has been no sound, by the gain, for as long as the window remembers.
     bool IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING;
 
-    /// The next piece.
+    /// The next piece; delays glide on.
     void Take(unsigned voice, std::span<const float> input) noexcept TAV_NONBLOCKING;
-    /// The piece at the end of one path; its delay glides on. Ask for each path in use, once.
+    /// The piece at the end of a path, with what kernels read on both sides of it.
+    PathReading ReadingOf(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
+    /// What came by the path before the piece, as if the delay had always been the one with which
+    /// the piece begins.  @param before  samples to the piece, at most `past`
+    PathReading PastOf(unsigned voice,
+                       std::size_t path,
+                       std::size_t before) noexcept TAV_NONBLOCKING;
+    /// The piece at the end of a path, copied.
     void Delayed(unsigned voice,
                  std::size_t path,
                  std::span<float> output) noexcept TAV_NONBLOCKING;
-    /// What came by the path before the piece, as if the delay had always been the present one.
-    /// @param before  samples from the first of the output to the piece, at most `past`
-    void PastOf(unsigned voice,
-                std::size_t path,
-                std::size_t before,
-                std::span<float> output) const noexcept TAV_NONBLOCKING;
     /// The piece without delays.
     const float* Piece(unsigned voice) const noexcept TAV_NONBLOCKING {
         return samples_.data() + voice * length_ + voices_[voice].piece;
     }
 
 private:
+    struct Path {
+        tav::Ramp delay;       // samples
+        float before = 0.f;    // the delay before the newest piece
+        bool moves = false;    // within that piece, which stands in moved_ once it was asked for
+        bool isMoved = false;  // so that it does
+        float allpass = 0.f;   // what that kernel remembers
+        float tapsFor = -1.f;  // the delay that `taps` are for; none yet
+        std::array<float, 4> taps{};
+    };
     struct Voice {
         tav::Ramp gain{1.f};
-        std::array<tav::Ramp, kMostPaths> delays{tav::Ramp(), tav::Ramp(), tav::Ramp(),
-                                                 tav::Ramp()};  // samples
-        std::array<float, kMostPaths> allpass{};                // what that kernel remembers
+        std::array<Path, kMostPaths> paths;
         std::size_t piece = 0;    // where the newest piece begins in the window
         std::size_t end = 0;      // and where it ends
         std::size_t silence = 0;  // samples since the gain became 0
     };
 
-    void ReadFixed(tav::DelayKind kind,
-                   float delay,
-                   const float* piece,
-                   std::span<float> output) const noexcept TAV_NONBLOCKING;
-    /// A delay that moves in a straight line.  @param first  of the first sample
-    void ReadGliding(float first,
-                     float step,
-                     const float* piece,
-                     std::span<float> output) const noexcept TAV_NONBLOCKING;
-    void ReadOneByOne(Voice& voice,
-                      std::size_t path,
+    float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
+    PathReading Read(Path& path, float delay, const float* piece) const noexcept TAV_NONBLOCKING;
+    void Move(Path& path, const float* piece, std::span<float> output) noexcept TAV_NONBLOCKING;
+    void MoveOneByOne(Path& path,
                       const float* piece,
                       std::span<float> output) noexcept TAV_NONBLOCKING;
 
@@ -95,7 +122,9 @@ private:
     float longestDelay_;  // samples
     std::size_t kept_;    // samples before a piece that somebody may read
     std::size_t length_;  // of a window: it is moved back to its start when it is full
+    std::size_t movedLength_;
     std::vector<float> samples_;
+    std::vector<float> moved_;  // of each path, the newest piece in which its delay moved
     std::vector<Voice> voices_;
     std::vector<float> glide_;  // a piece of gains or delays
     tav::DelayKind kind_ = tav::DelayKind::Lagrange;

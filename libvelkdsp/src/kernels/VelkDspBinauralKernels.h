@@ -22,21 +22,30 @@ struct CellLanes {
     int lanes;  // number of sources, in the first lanes; the other lanes may hold anything
 };
 
+/// How a source is read through four taps: sample k is the sum over t of taps[t] * signal[k - t].
+inline constexpr int kReadingTaps = 4;
+
+/// Sources that are read so, a tap of each in a row.
+struct ReadingLanes {
+    const float* signals[kSourceLanes];  // each from kReadingTaps samples before the first one to
+                                         // kReadingTaps - 1 samples behind the last one
+    float taps[kReadingTaps][kSourceLanes];
+    int lanes;  // number of sources, in the first lanes; the other ones may be computed, too
+};
+
 /// Rows of samples for the left and the right ear.
 struct EarRows {
     float* left;
     float* right;
 };
 
-/// The weights of fades, source by source: with c + i s turning by `turn` from sample to sample and
-/// t growing by `step`, out = out0 + outCos c + outPart t and
-/// in = in0 + inCos c + inSin s + inPart t.
+/// The weights of fades, source by source: constant + ofCos c + ofSin s + ofPart t, with c + i s
+/// turning by `turn` from sample to sample and t growing by `step`.
 struct FadeLanes {
     using Row = float[kSourceLanes];
     Row cosine, sine, turnCos, turnSin;
     Row part, step;
-    Row out0, outCos, outPart;
-    Row in0, inCos, inSin, inPart;
+    Row constant, ofCos, ofSin, ofPart;
 };
 
 /// A first-order section in integrator form for both ears of kSourceLanes sources:
@@ -49,24 +58,22 @@ struct FirstOrderLanes {
 };
 
 struct BinauralKernels {
-    /// sum[k] += weights[k] * (input[k] through all cells), for k = 0 .. n - 1.
-    /// @param work  n rows an ear, overwritten; not `input`      @param sum  null pointers: nobody
-    /// listens, the states alone count      @param weights  n rows; null: 1
+    /// sum[k] += weights[k] * (rows[k] through all cells), for k = 0 .. n - 1.
+    /// @param rows  n an ear, overwritten      @param sum  null pointers: nobody listens, the
+    /// states alone count      @param weights  n rows; null: 1
     /// Transposed direct form II. A vector set may fuse multiply and add.
     void (*cascade)(const CellLanes& cells,
-                    const EarRows& input,
-                    const EarRows& work,
+                    const EarRows& rows,
                     const EarRows& sum,
                     const float* weights,
                     int n) noexcept TAV_NONBLOCKING;
-    /// y[k] = x at the fraction f + k step of the way from x[k] to x[k + 1], third-order Lagrange;
-    /// a fraction slightly outside 0 .. 1 is clamped.  @param x  also x[-1] and x[n + 1]
+    /// Overwrites n rows with what is read.
+    void (*read)(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING;
+    /// y[k] = x at the place k + f + k step, third-order Lagrange: with w the whole and g the
+    /// broken part of f + k step, from x[k + w - 1] .. x[k + w + 2].
     void (*glide)(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING;
     /// Computes n rows of weights, the first row from c, s and t as given.
-    void (*fadeWeights)(const FadeLanes& fades,
-                        float* out,
-                        float* in,
-                        int n) noexcept TAV_NONBLOCKING;
+    void (*fadeWeights)(const FadeLanes& fades, float* rows, int n) noexcept TAV_NONBLOCKING;
     /// y[k] += the sum of row k
     void (*sumLanes)(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING;
     /// The section over n rows of both ears.  @param adds  true: to what `out` holds; false: out is

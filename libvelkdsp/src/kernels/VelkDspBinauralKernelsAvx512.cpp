@@ -18,6 +18,24 @@ struct Avx512Operations {
     static Vec Zero() { return _mm512_setzero_ps(); }
     static Vec Load(const float* p) { return _mm512_loadu_ps(p); }
     static void Store(float* p, Vec v) { _mm512_storeu_ps(p, v); }
+    /// Four samples of each of sixteen signals; signal 4 q + i in quarter q of vector i.
+    static void LoadQuarters(const float* const* signals, std::ptrdiff_t k, Vec (&four)[4]) {
+        for (int i = 0; i < 4; ++i) {
+            const auto quarter = [&](int q) { return _mm_loadu_ps(signals[4 * q + i] + k); };
+            Vec v = _mm512_castps128_ps512(quarter(0));
+            v = _mm512_insertf32x4(v, quarter(1), 1);
+            v = _mm512_insertf32x4(v, quarter(2), 2);
+            four[i] = _mm512_insertf32x4(v, quarter(3), 3);
+        }
+    }
+    static Vec UnpackLow(Vec a, Vec b) { return _mm512_maskz_unpacklo_ps(kAll, a, b); }
+    static Vec UnpackHigh(Vec a, Vec b) { return _mm512_maskz_unpackhi_ps(kAll, a, b); }
+    static Vec LowPairs(Vec a, Vec b) {
+        return _mm512_maskz_shuffle_ps(kAll, a, b, _MM_SHUFFLE(1, 0, 1, 0));
+    }
+    static Vec HighPairs(Vec a, Vec b) {
+        return _mm512_maskz_shuffle_ps(kAll, a, b, _MM_SHUFFLE(3, 2, 3, 2));
+    }
     static Vec Broadcast(float value) { return _mm512_set1_ps(value); }
     static Vec Count() {
         return _mm512_setr_ps(0.f, 1.f, 2.f, 3.f, 4.f, 5.f, 6.f, 7.f, 8.f, 9.f, 10.f, 11.f, 12.f,
@@ -26,8 +44,10 @@ struct Avx512Operations {
     static Vec Add(Vec a, Vec b) { return _mm512_add_ps(a, b); }
     static Vec Subtract(Vec a, Vec b) { return _mm512_sub_ps(a, b); }
     static Vec Multiply(Vec a, Vec b) { return _mm512_mul_ps(a, b); }
-    static Vec Min(Vec a, Vec b) { return _mm512_maskz_min_ps(kAll, a, b); }
-    static Vec Max(Vec a, Vec b) { return _mm512_maskz_max_ps(kAll, a, b); }
+    static Vec WhereNegative(Vec test, Vec a, Vec b) {
+        const __mmask16 negative = _mm512_cmp_ps_mask(test, _mm512_setzero_ps(), _CMP_LT_OQ);
+        return _mm512_mask_blend_ps(negative, b, a);
+    }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fmadd_ps(a, b, c); }
     static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fnmadd_ps(a, b, c); }
 };
@@ -37,8 +57,9 @@ using Kernels = VectorBinauralKernels<Avx512Operations>;
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Avx512() noexcept {
-    static constexpr BinauralKernels kKernels{
-        Kernels::Cascade, Kernels::Glide, Kernels::FadeWeightsOf, SumLanes, Kernels::FirstOrder};
+    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Read,
+                                              Kernels::Glide,   Kernels::FadeWeightsOf,
+                                              SumLanes,         Kernels::FirstOrder};
     return kKernels;
 }
 

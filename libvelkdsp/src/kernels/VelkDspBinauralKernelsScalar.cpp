@@ -1,75 +1,84 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspBinauralKernels.h"
 
-#include <algorithm>
+#include <cmath>
+#include <cstddef>
 
 namespace tav {
 namespace {
 
 /// Runs one cell of one ear of one source. @param coefficients, states  at the lane of the source
-void RunCell(const float* coefficients, float* states, const float* in, float* out, int n) noexcept
-    TAV_NONBLOCKING {
+void RunCell(const float* coefficients,
+             float* states,
+             float* signal,
+             int n) noexcept TAV_NONBLOCKING {
     const auto row = [](auto* rows, std::ptrdiff_t i) { return rows + i * kSourceLanes; };
     const float b0 = *row(coefficients, 0), b1 = *row(coefficients, 1), b2 = *row(coefficients, 2);
     const float a1 = *row(coefficients, 3), a2 = *row(coefficients, 4);
     float s1 = *row(states, 0), s2 = *row(states, 1);
     for (int k = 0; k < n; ++k) {
-        const float x = *row(in, k);
+        const float x = *row(signal, k);
         const float y = b0 * x + s1;
         s1 = b1 * x - a1 * y + s2;
         s2 = b2 * x - a2 * y;
-        *row(out, k) = y;
+        *row(signal, k) = y;
     }
     *row(states, 0) = s1;
     *row(states, 1) = s2;
 }
 
 void Cascade(const CellLanes& cells,
-             const EarRows& input,
-             const EarRows& work,
+             const EarRows& rows,
              const EarRows& sum,
              const float* weights,
              int n) noexcept TAV_NONBLOCKING {
-    struct Ear {
-        const float* in;
-        float* work;
-        float* sum;
-    };
-    const Ear ears[] = {{input.left, work.left, sum.left}, {input.right, work.right, sum.right}};
+    float* const signals[] = {rows.left, rows.right};
+    float* const sums[] = {sum.left, sum.right};
     for (int e = 0; e < 2; ++e) {
-        const Ear& ear = ears[e];
+        float* const signal = signals[e];
         for (std::ptrdiff_t lane = 0; lane < cells.lanes; ++lane) {
-            const float* in = ear.in;
             for (int c = 0; c < 2 * cells.numPairs; ++c) {
                 const std::ptrdiff_t cell = (2 * c + e) * kSourceLanes;
                 RunCell(cells.coefficients + cell * kCellCoefficients + lane,
-                        cells.states + cell * kCellStates + lane, in + lane, ear.work + lane, n);
-                in = ear.work;
+                        cells.states + cell * kCellStates + lane, signal + lane, n);
             }
-            if (ear.sum == nullptr) continue;
+            if (sums[e] == nullptr) continue;
             for (std::ptrdiff_t k = lane; k < n * kSourceLanes; k += kSourceLanes) {
-                ear.sum[k] += weights != nullptr ? weights[k] * in[k] : in[k];
+                sums[e][k] += weights != nullptr ? weights[k] * signal[k] : signal[k];
             }
+        }
+    }
+}
+
+void Read(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING {
+    for (std::ptrdiff_t i = 0; i < sources.lanes; ++i) {
+        const float* const x = sources.signals[i];
+        for (std::ptrdiff_t k = 0; k < n; ++k) {
+            float sum = 0.f;
+            for (std::ptrdiff_t t = 0; t < kReadingTaps; ++t) sum += sources.taps[t][i] * x[k - t];
+            rows[k * kSourceLanes + i] = sum;
         }
     }
 }
 
 void Glide(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) {
-        const float g = std::clamp(f + static_cast<float>(k) * step, 0.f, 1.f);
+        const float place = f + static_cast<float>(k) * step, whole = std::floor(place);
+        const float g = place - whole;
         const float before = (g - 1.f) * (g - 2.f), after = (g + 1.f) * g;
-        y[k] = -g * before / 6.f * x[k - 1] + (g + 1.f) * before / 2.f * x[k] -
-               after * (g - 2.f) / 2.f * x[k + 1] + after * (g - 1.f) / 6.f * x[k + 2];
+        const float* const at = x + k + static_cast<std::ptrdiff_t>(whole);
+        y[k] = -g * before / 6.f * at[-1] + (g + 1.f) * before / 2.f * at[0] -
+               after * (g - 2.f) / 2.f * at[1] + after * (g - 1.f) / 6.f * at[2];
     }
 }
 
-void FadeWeightsOf(const FadeLanes& f, float* out, float* in, int n) noexcept TAV_NONBLOCKING {
+void FadeWeightsOf(const FadeLanes& f, float* rows, int n) noexcept TAV_NONBLOCKING {
     for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         float c = f.cosine[i], s = f.sine[i];
         for (int k = 0; k < n; ++k) {
             const float t = f.part[i] + static_cast<float>(k) * f.step[i];
-            out[k * kSourceLanes + i] = f.out0[i] + f.outCos[i] * c + f.outPart[i] * t;
-            in[k * kSourceLanes + i] = f.in0[i] + f.inCos[i] * c + f.inSin[i] * s + f.inPart[i] * t;
+            rows[k * kSourceLanes + i] =
+                f.constant[i] + f.ofCos[i] * c + f.ofSin[i] * s + f.ofPart[i] * t;
             const float turned = c * f.turnCos[i] - s * f.turnSin[i];
             s = s * f.turnCos[i] + c * f.turnSin[i];
             c = turned;
@@ -114,7 +123,8 @@ void FirstOrder(const FirstOrderLanes& lanes,
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Scalar() noexcept {
-    static constexpr BinauralKernels kKernels{Cascade, Glide, FadeWeightsOf, SumLanes, FirstOrder};
+    static constexpr BinauralKernels kKernels{Cascade,       Read,     Glide,
+                                              FadeWeightsOf, SumLanes, FirstOrder};
     return kKernels;
 }
 

@@ -3,13 +3,16 @@
 //
 // Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
 // in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
-// Broadcast(value), Count() = 0 1 2 .., Add(a, b), Subtract(a, b), Multiply(a, b), Min(a, b),
-// Max(a, b), MultiplyAdd(a, b, c) = a b + c and NegativeMultiplyAdd(a, b, c) = c - a b.
+// Broadcast(value), Count() = 0 1 2 .., Add(a, b), Subtract(a, b), Multiply(a, b),
+// MultiplyAdd(a, b, c) = a b + c, NegativeMultiplyAdd(a, b, c) = c - a b, WhereNegative(test, a, b)
+// = a there and b elsewhere, LoadQuarters(signals, k, four), and within quarters of four lanes
+// UnpackLow(a, b), UnpackHigh(a, b), LowPairs(a, b), HighPairs(a, b).
 #pragma once
 
 #include "kernels/VelkDspBinauralKernels.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 namespace tav {
@@ -21,23 +24,19 @@ class VectorBinauralKernels {
 
 public:
     static void Cascade(const CellLanes& cells,
-                        const EarRows& input,
-                        const EarRows& work,
+                        const EarRows& rows,
                         const EarRows& sum,
                         const float* weights,
                         int n) noexcept TAV_NONBLOCKING {
         for (std::ptrdiff_t lane = 0; lane < cells.lanes; lane += S::kLanes) {
             const float* coefficients = cells.coefficients + lane;
             float* states = cells.states + lane;
-            Span span{input.left + lane, input.right + lane,
-                      work.left + lane,  work.right + lane,
-                      nullptr,           n * kRow};
+            Span span{rows.left + lane,  rows.right + lane, rows.left + lane,
+                      rows.right + lane, nullptr,           n * kRow};
             for (int p = 1; p < cells.numPairs; ++p) {
                 RunPair<Sink::Store>(coefficients, states, span);
                 coefficients += kRow * kCellsInPair * kCellCoefficients;
                 states += kRow * kCellsInPair * kCellStates;
-                span.inLeft = span.outLeft;
-                span.inRight = span.outRight;
             }
             if (sum.left == nullptr) {
                 RunPair<Sink::Store>(coefficients, states, span);
@@ -54,45 +53,69 @@ public:
         }
     }
 
+    static void Read(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING {
+        static_assert(kReadingTaps == 4);
+        for (std::ptrdiff_t lane = 0; lane < sources.lanes; lane += S::kLanes) {
+            const float* const* const signals = sources.signals + lane;
+            const Vec tap0 = S::Load(sources.taps[0] + lane);
+            const Vec tap1 = S::Load(sources.taps[1] + lane);
+            const Vec tap2 = S::Load(sources.taps[2] + lane);
+            const Vec tap3 = S::Load(sources.taps[3] + lane);
+            const auto sum = [&](Vec x0, Vec x1, Vec x2, Vec x3) {
+                const Vec early = S::MultiplyAdd(tap2, x2, S::Multiply(tap3, x3));
+                return S::MultiplyAdd(tap0, x0, S::MultiplyAdd(tap1, x1, early));
+            };
+            Vec x[4];
+            LoadFourRows(signals, -4, x);
+            float* row = rows + lane;
+            for (std::ptrdiff_t k = 0; k < n; k += 4, row += 4 * kRow) {
+                const Vec a = x[1], b = x[2], c = x[3];
+                LoadFourRows(signals, k, x);
+                S::Store(row, sum(x[0], c, b, a));
+                if (k + 1 < n) S::Store(row + kRow, sum(x[1], x[0], c, b));
+                if (k + 2 < n) S::Store(row + 2 * kRow, sum(x[2], x[1], x[0], c));
+                if (k + 3 < n) S::Store(row + 3 * kRow, sum(x[3], x[2], x[1], x[0]));
+            }
+        }
+    }
+
     static void Glide(float* y, const float* x, float f, float step, int n) noexcept
         TAV_NONBLOCKING {
-        const Vec one = S::Broadcast(1.f), two = S::Broadcast(2.f);
-        const Vec sixth = S::Broadcast(1.f / 6.f), half = S::Broadcast(0.5f);
         if (n < S::kLanes) return BinauralKernels::Scalar().glide(y, x, f, step, n);
         // The last vector ends with the last sample and may compute some samples a second time.
         for (int k = 0, next = 0; next < n; next = k + S::kLanes) {
             k = std::min(next, n - S::kLanes);
-            const Vec count = S::Add(S::Count(), S::Broadcast(static_cast<float>(k)));
-            Vec g = S::MultiplyAdd(count, S::Broadcast(step), S::Broadcast(f));
-            g = S::Max(S::Min(g, one), S::Zero());
-            const Vec plus = S::Add(g, one), minus = S::Subtract(g, one);
-            const Vec minus2 = S::Subtract(g, two);
-            const Vec before = S::Multiply(minus, minus2), after = S::Multiply(plus, g);
-            Vec outer = S::Multiply(S::Multiply(after, minus), S::Load(x + k + 2));
-            outer = S::NegativeMultiplyAdd(S::Multiply(g, before), S::Load(x + k - 1), outer);
-            Vec inner = S::Multiply(S::Multiply(plus, before), S::Load(x + k));
-            inner = S::NegativeMultiplyAdd(S::Multiply(after, minus2), S::Load(x + k + 1), inner);
-            S::Store(y + k, S::MultiplyAdd(outer, sixth, S::Multiply(inner, half)));
+            const float first = f + static_cast<float>(k) * step;
+            const float last = f + static_cast<float>(k + S::kLanes - 1) * step;
+            const float low = std::floor(std::min(first, last));
+            const float high = std::floor(std::max(first, last));
+            if (high - low > 1.f) {
+                BinauralKernels::Scalar().glide(y + k, x + k, first, step, S::kLanes);
+                continue;
+            }
+            const float* const at = x + k + static_cast<std::ptrdiff_t>(low);
+            const Vec g = S::MultiplyAdd(S::Count(), S::Broadcast(step), S::Broadcast(first - low));
+            Vec value = Interpolate(at, g);
+            if (high != low) {  // the lanes on either side of a sample
+                const Vec beyond = S::Subtract(g, S::Broadcast(1.f));
+                value = S::WhereNegative(beyond, value, Interpolate(at + 1, beyond));
+            }
+            S::Store(y + k, value);
         }
     }
 
-    static void FadeWeightsOf(const FadeLanes& f,
-                              float* out,
-                              float* in,
-                              int n) noexcept TAV_NONBLOCKING {
+    static void FadeWeightsOf(const FadeLanes& f, float* rows, int n) noexcept TAV_NONBLOCKING {
         for (std::ptrdiff_t lane = 0; lane < kRow; lane += S::kLanes) {
             const auto row = [lane](const FadeLanes::Row& values) {
                 return S::Load(values + lane);
             };
             Vec c = row(f.cosine), s = row(f.sine), t = row(f.part);
             const Vec turnCos = row(f.turnCos), turnSin = row(f.turnSin), step = row(f.step);
-            const Vec out0 = row(f.out0), outCos = row(f.outCos), outPart = row(f.outPart);
-            const Vec in0 = row(f.in0), inCos = row(f.inCos), inSin = row(f.inSin);
-            const Vec inPart = row(f.inPart);
+            const Vec constant = row(f.constant), ofPart = row(f.ofPart);
+            const Vec ofCos = row(f.ofCos), ofSin = row(f.ofSin);
             for (std::ptrdiff_t k = lane; k < n * kRow; k += kRow) {
-                S::Store(out + k, S::MultiplyAdd(outCos, c, S::MultiplyAdd(outPart, t, out0)));
-                const Vec turning = S::MultiplyAdd(inCos, c, S::Multiply(inSin, s));
-                S::Store(in + k, S::Add(turning, S::MultiplyAdd(inPart, t, in0)));
+                const Vec turning = S::MultiplyAdd(ofCos, c, S::Multiply(ofSin, s));
+                S::Store(rows + k, S::Add(turning, S::MultiplyAdd(ofPart, t, constant)));
                 const Vec turned = S::NegativeMultiplyAdd(s, turnSin, S::Multiply(c, turnCos));
                 s = S::MultiplyAdd(c, turnSin, S::Multiply(s, turnCos));
                 c = turned;
@@ -117,6 +140,34 @@ public:
     }
 
 private:
+    /// Third-order Lagrange between x[k] and x[k + 1] at the parts g of the way.
+    static Vec Interpolate(const float* x, Vec g) noexcept {
+        const Vec plus = S::Add(g, S::Broadcast(1.f)), minus = S::Subtract(g, S::Broadcast(1.f));
+        const Vec minus2 = S::Subtract(g, S::Broadcast(2.f));
+        const Vec before = S::Multiply(minus, minus2), after = S::Multiply(plus, g);
+        Vec outer = S::Multiply(S::Multiply(after, minus), S::Load(x + 2));
+        outer = S::NegativeMultiplyAdd(S::Multiply(g, before), S::Load(x - 1), outer);
+        Vec inner = S::Multiply(S::Multiply(plus, before), S::Load(x));
+        inner = S::NegativeMultiplyAdd(S::Multiply(after, minus2), S::Load(x + 1), inner);
+        return S::MultiplyAdd(outer, S::Broadcast(1.f / 6.f),
+                              S::Multiply(inner, S::Broadcast(0.5f)));
+    }
+
+    /// Samples k .. k + 3 of signals, a row of all of them each.
+    static void LoadFourRows(const float* const* signals,
+                             std::ptrdiff_t k,
+                             Vec (&rows)[4]) noexcept {
+        Vec four[4];
+        S::LoadQuarters(signals, k, four);
+        const Vec low01 = S::UnpackLow(four[0], four[1]), low23 = S::UnpackLow(four[2], four[3]);
+        const Vec high01 = S::UnpackHigh(four[0], four[1]),
+                  high23 = S::UnpackHigh(four[2], four[3]);
+        rows[0] = S::LowPairs(low01, low23);
+        rows[1] = S::HighPairs(low01, low23);
+        rows[2] = S::LowPairs(high01, high23);
+        rows[3] = S::HighPairs(high01, high23);
+    }
+
     enum class Sink { Store, Add, AddWeighted };
 
     /// The part of the lanes that one vector holds, for all samples.

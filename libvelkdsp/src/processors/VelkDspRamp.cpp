@@ -40,30 +40,27 @@ void Ramp::SetOverSamples(float target, std::uint32_t samples) noexcept TAV_NONB
     target_ = target;
     count_ = 0;
     length_ = start_ == target ? 0 : samples;
+    if (length_ == 0) return;
+    const double way = static_cast<double>(target) - static_cast<double>(start_);
+    step_ = way / static_cast<double>(length_);
 }
 
 float Ramp::Value() const noexcept TAV_NONBLOCKING { return After(count_); }
 
 float Ramp::After(std::uint32_t samples) const noexcept TAV_NONBLOCKING {
     if (samples >= length_) return target_;
-    return static_cast<float>(static_cast<double>(start_) + samples * Step());
-}
-
-double Ramp::Step() const noexcept TAV_NONBLOCKING {
-    return (static_cast<double>(target_) - static_cast<double>(start_)) /
-           static_cast<double>(length_);
+    return static_cast<float>(static_cast<double>(start_) + samples * step_);
 }
 
 void Ramp::Fill(std::span<float> values) noexcept TAV_NONBLOCKING {
     const auto gliding = std::min<std::size_t>(values.size(), length_ - count_);
     if (gliding > 0) {
         const double start = static_cast<double>(start_);
-        const double step = Step();
         // Sums of whole numbers are exact in double, and the loop vectorises.
         const auto first = static_cast<double>(count_ + 1);
         for (int k = 0; k < static_cast<int>(gliding); ++k) {
             values[static_cast<std::size_t>(k)] =
-                static_cast<float>(start + (first + static_cast<double>(k)) * step);
+                static_cast<float>(start + (first + static_cast<double>(k)) * step_);
         }
         count_ += static_cast<std::uint32_t>(gliding);
         if (IsConstant()) values[gliding - 1] = target_;

@@ -42,12 +42,12 @@ public:
 
 private:
     float After(std::uint32_t samples) const noexcept TAV_NONBLOCKING;
-    /// The change per sample. In double, since the difference of two large floats may overflow a
-    /// float, and since a multiple of it is then accurate enough.
-    double Step() const noexcept TAV_NONBLOCKING;
 
     float start_;
     float target_;
+    // The change per sample of a glide. In double, since the difference of two large floats may
+    // overflow a float, and since a multiple of it is then accurate enough.
+    double step_ = 0.0;
     std::uint32_t count_ = 0;   // samples of the glide already put out
     std::uint32_t length_ = 0;  // samples of the whole glide
     float sampleRate_ = 44100.f;
