@@ -44,8 +44,7 @@ void SpcapGains(benchmark::State& state) {
 }
 
 void KnnGains(benchmark::State& state) {
-    Quilo::KnnLaw law;
-    law.SetSpeakers(Layout(state));
+    Quilo::KnnLaw law(Layout(state));
     MeasureGains(state, [&](const tav::CartesianVector& source, tav::Vector<float>& gains) {
         law.Gains(source, static_cast<unsigned>(state.range(1)), gains);
     });

@@ -5,18 +5,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace Quilo {
 
-void KnnLaw::SetSpeakers(const tav::CartesianArray& speakers) {
-    tav::KdTreeHelper tree(speakers);
+KnnLaw::KnnLaw(const tav::CartesianArray& speakers)
+    : tree_(speakers),
+      isPlanar_(std::ranges::all_of(speakers, [](const tav::CartesianVector& s) {
+          return std::fabs(tav::ElevationDeg(s)) <= 0.1f;
+      })) {
     nearest_.reserve(speakers.Size());
     distances_.reserve(speakers.Size());
-    tree_ = std::move(tree);
-    isPlanar_ = std::ranges::all_of(speakers, [](const tav::CartesianVector& s) {
-        return std::fabs(tav::ElevationDeg(s)) <= 0.1f;
-    });
 }
 
 void KnnLaw::Gains(const tav::CartesianVector& source,

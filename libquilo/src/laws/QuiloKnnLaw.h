@@ -12,9 +12,11 @@ namespace Quilo {
 /// In single precision.  Thread: control.
 class KnnLaw {
 public:
+    /// No loudspeakers.
+    KnnLaw() = default;
     /// @param speakers  in the unit of the sources, squares of their distances finite
-    /// Throws: std::bad_alloc; then nothing changed.
-    void SetSpeakers(const tav::CartesianArray& speakers);
+    /// Throws: std::bad_alloc.
+    explicit KnnLaw(const tav::CartesianArray& speakers);
 
     /// @param source  as the loudspeakers      @param numNeighbors  from 1, all where more
     /// @param gains   overwritten; 0 without loudspeakers and beyond them

@@ -35,6 +35,7 @@ protected:
         return spreads_[index];
     }
     void ApplySourceSpread(unsigned index, float spread) override TAV_REQUIRES(controlLock_);
+    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
 
 private:
     /// The law: the gains of one source at its position; nothing is set.
@@ -47,7 +48,6 @@ private:
     void ComputeSource(unsigned index, bool immediate, bool) override TAV_REQUIRES(controlLock_);
     /// Nothing here: a law without loudspeakers ignores them.
     void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
-    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
     void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
 
     tav::SignalMatrix matrix_;

@@ -14,17 +14,14 @@ constexpr float kPercent = 0.01f;
 
 }  // namespace
 
+DbapLayout::DbapLayout(const tav::CartesianArray& speakers)
+    : cloud(WithinReach(speakers)),
+      hull(WithinReach(speakers)) {}
+
 DbapPanning::DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar)
-    : AmplitudePanning(numInputs, numOutputs),
+    : LayoutPanning(numInputs, numOutputs),
       directionalSpreads_(numInputs),
       isPlanar_(isPlanar) {}
-
-void DbapPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    const tav::CartesianArray speakers = WithinReach(layout.Positions());
-    cloud_ = SpeakerCloud(speakers);
-    LayoutChanged(speakers);
-    RecomputeSources();
-}
 
 void DbapPanning::ApplySpreadingMode(SpreadingMode mode) {
     if (mode == spreadingMode_) return;
@@ -75,33 +72,29 @@ DbapMetric DbapPanning::MetricOf(unsigned index, const tav::CartesianVector& sou
         const SpreadByDirection& spread = directionalSpreads_[index];
         return DirectionalMetric({spread.x * kPercent, spread.y * kPercent, spread.z * kPercent});
     }
-    return OmniMetric(StoredSpread(index) * kPercent, source, cloud_.centroid, isPlanar_);
+    return OmniMetric(StoredSpread(index) * kPercent, source, layout_.cloud.centroid, isPlanar_);
 }
 
 void DbapPanning::ComputeGains(unsigned index,
                                const tav::CartesianVector& source,
                                std::span<float> gains) {
     const tav::CartesianVector place = WithinReach(source);
-    DbapGains(cloud_.rows, place, MetricOf(index, place),
+    DbapGains(layout_.cloud.rows, place, MetricOf(index, place),
               tav::BestKernels<tav::SpeakerKernels>().gainsByDistance, gains);
     const float loudness = Loudness(place);
     if (loudness == 1.f) return;
     for (float& gain : gains) gain *= loudness;
 }
 
-void DbapPanning2D::LayoutChanged(const tav::CartesianArray& speakers) {
-    hull_ = tav::ConvexHull2D(speakers);
-}
-
 float DbapPanning2D::Loudness(const tav::CartesianVector& source) const {
-    if (MutesOutside()) return hull_.Contains({source.x, source.y}) ? 1.f : 0.f;
-    return HullAttenuation(hull_, Cloud().centroid, source);
+    if (MutesOutside()) return layout_.hull.Contains({source.x, source.y}) ? 1.f : 0.f;
+    return HullAttenuation(layout_.hull, layout_.cloud.centroid, source);
 }
 
 float DbapPanning3D::Loudness(const tav::CartesianVector& source) const {
     // Deliberate: the squared distance is compared with the plain radius.
     //                                          (DbapPanning3D, MutesBeyondTheRootOfTheRadius)
-    const bool isOutside = SquaredDistance(source, Cloud().centroid) > Cloud().radius;
+    const bool isOutside = SquaredDistance(source, layout_.cloud.centroid) > layout_.cloud.radius;
     return MutesOutside() && isOutside ? 0.f : 1.f;
 }
 

@@ -4,14 +4,23 @@
 
 #include "laws/QuiloDbapLaw.h"
 #include "math/VelkDspConvexHull2D.h"
-#include "pan/QuiloAmplitudePanning.h"
+#include "pan/QuiloLayoutPanning.h"
 
 #include <array>
 
 namespace Quilo {
 
+/// A layout with its outline as seen from above.
+struct DbapLayout {
+    DbapLayout() = default;
+    explicit DbapLayout(const tav::CartesianArray& speakers);
+
+    SpeakerCloud cloud;
+    tav::ConvexHull2D hull;
+};
+
 /// Every loudspeaker plays every source, the nearer the louder. Silent until a layout comes.
-class DbapPanning : public AmplitudePanning {
+class DbapPanning : public LayoutPanning<DbapLayout> {
 public:
     /// Percent along each axis, 0 .. 100.
     struct SpreadByDirection {
@@ -33,16 +42,12 @@ public:
 protected:
     DbapPanning(unsigned numInputs, unsigned numOutputs, bool isPlanar);
 
-    const SpeakerCloud& Cloud() const TAV_REQUIRES(controlLock_) { return cloud_; }
     bool MutesOutside() const TAV_REQUIRES(controlLock_) { return muteOutside_; }
 
 private:
-    /// A new layout is in `speakers`; the cloud has it already.
-    virtual void LayoutChanged(const tav::CartesianArray&) TAV_REQUIRES(controlLock_) {}
     /// The factor that the place of a source puts on all of its gains.
     virtual float Loudness(const tav::CartesianVector& source) const TAV_REQUIRES(controlLock_) = 0;
 
-    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
     void ApplySpreadingMode(SpreadingMode mode) override TAV_REQUIRES(controlLock_);
     void ApplySpread(float spread) override TAV_REQUIRES(controlLock_);
     /// @param values  x, y, z in percent; fewer are ignored
@@ -55,7 +60,6 @@ private:
     DbapMetric MetricOf(unsigned index, const tav::CartesianVector& source) const
         TAV_REQUIRES(controlLock_);
 
-    SpeakerCloud cloud_ TAV_GUARDED_BY(controlLock_);
     tav::Vector<SpreadByDirection> directionalSpreads_ TAV_GUARDED_BY(controlLock_);  // per source
     SpreadingMode spreadingMode_ TAV_GUARDED_BY(controlLock_) = SpreadingMode::Omni;
     bool muteOutside_ TAV_GUARDED_BY(controlLock_) = false;
@@ -70,10 +74,7 @@ public:
         : DbapPanning(numInputs, numOutputs, true) {}
 
 private:
-    void LayoutChanged(const tav::CartesianArray& speakers) override TAV_REQUIRES(controlLock_);
     float Loudness(const tav::CartesianVector& source) const override TAV_REQUIRES(controlLock_);
-
-    tav::ConvexHull2D hull_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Distances are those in space.

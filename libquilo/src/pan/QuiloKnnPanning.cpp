@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloKnnPanning.h"
 
-#include "laws/QuiloSpeakerRows.h"
-
 #include <algorithm>
 
 namespace Quilo {
@@ -14,13 +12,8 @@ constexpr unsigned kDefaultNeighbors = 3;
 }  // namespace
 
 KnnPanning::KnnPanning(unsigned numInputs, unsigned numOutputs)
-    : AmplitudePanning(numInputs, numOutputs),
+    : LayoutPanning(numInputs, numOutputs),
       numNeighbors_(numInputs, std::min(kDefaultNeighbors, numOutputs)) {}
-
-void KnnPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    law_.SetSpeakers(WithinReach(layout.Positions()));
-    RecomputeSources();
-}
 
 void KnnPanning::ApplyNumNeighbors(unsigned index, unsigned count) {
     if (count == numNeighbors_[index]) return;
@@ -35,13 +28,13 @@ unsigned KnnPanning::NumNeighbors(unsigned index) const {
 
 bool KnnPanning::IsPlanar() const {
     const tav::ControlGuard guard(controlLock_);
-    return law_.IsPlanar();
+    return layout_.law.IsPlanar();
 }
 
 void KnnPanning::ComputeGains(unsigned index,
                               const tav::CartesianVector& source,
                               std::span<float> gains) {
-    law_.Gains(WithinReach(source), numNeighbors_[index], gains);
+    layout_.law.Gains(WithinReach(source), numNeighbors_[index], gains);
 }
 
 }  // namespace Quilo

@@ -14,14 +14,12 @@ constexpr float kQuality = 0.7f;
 }  // namespace
 
 SubwoofersPanning::SubwoofersPanning(unsigned numInputs, unsigned numOutputs)
-    : Pan(numInputs, numOutputs),
+    : Vbap2DPanning(numInputs, numOutputs),
       equalizer_(numInputs, 1),
-      ring_(numInputs, numOutputs),
       filtered_(std::size_t{numInputs} * kMaxFrames),
       pieceInputs_(numInputs),
       pieceOutputs_(numOutputs) {
     equalizer_.ShareActivityOf(*this);
-    ring_.ShareActivityOf(*this);
     for (unsigned i = 0; i < numInputs; ++i) {
         filteredPointers_.push_back(filtered_.data() + std::size_t{i} * kMaxFrames);
     }
@@ -37,19 +35,17 @@ void SubwoofersPanning::Perform(float* const* outputs,
         std::transform(outputs, outputs + NumOutputs(), pieceOutputs_.begin(), shifted);
         const unsigned count = std::min(frames - offset, kMaxFrames);
         equalizer_.Perform(filteredPointers_.data(), pieceInputs_.data(), count);
-        ring_.Perform(pieceOutputs_.data(), filteredPointers_.data(), count);
+        Vbap2DPanning::Perform(pieceOutputs_.data(), filteredPointers_.data(), count);
     }
 }
 
-void SubwoofersPanning::ComputeSource(unsigned index, bool immediate, bool) {
-    ring_.SetSourcePosition(index, StoredPosition(index), immediate, true);
+/// In two steps: the matrix of a gain panner would mix and drain inputs that are not filtered yet.
+void SubwoofersPanning::ProcessToHost(const tav::HostDrain& host,
+                                      float* const* outputs,
+                                      const float* const* inputs,
+                                      unsigned frames) noexcept TAV_NONBLOCKING {
+    AudioProcessorBase::ProcessToHost(host, outputs, inputs, frames);
 }
-
-void SubwoofersPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    ring_.SetSpeakersPositions(layout.Positions());
-}
-
-bool SubwoofersPanning::IsPlanar() const { return ring_.IsPlanar(); }
 
 void SubwoofersPanning::SetCutoff(float hz) {
     const tav::ControlGuard guard(controlLock_);
@@ -66,16 +62,10 @@ float SubwoofersPanning::Cutoff() const {
 }
 
 void SubwoofersPanning::ApplySampleRate() {
+    Vbap2DPanning::ApplySampleRate();
     equalizer_.SetSampleRate(SampleRate());
-    ring_.SetSampleRate(SampleRate());
 }
 
 void SubwoofersPanning::ApplyReset() { equalizer_.Reset(); }
-
-void SubwoofersPanning::ApplyInterpolationTime(float ms) { ring_.SetInterpolationTime(ms); }
-
-void SubwoofersPanning::ApplySourceMute(unsigned index) {
-    ring_.SetSourceMute(index, IsMuted(index));
-}
 
 }  // namespace Quilo

@@ -9,9 +9,8 @@
 
 namespace Quilo {
 
-/// A pair of subwoofers sounds for each source, chosen by its azimuth as in Vbap2DPanning.
-/// Silent until a layout comes.
-class SubwoofersPanning : public Pan {
+/// A Vbap2DPanning whose sources pass a low-pass filter first. It has no spread.
+class SubwoofersPanning : public Vbap2DPanning {
 public:
     static constexpr float kDefaultCutoffHz = 125.f;
     static constexpr float kMinCutoffHz = 10.f;
@@ -22,7 +21,7 @@ public:
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
-    bool IsPlanar() const override;
+    bool SupportsSpread() const override { return false; }
 
     /// The corner of the low-pass filter of every source; it glides.  @param hz  clamped to 10 ..
     /// 1000
@@ -32,17 +31,15 @@ public:
 private:
     static constexpr unsigned kMaxFrames = 512;
 
-    void ComputeSource(unsigned index, bool immediate, bool) override TAV_REQUIRES(controlLock_);
-    /// Throws: tav::Exception when three or more subwoofers do not surround the listener; the new
-    /// layout is in force all the same.
-    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
+    void ProcessToHost(const tav::HostDrain& host,
+                       float* const* outputs,
+                       const float* const* inputs,
+                       unsigned frames) noexcept TAV_NONBLOCKING override;
     void ApplySampleRate() override TAV_REQUIRES(controlLock_);
     void ApplyReset() override TAV_REQUIRES(controlLock_);
-    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
-    void ApplySourceMute(unsigned index) override TAV_REQUIRES(controlLock_);
+    void ApplySourceSpread(unsigned, float) override TAV_REQUIRES(controlLock_) {}
 
     tav::MultiEqualizer equalizer_;  // a channel per source, one band
-    Vbap2DPanning ring_;             // its lock is taken under this panner's, never the other way
     float cutoffHz_ TAV_GUARDED_BY(controlLock_) = kDefaultCutoffHz;
     // audio only
     std::vector<float> filtered_;            // sources x kMaxFrames

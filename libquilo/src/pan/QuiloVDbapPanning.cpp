@@ -4,26 +4,16 @@
 #include "kernels/VelkDspSpeakerKernels.h"
 
 #include <cmath>
-#include <utility>
 
 namespace Quilo {
 
 VDbapPanning::VDbapPanning(unsigned numInputs, unsigned numOutputs)
-    : AmplitudePanning(numInputs, numOutputs),
+    : LayoutPanning(numInputs, numOutputs),
       vectorGains_(numOutputs) {}
 
-VDbapPanning::Layout::Layout(const tav::CartesianArray& speakers)
-    : cloud(speakers),
-      triplets(speakers) {}
-
-std::unique_ptr<SpeakersLayout> VDbapPanning::MakeLayout(tav::CartesianArray positions) const {
-    return std::make_unique<PreparedLayout<Layout>>(WithinReach(positions));
-}
-
-void VDbapPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    std::swap(layout_, static_cast<PreparedLayout<Layout>&>(layout).prepared);
-    RecomputeSources();
-}
+VDbapLayout::VDbapLayout(const tav::CartesianArray& speakers)
+    : cloud(WithinReach(speakers)),
+      triplets(WithinReach(speakers)) {}
 
 void VDbapPanning::ComputeVectorGains(const tav::CartesianVector& source,
                                       std::span<float> gains) const {

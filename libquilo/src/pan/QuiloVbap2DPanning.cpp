@@ -6,12 +6,14 @@
 
 namespace Quilo {
 
+RingLayout::RingLayout(const tav::CartesianArray& speakers)
+    : ring(speakers, speakers.Size()),
+      surroundsListener(speakers.Size() <= 2 || tav::ConvexHull2D(speakers).Contains({0.f, 0.f})) {}
+
 void VectorBased2DPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    const tav::CartesianArray& speakers = layout.Positions();
-    ring_ = SpeakerRing(speakers, NumOutputs());
-    RecomputeSources();
+    LayoutPanning::ApplySpeakersPositions(layout);
     // Deliberate: the layout is in force before it is judged.   (Vbap2DPanning, PansOver...)
-    if (speakers.Size() > 2 && !tav::ConvexHull2D(speakers).Contains({0.f, 0.f})) {
+    if (!layout_.surroundsListener) {
         throw tav::Exception("reference position must be inside the speakers setup!",
                              tav::SourceSite{"libquilo/src/pan/QuiloVbap2DPanning", 282});
     }
@@ -20,7 +22,7 @@ void VectorBased2DPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
 void VectorBased2DPanning::ComputeGains(unsigned,
                                         const tav::CartesianVector& source,
                                         std::span<float> gains) {
-    Vbap2DGains(ring_, source, gains);
+    Vbap2DGains(layout_.ring, source, gains);
     Normalise(gains);
 }
 

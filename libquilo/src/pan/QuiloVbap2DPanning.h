@@ -3,15 +3,24 @@
 #pragma once
 
 #include "laws/QuiloVbapLaw.h"
-#include "pan/QuiloAmplitudePanning.h"
+#include "pan/QuiloLayoutPanning.h"
 
 namespace Quilo {
 
+/// A layout as a ring round the listener.
+struct RingLayout {
+    RingLayout() = default;
+    explicit RingLayout(const tav::CartesianArray& speakers);
+
+    SpeakerRing ring;
+    bool surroundsListener = true;  // seen from above; fewer than three need not
+};
+
 /// Feeds each source to the two loudspeakers around its azimuth. Silent until a layout comes.
-class VectorBased2DPanning : public AmplitudePanning {
+class VectorBased2DPanning : public LayoutPanning<RingLayout> {
 protected:
     VectorBased2DPanning(unsigned numInputs, unsigned numOutputs)
-        : AmplitudePanning(numInputs, numOutputs) {}
+        : LayoutPanning(numInputs, numOutputs) {}
 
 private:
     /// Throws: tav::Exception when three or more loudspeakers do not surround the listener; the new
@@ -22,8 +31,6 @@ private:
 
     /// Gives one source's gains their final size.
     virtual void Normalise(std::span<float> gains) const = 0;
-
-    SpeakerRing ring_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Amplitude panning: the gains keep their ratio.

@@ -5,7 +5,6 @@
 #include "laws/QuiloTriangulation.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace Quilo {
 
@@ -22,16 +21,6 @@ void TripletLayout::Gains(const tav::CartesianVector& source,
     } else {
         Vbap3DGains(triplets, source, gains);
     }
-}
-
-std::unique_ptr<SpeakersLayout> VectorBasedPanning::MakeLayout(
-    tav::CartesianArray positions) const {
-    return std::make_unique<PreparedLayout<TripletLayout>>(std::move(positions));
-}
-
-void VectorBasedPanning::ApplySpeakersPositions(SpeakersLayout& layout) {
-    std::swap(layout_, static_cast<PreparedLayout<TripletLayout>&>(layout).prepared);
-    RecomputeSources();
 }
 
 void VectorBasedPanning::ComputeGains(unsigned,

@@ -4,7 +4,7 @@
 
 #include "laws/QuiloVbap3DLaw.h"
 #include "laws/QuiloVbapLaw.h"
-#include "pan/QuiloAmplitudePanning.h"
+#include "pan/QuiloLayoutPanning.h"
 
 namespace Quilo {
 
@@ -24,14 +24,12 @@ struct TripletLayout {
 /// Silent until a layout comes, and for sources outside all triplets.
 /// Deliberate: a layout that rises nowhere by more than 1 degree above the horizontal plane is
 /// silent too.                                       (VectorBasedPanners, AreSilentOnFlatLayouts)
-class VectorBasedPanning : public AmplitudePanning {
+class VectorBasedPanning : public LayoutPanning<TripletLayout> {
 protected:
     VectorBasedPanning(unsigned numInputs, unsigned numOutputs)
-        : AmplitudePanning(numInputs, numOutputs) {}
+        : LayoutPanning(numInputs, numOutputs) {}
 
 private:
-    std::unique_ptr<SpeakersLayout> MakeLayout(tav::CartesianArray positions) const override;
-    void ApplySpeakersPositions(SpeakersLayout& layout) override TAV_REQUIRES(controlLock_);
     void ComputeGains(unsigned, const tav::CartesianVector& source, std::span<float> gains) override
         TAV_REQUIRES(controlLock_);
     /// Appends the triplets, numbered from 1.
@@ -39,8 +37,6 @@ private:
 
     /// Gives one source's gains their final size.
     virtual void Normalise(std::span<float> gains) const = 0;
-
-    TripletLayout layout_ TAV_GUARDED_BY(controlLock_);
 };
 
 /// Amplitude panning: the gains keep their ratio.

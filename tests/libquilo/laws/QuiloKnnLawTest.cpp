@@ -23,10 +23,9 @@ double DistanceBetween(const tav::CartesianVector& a, const tav::CartesianVector
 
 TEST(KnnLaw, EqualsASortInDoublePrecisionOverRandomLayouts) {
     std::mt19937 generator(2);
-    KnnLaw law;
     for (int n = 0; n < 3000; ++n) {
         const auto layout = Tests::RandomLayout(generator, 1 + generator() % 60, 5.f);
-        law.SetSpeakers(layout);
+        KnnLaw law(layout);
         const std::size_t size = layout.Size();
         const std::size_t k = 1 + generator() % 8;
         const auto p = n % 10 == 0 ? layout[0] : Tests::RandomPoint(generator, 6.f);
@@ -62,11 +61,7 @@ TEST(KnnLaw, IsPlanarWhereLoudspeakersAreLevel) {
                         {{{0, 0, 0}, {0, 2, 0.0034f}, {9, 0, -0.015f}}, true},
                         {{{0, 2, 0}, {0, 2, 0.0036f}}, false},
                         {{{9, 0, -0.017f}}, false}};
-    KnnLaw law;
-    for (const Row& row : rows) {
-        law.SetSpeakers(row.layout);
-        EXPECT_EQ(law.IsPlanar(), row.isPlanar);
-    }
+    for (const Row& row : rows) EXPECT_EQ(KnnLaw(row.layout).IsPlanar(), row.isPlanar);
 }
 
 }  // namespace
