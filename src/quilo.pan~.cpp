@@ -174,8 +174,9 @@ void quilo_pan_dsp64(void* x,
                      max_long maxvectorsize,
                      max_long) noexcept {
     PanObject& object = PanObject::Of(x);
+    // Not through the door: filters may have to be computed anew, and nobody waits for them. The
+    // engine has a lock of its own.
     Guarded(object, &object_bug, [&] {
-        const VelkMax::Door::Visit inside(object.TheDoor());
         Quilo::Pan* const engine = object.Engine();
         if (engine == nullptr) return;
         engine->SetSampleRate(static_cast<float>(samplerate));

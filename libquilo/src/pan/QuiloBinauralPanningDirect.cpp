@@ -48,17 +48,24 @@ bool BinauralPanningDirect::LoadHrtf(const std::string& path) {
 bool BinauralPanningDirect::HrtfLoad::Read(const std::string& path) {
     const auto set = Hrtf::LoadShared(path);
     if (!IsForTwoEars(set->Data())) return false;
-    bundle_ = panner_.PrepareBundle(set);
+    bundle_ = panner_.PrepareBundle(set, false);
     return true;
 }
 
 bool BinauralPanningDirect::Install(HrtfLoad& load) {
-    const ControlGuard guard(controlLock_);
-    if (load.number_ < loadInForce_) return false;
-    const auto set = load.bundle_->filtering.Responses().Set();
-    Install(IsUpToDate(*load.bundle_) ? std::move(load.bundle_) : MakeBundle(set, false));
-    loadInForce_ = load.number_;
-    return true;
+    for (;;) {
+        {
+            const ControlGuard guard(controlLock_);
+            if (load.number_ < loadInForce_) return false;
+            if (IsUpToDate(*load.bundle_)) {
+                Install(std::move(load.bundle_));
+                loadInForce_ = load.number_;
+                return true;
+            }
+        }
+        // A setting has changed since the filters were computed.
+        load.bundle_ = PrepareBundle(load.bundle_->filtering.Responses().Set(), false);
+    }
 }
 
 std::shared_ptr<const Hrtf> BinauralPanningDirect::GetHrtf() const {
@@ -73,21 +80,15 @@ bool BinauralPanningDirect::IsUpToDate(const Bundle& bundle) const {
            bundle.filtering.BlockSize() == BufferSize();
 }
 
-std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::MakeBundle(
-    const std::shared_ptr<const Hrtf>& set, bool atOnce) const {
-    return std::make_unique<Bundle>(HrtfResponses::Of(set, Format()), NumInputs(), BufferSize(),
-                                    atOnce);
-}
-
 std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::PrepareBundle(
-    const std::shared_ptr<const Hrtf>& set) const {
+    const std::shared_ptr<const Hrtf>& set, bool atOnce) const {
     HrtfFormat format;
     {
         const ControlGuard guard(controlLock_);
         format = Format();
     }
     return std::make_unique<Bundle>(HrtfResponses::Of(set, format), NumInputs(), BufferSize(),
-                                    false);
+                                    atOnce);
 }
 
 void BinauralPanningDirect::Install(std::unique_ptr<Bundle> bundle) {
@@ -98,32 +99,22 @@ void BinauralPanningDirect::Install(std::unique_ptr<Bundle> bundle) {
     bundles_.Publish(std::move(bundle));
 }
 
-void BinauralPanningDirect::RefitSet() {
-    const auto set = GetHrtf();
-    if (set->Data().points.empty()) return;
-    auto bundle = PrepareBundle(set);
+void BinauralPanningDirect::RefitSet(bool atOnce) {
+    std::shared_ptr<const Hrtf> set;
+    {
+        const ControlGuard guard(controlLock_);
+        if (newest_ == nullptr || IsUpToDate(*newest_)) return;
+        set = set_;
+    }
+    auto bundle = PrepareBundle(set, atOnce);
     const ControlGuard guard(controlLock_);
     // Otherwise somebody else has made one meanwhile, for all settings that hold now.
     if (set == set_ && IsUpToDate(*bundle)) Install(std::move(bundle));
 }
 
-void BinauralPanningDirect::RebuildAtOnce() {
-    if (!set_->Data().points.empty()) Install(MakeBundle(set_, true));
-}
-
 void BinauralPanningDirect::PublishSettings() {
     crossfadeMs_.store(settings_.fadeMs, kRelaxed);
     if (newest_ != nullptr) newest_->filtering.SetSettings(settings_);
-}
-
-void BinauralPanningDirect::ApplySampleRate() {
-    if (newest_ != nullptr && newest_->filtering.Responses().Format() == Format()) return;
-    RebuildAtOnce();
-}
-
-void BinauralPanningDirect::ApplyBufferSize() {
-    if (newest_ != nullptr && newest_->filtering.BlockSize() == BufferSize()) return;
-    RebuildAtOnce();
 }
 
 void BinauralPanningDirect::ApplyReset() {
@@ -193,7 +184,7 @@ void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
         const ControlGuard guard(controlLock_);
         if (std::exchange(realisation_, realisation) == realisation) return;
     }
-    RefitSet();
+    RefitSet(false);
 }
 
 void BinauralPanningDirect::SetResponseLength(unsigned taps) {
@@ -202,7 +193,7 @@ void BinauralPanningDirect::SetResponseLength(unsigned taps) {
         const unsigned clamped = std::clamp(taps, kShortestCut, kLongestCut);
         if (std::exchange(maxTaps_, clamped) == clamped) return;
     }
-    RefitSet();
+    RefitSet(false);
 }
 
 void BinauralPanningDirect::SetDelayKind(unsigned code) {

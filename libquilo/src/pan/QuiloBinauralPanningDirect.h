@@ -80,8 +80,7 @@ private:
     };
     using EarPointers = std::array<float*, 2>;
 
-    void ApplySampleRate() override TAV_REQUIRES(controlLock_);
-    void ApplyBufferSize() override TAV_REQUIRES(controlLock_);
+    void FollowFrame() override { RefitSet(true); }
     void ApplyReset() override TAV_REQUIRES(controlLock_);
     void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }
     void ComputeSource(unsigned index, bool immediate, bool force) override
@@ -91,16 +90,13 @@ private:
     HrtfFormat Format() const TAV_REQUIRES(controlLock_);
     /// Whether the bundle was made for the settings that hold now.
     bool IsUpToDate(const Bundle& bundle) const TAV_REQUIRES(controlLock_);
-    std::unique_ptr<Bundle> MakeBundle(const std::shared_ptr<const Hrtf>& set, bool atOnce) const
-        TAV_REQUIRES(controlLock_);
-    /// The same with the lock given back while filters are computed: a setting may have changed
-    /// when it returns.
-    std::unique_ptr<Bundle> PrepareBundle(const std::shared_ptr<const Hrtf>& set) const;
+    /// Computes filters without the lock: a setting may have changed when it returns.
+    std::unique_ptr<Bundle> PrepareBundle(const std::shared_ptr<const Hrtf>& set,
+                                          bool atOnce) const;
     void Install(std::unique_ptr<Bundle> bundle) TAV_REQUIRES(controlLock_);
     bool Install(HrtfLoad& load);
-    /// For settings that the responses depend on, when one has changed: computes without the lock.
-    void RefitSet();
-    void RebuildAtOnce() TAV_REQUIRES(controlLock_);
+    /// For what the responses depend on, when it has changed: computes without the lock.
+    void RefitSet(bool atOnce);
     void PublishSettings() TAV_REQUIRES(controlLock_);
 
     void TakeBundle() noexcept TAV_NONBLOCKING;

@@ -37,15 +37,20 @@ std::string Pan::Name() const { return "panner"; }
 // ---- The frame
 
 void Pan::SetSampleRate(float hz) {
-    const ControlGuard guard(controlLock_);
-    AudioProcessorWithAutoMute::SetSampleRate(hz);
-    ApplySampleRate();
+    {
+        const ControlGuard guard(controlLock_);
+        AudioProcessorWithAutoMute::SetSampleRate(hz);
+        ApplySampleRate();
+    }
+    FollowFrame();
 }
 
 void Pan::SetBufferSize(unsigned frames) {
-    const ControlGuard guard(controlLock_);
-    AudioProcessorWithAutoMute::SetBufferSize(frames);
-    ApplyBufferSize();
+    {
+        const ControlGuard guard(controlLock_);
+        AudioProcessorWithAutoMute::SetBufferSize(frames);
+    }
+    FollowFrame();
 }
 
 void Pan::Reset() {

@@ -221,7 +221,9 @@ private:
     /// @param layout  from MakeLayout; to be freed by the caller, so old memory may go into it
     virtual void ApplySpeakersPositions(SpeakersLayout& layout) TAV_REQUIRES(controlLock_) = 0;
     virtual void ApplySampleRate() TAV_REQUIRES(controlLock_) {}
-    virtual void ApplyBufferSize() TAV_REQUIRES(controlLock_) {}
+    /// What takes long about a rate or a block size that was announced.
+    /// Thread: control, without the lock.
+    virtual void FollowFrame() {}
     virtual void ApplyReset() TAV_REQUIRES(controlLock_) {}
     virtual void ApplyOutletConnections(std::span<const short>) TAV_REQUIRES(controlLock_) {}
     virtual void ApplyInterpolationTime(float) TAV_REQUIRES(controlLock_) {}
