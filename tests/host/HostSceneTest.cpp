@@ -33,20 +33,4 @@ TEST(SceneRecorder, KeepsThePowerOfItsOutlets) {
     }
 }
 
-TEST(SceneRecorder, AsksForPositionsOnceASlotFromTheStart) {
-    SceneRecorder recorder(EmptyScene(), 1, 48000);
-    const std::vector<float> source{1, 2, 3}, speakers{0, 1, 0, 0, -1, 0};
-    std::size_t asked = 0;
-    for (std::uint64_t frame = 0; frame < 48000; frame += 16) {
-        if (!recorder.WantsPositions(frame)) continue;
-        ++asked;
-        recorder.AddPositions(frame, source, speakers);
-    }
-    const Scene scene = recorder.Finish();
-    EXPECT_EQ(asked, 1000u);
-    EXPECT_EQ(scene.path.front().seconds, 0);
-    EXPECT_EQ(scene.path.back().sources[0], (tav::CartesianVector{1, 2, 3}));
-    EXPECT_EQ(scene.speakers.size(), 2u);
-}
-
 }  // namespace

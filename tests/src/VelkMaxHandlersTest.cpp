@@ -106,21 +106,3 @@ TEST(Handlers, SayWhichMessageCouldNotBeAdded) {
     HostApi::SetConsoleSink({});
     EXPECT_EQ(lines, std::vector<std::string>{"error when adding method fails"});
 }
-
-TEST(Attributes, WriteDefaultsAndRangesThatReadBack) {
-    struct Case {
-        float value;
-        const char* text;
-    };
-    constexpr Case kCases[] = {{20.f, "20.00"},
-                               {0.2f, "0.20"},
-                               {-0.f, "-0.00"},
-                               {0.0875f, "0.0875"},
-                               {0.053f, "0.053"},
-                               {1e-7f, "1e-07"},
-                               {16777216.f, "16777216.00"}};
-    for (const Case& row : kCases) {
-        EXPECT_EQ(VelkMax::PropertyText("float32", static_cast<double>(row.value)), row.text);
-        EXPECT_EQ(std::stof(row.text), row.value);
-    }
-}

@@ -199,15 +199,6 @@ double LargestRoot(double c1, double c2) {
     return std::max(std::abs(-c1 + root), std::abs(-c1 - root)) / 2.0;
 }
 
-TEST(BuiltInHrtf, SaysWhatItIs) {
-    EXPECT_EQ(Set().InfoLines(),
-              (std::vector<std::string>{"hrtf type : Binaural", "filter type : BiquadCells",
-                                        "coefficients : 36", "channels : 2",
-                                        "sampling rate : 44100", "points : 710", "License : MIT",
-                                        "ListenerShortName : KEMAR", "Organization : MIT"}));
-    EXPECT_EQ(Hrtf().InfoLines()[5], "points : 0");
-}
-
 TEST(BuiltInHrtf, IsItsOwnMirrorImageBitForBit) {
     for (const HrtfPoint& point : Set().Data().points) {
         const tav::CartesianVector p = point.position;

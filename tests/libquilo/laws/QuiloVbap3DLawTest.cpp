@@ -36,24 +36,6 @@ Gains RawGains(const TripletBank& bank, std::size_t count, const CartesianVector
     return gains;
 }
 
-TEST(Vbap3DGains, EqualsThePlainChoice) {
-    std::mt19937 generator(2);
-    for (const std::size_t count : {4U, 5U, 9U, 20U, 40U}) {
-        CartesianArray layout(count);
-        // The upper half only: below it no triplet fits, and the running comparison decides.
-        for (auto& v : layout) v = RandomPoint(generator);
-        for (auto& v : layout) v.z = std::fabs(v.z) + 0.1f;
-        const auto triplets = Triangulate(layout);
-        const TripletBank bank = Bank(triplets);
-        Gains plain(count);
-        for (int n = 0; n < 2000; ++n) {
-            const CartesianVector source = RandomPoint(generator);
-            Plain::VbapGains(triplets, source, plain);
-            ASSERT_EQ(RawGains(bank, count, source), plain) << count << " " << n;
-        }
-    }
-}
-
 TEST(Vbap3DGains, PointsAtTheSourceWithUnitEnergy) {
     // Inside a triplet p = sum of g L: scaled back to its length it is the source again. The
     // inverse of a well-shaped triplet is right to some 10 epsilons.

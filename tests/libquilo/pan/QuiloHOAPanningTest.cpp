@@ -15,26 +15,6 @@ namespace {
 using Normalization = tav::SphericalHarmonic::Normalization;
 using Tests::PanPlayer;
 
-TEST(HOAPanning, PutsTheFrontIntoYAndTheRightIntoX) {
-    HOA2DPanning flat(1, 3);
-    HOA3DPanning pan(1, 4);
-    PanPlayer flatPlayer(flat), player(pan);
-    struct Row {
-        tav::CartesianVector source;
-        std::vector<double> flatGains, gains;
-    };
-    for (const Row& row :
-         {Row{{0, 2, 0}, {1, 1, 0}, {1, 1, 0, 0}}, Row{{3, 0, 0}, {1, 0, 1}, {1, 0, 0, 1}},
-          Row{{0, 0, 4}, {1, 0, 0}, {1, 0, 1, 0}}}) {
-        flat.SetSourcePosition(0, row.source, true, true);
-        pan.SetSourcePosition(0, row.source, true, true);
-        if (row.source.z == 0.f) {
-            EXPECT_EQ(flatPlayer.SteadyGains(0), row.flatGains);
-        }
-        EXPECT_EQ(player.SteadyGains(0), row.gains);
-    }
-}
-
 TEST(HOAPanning, LimitsItsOrderToTheOutputs) {
     HOA2DPanning pan(1, 7);
     EXPECT_EQ(pan.GetOrder(), 3u);

@@ -118,6 +118,7 @@ const Blocks kBlocks[] = {
     {"SmallWithoutFades", 300, 64, {64}, 0.f, tav::FadeShape::Linear},
     {"Irregular", 200, 64, {64, 64, 17, 64, 128, 100, 1}, 5.f, tav::FadeShape::SquareCosine},
     {"NoPowerOfTwo", 200, 100, {100}, 3.f, tav::FadeShape::Cosine},
+    {"NoPowerOfTwoAndLong", 1100, 100, {100, 7, 60}, 7.3f, tav::FadeShape::Linear},
     {"Large", 200, 512, {512}, 2.f, tav::FadeShape::SquareCosine},
     {"Larger", 700, 1024, {1024}, 7.f, tav::FadeShape::SquareCosine},
 };

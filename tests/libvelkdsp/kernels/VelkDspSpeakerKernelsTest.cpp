@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The scalar twin itself is measured by the tests of the laws that use these kernels.
 #include "kernels/VelkDspSpeakerKernels.h"
 
 #include "libvelkdsp/kernels/KernelHarness.h"
@@ -12,82 +13,50 @@
 namespace tav {
 namespace {
 
-/// Three rows of `count` numbers and the gains that are right before they are scaled.
-struct Problem {
-    std::vector<float> rows;
-    std::ptrdiff_t stride;
-    std::vector<double> gains;
-};
-
-class SpeakerKernelsOf : public Tests::KernelsOf<SpeakerKernels> {};
-
-template <class Fill>
-void ExpectUnitEnergyGains(const Problem& problem, int start, Fill fill) {
-    double energy = 0.0;
-    for (const double gain : problem.gains) energy += gain * gain;
-    Tests::Guarded<float> gains(start, std::vector<float>(problem.gains.size()));
-    fill(gains.Data());
-    for (std::size_t k = 0; k < problem.gains.size(); ++k) {
-        // Some roundings of its own and those of a sum of up to 67 terms.
-        const double expected = problem.gains[k] / std::sqrt(energy);
-        ASSERT_NEAR(static_cast<double>(gains.Data()[k]), expected, 2e-6 * expected)
-            << k << " of " << problem.gains.size();
-    }
-}
-
-TEST_P(SpeakerKernelsOf, GiveTheGainsOfDoublePrecision) {
-    std::mt19937 generator(5);
-    const auto square = [](double v) { return v * v; };
-    for (int count = 1; count <= Tests::kLongestRun; ++count) {
-        for (int round = 0; round < Tests::kStarts; ++round) {
-            Problem problem;
-            problem.stride = (count + 15) / 16 * 16;
-            problem.rows.resize(static_cast<std::size_t>(3 * problem.stride));
-            const auto row = [&](int r, int k) -> float& {
-                return problem.rows[static_cast<std::size_t>(r * problem.stride + k)];
-            };
-            // 1. by distance
-            std::vector<float> metric(7);
-            for (float& number : metric) number = std::fabs(Tests::Uniform(generator));
-            if (round == 0) metric[6] = 0.f;
-            for (int k = 0; k < count; ++k) {
-                double squared = 1e-10 + double{metric[6]};
-                for (int axis = 0; axis < 3; ++axis) {
-                    const auto a = static_cast<std::size_t>(axis);
-                    row(axis, k) = k == 0 ? metric[a] : 8.f * Tests::Uniform(generator);
-                    squared +=
-                        double{metric[3 + a]} * square(double{row(axis, k)} - double{metric[a]});
-                }
-                problem.gains.push_back(1.0 / std::sqrt(squared));
-            }
-            ExpectUnitEnergyGains(problem, round, [&](float* gains) {
-                tested_.gainsByDistance(problem.rows.data(), problem.stride, count, metric.data(),
-                                        gains);
-            });
-            // 2. by angle; one loudspeaker is exactly opposite
-            const float exponents[] = {1.f, 0.f, 0.5f, 0.01f};
-            const float exponent =
-                round < 4 ? exponents[round] : std::fabs(Tests::Uniform(generator));
-            const float source = 3.f * Tests::Uniform(generator);
-            const float x = std::cos(source), y = std::sin(source);
-            problem.gains.clear();
-            for (int k = 0; k < count; ++k) {
-                const float angle = 3.f * Tests::Uniform(generator);
-                const bool isOpposite = k == 1;
-                row(0, k) = isOpposite ? -x : std::cos(angle);
-                row(1, k) = isOpposite ? -y : std::sin(angle);
-                row(2, k) = 0.1f + std::fabs(Tests::Uniform(generator));
-                const double base = 0.5 * (square(double{row(0, k)} + double{x}) +
-                                           square(double{row(1, k)} + double{y}));
-                const double resolved = base < double{kCosineResolution} ? 0.0 : base;
-                problem.gains.push_back(std::pow(resolved, double{exponent}) * double{row(2, k)});
-            }
-            ExpectUnitEnergyGains(problem, round, [&](float* gains) {
-                EXPECT_TRUE(tested_.gainsByAngle(problem.rows.data(), problem.stride, count, x, y,
-                                                 exponent, gains));
-            });
+class SpeakerKernelsOf : public Tests::KernelsOf<SpeakerKernels> {
+protected:
+    template <class Fill>
+    void ExpectTheTwinsGains(int count, int start, Fill fill) {
+        const std::vector<float> empty(static_cast<std::size_t>(count));
+        Tests::Guarded<float> gains(start, empty), expected(0, empty);
+        EXPECT_EQ(fill(tested_, gains.Data()), fill(plain_, expected.Data()));
+        for (int k = 0; k < count; ++k) {
+            // Some roundings of their own and those of a sum of up to 67 terms.
+            const float twin = expected.Data()[k];
+            ASSERT_NEAR(gains.Data()[k], twin, 4e-6f * twin) << k << " of " << count;
         }
     }
+};
+
+TEST_P(SpeakerKernelsOf, GiveTheGainsOfTheScalarTwin) {
+    std::mt19937 generator(5);
+    const auto share = [&] { return std::fabs(Tests::Uniform(generator)); };
+    Tests::ForEveryLengthAndStart(Tests::kLongestRun, [&](int count, int start) {
+        if (count == 0) return;
+        const std::ptrdiff_t stride = (count + 15) / 16 * 16;
+        std::vector<float> rows(static_cast<std::size_t>(3 * stride)), metric(7);
+        for (float& number : rows) number = 8.f * Tests::Uniform(generator);
+        for (float& number : metric) number = share();
+        if (start == 0) metric[6] = 0.f;
+        float *const x = rows.data(), *const y = x + stride, *const weights = y + stride;
+        for (std::size_t axis = 0; axis < 3; ++axis) x[stride * int(axis)] = metric[axis];
+        ExpectTheTwinsGains(count, start, [&](const SpeakerKernels& kernels, float* gains) {
+            kernels.gainsByDistance(x, stride, count, metric.data(), gains);
+            return true;
+        });
+        const float source = 3.f * Tests::Uniform(generator);
+        const float exponent = start < 3 ? 0.5f * static_cast<float>(start) : share();
+        for (int k = 0; k < count; ++k) {
+            const float angle = 3.f * Tests::Uniform(generator);
+            x[k] = k == 1 ? -std::cos(source) : std::cos(angle);  // one is exactly opposite
+            y[k] = k == 1 ? -std::sin(source) : std::sin(angle);
+            weights[k] = 0.1f + share();
+        }
+        ExpectTheTwinsGains(count, start, [&](const SpeakerKernels& kernels, float* gains) {
+            return kernels.gainsByAngle(x, stride, count, std::cos(source), std::sin(source),
+                                        exponent, gains);
+        });
+    });
     const std::vector<float> opposite(48, -1.f);
     float gain = 1.f;
     EXPECT_FALSE(tested_.gainsByAngle(opposite.data(), 16, 1, 1.f, 1.f, 0.5f, &gain));

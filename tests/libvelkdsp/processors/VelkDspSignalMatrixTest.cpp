@@ -150,16 +150,11 @@ protected:
 
     /// As the host asks for a block: every output is overwritten, the unconnected ones with zeros.
     void PlayHost(const Channels& inputs, Channels& outputs, std::size_t frames) {
-        std::vector<std::vector<double>> in;
+        Tests::Channels<double> in;
         for (const auto& input : inputs) in.emplace_back(input.begin(), input.end());
-        std::vector<std::vector<double>> out(outputs.size(), std::vector<double>(frames, 7.0));
-        std::vector<const double*> ins;
-        std::vector<double*> outs;
-        for (auto& input : in) ins.push_back(input.data());
-        for (auto& output : out) outs.push_back(output.data());
-        const unsigned violations = Tests::ViolationsOf(
-            [&] { matrix_.Process(outs.data(), ins.data(), static_cast<unsigned>(frames)); });
-        ASSERT_EQ(violations, 0u) << "allocated, freed or locked";
+        const auto out = Tests::PlayBlocks(
+            in, outputs.size(), frames, frames,
+            [&](auto outs, auto ins, unsigned n) { matrix_.Process(outs, ins, n); });
         for (std::size_t o = 0; o < out.size(); ++o) {
             std::ranges::transform(out[o], outputs[o].begin(),
                                    [](double sample) { return static_cast<float>(sample); });
