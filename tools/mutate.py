@@ -16,7 +16,7 @@ run, and builds there what a fault changes. With --here the one job works in thi
 build/release, which is quick where both are up to date; nobody else may touch them meanwhile. A
 fault is
   killed     when a test fails, the program dies, or it lasts longer than the limit; the tests of
-             the fault's own room run first
+             the fault's own room run first, faults in pictures meet pictures_test.py, too
   survived   when all tests pass
   not built  when the compiler refuses it: a mistake of the table
 The last lines say the commit, the numbers and the share that was killed. Status 0: all rows could be
@@ -187,7 +187,10 @@ class Workshop:
         for filter_ in [":".join(near), "-" + ":".join(near)] if near else ["*"]:
             status, output = self.test("--gtest_filter=" + filter_)
             if status != 0:
-                break
+                return status, output
+        if path.parent == self.folder / "host/picture":
+            return run([sys.executable, "tests/tools/pictures_test.py", f"{self.build('')}/bin/quilo-host"],
+                       self.folder, self.limit)
         return status, output
 
     def attempt(self, fault):

@@ -95,6 +95,17 @@ TEST_F(Deferral, WorkOfADeadObjectIsReportedAndNewWorkWaitsForTheNextRound) {
     EXPECT_EQ(HostApi::RunDeferred(), 0u);
 }
 
+TEST_F(MaxApiTest, ClocksRingInTheOrderOfTheirTimes) {
+    const method ring = MaxApi::ToMethod(+[](const char* name) { Say(name); });
+    char late[] = "late", early[] = "early";
+    t_clock* const clocks[] = {clock_new(late, ring), clock_new(early, ring)};
+    clock_fdelay(clocks[0], 20);
+    clock_fdelay(clocks[1], 10);
+    HostApi::AdvanceClocks(30);
+    EXPECT_EQ(Take(), (Lines{"early", "late"}));
+    for (t_clock* clock : clocks) object_free(clock);
+}
+
 // ---- Dictionaries
 
 TEST_F(MaxApiTest, ADictionaryFoundByNameOutlivesItsMakersFree) {

@@ -70,6 +70,7 @@ TEST(SpcapLaw, KeepsItsEnergyAtItsEnds) {
         {"all opposite", {at(180), at(180)}, at(0), 30, {half, half}},
         {"spread all round", {at(0), at(180)}, at(0), 100, {half, half}},
         {"at the listener", {{0, 0, 0}, {0, 0, 1}}, {0, 0, 0}, 0, {half, half}},
+        {"a negative zero points to the left", {at(90), at(-90)}, {-0.f, 0, 0}, 0, {0, 1}},
         {"nobody", {}, at(0), 0, {}},
     };
     for (const Row& row : rows) {

@@ -96,7 +96,7 @@ const ShapeCase kShapes[] = {
 class FadeOfShape : public testing::TestWithParam<ShapeCase> {};
 
 TEST_P(FadeOfShape, FollowsItsWeightsAndTakesTheNewestOfThoseThatWait) {
-    const FirResponse one(Signal{1.f}), two(Signal{2.f}), three(Signal{3.f}), same(Signal{3.f});
+    const FirResponse one(Signal{1.f}), two(Signal{2.f}), three(Signal{3.f});
     const Signal ones(1000, 1.f);
     for (const unsigned blockSize : {1u, 100u, 1000u}) {
         CrossfadedFir fir(1, kRate);
@@ -105,7 +105,7 @@ TEST_P(FadeOfShape, FollowsItsWeightsAndTakesTheNewestOfThoseThatWait) {
         EXPECT_EQ(PlayFir(fir, Signal(3, 1.f), 1, kNothing), Signal(3, 1.f));
         fir.SetFade(5.f, GetParam().shape);  // 240 samples
         fir.Load(&three);
-        fir.Load(&same);
+        fir.Load(&three);
         const auto retarget = [&](std::size_t frame) {
             if (frame != 100) return;
             fir.Load(&two);
@@ -123,6 +123,11 @@ TEST_P(FadeOfShape, FollowsItsWeightsAndTakesTheNewestOfThoseThatWait) {
             const double t = std::min(static_cast<double>(k - 239) / 480.0, 1.0);
             ASSERT_NEAR(output[k], blockSize == 1000 ? 3.0 : 3.0 - 2.0 * t, 1e-6) << k;
         }
+        // To one that is equal nothing fades; a cosine would swell by 3 dB.
+        const FirResponse equal(Signal{output.back()});
+        fir.SetFade(5.f, GetParam().shape);
+        fir.Load(&equal);
+        EXPECT_EQ(PlayFir(fir, ones, blockSize, kNothing), Signal(1000, output.back()));
         fir.Load(nullptr);
         EXPECT_EQ(PlayFir(fir, ones, blockSize, kNothing).back(), 0.f);
     }
