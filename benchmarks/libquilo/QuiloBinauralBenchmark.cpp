@@ -7,8 +7,10 @@
 #include "BenchmarkInputs.h"
 #include "kernels/VelkDspDenormalGuard.h"
 #include "math/VelkDspSpherical.h"
-#include "pan/QuiloBinauralPanningDirect.h"
+#include "pan/QuiloHrtfFiltering.h"
+#include "pan/QuiloPan.h"
 #include "reference/PlainBinauralVoice.h"
+#include "reference/PlainPathVoice.h"
 
 #include <benchmark/benchmark.h>
 
@@ -79,8 +81,14 @@ void Count(benchmark::State& state, unsigned sources, unsigned frames) {
 }
 
 /// @param rate  of the host; the built-in set is for 44100
-void Panner(benchmark::State& state, unsigned sources, unsigned frames, float rate, bool moves) {
-    Quilo::BinauralPanningDirect pan(sources, 2);
+void Panner(benchmark::State& state,
+            unsigned sources,
+            unsigned frames,
+            float rate,
+            bool moves,
+            const char* subtype = "direct") {
+    const auto panner = Quilo::Pan::Create(sources, 2, "binaural", subtype);
+    Quilo::Pan& pan = *panner;
     pan.SetSampleRate(rate);
     pan.SetBufferSize(frames);
     pan.LoadHrtf("kemar");
@@ -109,6 +117,33 @@ void BinauralBiquad(benchmark::State& state) {
 void BinauralBuiltIn(benchmark::State& state) {
     Panner(state, static_cast<unsigned>(state.range(0)), static_cast<unsigned>(state.range(1)),
            static_cast<float>(state.range(2)), state.range(3) != 0);
+}
+
+void BinauralSubtype(benchmark::State& state, const char* subtype) {
+    Panner(state, static_cast<unsigned>(state.range(0)), static_cast<unsigned>(state.range(1)),
+           44100.f, state.range(2) != 0, subtype);
+}
+
+/// What the subtypes without measured filters do, one source after the other.
+void BinauralPlainPaths(benchmark::State& state, bool hasTorso) {
+    const auto sources = static_cast<unsigned>(state.range(0));
+    const auto frames = static_cast<unsigned>(state.range(1));
+    std::deque<Tests::PlainPathVoice> voices;
+    for (unsigned s = 0; s < sources; ++s) {
+        const Quilo::EarPath path{1.f + 0.01f * static_cast<float>(s % 50), 1.f, 0.5f, 0.9f};
+        voices.emplace_back(44100.f, 1250.f, 650.f, 30.f)
+            .Set({.direct = {path, path}, .reflected = {path, path}}, true);
+    }
+    Block block(sources, frames);
+    const tav::DenormalGuard guard;  // as hosts have it round a block
+    for (auto _ : state) {
+        block.Silence();
+        for (unsigned s = 0; s < sources; ++s) {
+            voices[s].Perform(block.ears, block.inputs[s], frames, hasTorso);
+        }
+        benchmark::ClobberMemory();
+    }
+    Count(state, sources, frames);
 }
 
 void BinauralPlain(benchmark::State& state) {
@@ -292,6 +327,18 @@ BENCHMARK(BinauralBiquad)
 BENCHMARK(BinauralBuiltIn)
     ->ArgNames({"sources", "frames", "rate", "moving"})
     ->Args({64, 64, 48000, 0});
+#define BINAURAL_SUBTYPE(name)                      \
+    BENCHMARK_CAPTURE(BinauralSubtype, name, #name) \
+        ->ArgNames({"sources", "frames", "moving"}) \
+        ->ArgsProduct({{1, 64, 250}, {64}, {0, 1}})
+BINAURAL_SUBTYPE(direct);
+BINAURAL_SUBTYPE(early);
+BINAURAL_SUBTYPE(sphericalheadmodel);
+BINAURAL_SUBTYPE(snowman);
+BENCHMARK_CAPTURE(BinauralPlainPaths, head, false)->ArgNames({"sources", "frames"})->Args({64, 64});
+BENCHMARK_CAPTURE(BinauralPlainPaths, snowman, true)
+    ->ArgNames({"sources", "frames"})
+    ->Args({64, 64});
 BENCHMARK(BinauralPlain)->ArgNames({"sources", "frames"})->ArgsProduct({{16, 64, 250}, {64, 512}});
 BENCHMARK(BinauralFir)
     ->ArgNames({"taps", "sources", "frames"})

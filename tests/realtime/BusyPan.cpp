@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "realtime/BusyPan.h"
 
+#include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloPanDefaults.h"
@@ -103,6 +104,15 @@ void BusyPan::TurnTheirOwn(unsigned source, std::mt19937& random) {
     if (auto* panr = dynamic_cast<Quilo::RecursivePanning*>(pan_.get())) panr->SetCorners(values);
     if (auto* bass = dynamic_cast<Quilo::SubwoofersPanning*>(pan_.get())) bass->SetCutoff(*values);
     if (auto* nfc = dynamic_cast<Quilo::NFCHOAPanning*>(pan_.get())) nfc->SetHighPass(on);
+    if (auto* ears = dynamic_cast<Quilo::BinauralPanning*>(pan_.get())) {
+        ears->SetListenerAngle(*values);
+        ears->SetHeadRadius(on ? 0.1f : 0.001f * *values);
+        ears->SetItdModel(on ? "measurement" : "basic");
+    }
+    if (auto* ears = dynamic_cast<Quilo::BinauralPanningSnowmanModel*>(pan_.get())) {
+        ears->SetTorsoRadius(0.003f * values[1]);
+        ears->SetNeckHeight(0.01f * values[2]);
+    }
 }
 
 void BusyPan::Reshape(std::mt19937& random) {

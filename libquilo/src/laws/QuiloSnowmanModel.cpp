@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace Quilo {
 
@@ -14,7 +15,8 @@ constexpr double kMsPerMetre = 1000.0 / 343.2;
 constexpr double kAbove = 0.001;     // metres: how far a source inside is taken out
 constexpr double kFarthest = 1e6;    // metres
 constexpr double kDeepShadow = 0.9;  // what is lost behind its middle, far above the corner
-constexpr int kBisections = 40;
+constexpr int kMostSteps = 40;
+constexpr double kSmallestStep = 1e-9;  // radians
 
 struct Vector {
     double x, y, z;
@@ -26,7 +28,7 @@ struct Vector {
         return {a.x + b.x, a.y + b.y, a.z + b.z};
     }
     friend Vector operator*(double f, const Vector& v) { return {f * v.x, f * v.y, f * v.z}; }
-    double Length() const { return std::hypot(x, y, z); }
+    double Length() const { return std::sqrt(x * x + y * y + z * z); }
 };
 
 double Dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
@@ -75,16 +77,30 @@ struct Plane {
     }
 };
 
-/// How far the point of reflection is turned from the ear, seen from the centre.
+/// How far the point of reflection is turned from the ear, seen from the centre: where the sine of
+/// the difference between both angles of incidence is 0. It grows from the ear to the source.
+/// Newton's steps, halves where these lead out.
 double TurnToReflection(const Plane& plane) {
+    const double perTorso = 1.0 / plane.radius, perEar = 1.0 / plane.ear;
+    const double perSource = 1.0 / plane.source;
+    const double heights = (plane.ear - plane.radius) + (plane.source - plane.radius);
     double low = 0.0, high = plane.angle;
-    for (int step = 0; step < kBisections; ++step) {
-        const double middle = 0.5 * (low + high);
-        const bool isTooNear = plane.Incidence(plane.ear, middle) <
-                               plane.Incidence(plane.source, plane.angle - middle);
-        (isTooNear ? low : high) = middle;
+    double turn = heights > 0.0 ? high * (plane.ear - plane.radius) / heights : 0.0;
+    for (int step = 0; step < kMostSteps; ++step) {
+        const double rest = plane.angle - turn;
+        const double sinTurn = std::sin(turn), cosTurn = std::cos(turn);
+        const double sinRest = std::sin(rest), cosRest = std::cos(rest);
+        const double value = (sinTurn * cosRest - cosTurn * sinRest) * perTorso -
+                             sinTurn * perSource + sinRest * perEar;
+        const double slope = 2.0 * (cosTurn * cosRest + sinTurn * sinRest) * perTorso -
+                             cosTurn * perSource - cosRest * perEar;
+        (value < 0.0 ? low : high) = turn;
+        const double next = turn - value / slope;
+        const bool isWithin = next > low && next < high;
+        const double before = std::exchange(turn, isWithin ? next : 0.5 * (low + high));
+        if (std::abs(turn - before) < kSmallestStep) break;
     }
-    return 0.5 * (low + high);
+    return turn;
 }
 
 void AddShadow(const Plane& plane, TorsoPaths& paths) {
