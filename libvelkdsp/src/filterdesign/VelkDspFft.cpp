@@ -34,7 +34,7 @@ Fft::Fft(std::size_t size, const ConvolutionKernels& kernels)
     : half_(CheckedHalf(size)),
       kernels_(kernels),
       scratch_{Scratch(half_), Scratch(half_)} {
-    for (std::size_t n = half_; n >= 4; n /= 4) {
+    for (std::size_t n = half_; n > 8; n /= 4) {
         for (const double power : {1.0, 2.0, 3.0}) {
             for (std::size_t p = 0; p < n / 4; ++p) {
                 const double turns = power * static_cast<double>(p) / static_cast<double>(n);
@@ -54,31 +54,20 @@ ComplexParts Fft::Transform() noexcept TAV_NONBLOCKING {
     ConstComplexParts twiddles{twiddlesRe_.data(), twiddlesIm_.data()};
     int n = static_cast<int>(half_);
     int stride = 1;
-    for (; n >= 4; n /= 4, stride *= 4) {
+    for (; n > 8; n /= 4, stride *= 4) {
         kernels_.radix4({{from.re, from.im}, to, twiddles, n, stride});
         const int used = 3 * (n / 4);
         twiddles = {twiddles.re + used, twiddles.im + used};
         std::swap(from, to);
     }
-    if (n == 2) {
-        for (int k = 0; k < stride; ++k) {
-            to.re[k] = from.re[k] + from.re[k + stride];
-            to.im[k] = from.im[k] + from.im[k + stride];
-            to.re[k + stride] = from.re[k] - from.re[k + stride];
-            to.im[k + stride] = from.im[k] - from.im[k + stride];
-        }
-        std::swap(from, to);
-    }
-    return from;
+    kernels_.lastPass({{from.re, from.im}, to, n, stride});
+    return to;
 }
 
 void Fft::Forward(std::span<const float> signal,
                   std::span<float> re,
                   std::span<float> im) noexcept TAV_NONBLOCKING {
-    for (std::size_t k = 0; k < half_; ++k) {
-        scratch_[0].re[k] = signal[2 * k];
-        scratch_[0].im[k] = signal[2 * k + 1];
-    }
+    kernels_.split(signal.data(), scratch_[0].Parts(), static_cast<int>(half_));
     const ComplexParts z = Transform();
     re[0] = z.re[0] + z.im[0];
     re[half_] = z.re[0] - z.im[0];
@@ -106,10 +95,7 @@ void Fft::Inverse(std::span<const float> re,
                    -1.f});
     const ComplexParts z = Transform();
     const float scale = 0.5f / static_cast<float>(half_);
-    for (std::size_t k = 0; k < half_; ++k) {
-        signal[2 * k] = z.im[k] * scale;
-        signal[2 * k + 1] = z.re[k] * scale;
-    }
+    kernels_.merge({z.im, z.re}, signal.data(), scale, static_cast<int>(half_));
 }
 
 }  // namespace tav

@@ -28,6 +28,14 @@ struct RadixPass {
     int stride;  // a power of 4
 };
 
+/// The last pass, of radix 4 or 8: transforms of as many numbers, which are `stride` apart.
+struct LastPass {
+    ConstComplexParts from;
+    ComplexParts to;  // another place
+    int radix;
+    int stride;  // a power of 4, at least 4
+};
+
 /// Takes a spectrum and its mirror image together: with a = from[k], b = conj from[half - k] and
 /// t = turns[k], whose imaginary part is multiplied by `sign`, to[k] = scale ((a + b) + t (a - b))
 /// and to[half - k] = conj scale ((a + b) - t (a - b)) for k = 1 .. half / 2. It is the last step
@@ -57,7 +65,15 @@ struct ConvolutionKernels {
     /// of a sample does not depend on n. y overlaps nothing.
     void (*fir)(float* y, const float* x, const float* taps, int numTaps, int n) noexcept
         TAV_NONBLOCKING;
+    /// to[k] = signal[2 k] + i signal[2 k + 1], for n numbers; n is a multiple of 8.
+    void (*split)(const float* signal, const ComplexParts& to, int n) noexcept TAV_NONBLOCKING;
+    /// The other way, times `scale`.
+    void (*merge)(const ConstComplexParts& from,
+                  float* signal,
+                  float scale,
+                  int n) noexcept TAV_NONBLOCKING;
     void (*radix4)(const RadixPass& pass) noexcept TAV_NONBLOCKING;
+    void (*lastPass)(const LastPass& pass) noexcept TAV_NONBLOCKING;
     void (*fold)(const FoldPass& pass) noexcept TAV_NONBLOCKING;
     /// sum[k] += a[k] * b[k]
     void (*multiplyAdd)(const ComplexParts& sum,

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <immintrin.h>
+#include <utility>
 
 namespace tav {
 namespace {
@@ -103,6 +104,42 @@ Numbers<S> Product(const Numbers<S>& a, const Numbers<S>& b) noexcept {
             S::MultiplyAdd(a.re, b.im, S::Multiply(a.im, b.re))};
 }
 
+template <class S>
+void StoreNumbers(const ComplexParts& parts, int at, const Numbers<S>& numbers) noexcept {
+    S::Store(parts.re + at, numbers.re);
+    S::Store(parts.im + at, numbers.im);
+}
+
+template <class S>
+Numbers<S> Sum(const Numbers<S>& a, const Numbers<S>& b) noexcept {
+    return {S::Add(a.re, b.re), S::Add(a.im, b.im)};
+}
+template <class S>
+Numbers<S> Difference(const Numbers<S>& a, const Numbers<S>& b) noexcept {
+    return {S::Subtract(a.re, b.re), S::Subtract(a.im, b.im)};
+}
+/// a - i b
+template <class S>
+Numbers<S> MinusTurned(const Numbers<S>& a, const Numbers<S>& b) noexcept {
+    return {S::Add(a.re, b.im), S::Subtract(a.im, b.re)};
+}
+/// a + i b
+template <class S>
+Numbers<S> PlusTurned(const Numbers<S>& a, const Numbers<S>& b) noexcept {
+    return {S::Subtract(a.re, b.im), S::Add(a.im, b.re)};
+}
+
+/// The transform of four numbers, in their place.
+template <class S>
+void Four(Numbers<S>& a, Numbers<S>& b, Numbers<S>& c, Numbers<S>& d) noexcept {
+    const Numbers<S> evenSum = Sum<S>(a, c), even = Difference<S>(a, c);
+    const Numbers<S> oddSum = Sum<S>(b, d), odd = Difference<S>(b, d);
+    a = Sum<S>(evenSum, oddSum);
+    b = MinusTurned<S>(even, odd);
+    c = Difference<S>(evenSum, oddSum);
+    d = PlusTurned<S>(even, odd);
+}
+
 /// Reads four numbers `apart` from each other, and leaves their transform, twiddled, in `out`.
 template <class S>
 void Butterfly(const ConstComplexParts& from,
@@ -110,19 +147,9 @@ void Butterfly(const ConstComplexParts& from,
                int apart,
                const Numbers<S>* twiddles,
                Numbers<S>* out) noexcept {
-    const Numbers<S> a = LoadNumbers<S>(from, at);
-    const Numbers<S> b = LoadNumbers<S>(from, at + apart);
-    const Numbers<S> c = LoadNumbers<S>(from, at + 2 * apart);
-    const Numbers<S> d = LoadNumbers<S>(from, at + 3 * apart);
-    const Numbers<S> evenSum{S::Add(a.re, c.re), S::Add(a.im, c.im)};
-    const Numbers<S> even{S::Subtract(a.re, c.re), S::Subtract(a.im, c.im)};
-    const Numbers<S> oddSum{S::Add(b.re, d.re), S::Add(b.im, d.im)};
-    const Numbers<S> odd{S::Subtract(b.re, d.re), S::Subtract(b.im, d.im)};
-    out[0] = {S::Add(evenSum.re, oddSum.re), S::Add(evenSum.im, oddSum.im)};
-    out[1] = Product<S>({S::Add(even.re, odd.im), S::Subtract(even.im, odd.re)}, twiddles[0]);
-    out[2] = Product<S>({S::Subtract(evenSum.re, oddSum.re), S::Subtract(evenSum.im, oddSum.im)},
-                        twiddles[1]);
-    out[3] = Product<S>({S::Subtract(even.re, odd.im), S::Add(even.im, odd.re)}, twiddles[2]);
+    for (int i = 0; i < 4; ++i) out[i] = LoadNumbers<S>(from, at + i * apart);
+    Four<S>(out[0], out[1], out[2], out[3]);
+    for (int i = 1; i < 4; ++i) out[i] = Product<S>(out[i], twiddles[i - 1]);
 }
 
 /// Groups that lie side by side, `stride` of them with the same twiddles.
@@ -140,39 +167,155 @@ void PassOfGroups(const RadixPass& pass) noexcept {
             Butterfly<S>(pass.from, q + pass.stride * p, pass.stride * quarter, twiddles, out);
             for (int i = 0; i < 4; ++i) {
                 const int at = q + pass.stride * (4 * p + i);
-                S::Store(pass.to.re + at, out[i].re);
-                S::Store(pass.to.im + at, out[i].im);
+                StoreNumbers<S>(pass.to, at, out[i]);
             }
         }
     }
 }
 
-/// The first pass: groups do not lie side by side, so four of them are turned.
-/// @pre  n is a multiple of 16
+/// Stores rows[i][j] at to[4 j + i].
+void StoreTurned(float* to, __m256 a, __m256 b, __m256 c, __m256 d) noexcept {
+    const auto pairs = [](__m256 low, __m256 high) {
+        return std::pair(_mm256_unpacklo_ps(low, high), _mm256_unpackhi_ps(low, high));
+    };
+    const auto [ab0, ab2] = pairs(a, b);
+    const auto [cd0, cd2] = pairs(c, d);
+    const __m256 zero = _mm256_shuffle_ps(ab0, cd0, _MM_SHUFFLE(1, 0, 1, 0));  // j = 0 and 4
+    const __m256 one = _mm256_shuffle_ps(ab0, cd0, _MM_SHUFFLE(3, 2, 3, 2));   // 1 and 5
+    const __m256 two = _mm256_shuffle_ps(ab2, cd2, _MM_SHUFFLE(1, 0, 1, 0));
+    const __m256 three = _mm256_shuffle_ps(ab2, cd2, _MM_SHUFFLE(3, 2, 3, 2));
+    _mm256_storeu_ps(to, _mm256_permute2f128_ps(zero, one, 0x20));
+    _mm256_storeu_ps(to + 8, _mm256_permute2f128_ps(two, three, 0x20));
+    _mm256_storeu_ps(to + 16, _mm256_permute2f128_ps(zero, one, 0x31));
+    _mm256_storeu_ps(to + 24, _mm256_permute2f128_ps(two, three, 0x31));
+}
+
+/// The first pass: groups do not lie side by side, so eight of them are turned.
+/// @pre  n is a multiple of 32
 void FirstPass(const RadixPass& pass) noexcept {
     const int quarter = pass.n / 4;
-    for (int p = 0; p < quarter; p += 4) {
-        Numbers<Narrow> twiddles[3];
+    for (int p = 0; p < quarter; p += kLanes) {
+        Numbers<Wide> twiddles[3], out[4];
         for (int i = 0; i < 3; ++i) {
-            twiddles[i] = LoadNumbers<Narrow>(pass.twiddles, i * quarter + p);
+            twiddles[i] = LoadNumbers<Wide>(pass.twiddles, i * quarter + p);
         }
-        Numbers<Narrow> out[4];
-        Butterfly<Narrow>(pass.from, p, quarter, twiddles, out);
-        _MM_TRANSPOSE4_PS(out[0].re, out[1].re, out[2].re, out[3].re);
-        _MM_TRANSPOSE4_PS(out[0].im, out[1].im, out[2].im, out[3].im);
-        for (int i = 0; i < 4; ++i) {
-            const int at = 4 * (p + i);
-            Narrow::Store(pass.to.re + at, out[i].re);
-            Narrow::Store(pass.to.im + at, out[i].im);
+        Butterfly<Wide>(pass.from, p, quarter, twiddles, out);
+        StoreTurned(pass.to.re + 4 * p, out[0].re, out[1].re, out[2].re, out[3].re);
+        StoreTurned(pass.to.im + 4 * p, out[0].im, out[1].im, out[2].im, out[3].im);
+    }
+}
+
+/// Two numbers, each in four lanes.
+__m256 EachFourTimes(const float* two) noexcept {
+    const __m128 both = _mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(two)));
+    return _mm256_permutevar8x32_ps(_mm256_castps128_ps256(both),
+                                    _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1));
+}
+
+/// The second pass: groups of four, two groups a vector.  @pre  n is a multiple of 8
+void SecondPass(const RadixPass& pass) noexcept {
+    const int quarter = pass.n / 4;
+    for (int p = 0; p < quarter; p += 2) {
+        Numbers<Wide> twiddles[3], out[4];
+        for (int i = 0; i < 3; ++i) {
+            twiddles[i] = {EachFourTimes(pass.twiddles.re + i * quarter + p),
+                           EachFourTimes(pass.twiddles.im + i * quarter + p)};
         }
+        Butterfly<Wide>(pass.from, 4 * p, pass.n, twiddles, out);
+        const auto store = [p](float* to, __m256 a, __m256 b, __m256 c, __m256 d) {
+            _mm256_storeu_ps(to + 16 * p, _mm256_permute2f128_ps(a, b, 0x20));
+            _mm256_storeu_ps(to + 16 * p + 8, _mm256_permute2f128_ps(c, d, 0x20));
+            _mm256_storeu_ps(to + 16 * p + 16, _mm256_permute2f128_ps(a, b, 0x31));
+            _mm256_storeu_ps(to + 16 * p + 24, _mm256_permute2f128_ps(c, d, 0x31));
+        };
+        store(pass.to.re, out[0].re, out[1].re, out[2].re, out[3].re);
+        store(pass.to.im, out[0].im, out[1].im, out[2].im, out[3].im);
     }
 }
 
 void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
     if (pass.stride >= kLanes) return PassOfGroups<Wide, kLanes>(pass);
-    if (pass.stride == 4) return PassOfGroups<Narrow, 4>(pass);
-    if (pass.n % 16 == 0) return FirstPass(pass);
+    if (pass.stride == 4 && pass.n % 8 == 0) return SecondPass(pass);
+    if (pass.stride == 1 && pass.n % 32 == 0) return FirstPass(pass);
     ConvolutionKernels::Scalar().radix4(pass);
+}
+
+/// The transform of eight numbers, in their place.
+template <class S>
+void Eight(Numbers<S> (&x)[8]) noexcept {
+    Numbers<S> sums[4], differences[4];
+    for (int i = 0; i < 4; ++i) {
+        sums[i] = Sum<S>(x[i], x[i + 4]);
+        differences[i] = Difference<S>(x[i], x[i + 4]);
+    }
+    // Turned by 0, 1, 2 and 3 eighths.
+    const typename S::V half = S::All(0.70710678f);
+    const Numbers<S>& b = differences[1];
+    const Numbers<S>& d = differences[3];
+    Numbers<S> odd[4] = {
+        differences[0],
+        {S::Multiply(half, S::Add(b.re, b.im)), S::Multiply(half, S::Subtract(b.im, b.re))},
+        MinusTurned<S>({S::All(0.f), S::All(0.f)}, differences[2]),
+        {S::Multiply(half, S::Subtract(d.im, d.re)),
+         S::Multiply(half, S::Subtract(S::All(0.f), S::Add(d.re, d.im)))}};
+    Four<S>(sums[0], sums[1], sums[2], sums[3]);
+    Four<S>(odd[0], odd[1], odd[2], odd[3]);
+    for (int i = 0; i < 4; ++i) {
+        x[2 * i] = sums[i];
+        x[2 * i + 1] = odd[i];
+    }
+}
+
+template <class S, int kWidth, int kRadix>
+void LastOfRadix(const LastPass& pass) noexcept {
+    for (int q = 0; q < pass.stride; q += kWidth) {
+        Numbers<S> x[static_cast<unsigned>(kRadix)];
+        for (int i = 0; i < kRadix; ++i) x[i] = LoadNumbers<S>(pass.from, q + i * pass.stride);
+        if constexpr (kRadix == 8) {
+            Eight<S>(x);
+        } else {
+            Four<S>(x[0], x[1], x[2], x[3]);
+        }
+        for (int i = 0; i < kRadix; ++i) StoreNumbers<S>(pass.to, q + i * pass.stride, x[i]);
+    }
+}
+
+void Last(const LastPass& pass) noexcept TAV_NONBLOCKING {
+    const bool isWide = pass.stride >= kLanes;
+    if (pass.radix == 8) {
+        isWide ? LastOfRadix<Wide, 8, 8>(pass) : LastOfRadix<Narrow, 4, 8>(pass);
+    } else {
+        isWide ? LastOfRadix<Wide, 8, 4>(pass) : LastOfRadix<Narrow, 4, 4>(pass);
+    }
+}
+
+/// Both halves of each vector in the order of memory, from vectors that interleave quarters.
+__m256 InOrder(__m256 v) noexcept {
+    return _mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(v), _MM_SHUFFLE(3, 1, 2, 0)));
+}
+
+void Split(const float* signal, const ComplexParts& to, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; k += kLanes) {
+        const __m256 low = _mm256_loadu_ps(signal + 2 * k);
+        const __m256 high = _mm256_loadu_ps(signal + 2 * k + kLanes);
+        const __m256 re = _mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
+        const __m256 im = _mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
+        StoreNumbers<Wide>(to, k, {InOrder(re), InOrder(im)});
+    }
+}
+
+void Merge(const ConstComplexParts& from,
+           float* signal,
+           float scale,
+           int n) noexcept TAV_NONBLOCKING {
+    const __m256 all = _mm256_set1_ps(scale);
+    for (int k = 0; k < n; k += kLanes) {
+        const __m256 re = _mm256_mul_ps(all, _mm256_loadu_ps(from.re + k));
+        const __m256 im = _mm256_mul_ps(all, _mm256_loadu_ps(from.im + k));
+        const __m256 low = _mm256_unpacklo_ps(re, im), high = _mm256_unpackhi_ps(re, im);
+        _mm256_storeu_ps(signal + 2 * k, _mm256_permute2f128_ps(low, high, 0x20));
+        _mm256_storeu_ps(signal + 2 * k + kLanes, _mm256_permute2f128_ps(low, high, 0x31));
+    }
 }
 
 __m256 Reversed(__m256 v) noexcept {
@@ -259,7 +402,8 @@ void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
 }  // namespace
 
 const ConvolutionKernels& ConvolutionKernels::Avx2() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd, MultiplyAddPair};
+    static constexpr ConvolutionKernels kKernels{Fir,  Split, Merge,       Radix4,
+                                                 Last, Fold,  MultiplyAdd, MultiplyAddPair};
     return kKernels;
 }
 

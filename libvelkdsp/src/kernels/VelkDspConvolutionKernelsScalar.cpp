@@ -15,6 +15,23 @@ void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexce
     }
 }
 
+void Split(const float* signal, const ComplexParts& to, int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        to.re[k] = signal[2 * k];
+        to.im[k] = signal[2 * k + 1];
+    }
+}
+
+void Merge(const ConstComplexParts& from,
+           float* signal,
+           float scale,
+           int n) noexcept TAV_NONBLOCKING {
+    for (int k = 0; k < n; ++k) {
+        signal[2 * k] = scale * from.re[k];
+        signal[2 * k + 1] = scale * from.im[k];
+    }
+}
+
 void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
     const int s = pass.stride;
     const int quarter = pass.n / 4;
@@ -49,6 +66,29 @@ void Radix4(const RadixPass& pass) noexcept TAV_NONBLOCKING {
                 pass.to.re[first + i * s] = outRe[i] * wRe - outIm[i] * wIm;
                 pass.to.im[first + i * s] = outRe[i] * wIm + outIm[i] * wRe;
             }
+        }
+    }
+}
+
+/// A discrete Fourier transform by its definition.
+void Last(const LastPass& pass) noexcept TAV_NONBLOCKING {
+    // exp(-2 pi i k / 8)
+    constexpr float kHalf = 0.70710678f;
+    constexpr float kRe[] = {1.f, kHalf, 0.f, -kHalf, -1.f, -kHalf, 0.f, kHalf};
+    constexpr float kIm[] = {0.f, -kHalf, -1.f, -kHalf, 0.f, kHalf, 1.f, kHalf};
+    const int turn = 8 / pass.radix;
+    for (int q = 0; q < pass.stride; ++q) {
+        for (int k = 0; k < pass.radix; ++k) {
+            float re = 0.f, im = 0.f;
+            for (int j = 0; j < pass.radix; ++j) {
+                const float a = pass.from.re[q + j * pass.stride];
+                const float b = pass.from.im[q + j * pass.stride];
+                const float c = kRe[j * k * turn % 8], s = kIm[j * k * turn % 8];
+                re += a * c - b * s;
+                im += a * s + b * c;
+            }
+            pass.to.re[q + k * pass.stride] = re;
+            pass.to.im[q + k * pass.stride] = im;
         }
     }
 }
@@ -95,7 +135,8 @@ void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
 }  // namespace
 
 const ConvolutionKernels& ConvolutionKernels::Scalar() noexcept {
-    static constexpr ConvolutionKernels kKernels{Fir, Radix4, Fold, MultiplyAdd, MultiplyAddPair};
+    static constexpr ConvolutionKernels kKernels{Fir,  Split, Merge,       Radix4,
+                                                 Last, Fold,  MultiplyAdd, MultiplyAddPair};
     return kKernels;
 }
 
