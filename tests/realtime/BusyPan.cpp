@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "realtime/BusyPan.h"
 
+#include "osc/VelkDspOscOutputStream.h"
 #include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
@@ -88,6 +89,8 @@ void BusyPan::Move(std::mt19937& random) {
         case 3: pan_->SetSpreadByDirection(source, direction); break;
         case 4: pan_->SetNearfieldCompensation(source, random() % 2 == 0); break;
         case 5: TurnTheirOwn(source, random); break;
+        case 6:
+        case 7: SendOsc(source, random); break;
         default:
             pan_->SetSourcePosition(source, SomePosition(random), random() % 4 == 0,
                                     random() % 2 == 0);
@@ -112,6 +115,24 @@ void BusyPan::TurnTheirOwn(unsigned source, std::mt19937& random) {
     if (auto* ears = dynamic_cast<Quilo::BinauralPanningSnowmanModel*>(pan_.get())) {
         ears->SetTorsoRadius(0.003f * values[1]);
         ears->SetNeckHeight(0.01f * values[2]);
+    }
+}
+
+/// Several messages at once, some to every source.
+void BusyPan::SendOsc(unsigned source, std::mt19937& random) {
+    const std::string address =
+        random() % 4 == 0 ? "/source/*" : "/source/" + std::to_string(source);
+    const tav::CartesianVector p = SomePosition(random);
+    tav::OSCBundle bundle;
+    bundle.Add(tav::OSCMessage(address + "/xyz", p.x, p.y, p.z));
+    bundle.Add(tav::OSCMessage(address + "/spread", Up(100.f, random)));
+    bundle.Add(tav::OSCMessage(address + "/mute", random() % 4 == 0));
+    bundle.Add(tav::OSCMessage(random() % 8 == 0 ? "/dsp/clear" : "/adm/obj/1/azim", p.x));
+    tav::OSCOutputStream stream;
+    stream.WriteBundle(bundle);
+    try {
+        pan_->Osc().Enqueue(stream.Bytes());
+    } catch (const tav::Exception&) {  // there is no source 0
     }
 }
 

@@ -42,6 +42,7 @@ private:
     void Move(std::mt19937& random);
     void Reshape(std::mt19937& random);
     void Announce(std::mt19937& random);
+    void SendOsc(unsigned source, std::mt19937& random);
     void TurnTheirOwn(unsigned source, std::mt19937& random);
 
     const std::unique_ptr<Quilo::Pan> pan_;

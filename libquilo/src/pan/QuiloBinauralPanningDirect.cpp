@@ -123,7 +123,7 @@ void BinauralPanningDirect::ApplyReset() {
 
 void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool force) {
     if (newest_ == nullptr) return;
-    bundles_.FreeRetired();
+    if (!IsInAudio()) bundles_.FreeRetired();
     const tav::CartesianVector position = RelativePosition(index);
     if (!force && set_->IsSurelyNearest(points_[index], position)) return;
     const HrtfPoint* const point = set_->NearestPoint(position);

@@ -15,7 +15,7 @@ using tav::HoaEncodingVector;
 using tav::SphericalHarmonic;
 
 Pan::Pan(unsigned numInputs, unsigned numOutputs)
-    : AudioProcessorWithAutoMute(numInputs, numOutputs),
+    : AudioProcessorWithOscInAudioInterrupt(numInputs, numOutputs),
       positions_(numInputs),
       mutes_(numInputs) {}
 
@@ -152,10 +152,17 @@ std::unique_ptr<SpeakersLayout> Pan::PrepareSpeakers(const tav::CartesianArray& 
 
 void Pan::InstallSpeakers(std::unique_ptr<SpeakersLayout> layout) {
     if (layout == nullptr || layout->panner_ != this) return;
+    tav::CartesianArray positions = layout->Positions();  // freed, with those it replaces, unlocked
     const ControlGuard guard(controlLock_);
     if (layout->number_ < layoutInForce_) return;
     layoutInForce_ = layout->number_;
+    std::swap(speakers_, positions);
     ApplySpeakersPositions(*layout);
+}
+
+tav::CartesianArray Pan::SpeakersPositions() const {
+    const ControlGuard guard(controlLock_);
+    return speakers_;
 }
 
 std::unique_ptr<SpeakersLayout> Pan::MakeLayout(tav::CartesianArray positions) const {
@@ -277,6 +284,14 @@ std::shared_ptr<const void> Pan::MakeEncodingTable(HoaEncodingVector::Mode,
 void Pan::SetNumNeighbors(unsigned index, unsigned count) {
     const ControlGuard guard(controlLock_);
     if (index < NumInputs()) ApplyNumNeighbors(index, std::min(std::max(count, 1u), NumOutputs()));
+}
+
+// ---- OSC
+
+tav::OSCBundle Pan::OscState() const {
+    tav::OSCBundle state;
+    osc_.AddState(state);
+    return state;
 }
 
 // ---- Description

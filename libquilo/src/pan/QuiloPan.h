@@ -14,8 +14,9 @@
 #include "math/VelkDspHoaEncodingVector.h"
 #include "math/VelkDspSphericalHarmonic.h"
 #include "math/VelkDspVector.h"
+#include "pan/QuiloPanOSC.h"
 #include "pan/QuiloSpeakersLayout.h"
-#include "processors/VelkDspAudioProcessorWithAutoMute.h"
+#include "processors/VelkDspAudioProcessorWithOsc.h"
 #include "processors/VelkDspControlLock.h"
 
 #include <atomic>
@@ -38,7 +39,7 @@ inline constexpr float kMaxInterpolationTimeMs = 200.f;
 /// Setters clamp to their ranges, refuse values that are not finite and ignore indices out of
 /// range. Setters and getters: thread control, one at a time by the engine's own lock; throws
 /// nothing but for lack of memory unless said otherwise.
-class Pan : public tav::AudioProcessorWithAutoMute {
+class Pan : public tav::AudioProcessorWithOscInAudioInterrupt {
 public:
     // clang-format off
     enum class Type : std::int32_t {
@@ -69,7 +70,7 @@ public:
     std::string_view GetTypeName() const;
     std::string_view GetSubTypeName() const;
 
-    using AudioProcessorWithAutoMute::Process;
+    using AudioProcessorWithOscInAudioInterrupt::Process;
     /// Perform into zeroed outputs.
     void Process(float* const* outputs,
                  const float* const* inputs,
@@ -113,6 +114,8 @@ public:
     /// @param layout  made by PrepareSpeakers of this panner; null changes nothing
     /// Throws: tav::Exception where the panner cannot work well with it; the layout is in force.
     void InstallSpeakers(std::unique_ptr<SpeakersLayout> layout);
+    /// The layout that was installed last; empty before the first one.
+    tav::CartesianArray SpeakersPositions() const;
 
     /// How long a source glides to new gains. A new time starts the glides that are running again,
     /// from the gains with which they began. Setting the time that is already in force does not
@@ -177,6 +180,14 @@ public:
     void SetSourceMute(unsigned index, bool muted);
     bool SourceMute(unsigned index) const;
 
+    // OSC: addresses, queue and documentation are those of the receiver.
+    bool ProcessOsc(const tav::OSCMessage& message) override { return osc_.Process(message); }
+    void DocumentOsc(std::vector<tav::OscDocumentation::Entry>& entries) const override {
+        osc_.Document(entries);
+    }
+    tav::OSCBundle OscState() const override;
+    PanOSCReceiver& Osc() noexcept { return osc_; }
+
 protected:
     Pan(unsigned numInputs, unsigned numOutputs);
 
@@ -185,6 +196,10 @@ protected:
                        unsigned frames) noexcept TAV_NONBLOCKING override {
         Perform(outputs, inputs, frames);
     }
+    void TakeOsc(unsigned frames) noexcept TAV_NONBLOCKING override { osc_.TakeInAudio(frames); }
+
+    /// Whether whoever holds the lock is the audio thread, which frees nothing.
+    bool IsInAudio() const TAV_REQUIRES(controlLock_) { return isInAudio_; }
 
     /// Computes every source where it stands; a panner that can do all at once overrides it.
     virtual void RecomputeAll(bool immediate) TAV_REQUIRES(controlLock_);
@@ -210,6 +225,9 @@ protected:
     mutable tav::ControlLock controlLock_;
 
 private:
+    friend class PanOSCReceiver;
+    friend class PanOscActions;
+
     // What the public operations do, each named after its own. Indices are in range, numbers are
     // finite, and where nothing is said the operation is ignored.
 
@@ -262,6 +280,9 @@ private:
     float interpolationTimeMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
     std::uint64_t layoutInForce_ TAV_GUARDED_BY(controlLock_) = 0;  // its number
     mutable std::atomic<std::uint64_t> numLayoutsBegun_{0};
+    tav::CartesianArray speakers_ TAV_GUARDED_BY(controlLock_);
+    bool isInAudio_ TAV_GUARDED_BY(controlLock_) = false;
+    PanOSCReceiver osc_{*this};
     // set by the factory before anybody else has the panner
     Type type_ = Type::Null;
     SubType subType_ = SubType::Direct;

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace tav {
 
@@ -94,7 +95,7 @@ public:
 
     /// Reads one packet and calls `use(message)` for each message, before those behind it are read.
     template <class Use>
-    bool ReadPacket(const Use& use) noexcept TAV_NONBLOCKING;
+    bool ReadPacket(const Use& use) noexcept(kIsNoexcept<Use>);
 
     bool Fail(OscFault fault) noexcept TAV_NONBLOCKING {
         fault_ = fault;
@@ -103,10 +104,12 @@ public:
 
 private:
     template <class Use>
-    bool PassMessage(const Use& use) noexcept TAV_NONBLOCKING;
+    static constexpr bool kIsNoexcept = std::is_nothrow_invocable_v<const Use&, OscMessageView&>;
+    template <class Use>
+    bool PassMessage(const Use& use) noexcept(kIsNoexcept<Use>);
     /// @param size  of the whole bundle; elements are read as long as they begin before its end
     template <class Use>
-    bool ReadBundle(const Use& use, std::size_t size, int depth) noexcept TAV_NONBLOCKING;
+    bool ReadBundle(const Use& use, std::size_t size, int depth) noexcept(kIsNoexcept<Use>);
     bool Take(std::size_t count, std::span<const std::byte>& bytes) noexcept TAV_NONBLOCKING;
     bool SkipPadding(std::size_t itemSize) noexcept TAV_NONBLOCKING;
     template <class Word>
@@ -121,14 +124,14 @@ private:
 std::string OscFaultText(OscFault fault, char unknownTag);
 
 template <class Use>
-bool OscReader::ReadPacket(const Use& use) noexcept TAV_NONBLOCKING {
+bool OscReader::ReadPacket(const Use& use) noexcept(kIsNoexcept<Use>) {
     const char kind = rest_.empty() ? '/' : static_cast<char>(rest_.front());
     if (kind != '/' && kind != '#') return Fail(OscFault::PacketInvalid);
     return kind == '/' ? PassMessage(use) : ReadBundle(use, NumLeft(), 0);
 }
 
 template <class Use>
-bool OscReader::PassMessage(const Use& use) noexcept TAV_NONBLOCKING {
+bool OscReader::PassMessage(const Use& use) noexcept(kIsNoexcept<Use>) {
     OscMessageView message;
     if (!ReadMessage(message)) return false;
     use(message);
@@ -136,7 +139,7 @@ bool OscReader::PassMessage(const Use& use) noexcept TAV_NONBLOCKING {
 }
 
 template <class Use>
-bool OscReader::ReadBundle(const Use& use, std::size_t size, int depth) noexcept TAV_NONBLOCKING {
+bool OscReader::ReadBundle(const Use& use, std::size_t size, int depth) noexcept(kIsNoexcept<Use>) {
     if (depth > kDeepestBundle) return Fail(OscFault::TooDeep);
     const std::size_t begin = NumLeft();
     std::uint64_t timeTag = 0;

@@ -1,24 +1,45 @@
 // SPDX-License-Identifier: MIT
-// The lock that control threads take round what they share.
+// The lock that control threads take round what they share, and that the audio thread may try.
 #pragma once
 
 #include "text/VelkDspThreadSafety.h"
 
+#include <atomic>
 #include <mutex>
+#include <thread>
 
 namespace tav {
 
-/// A plain mutex: a thread that has it must not ask for it again. Held through a ControlGuard
+/// Not recursive: a thread that has it must not ask for it again. Held through a ControlGuard
 /// wherever one function takes it and gives it back.
+///
+/// Control threads wait for each other at a mutex. The audio thread only ever tries, and what it
+/// then holds is a flag: giving that back is a plain store, which wakes nobody and calls no kernel.
+/// A control thread that meets the audio thread here yields until the flag is free, which is at
+/// most a part of a block.
 class TAV_CAPABILITY("control lock") ControlLock {
 public:
-    void Lock() TAV_ACQUIRE() { mutex_.lock(); }
+    void Lock() TAV_ACQUIRE() {
+        mutex_.lock();
+        while (isHeld_.exchange(true, std::memory_order_acquire)) std::this_thread::yield();
+        hasMutex_ = true;
+    }
     /// @return false: somebody else has it
-    bool TryLock() noexcept TAV_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
-    void Unlock() noexcept TAV_RELEASE() { mutex_.unlock(); }
+    bool TryLock() noexcept TAV_TRY_ACQUIRE(true) {
+        if (isHeld_.exchange(true, std::memory_order_acquire)) return false;
+        hasMutex_ = false;
+        return true;
+    }
+    void Unlock() noexcept TAV_RELEASE() {
+        const bool hasMutex = hasMutex_;
+        isHeld_.store(false, std::memory_order_release);
+        if (hasMutex) mutex_.unlock();
+    }
 
 private:
-    std::mutex mutex_;
+    std::mutex mutex_;  // among control threads
+    std::atomic<bool> isHeld_ = false;
+    bool hasMutex_ = false;  // whoever has the lock
 };
 
 /// Waits for the lock and has it for as long as it lives.  Thread: control.

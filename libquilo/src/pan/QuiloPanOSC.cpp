@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "pan/QuiloPanOSC.h"
+
+#include "osc/VelkDspOscInputStream.h"
+#include "osc/VelkDspOscOutputStream.h"
+#include "pan/QuiloDbapPanning.h"
+#include "pan/QuiloKnnPanning.h"
+#include "pan/QuiloPan.h"
+#include "pan/QuiloPanOscRoutes.h"
+#include "text/VelkDspException.h"
+
+#include <string>
+
+namespace Quilo {
+
+using tav::ControlGuard;
+using tav::OscCommand;
+using tav::OSCMessage;
+using tav::OscMessageView;
+using tav::OscQueue;
+
+namespace {
+
+constexpr tav::SourceSite kSite{"libquilo/src/pan/QuiloPanOSC", 0};
+constexpr std::size_t kCommandsPerFrame = 16;
+
+OscChanges BitOf(const OscCommand& command) { return OscChanges{1} << command.route; }
+
+[[noreturn]] void ThrowBadSource(std::string_view part) {
+    throw tav::Exception("invalid /source index : " + std::string(part), kSite);
+}
+
+/// Everything in one packet, in its order.
+struct Gathered {
+    tav::OscCommandList commands;
+    std::vector<OscMessageView> errands;
+
+    void Command(const OscCommand& command) { commands.Add(command); }
+    bool Errand(std::size_t, const OscMessageView& message) {
+        // An errand looks at its address itself; a pattern may lead to it by several ways.
+        if (errands.empty() || errands.back().address.data() != message.address.data()) {
+            errands.push_back(message);
+        }
+        return true;
+    }
+};
+
+/// Whether a packet can be enqueued in the audio thread.
+struct Shortness {
+    bool isShort = true;
+
+    void Command(const OscCommand&) noexcept {}
+    bool Errand(std::size_t, const OscMessageView&) noexcept { return isShort = false; }
+};
+
+struct IntoQueue {
+    OscQueue& queue;
+    OscChanges& changes;
+    unsigned numLost = 0;
+
+    void Command(const OscCommand& command) noexcept TAV_NONBLOCKING {
+        numLost += queue.PutFromAudio({&command, 1});
+        changes |= BitOf(command);
+    }
+    bool Errand(std::size_t, const OscMessageView&) noexcept { return false; }
+};
+
+}  // namespace
+
+PanOSCReceiver::~PanOSCReceiver() { delete queue_.load(); }
+
+std::string_view PanOSCReceiver::Attribute(unsigned k) { return PanOscRoutes()[k].attribute; }
+unsigned PanOSCReceiver::NumAttributes() { return static_cast<unsigned>(PanOscRoutes().size()); }
+
+// ---- Now
+
+namespace {
+
+struct AtOnce {
+    Pan& pan;
+    PanOSCReceiver& receiver;
+    tav::ControlLock& lock;
+
+    void Command(const OscCommand& command) {
+        const ControlGuard guard(lock);
+        PanOscRoutes()[command.route].run(pan, receiver, command);
+    }
+    bool Errand(std::size_t route, const OscMessageView& message) {
+        return PanOscRoutes()[route].runErrand(pan, message);
+    }
+};
+
+}  // namespace
+
+bool PanOSCReceiver::Process(const OSCMessage& message) {
+    if (extension_ != nullptr && extension_->Owns(message.AddressText())) {
+        return extension_->ProcessOwn(message);
+    }
+    tav::OSCOutputStream stream;
+    stream.WriteMessage(message);
+    tav::OscReader reader(stream.Bytes());
+    OscMessageView view;
+    if (!reader.ReadMessage(view)) return false;
+    AtOnce sink{pan_, *this, pan_.controlLock_};
+    PanOscResolver<true, AtOnce> resolver(view, pan_.NumInputs(), sink);
+    if (const auto part = resolver.BadSource()) ThrowBadSource(*part);
+    return resolver.Resolve();
+}
+
+// ---- Soon
+
+OscChanges PanOSCReceiver::Enqueue(std::span<const std::byte> packet) {
+    Gathered gathered;
+    tav::OscReader reader(packet);
+    const bool isRead = reader.ReadPacket([&](const OscMessageView& message) {
+        if (extension_ != nullptr && extension_->Owns(message.address)) {
+            gathered.errands.push_back(message);
+            return;
+        }
+        PanOscResolver<true, Gathered> resolver(message, pan_.NumInputs(), gathered);
+        if (const auto part = resolver.BadSource()) ThrowBadSource(*part);
+        resolver.Resolve();
+    });
+    if (!isRead) {
+        throw tav::Exception(tav::OscFaultText(reader.Fault(), reader.UnknownTag()), kSite);
+    }
+    OscQueue* queue = queue_.load(std::memory_order_acquire);
+    if (queue == nullptr) {
+        auto made = std::make_unique<OscQueue>();
+        if (queue_.compare_exchange_strong(queue, made.get())) queue = made.release();
+    }
+    const auto commands = gathered.commands.All();
+    if (!commands.empty()) numLost_ += queue->Put(commands);
+    OscChanges changes = 0;
+    for (const OscCommand& command : commands) changes |= BitOf(command);
+    for (const OscMessageView& errand : gathered.errands) {
+        if (extension_ != nullptr) {
+            extension_->PutOff(errand);
+        } else {
+            Process(CopyOf(errand));
+        }
+    }
+    return changes;
+}
+
+bool PanOSCReceiver::EnqueueInAudio(std::span<const std::byte> packet,
+                                    OscChanges& changes) noexcept TAV_NONBLOCKING {
+    OscQueue* const queue = queue_.load(std::memory_order_acquire);
+    if (queue == nullptr) return false;
+    Shortness shortness;
+    tav::OscReader reader(packet);
+    const bool isRead = reader.ReadPacket([&](const OscMessageView& message) noexcept {
+        PanOscResolver<false, Shortness> resolver(message, pan_.NumInputs(), shortness);
+        const bool isOwned = extension_ != nullptr && extension_->Owns(message.address);
+        if (isOwned || resolver.HasPatterns() || resolver.BadSource()) shortness.isShort = false;
+        resolver.Resolve();
+    });
+    if (!isRead || !shortness.isShort) return false;
+    IntoQueue sink{*queue, changes};
+    tav::OscReader again(packet);
+    again.ReadPacket([&](const OscMessageView& message) noexcept {
+        PanOscResolver<false, IntoQueue>(message, pan_.NumInputs(), sink).Resolve();
+    });
+    numLost_ += sink.numLost;
+    return true;
+}
+
+// The one door through which work of the control side enters the audio thread. What it calls takes
+// no memory, which the tests of all panners see to.
+void PanOSCReceiver::TakeInAudio(unsigned frames) noexcept TAV_NONBLOCKING TAV_UNCHECKED {
+    OscQueue* const queue = queue_.load(std::memory_order_acquire);
+    if (queue == nullptr || queue->IsEmpty() || !pan_.controlLock_.TryLock()) return;
+    pan_.isInAudio_ = true;
+    queue->RunInAudio(kCommandsPerFrame * frames, [this](const OscCommand& command) noexcept {
+        PanOscRoutes()[command.route].run(pan_, *this, command);
+    });
+    pan_.isInAudio_ = false;
+    pan_.controlLock_.Unlock();
+}
+
+void PanOSCReceiver::CarryOut() {
+    OscQueue* const queue = queue_.load(std::memory_order_acquire);
+    if (queue == nullptr) return;
+    const ControlGuard guard(pan_.controlLock_);
+    queue->RunAll([this](const OscCommand& command) {
+        PanOscRoutes()[command.route].run(pan_, *this, command);
+    });
+}
+
+// ---- Documentation and state
+
+void PanOSCReceiver::Document(std::vector<tav::OscDocumentation::Entry>& entries) const {
+    for (const PanOscRoute& route : PanOscRoutes()) {
+        entries.push_back(
+            {std::string(route.address), std::string(route.help), std::string(route.hint)});
+    }
+    if (extension_ != nullptr) extension_->DocumentOwn(entries);
+}
+
+void PanOSCReceiver::AddState(tav::OSCBundle& state) const {
+    if (extension_ != nullptr) extension_->AddOwnState(state);
+    const auto add = [&](const std::string& address, const auto&... values) {
+        state.Add(OSCMessage(address, values...));
+    };
+    const tav::CartesianArray speakers = pan_.SpeakersPositions();
+    if (speakers.Size() > 0) {
+        OSCMessage layout("/speakers/xyz");
+        for (const auto& p : speakers) {
+            for (const float part : {p.x, p.y, p.z}) layout.Add(tav::OSCArgument(part));
+        }
+        state.Add(std::move(layout));
+    }
+    const auto* const knn = dynamic_cast<const KnnPanning*>(&pan_);
+    const auto* const dbap = dynamic_cast<const DbapPanning*>(&pan_);
+    for (unsigned k = 0; k < pan_.NumInputs(); ++k) {
+        const std::string source = "/source/" + std::to_string(k + 1);
+        const tav::CartesianVector p = pan_.SourcePosition(k);
+        add(source + "/xyz", p.x, p.y, p.z);
+        if (pan_.SupportsSpread()) add(source + "/spread", pan_.SourceSpread(k));
+        if (dbap != nullptr) {
+            const auto xyz = dbap->SourceSpreadByDirection(k);
+            add(source + "/spreadxyz", xyz[0], xyz[1], xyz[2]);
+        }
+        if (knn != nullptr) {
+            add(source + "/numneighbors", static_cast<std::int32_t>(knn->NumNeighbors(k)));
+        }
+        add(source + "/mute", pan_.SourceMute(k));
+    }
+    // The time switches the inspection on; so it comes first.
+    add("/dsp/automute/attack", pan_.AutoMuteTime());
+    add("/dsp/automute/active", pan_.AutoMute());
+    add("/dsp/mute", pan_.Mute());
+    add("/dsp/bypass", pan_.Bypass());
+    const ControlGuard guard(pan_.controlLock_);
+    add("/adm/config/dmax", admMetres_);
+}
+
+}  // namespace Quilo
