@@ -88,7 +88,7 @@ struct OptionRow {
 constexpr OptionRow kOptions[] = {
     // name         value    set                          help
     {"--module",   "FILE",  SetFile<&Options::module>,   "the module to load (the one beside the program)"},
-    {"--in",       "FILE",  AddInput,                    "audio input (WAV, AIFF); its channels feed the inlets in order; repeatable"},
+    {"--in",       "FILE",  AddInput,                    "audio input (WAV, AIFF, MP3); its channels feed the inlets in order; repeatable"},
     {"--out",      "FILE",  SetFile<&Options::output>,   "writes the signal outlets as a 32-bit float WAV"},
     {"--rate",     "HZ",    SetRate,                     "sampling rate (that of the first input, else 48000)"},
     {"--vector",   "N",     SetVector,                   "signal vector size, a power of two, 1 to 4096 (64)"},

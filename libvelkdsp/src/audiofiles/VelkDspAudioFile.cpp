@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "audiofiles/VelkDspAudioFile.h"
 
+#include "audiofiles/VelkDspMp3File.h"
 #include "audiofiles/VelkDspStoredSamples.h"
 #include "text/VelkDspException.h"
 
@@ -37,7 +38,7 @@ AudioBuffer ReadSource(ByteSource& source, AudioFileInfo& info) {
     if (is64Bit || id == "RIFF") {
         return ReadSamples(source, FindWavSamples(source, is64Bit, info));
     }
-    source.Fail("is no audio file of a known kind");
+    return ReadMp3(source, info);
 }
 
 }  // namespace

@@ -25,6 +25,9 @@ struct BroadcastInfo {
 struct AudioFileInfo {
     /// Frames that the header promises and the file does not have.
     std::uint64_t missingFrames = 0;
+    /// Frames of an MP3 file whose data are damaged or missing; what was before them dies away
+    /// there.
+    std::uint64_t damagedFrames = 0;
     /// Loudspeakers of the channels as in WAVE_FORMAT_EXTENSIBLE; 0 where the file names none.
     std::uint32_t channelMask = 0;
     std::optional<BroadcastInfo> broadcast;
@@ -33,6 +36,7 @@ struct AudioFileInfo {
 /// Reads a file by its content, whatever its name is:
 ///   WAV   RIFF, RF64 and BW64; integers of 1 to 4 bytes, floats of 4 and 8, A-law, µ-law
 ///   AIFF, AIFC   NONE, twos, sowt, raw, in24, in32, fl32, fl64, alaw, ulaw
+///   MP3   MPEG-1, 2 and 2.5, Layers II and III, without the delays that the encoder has noted
 /// Full scale of integers becomes 1; floats are not changed. A file that is cut short gives what is
 /// there, in whole frames, and says in `info` how much is missing.
 /// @param info  may be null

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <span>
 
 namespace tav {
@@ -75,8 +76,13 @@ template <class Real, class Word, std::endian order>
 struct FloatReader {
     static constexpr std::size_t kNumBytes = sizeof(Real);
     static float Read(const std::uint8_t* bytes) noexcept {
-        return static_cast<float>(
-            std::bit_cast<Real>(static_cast<Word>(LoadNumber<order>(bytes, sizeof(Real)))));
+        Real real;
+        if constexpr (order == std::endian::native) {
+            std::memcpy(&real, bytes, sizeof real);  // compilers load several of them at once
+        } else {
+            real = std::bit_cast<Real>(static_cast<Word>(LoadNumber<order>(bytes, sizeof real)));
+        }
+        return static_cast<float>(real);
     }
 };
 
@@ -85,12 +91,27 @@ void Deinterleave(Bytes frames,
                   std::size_t numChannels,
                   float* const* channels,
                   std::size_t start) noexcept {
-    const std::size_t frameBytes = Reader::kNumBytes * numChannels;
+    constexpr std::size_t kNumBytes = Reader::kNumBytes;
+    const std::size_t frameBytes = kNumBytes * numChannels;
     const std::size_t numFrames = frames.size() / frameBytes;
-    for (std::size_t channel = 0; channel < numChannels; ++channel) {
-        const std::uint8_t* from = frames.data() + Reader::kNumBytes * channel;
-        float* const to = channels[channel] + start;
-        for (std::size_t k = 0; k < numFrames; ++k) to[k] = Reader::Read(from + k * frameBytes);
+    if (numChannels == 2) {  // known strides are vectorised
+        float* const left = channels[0] + start;
+        float* const right = channels[1] + start;
+        for (std::size_t k = 0; k < numFrames; ++k) {
+            left[k] = Reader::Read(frames.data() + 2 * kNumBytes * k);
+            right[k] = Reader::Read(frames.data() + 2 * kNumBytes * k + kNumBytes);
+        }
+        return;
+    }
+    // In tiles that stay in the nearest cache while all channels take theirs.
+    constexpr std::size_t kTileFrames = 64;
+    for (std::size_t first = 0; first < numFrames; first += kTileFrames) {
+        const std::size_t last = std::min(first + kTileFrames, numFrames);
+        for (std::size_t channel = 0; channel < numChannels; ++channel) {
+            const std::uint8_t* const from = frames.data() + kNumBytes * channel;
+            float* const to = channels[channel] + start;
+            for (std::size_t k = first; k < last; ++k) to[k] = Reader::Read(from + k * frameBytes);
+        }
     }
 }
 
