@@ -20,6 +20,9 @@ Inputs::Inputs(std::span<const std::string> files, bool loop) : loop_(loop) {
             notes_.push_back(name + ": is cut short, " + std::to_string(info.missingFrames) +
                              " of " + std::to_string(file.NumFrames() + info.missingFrames) +
                              " frames are missing");
+        if (info.damagedFrames > 0)
+            notes_.push_back(name + ": is damaged, " + std::to_string(info.damagedFrames) +
+                             " frames could not be decoded");
         if (!IsSamplingRate(file.SampleRate()))
             throw Fault(ExitStatus::WrongInput, name + ": its sampling rate is " +
                                                     AtomSpelling(file.SampleRate()) +

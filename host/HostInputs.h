@@ -22,7 +22,7 @@ public:
     std::size_t NumChannels() const { return channels_.size(); }
     /// Hertz; 0 without files.
     double SampleRate() const { return files_.empty() ? 0 : files_.front().SampleRate(); }
-    /// One line for each file that is shorter than its header promises.
+    /// One line for each file that is damaged or shorter than its header promises.
     const std::vector<std::string>& Notes() const { return notes_; }
     /// Of the longest file; 0 without files.
     std::size_t NumFrames() const;
