@@ -13,12 +13,13 @@ namespace {
 constexpr unsigned kShortestPartition = 64;
 constexpr unsigned kLongestPartition = 512;
 constexpr std::size_t kFewestTaps = 128;
+constexpr std::size_t kPiecesInWindow = 8;
 
 }  // namespace
 
 bool HrtfSpectralBank::Suits(const HrtfResponses& responses, unsigned blockSize) noexcept {
-    return !responses.NeedDelays() && responses.MaxTaps() >= kFewestTaps &&
-           blockSize >= kShortestPartition && std::has_single_bit(blockSize);
+    return responses.MaxTaps() >= kFewestTaps && blockSize >= kShortestPartition &&
+           std::has_single_bit(blockSize);
 }
 
 HrtfSpectralBank::HrtfSpectralBank(const HrtfResponses& responses,
@@ -28,11 +29,14 @@ HrtfSpectralBank::HrtfSpectralBank(const HrtfResponses& responses,
       partition_(std::min(blockSize, kLongestPartition)),
       stride_(partition_ + 8),
       numPartitions_((responses.MaxTaps() + partition_ - 1) / partition_),
+      past_(numPartitions_ * partition_),
+      hasDelays_(responses.NeedDelays()),
+      windowLength_(past_ + kPiecesInWindow * partition_),
       fft_(2 * partition_),
       filterSpectra_(2 * responses.NumPoints() * numPartitions_ * stride_),
-      voices_(numVoices,
-              Voice{{Fade(responses.Format().rateHz), Fade(responses.Format().rateHz)}, false}),
-      inputSpectra_(numVoices * numPartitions_ * stride_),
+      voices_(numVoices, Voice{{Fade(responses.Format().rateHz), Fade(responses.Format().rateHz)}}),
+      heard_(hasDelays_ ? 2 * numVoices * windowLength_ : 0),
+      inputSpectra_((hasDelays_ ? 2 : 1) * numVoices * numPartitions_ * stride_),
       sums_(2 * stride_),
       sumAlone_(stride_),
       frame_(2 * partition_),
@@ -73,9 +77,13 @@ void HrtfSpectralBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONB
 void HrtfSpectralBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
     for (std::size_t e = 0; e < 2; ++e) voices_[index].ears[e].Reset(FilterOf(point, e));
     voices_[index].awake = true;
-    const tav::ComplexParts ring = inputSpectra_.At(index * numPartitions_ * stride_);
-    std::fill_n(ring.re, numPartitions_ * stride_, 0.f);
-    std::fill_n(ring.im, numPartitions_ * stride_, 0.f);
+    const std::size_t numRings = hasDelays_ ? 2 : 1, length = numRings * numPartitions_ * stride_;
+    const tav::ComplexParts rings = inputSpectra_.At(index * length);
+    std::fill_n(rings.re, length, 0.f);
+    std::fill_n(rings.im, length, 0.f);
+    if (!hasDelays_) return;
+    voices_[index].piece = voices_[index].end = past_;
+    std::fill_n(heard_.data() + 2 * index * windowLength_, 2 * windowLength_, 0.f);
 }
 
 void HrtfSpectralBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
@@ -95,13 +103,15 @@ void HrtfSpectralBank::Perform(HrtfVoices& voices,
     bool anySums = false;
     for (unsigned index = 0; index < voices_.size(); ++index) {
         if (!voices_[index].awake) continue;
-        const float* const piece = voices.Piece(index);
-        if (isWhole) TransformInput(index, piece);
+        if (hasDelays_) Hear(index, voices, left.size());
+        for (std::size_t e = 0; isWhole && e < (hasDelays_ ? 2 : 1); ++e) {
+            TransformInput(e, index, HeardBy(e, index, voices));
+        }
         const auto& ears = voices_[index].ears;
         const bool isSteady = std::ranges::none_of(
             ears, [](const Fade& fade) { return fade.Fading() || fade.Waiting(); });
         if (!isWhole || !isSteady) {
-            PerformAlone(index, piece, left, right);
+            PerformAlone(index, voices, left, right);
         } else if (ears[0].Current() != nullptr && ears[1].Current() != nullptr) {
             AddToSums(index);
             anySums = true;
@@ -111,15 +121,41 @@ void HrtfSpectralBank::Perform(HrtfVoices& voices,
     onGrid_ = isWhole;
 }
 
-std::size_t HrtfSpectralBank::PlaceOf(unsigned index,
-                                      std::size_t partition) const noexcept TAV_NONBLOCKING {
-    return (index * numPartitions_ + (newest_ + partition) % numPartitions_) * stride_;
+void HrtfSpectralBank::Hear(unsigned index,
+                            HrtfVoices& voices,
+                            std::size_t frames) noexcept TAV_NONBLOCKING {
+    Voice& voice = voices_[index];
+    float* const windows = heard_.data() + 2 * index * windowLength_;
+    const bool isFull = voice.end + frames > windowLength_;
+    for (std::size_t e = 0; e < 2; ++e) {
+        float* const window = windows + e * windowLength_;
+        if (isFull) std::copy_n(window + voice.end - past_, past_, window);
+        voices.Delayed(index, e, {window + (isFull ? past_ : voice.end), frames});
+    }
+    voice.piece = isFull ? past_ : voice.end;
+    voice.end = voice.piece + frames;
 }
 
-void HrtfSpectralBank::TransformInput(unsigned index, const float* piece) noexcept TAV_NONBLOCKING {
+const float* HrtfSpectralBank::HeardBy(std::size_t ear,
+                                       unsigned index,
+                                       const HrtfVoices& voices) const noexcept TAV_NONBLOCKING {
+    if (!hasDelays_) return voices.Piece(index);
+    return heard_.data() + (2 * index + ear) * windowLength_ + voices_[index].piece;
+}
+
+std::size_t HrtfSpectralBank::PlaceOf(std::size_t ear,
+                                      unsigned index,
+                                      std::size_t partition) const noexcept TAV_NONBLOCKING {
+    const std::size_t ring = hasDelays_ ? 2 * index + ear : index;
+    return (ring * numPartitions_ + (newest_ + partition) % numPartitions_) * stride_;
+}
+
+void HrtfSpectralBank::TransformInput(std::size_t ear,
+                                      unsigned index,
+                                      const float* piece) noexcept TAV_NONBLOCKING {
     const std::size_t count = onGrid_ ? 1 : numPartitions_;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t place = PlaceOf(index, i);
+        const std::size_t place = PlaceOf(ear, index, i);
         fft_.Forward({piece - (i + 1) * partition_, fft_.Size()},
                      std::span(inputSpectra_.re).subspan(place, fft_.NumBins()),
                      std::span(inputSpectra_.im).subspan(place, fft_.NumBins()));
@@ -129,13 +165,16 @@ void HrtfSpectralBank::TransformInput(unsigned index, const float* piece) noexce
 void HrtfSpectralBank::AddToSums(unsigned index) noexcept TAV_NONBLOCKING {
     const Voice& voice = voices_[index];
     const std::size_t places[] = {voice.ears[0].Current()->place, voice.ears[1].Current()->place};
+    const auto inputs = [&](std::size_t ear, std::size_t partition) {
+        return std::as_const(inputSpectra_).At(PlaceOf(ear, index, partition));
+    };
     // Up to the end of the ring, then from its start.
     const std::size_t first = numPartitions_ - newest_;
     for (const auto& [begin, count] :
          {std::pair{std::size_t{0}, first}, std::pair{first, newest_}}) {
         if (count == 0) continue;
         kernels_.multiplyAddPair({{sums_.At(0), sums_.At(stride_)},
-                                  std::as_const(inputSpectra_).At(PlaceOf(index, begin)),
+                                  {inputs(0, begin), inputs(1, begin)},
                                   {std::as_const(filterSpectra_).At(places[0] + begin * stride_),
                                    std::as_const(filterSpectra_).At(places[1] + begin * stride_)},
                                   static_cast<int>(count),
@@ -161,7 +200,7 @@ std::span<const float> HrtfSpectralBank::Inverse(const tav::ComplexParts& spectr
 }
 
 void HrtfSpectralBank::PerformAlone(unsigned index,
-                                    const float* piece,
+                                    const HrtfVoices& voices,
                                     std::span<float> left,
                                     std::span<float> right) noexcept TAV_NONBLOCKING {
     const std::span<float> outputs[] = {left, right};
@@ -169,14 +208,15 @@ void HrtfSpectralBank::PerformAlone(unsigned index,
     const auto incoming = std::span(incoming_).first(left.size());
     for (std::size_t e = 0; e < 2; ++e) {
         Fade& fade = voices_[index].ears[e];
-        Render(fade.Current(), index, piece, sounding);
-        if (fade.Fading()) Render(fade.Incoming(), index, piece, incoming);
+        const float* const piece = HeardBy(e, index, voices);
+        Render(fade.Current(), e, index, piece, sounding);
+        if (fade.Fading()) Render(fade.Incoming(), e, index, piece, incoming);
         const auto takeOver = [&](std::size_t from) {
             std::ranges::copy(incoming.subspan(from), sounding.subspan(from).begin());
         };
         for (std::size_t done = 0; done < sounding.size();) {
             if (fade.Waiting()) {
-                Render(fade.Incoming(), index, piece, incoming);
+                Render(fade.Incoming(), e, index, piece, incoming);
                 if (!fade.Begin()) takeOver(done);
             }
             const std::size_t count = fade.FramesWithin(sounding.size() - done);
@@ -190,6 +230,7 @@ void HrtfSpectralBank::PerformAlone(unsigned index,
 }
 
 void HrtfSpectralBank::Render(const Filter* filter,
+                              std::size_t ear,
                               unsigned index,
                               const float* piece,
                               std::span<float> output) noexcept TAV_NONBLOCKING {
@@ -206,7 +247,8 @@ void HrtfSpectralBank::Render(const Filter* filter,
     std::ranges::fill(sumAlone_.re, 0.f);
     std::ranges::fill(sumAlone_.im, 0.f);
     for (std::size_t i = 0; i < numPartitions_; ++i) {
-        kernels_.multiplyAdd(sumAlone_.At(0), std::as_const(inputSpectra_).At(PlaceOf(index, i)),
+        kernels_.multiplyAdd(sumAlone_.At(0),
+                             std::as_const(inputSpectra_).At(PlaceOf(ear, index, i)),
                              std::as_const(filterSpectra_).At(filter->place + i * stride_),
                              static_cast<int>(stride_));
     }

@@ -49,10 +49,11 @@ struct FoldPass {
     float sign;
 };
 
-/// Spectra of one signal and of two filters that hear it, `n` numbers apart from each other.
+/// Spectra of two signals, or twice of one, and of a filter for each, `n` numbers apart from each
+/// other.
 struct PairOfProducts {
     ComplexParts sums[2];
-    ConstComplexParts signal;
+    ConstComplexParts signals[2];
     ConstComplexParts filters[2];
     int numSpectra;
     int n;
@@ -81,7 +82,7 @@ struct ConvolutionKernels {
                         const ConstComplexParts& b,
                         int n) noexcept TAV_NONBLOCKING;
 
-    /// sums[e][k] += sum over s of signal[s n + k] * filters[e][s n + k]
+    /// sums[e][k] += sum over s of signals[e][s n + k] * filters[e][s n + k]
     void (*multiplyAddPair)(const PairOfProducts& products) noexcept TAV_NONBLOCKING;
 
     // One file each.

@@ -372,8 +372,8 @@ void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
             crossed[e] = {_mm256_setzero_ps(), _mm256_setzero_ps()};
         }
         for (int at = k; at < products.numSpectra * n; at += n) {
-            const Numbers<Wide> x = LoadNumbers<Wide>(products.signal, at);
             for (int e = 0; e < 2; ++e) {
+                const Numbers<Wide> x = LoadNumbers<Wide>(products.signals[e], at);
                 const Numbers<Wide> filter = LoadNumbers<Wide>(products.filters[e], at);
                 direct[e].re = Wide::MultiplyAdd(x.re, filter.re, direct[e].re);
                 direct[e].im = Wide::MultiplyAdd(x.re, filter.im, direct[e].im);
@@ -390,10 +390,10 @@ void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
         for (int at = k; at < products.numSpectra * n; at += n) {
             for (int e = 0; e < 2; ++e) {
                 const ComplexParts sum{products.sums[e].re + k, products.sums[e].im + k};
+                const ConstComplexParts& signal = products.signals[e];
                 const ConstComplexParts& filter = products.filters[e];
-                ConvolutionKernels::Scalar().multiplyAdd(
-                    sum, {products.signal.re + at, products.signal.im + at},
-                    {filter.re + at, filter.im + at}, 1);
+                ConvolutionKernels::Scalar().multiplyAdd(sum, {signal.re + at, signal.im + at},
+                                                         {filter.re + at, filter.im + at}, 1);
             }
         }
     }

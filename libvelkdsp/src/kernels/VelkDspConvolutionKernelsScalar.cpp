@@ -122,8 +122,8 @@ void MultiplyAdd(const ComplexParts& sum,
 }
 
 void MultiplyAddPair(const PairOfProducts& products) noexcept TAV_NONBLOCKING {
-    const ConstComplexParts& x = products.signal;
     for (int e = 0; e < 2; ++e) {
+        const ConstComplexParts& x = products.signals[e];
         const ConstComplexParts& filter = products.filters[e];
         for (int at = 0; at < products.numSpectra * products.n; at += products.n) {
             MultiplyAdd(products.sums[e], {x.re + at, x.im + at}, {filter.re + at, filter.im + at},

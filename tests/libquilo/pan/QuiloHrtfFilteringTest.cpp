@@ -186,6 +186,46 @@ TEST_P(FirsOfBlocks, AreConvolutionsAtRestAndInFades) {
     }
 }
 
+// Cells of another rate with delays that glide and jump: in spectra as tap by tap.
+TEST(HrtfFiltering, DelayedResponsesInSpectraAreThoseTapByTap) {
+    const auto set = Hrtf::LoadShared("kemar");
+    const auto responses = HrtfResponses::Of(set, {kRate, HrtfRealisation::Auto, 0});
+    HrtfFiltering spectral(responses, kSources, 64), direct(responses, kSources, 63);
+    std::vector<Tests::Signal> inputs;
+    for (unsigned s = 0; s < kSources; ++s) inputs.push_back(Tests::Noise(kFrames, 200 + s));
+    std::mt19937 random(3);
+    Tests::Signal heard[2][2] = {{Tests::Signal(kFrames), Tests::Signal(kFrames)},
+                                 {Tests::Signal(kFrames), Tests::Signal(kFrames)}};
+    const unsigned played[] = {64, 64, 64, 64, 64, 17, 64, 128, 64, 100, 64};
+    for (std::size_t block = 0, done = 0; done < kFrames; ++block) {
+        const auto count = std::min<std::size_t>(played[block % std::size(played)], kFrames - done);
+        for (unsigned s = 0; block % 5 == 0 && s < kSources; ++s) {
+            const auto point = static_cast<std::uint32_t>(random() % 710);
+            const EarDelays delays{static_cast<float>(random() % 4), 1.3f};
+            const float glideMs = block % 2 == 0 ? 10.f : 0.f;
+            spectral.SetSource(s, {point, delays, 1.f}, glideMs);
+            direct.SetSource(s, {point, delays, 1.f}, glideMs);
+        }
+        std::vector<const float*> in;
+        for (const Tests::Signal& input : inputs) in.push_back(input.data() + done);
+        if (block % 40 > 30) in[1] = nullptr;
+        for (auto& [filtering, ears] : {std::pair{&spectral, heard[0]}, {&direct, heard[1]}}) {
+            EXPECT_EQ(Tests::ViolationsOf([&] {
+                          filtering->Perform(ears[0].data() + done, ears[1].data() + done,
+                                             in.data(), static_cast<unsigned>(count));
+                      }),
+                      0u);
+        }
+        done += count;
+    }
+    for (std::size_t e = 0; e < 2; ++e) {
+        EXPECT_GT(*std::ranges::max_element(heard[1][e]), 1.f);
+        for (std::size_t k = 0; k < kFrames; ++k) {
+            ASSERT_NEAR(heard[0][e][k], heard[1][e][k], 1e-4) << k;
+        }
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Hosts, FirsOfBlocks, testing::ValuesIn(kBlocks), Tests::kByName);
 
 }  // namespace

@@ -62,10 +62,10 @@ TEST_P(ConvolutionKernelsOf, AddUpProductsOfSpectra) {
     for (const int numSpectra : {0, 1, 5}) {
         Tests::ForEveryLength(Tests::kLongestRun, [&](int n, int start) {
             Spectra signal(start, numSpectra * n, 1), left(start, numSpectra * n, 3),
-                right(start, numSpectra * n, 5);
+                right(start, numSpectra * n, 5), second(start, numSpectra * n, 9);
             Spectra before(start, n, 7), sum(start, n, 7), other(start, n, 7), single(start, n, 7);
             tested_.multiplyAddPair({{sum.Parts(), other.Parts()},
-                                     signal.ConstParts(),
+                                     {signal.ConstParts(), second.ConstParts()},
                                      {left.ConstParts(), right.ConstParts()},
                                      numSpectra,
                                      n});
@@ -76,7 +76,7 @@ TEST_P(ConvolutionKernelsOf, AddUpProductsOfSpectra) {
                 std::complex<double> expected[] = {before.At(k), before.At(k)};
                 for (int at = k; at < numSpectra * n; at += n) {
                     expected[0] += signal.At(at) * left.At(at);
-                    expected[1] += signal.At(at) * right.At(at);
+                    expected[1] += second.At(at) * right.At(at);
                 }
                 const double bound = 2.0 * (1 + numSpectra) * kEpsilon;
                 ASSERT_LT(std::abs(sum.At(k) - expected[0]), bound) << k << " of " << n;
