@@ -152,7 +152,7 @@ std::string Expectation(const DirectiveRow& row, Arguments arguments) {
     if (row.fits != OneLayout) return text;
     const std::string nearest =
         arguments.empty() ? "" : NearestWord(LayoutName(arguments[0]), WordsOf(LayoutNames()));
-    text += ", one of: " + LayoutNames();
+    text += ", one of: " + LayoutNames() + ", or fibonacci-1 to fibonacci-250";
     return nearest.empty() ? text : text + "; did you mean " + nearest + "?";
 }
 

@@ -2,6 +2,7 @@
 #include "QuiloPanDocumentation.h"
 
 #include "QuiloProject.h"
+#include "QuiloSuite.h"
 
 #include <cstdio>
 
@@ -33,15 +34,6 @@ constexpr ArgumentDoc kOutlets[] = {
 };
 // clang-format on
 
-constexpr char kDescription[] =
-    "<o>quilo.pan~</o> distributes any number of sources over loudspeakers, over the components of "
-    "an ambisonic sound field or over the two ears of a listener, block by block, as their "
-    "positions and the chosen algorithm ask for. Azimuth is in degrees, 0 to the front and "
-    "positive to the right; elevation in degrees, positive upwards; distances are in metres. In "
-    "Cartesian positions x points to the right, y to the front and z upwards.<br/> In the "
-    "ambisonic types a source in front is encoded in the channel Y: decoders that follow the "
-    "usual frame, in which it is X, want their directions turned by 90 degrees.";
-
 /// The build date is fixed, since patches look for it. Signals are 32-bit floats inside.
 std::string VersionText() {
     char text[64];
@@ -54,14 +46,13 @@ std::string VersionText() {
 
 const VelkMax::ClassDocumentation& PanTilda::Documentation() {
     static const std::string version = VersionText();
-    static const VelkMax::ClassDocumentation documentation{
-        "Spatial panner for loudspeakers, ambisonics and headphones",
-        kDescription,
-        kSeeAlso,
-        version.c_str(),
-        kArguments,
-        kInlets,
-        kOutlets};
+    static const VelkMax::ClassDocumentation documentation{TextsOf("quilo.pan~").digest,
+                                                           TextsOf("quilo.pan~").description,
+                                                           kSeeAlso,
+                                                           version.c_str(),
+                                                           kArguments,
+                                                           kInlets,
+                                                           kOutlets};
     return documentation;
 }
 

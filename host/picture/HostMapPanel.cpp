@@ -107,7 +107,7 @@ void DrawSpeakerDots(Svg& svg, const Scene& scene, const Half& half) {
     }
     const double size = dots.size() > 40 ? 2 : 3.5;
     for (const auto& [spot, k] : dots) {
-        svg.Circle(spot, size, kInk, {"#ffffff", 1});
+        svg.Circle(spot, size, kInk, {"white", 1});
         room.Block(spot, 2 * size, 2 * size);
     }
     for (const auto& [spot, k] : dots) {
@@ -122,7 +122,7 @@ void DrawSpeakerDots(Svg& svg, const Scene& scene, const Half& half) {
 }
 
 void DrawHalf(Svg& svg, const Scene& scene, const Half& half) {
-    svg.Circle(half.centre, kRadius, "#ffffff");
+    svg.Circle(half.centre, kRadius, "white");
     DrawCells(svg, scene.coverage, half);
     for (const double elevation : {30.0, 60.0}) {
         const Spot spot = half.At(0, half.sign * elevation);
@@ -139,7 +139,7 @@ void DrawHalf(Svg& svg, const Scene& scene, const Half& half) {
 
 void DrawKey(Svg& svg, Spot spot) {
     const auto row = [&](const Shade& shade) {
-        svg.Box({spot.x, spot.y - 7}, 22, 14, shade.colour.empty() ? "#ffffff" : shade.colour, 1, 2,
+        svg.Box({spot.x, spot.y - 7}, 22, 14, shade.colour.empty() ? "white" : shade.colour, 1, 2,
                 {kFrame});
         svg.Text({spot.x + 32, spot.y}, shade.text);
         spot.y += 22;

@@ -71,7 +71,7 @@ void DrawSignKey(Svg& svg, Spot spot, double timeStep, bool hasLoudspeakers) {
     svg.Circle(spot, kSourceRadius, kQuietInk);
     svg.Text({spot.x + kText, spot.y}, "where a source ends or stays");
     spot.y += kRow;
-    svg.Circle(spot, 3.2, "#ffffff", {kQuietInk, 1.6});
+    svg.Circle(spot, 3.2, "white", {kQuietInk, 1.6});
     svg.Text({spot.x + kText, spot.y}, "every " + LabelNumber(timeStep) + " s on its way");
 }
 

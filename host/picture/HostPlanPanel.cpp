@@ -214,7 +214,7 @@ private:
             if (HasNumberedDiscs())
                 DrawSource(svg_, way.back(), k);
             else
-                svg_.Circle(way.back(), sourceRadius_, SourceColour(k), {"#ffffff", 0.6});
+                svg_.Circle(way.back(), sourceRadius_, SourceColour(k), {"white", 0.6});
             room_.Block(way.back(), 2 * sourceRadius_, 2 * sourceRadius_);
         }
     }
@@ -282,7 +282,7 @@ private:
         if (IsCrowd()) return;
         for (std::size_t k = 0; k < numSources_; ++k)
             for (const Dot& dot : DotsOf(k, timeStep))
-                svg_.Circle(dot.spot, 3.2, "#ffffff", {SourceColour(k), 1.6});
+                svg_.Circle(dot.spot, 3.2, "white", {SourceColour(k), 1.6});
     }
 
     void DrawTimes(double timeStep) {
@@ -336,16 +336,16 @@ void DrawListener(Svg& svg, Spot spot, bool noseUp) {
         svg.Area(noseAbove, kInk);
         svg.Box({spot.x - r - 3, spot.y - 4}, 5, 8, kInk, 1, 2);
         svg.Box({spot.x + r - 2, spot.y - 4}, 5, 8, kInk, 1, 2);
-        svg.Circle(spot, r, "#ffffff", outline);
+        svg.Circle(spot, r, "white", outline);
     } else {
         svg.Area(noseRight, kInk);
-        svg.Circle(spot, r, "#ffffff", outline);
+        svg.Circle(spot, r, "white", outline);
         svg.Box({spot.x - 3, spot.y - 4}, 5, 8, kInk, 1, 2);
     }
 }
 
 void DrawSource(Svg& svg, Spot spot, std::size_t source) {
-    svg.Circle(spot, kSourceRadius, SourceColour(source), {"#ffffff", 1.5});
+    svg.Circle(spot, kSourceRadius, SourceColour(source), {"white", 1.5});
     const bool isLong = source >= 99;
     svg.Text(spot, std::to_string(source + 1),
              {.size = isLong ? 9.0 : 11.0,

@@ -30,7 +30,7 @@ std::string_view SourceDashes(std::size_t source) {
 
 std::string_view SourceNumberColour(std::size_t source) {
     const std::size_t colour = source % kSourceColours.size();
-    return colour >= 3 && colour <= 5 ? kInk : "#ffffff";
+    return colour >= 3 && colour <= 5 ? kInk : "white";
 }
 
 double RoundStep(double range, int mostSteps) {

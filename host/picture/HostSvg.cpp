@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "picture/HostSvg.h"
 
+#include "text/VelkDspColours.h"
 #include "text/VelkDspUtf8.h"
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <iterator>
+#include <optional>
 
 namespace Quilo::Host {
 
@@ -51,8 +53,14 @@ std::string Attribute(std::string_view name, double value) {
     return Attribute(name, NumberText(value));
 }
 
+/// A colour by its name where it has one, so that the file is read more easily.
+std::string Paint(std::string_view attribute, std::string_view text) {
+    const std::optional<tav::Colour> colour = tav::FindColour(text);
+    return colour ? Attribute(attribute, tav::ColourText(*colour)) : Attribute(attribute, text);
+}
+
 std::string Attributes(const Stroke& stroke) {
-    std::string text = Attribute("stroke", stroke.colour);
+    std::string text = Paint("stroke", stroke.colour);
     if (stroke.colour == "none") return "";
     if (stroke.width != 1) text += Attribute("stroke-width", stroke.width);
     if (stroke.opacity != 1) text += Attribute("stroke-opacity", stroke.opacity);
@@ -122,13 +130,13 @@ void Svg::Polyline(std::span<const Spot> spots, const Stroke& stroke) {
 }
 
 void Svg::Area(std::span<const Spot> outline, std::string_view fill, double opacity) {
-    body_ += Joined({"<polygon", Attribute("points", Points(outline)), Attribute("fill", fill),
+    body_ += Joined({"<polygon", Attribute("points", Points(outline)), Paint("fill", fill),
                      Attribute("fill-opacity", opacity), "/>\n"});
 }
 
 void Svg::Circle(Spot centre, double radius, std::string_view fill, const Stroke& stroke) {
     body_ += Joined({"<circle", Attribute("cx", centre.x), Attribute("cy", centre.y),
-                     Attribute("r", radius), Attribute("fill", fill), Attributes(stroke), "/>\n"});
+                     Attribute("r", radius), Paint("fill", fill), Attributes(stroke), "/>\n"});
 }
 
 void Svg::Box(Spot corner,
@@ -138,9 +146,8 @@ void Svg::Box(Spot corner,
               double opacity,
               double round,
               const Stroke& stroke) {
-    body_ +=
-        Joined({"<rect", Attribute("x", corner.x), Attribute("y", corner.y),
-                Attribute("width", width), Attribute("height", height), Attribute("fill", fill)});
+    body_ += Joined({"<rect", Attribute("x", corner.x), Attribute("y", corner.y),
+                     Attribute("width", width), Attribute("height", height), Paint("fill", fill)});
     if (opacity != 1) body_ += Attribute("fill-opacity", opacity);
     if (round != 0) body_ += Attribute("rx", round);
     body_ += Attributes(stroke) + "/>\n";
@@ -156,9 +163,9 @@ void Svg::Text(Spot spot, std::string_view text, const TextStyle& style) {
     if (style.bold) place += Attribute("font-weight", "bold");
     const std::string letters = Joined({">", Escaped(text), "</text>\n"});
     if (style.halo)
-        body_ += Joined({"<text", place, Attribute("fill", "#ffffff"), Attributes({"#ffffff", 4}),
+        body_ += Joined({"<text", place, Paint("fill", "white"), Attributes({"white", 4}),
                          Attribute("stroke-linejoin", "round"), letters});
-    body_ += Joined({"<text", place, Attribute("fill", style.colour), letters});
+    body_ += Joined({"<text", place, Paint("fill", style.colour), letters});
 }
 
 std::string Svg::Document(double width, double height, std::string_view title) const {
@@ -166,7 +173,7 @@ std::string Svg::Document(double width, double height, std::string_view title) c
     return Joined({"<svg xmlns=\"http://www.w3.org/2000/svg\"", Attribute("width", width),
                    Attribute("height", height), Attribute("viewBox", box),
                    Attribute("font-family", kFonts), ">\n<title>", Escaped(title), "</title>\n",
-                   "<rect width=\"100%\" height=\"100%\" fill=\"#ffffff\"/>\n", body_, "</svg>\n"});
+                   "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n", body_, "</svg>\n"});
 }
 
 }  // namespace Quilo::Host

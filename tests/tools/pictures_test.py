@@ -78,7 +78,7 @@ class Picture:
     def texts(self):
         """(text, size, x of the anchor, y of the middle, anchor), the white rims left out."""
         for text in self.plan.iter(SVG + "text"):
-            if text.get("fill") == "#ffffff" and text.get("stroke"):
+            if text.get("fill") == "white" and text.get("stroke"):
                 continue
             size = float(text.get("font-size"))
             yield (text.text, size, float(text.get("x")), float(text.get("y")) - 0.35 * size, text.get("text-anchor"))

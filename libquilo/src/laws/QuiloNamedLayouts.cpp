@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloNamedLayouts.h"
 
+#include "math/VelkDspSpherePoints.h"
+
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <span>
 
 namespace Quilo {
@@ -92,6 +95,42 @@ const LayoutRow kLayouts[] = {
 
 // clang-format on
 
+constexpr std::string_view kFibonacci = "fibonacci-";
+constexpr std::size_t kMostGridPlaces = 250;  // outlets of a panner
+
+/// Labels S1, S2, ... for ever.
+std::string_view GridLabel(std::size_t place) {
+    static const auto labels = [] {
+        std::array<std::string, kMostGridPlaces> texts;
+        for (std::size_t k = 0; k < texts.size(); ++k) texts[k] = "S" + std::to_string(k + 1);
+        return texts;
+    }();
+    return labels[place];
+}
+
+std::vector<LoudspeakerPlace> GridPlaces(std::span<const tav::SphereDirection> directions) {
+    std::vector<LoudspeakerPlace> places;
+    for (const tav::SphereDirection& direction : directions) {
+        places.push_back({GridLabel(places.size()), static_cast<float>(direction.azimuthDeg),
+                          static_cast<float>(direction.elevationDeg)});
+    }
+    return places;
+}
+
+/// Evenly spread loudspeakers all round.
+std::optional<std::vector<LoudspeakerPlace>> FindGrid(std::string_view name) {
+    for (const tav::SphereSet& set : tav::SphereSets()) {
+        if (set.name == name) return GridPlaces(set.directions);
+    }
+    if (!name.starts_with(kFibonacci)) return std::nullopt;
+    name.remove_prefix(kFibonacci.size());
+    std::size_t count = 0;
+    const auto [stop, fault] = std::from_chars(name.data(), name.data() + name.size(), count);
+    const bool isNumber = fault == std::errc() && stop == name.data() + name.size();
+    if (!isNumber || count == 0 || count > kMostGridPlaces) return std::nullopt;
+    return GridPlaces(tav::FibonacciGrid(count));
+}
+
 bool IsLowFrequency(const LoudspeakerPlace& place) { return place.label.starts_with("LFE"); }
 
 }  // namespace
@@ -105,7 +144,7 @@ std::optional<std::vector<LoudspeakerPlace>> FindNamedLayout(std::string_view na
         if (!isWhole) std::erase_if(places, IsLowFrequency);
         return places;
     }
-    return std::nullopt;
+    return FindGrid(name);
 }
 
 std::string LayoutNames() {
@@ -117,6 +156,7 @@ std::string LayoutNames() {
         std::ranges::for_each(row.names, add);
         add(row.withoutLfe);
     }
+    for (const tav::SphereSet& set : tav::SphereSets()) add(set.name);
     return names;
 }
 

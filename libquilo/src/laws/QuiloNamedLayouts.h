@@ -26,12 +26,13 @@ struct LoudspeakerPlace {
 };
 
 /// The loudspeakers of a layout in the order of its channels, all at one distance.
-/// @param name  such as "5.1.4", "octagon", or of BS.2051 by counts ("4+5+0") or letter ("D")
+/// @param name  such as "5.1.4", "octagon", or of BS.2051 by counts ("4+5+0") or letter ("D"); of
+/// an even set ("icosahedron", "sphere-48"); or "fibonacci-" and a number from 1 to 250
 /// @return nothing for an unknown name
 /// Thread: control.
 std::optional<std::vector<LoudspeakerPlace>> FindNamedLayout(std::string_view name);
 
-/// Every name that is found, layout by layout, separated by blanks.
+/// Every name that is found, layout by layout, separated by blanks; of the Fibonacci grids none.
 std::string LayoutNames();
 
 }  // namespace Quilo

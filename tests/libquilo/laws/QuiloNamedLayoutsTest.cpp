@@ -55,7 +55,13 @@ TEST(NamedLayouts, MirrorLeftAndRightAndStandApart) {
 }
 
 TEST(NamedLayouts, KnowNoOtherName) {
-    for (const char* name : {"", "5.1.3", "K", "a", "Stereo"}) EXPECT_FALSE(FindNamedLayout(name));
+    for (const char* name :
+         {"", "5.1.3", "K", "a", "Stereo", "sphere-47", "fibonacci-", "fibonacci-0",
+          "fibonacci-251", "fibonacci-4x", "fibonacci-99999999999999999999"}) {
+        EXPECT_FALSE(FindNamedLayout(name)) << name;
+    }
+    EXPECT_EQ(FindNamedLayout("sphere-48")->size(), 48u);
+    EXPECT_EQ(FindNamedLayout("fibonacci-250")->back().label, "S250");
 }
 
 }  // namespace
