@@ -16,6 +16,7 @@ namespace {
 
 constexpr double kHighestHz = 21000.0;
 constexpr double kLeastPower = 1e-24;
+constexpr double kResponseMs = 5.3;  // the narrowest resonances of the built-in set ring as long
 
 /// |H|^2 of a second-order polynomial on the unit circle, in the cosine of the frequency.
 struct PowerOfPolynomial {
@@ -99,7 +100,7 @@ std::vector<float> MinimumPhaseResponse(std::span<const tav::BiquadCell> cells,
         im[k] = magnitude * std::sin(im[k]);
     }
     fft.Inverse(re, im, signal);
-    const auto length = static_cast<std::size_t>(std::ceil(128.0 * rate / 44100.0));
+    const auto length = static_cast<std::size_t>(std::ceil(kResponseMs * 0.001 * rate));
     signal.resize(std::min((length + 7) / 8 * 8, size / 2));
     TaperEnd(signal);
     return signal;
