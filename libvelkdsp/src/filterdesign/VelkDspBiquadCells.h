@@ -40,9 +40,10 @@ std::vector<double> CellsToFile(std::span<const BiquadCell> cells);
 
 bool IsStable(const BiquadCell& cell) noexcept;
 
-/// A whole set of responses in the file layout. Some files have a1 a2 before b1 b2, and none says
-/// so: a set that is unstable as read and stable with the pairs exchanged is taken exchanged, and
-/// the log says so.  @param responses  as CellsFromFile takes them
+/// Reads a whole set of responses in the file layout. Some files store a1 a2 before b1 b2 without
+/// saying so. If a set is unstable as it stands, but stable with these pairs exchanged, it is read
+/// with the pairs exchanged, and a line in the log tells it.
+/// @param responses  as CellsFromFile takes them
 /// Throws: tav::Exception as CellsFromFile, and for a set that is unstable both ways.
 std::vector<BiquadCells> CellSetFromFile(std::span<const std::vector<double>> responses);
 

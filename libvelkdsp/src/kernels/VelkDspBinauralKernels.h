@@ -39,8 +39,11 @@ struct EarRows {
     float* right;
 };
 
-/// The weights of fades, source by source: constant + ofCos c + ofSin s + ofPart t, with c + i s
-/// turning by `turn` from sample to sample and t growing by `step`.
+/// What the weights of crossfades are computed from; each source has a fade of its own.
+/// The weight at a sample is constant + ofCos c + ofSin s + ofPart t, where c and s are the cosine
+/// and the sine of an angle and t is a number. From one sample to the next the angle grows by the
+/// one that has the cosine turnCos and the sine turnSin, and t grows by `step`. The members cosine,
+/// sine and part are c, s and t of the first sample.
 struct FadeLanes {
     using Row = float[kSourceLanes];
     Row cosine, sine, turnCos, turnSin;
@@ -59,25 +62,28 @@ struct FirstOrderLanes {
 
 struct BinauralKernels {
     /// sum[k] += weights[k] * (rows[k] through all cells), for k = 0 .. n - 1.
-    /// @param rows  n an ear, overwritten      @param sum  null pointers: nobody listens, the
-    /// states alone count      @param weights  n rows; null: 1
-    /// Transposed direct form II. A vector set may fuse multiply and add.
+    /// Transposed direct form II; vector sets may fuse multiplication and addition.
+    /// @param rows     n rows for each ear, overwritten
+    /// @param sum      null pointers where only the states are to be advanced
+    /// @param weights  n rows; null if all weights are 1
     void (*cascade)(const CellLanes& cells,
                     const EarRows& rows,
                     const EarRows& sum,
                     const float* weights,
                     int n) noexcept TAV_NONBLOCKING;
-    /// Overwrites n rows with what is read.
+    /// Overwrites n rows with the samples that the sources are read at.
     void (*read)(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING;
-    /// y[k] = x at the place k + f + k step, third-order Lagrange: with w the whole and g the
-    /// broken part of f + k step, from x[k + w - 1] .. x[k + w + 2].
+    /// y[k] is x at the place k + f + k step, by third-order Lagrange interpolation: where w is the
+    /// integral part of f + k step, from x[k + w - 1] to x[k + w + 2].
     void (*glide)(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING;
-    /// Computes n rows of weights, the first row from c, s and t as given.
+    /// Computes n rows of weights; the first one belongs to c, s and t as they are given.
     void (*fadeWeights)(const FadeLanes& fades, float* rows, int n) noexcept TAV_NONBLOCKING;
-    /// y[k] += the sum of row k
+    /// Adds the sum of the numbers of row k to y[k].
     void (*sumLanes)(const float* rows, float* y, int n) noexcept TAV_NONBLOCKING;
-    /// The section over n rows of both ears.  @param adds  true: to what `out` holds; false: out is
-    /// overwritten and may be `in`. A vector set may fuse multiply and add.
+    /// Runs n rows of both ears through the section. Vector sets may fuse multiplication and
+    /// addition.
+    /// @param adds  true: the result is added to `out`; false: it overwrites `out`, which may be
+    /// `in`
     void (*firstOrder)(const FirstOrderLanes& lanes,
                        const EarRows& in,
                        const EarRows& out,

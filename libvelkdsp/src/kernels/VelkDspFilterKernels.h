@@ -27,27 +27,32 @@ struct NearFieldSection {
 
 /// The parameters that differ between the sources, in rows.
 struct NearFieldLanes {
-    const float* highPassG = nullptr;     // a row; 0: no high-pass. Null: no source has one
-    const float* highPassStep = nullptr;  // a row: what highPassG grows by from sample to sample.
-                                          // Null: nothing
-    const float* highPassKeep = nullptr;  // a row: what is left of its states after a sample.
-                                          // Null: all of them
-    const float* ratios = nullptr;        // rows of array radius / source distance
-    std::ptrdiff_t ratioStride = 0;       // floats from a sample's row to the next: 0 where all
-                                          // samples have the same, else kSourceLanes
+    /// A row: g of each source's high-pass, 0 for a source without one. Null if no source has one.
+    const float* highPassG = nullptr;
+    /// A row: by how much highPassG grows from one sample to the next. Null if it does not change.
+    const float* highPassStep = nullptr;
+    /// A row: the factor by which the states of the high-pass decay with each sample. Null if they
+    /// do not decay.
+    const float* highPassKeep = nullptr;
+    /// Rows: radius of the loudspeaker array divided by the distance of the source.
+    const float* ratios = nullptr;
+    /// Floats from the ratios of one sample to those of the next: kSourceLanes, or 0 if one row
+    /// serves all samples.
+    std::ptrdiff_t ratioStride = 0;
 };
 
 /// Rows of states of a section: two of the high-pass, two of the near-field filter.
 inline constexpr int kNearFieldStates = 4;
 
 struct FilterKernels {
-    /// A run through an all-pass section that does not reach its delay: ring[k] is read as the
-    /// value of a delay ago and becomes the newest one.  @param n  at most the delay
+    /// Runs n samples through an all-pass section. ring[k] holds the value from one delay ago and
+    /// is replaced by the newest one.
+    /// @param n  at most the delay, so that nothing written here is read again in the same call
     void (*allPass)(float* signal, float* ring, float gain, int n) noexcept TAV_NONBLOCKING;
     /// Runs sections in series, first-order ones last.
     /// @param states  kNearFieldStates rows per section   @param in, out  n rows, may be the same
-    /// A source with g = 0, states of 0 and ratio 1 is not changed by a single bit. A vector set
-    /// may fuse multiply and add.
+    /// A source with g = 0, states of 0 and a ratio of 1 comes out bit for bit as it went in.
+    /// Vector sets may fuse multiplication and addition.
     void (*nearField)(const NearFieldSection* sections,
                       int numSections,
                       const NearFieldLanes& lanes,

@@ -10,11 +10,12 @@
 
 namespace tav {
 
-/// The same gains as encoding.Compute for each direction, within two roundings of 32 bits; in three
-/// dimensions much faster.
-/// @param directions  finite, as many as `gains` has rows  @param gains  directions x
-/// NumChannels(); more columns are left as they are, and where there are fewer, all are
-/// @param kernels  if its pointers are null, each direction is computed by itself
+/// Computes the gains that encoding.Compute gives for each direction, except for two roundings to
+/// 32 bits. In three dimensions this is much faster than one direction after the other.
+/// @param directions  finite, as many as `gains` has rows
+/// @param gains    directions x NumChannels(); further columns are not written, and nothing is
+///                 written where there are fewer columns
+/// @param kernels  with null pointers each direction is computed separately
 /// Thread: one at a time.  Throws: std::bad_alloc.
 void ComputeHoaGains(HoaEncodingVector& encoding,
                      std::span<const CartesianVector> directions,

@@ -7,7 +7,8 @@
 namespace tav {
 namespace {
 
-// Masked where the plain intrinsic warns of uninitialised registers with some compilers.
+// With some compilers a few intrinsics without a mask warn of uninitialised registers; they are
+// used with a mask that selects all lanes.
 constexpr int kLanes = 8;
 constexpr __mmask8 kAll = 0xff;
 
@@ -29,8 +30,9 @@ void FromHost(const double* host, float* own, int n) noexcept TAV_NONBLOCKING {
     if (k < n) SampleKernels::Scalar().fromHost(host + k, own + k, n - k);
 }
 
-/// Stores wait for their cache lines one by one; lines that are asked for together arrive together.
-/// A part of a run is not worth it.
+/// A store to memory outside the cache waits for its cache line, each store for its own. Lines that
+/// are prefetched together arrive together, so all lines of a run are asked for before its first
+/// store. For less than a run a prefetch costs more than it saves.
 constexpr int kRun = 64;  // samples
 void FetchRun(const double* host, int n) noexcept {
     if (n < kRun) return;

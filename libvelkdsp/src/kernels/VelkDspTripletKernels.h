@@ -19,9 +19,9 @@ struct TripletKernels {
     /// largest of these over all blocks.
     /// @param elements  numBlocks blocks, any alignment       @param position  x, y, z
     /// @param best  kTripletLanes values, each replaced by a larger result of its lane
-    /// @param bestBlock  then the first block that has this result; not changed otherwise
-    /// All sets give the same bits: nothing is fused, and products add up from left to right. What
-    /// is no number beats nothing.  Thread: any.
+    /// @param bestBlock  the number of the first block with that result, where `best` is replaced
+    /// All sets give the same bits, because nothing is fused and products are added from left to
+    /// right. A result that is not a number never replaces another.  Thread: any.
     void (*findPeaks)(const float* elements,
                       std::int32_t numBlocks,
                       const float* position,

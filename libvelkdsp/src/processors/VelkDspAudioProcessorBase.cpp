@@ -30,8 +30,8 @@ void ZeroConnected(const AudioProcessorBase& processor,
 
 }  // namespace
 
-/// One float buffer per port, for blocks of at most `frames` samples. Those of the outputs are
-/// zeros between two blocks.
+/// One float buffer per port, for blocks of at most `frames` samples. Between two blocks the
+/// buffers of the outputs contain only zeros.
 struct AudioProcessorBase::Scratch {
     Scratch(unsigned numInputs, unsigned numOutputs, unsigned numFrames)
         : frames(numFrames),
@@ -89,8 +89,9 @@ void AudioProcessorBase::ProcessPiece(const Scratch& scratch,
             std::fill_n(mapped, frames, 0.f);
         }
     }
-    // Slot 1 leaves unconnected outputs alone, and connections may change while it runs: what it
-    // skips, or adds to, is not an old block, since nothing of the last one is left here.
+    // Slot 1 does not write unconnected outputs, and connections may change while it runs. So that
+    // no old block is heard from an output that it skips, all of them contain zeros here: the
+    // previous block was drained.
     ProcessToHost({kernels_, outputs, offset}, scratch.outputs.data(), scratch.inputs.data(),
                   frames);
 }

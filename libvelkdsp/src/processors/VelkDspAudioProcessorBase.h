@@ -97,14 +97,14 @@ public:
     void ReportState(std::vector<std::string>& lines) const;
 
 protected:
-    /// Slot 1 for outputs that are all zeros already. A block that adds to its outputs overrides it
-    /// and saves the zeroing.  Thread: audio.
+    /// Does what slot 1 does, given outputs that contain only zeros. A processor that adds to its
+    /// outputs overrides it, because it need not zero them first.  Thread: audio.
     virtual void ProcessZeroed(float* const* outputs,
                                const float* const* inputs,
                                unsigned frames) noexcept TAV_NONBLOCKING;
-    /// Slot 1 for outputs that are all zeros already, each sample of all of them drained, and thus
-    /// a zero again. A block that finishes one output after the other overrides it and drains them
-    /// as it goes.  Thread: audio.
+    /// The same, and drains every sample of every output to the host, which makes it zero again. A
+    /// processor that finishes one output after the other overrides it and drains each output as
+    /// soon as it is finished.  Thread: audio.
     virtual void ProcessToHost(const HostDrain& host,
                                float* const* outputs,
                                const float* const* inputs,

@@ -65,9 +65,10 @@ public:
         return InForce().Changes() + (&Outlets() == &InForce() ? 0 : Outlets().Changes());
     }
 
-    /// This block reads the activity flags of `owner` from now on and analyses nothing itself (the
-    /// gain matrix inside a panner), and so do the blocks that read this one's. `owner` outlives
-    /// this block.  Thread: control, audio stopped.
+    /// For a processor inside another one, such as the gain matrix of a panner: from now on it uses
+    /// the activity flags of `owner` and no longer analyses its own inlets. Processors that share
+    /// the flags of this one use those of `owner`, too.  @param owner  has to outlive this
+    /// Thread: control, audio stopped.
     void ShareActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;
     /// The same for the flags of inputs only; outputs keep their own flags.
     void ShareInputActivityOf(const AudioProcessorWithAutoMute& owner) noexcept;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The lock that control threads take round what they share, and that the audio thread may try.
+// The lock that protects the data which control threads share; the audio thread may try to lock it.
 #pragma once
 
 #include "text/VelkDspThreadSafety.h"
@@ -10,8 +10,8 @@
 
 namespace tav {
 
-/// Not recursive: a thread that has it must not ask for it again. Held through a ControlGuard
-/// wherever one function takes it and gives it back.
+/// Not recursive: a thread that holds it must not lock it again. Use a ControlGuard wherever the
+/// same function locks and unlocks it.
 ///
 /// Control threads wait for each other at a mutex. The audio thread only ever tries, and what it
 /// then holds is a flag: giving that back is a plain store, which wakes nobody and calls no kernel.
@@ -24,7 +24,7 @@ public:
         while (isHeld_.exchange(true, std::memory_order_acquire)) std::this_thread::yield();
         hasMutex_ = true;
     }
-    /// @return false: somebody else has it
+    /// @return false if another thread holds it
     bool TryLock() noexcept TAV_TRY_ACQUIRE(true) {
         if (isHeld_.exchange(true, std::memory_order_acquire)) return false;
         hasMutex_ = false;
@@ -42,7 +42,7 @@ private:
     bool hasMutex_ = false;  // whoever has the lock
 };
 
-/// Waits for the lock and has it for as long as it lives.  Thread: control.
+/// Locks when it is made, waiting if necessary, and unlocks when its scope ends.  Thread: control.
 class TAV_SCOPED_CAPABILITY ControlGuard {
 public:
     explicit ControlGuard(ControlLock& lock) TAV_ACQUIRE(lock) : lock_(lock) { lock_.Lock(); }

@@ -87,8 +87,9 @@ public:
         delete retired_.exchange(nullptr, std::memory_order_acq_rel);
     }
 
-    /// Takes a published object; `move(newest, replaced)` carries over what must survive, and
-    /// `replaced` is null the first time.  Thread: audio, once per block.
+    /// Makes a published object the live one, unless the control thread has not yet freed the one
+    /// that was replaced before. First calls move(newest, replaced), which copies what has to be
+    /// kept; `replaced` is null the first time.  Thread: audio, once per block.
     template <class Move>
     void TakeNext(Move&& move) noexcept TAV_NONBLOCKING {
         if (next_.load(std::memory_order_relaxed) == nullptr) return;

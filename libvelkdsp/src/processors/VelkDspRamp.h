@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A value that glides linearly.
+// A number that changes along a straight line, sample by sample.
 #pragma once
 
 #include "text/VelkDspNonblocking.h"
@@ -9,21 +9,24 @@
 
 namespace tav {
 
-/// A linear glide from the present value to a target, a value per sample. Output k = 0 .. n - 1 of
-/// a glide over n samples is start + (k + 1)(target - start) / n; the last one, and every one after
-/// it, is the target bit for bit.
+/// Gives one value per sample. A glide over n samples leads from the present value to a target:
+/// its k-th value is start + (k + 1)(target - start) / n, k = 0 .. n - 1. The last value of a glide
+/// and all values after it are equal to the target bit for bit.
 /// Thread: one at a time; nothing allocates.
 class Ramp {
 public:
     explicit Ramp(float value = 0.f) noexcept : start_(value), target_(value) {}
 
-    /// Samples of a glide over `ms` milliseconds, truncated; 0 if not finite or not positive.
+    /// The length of a glide over `ms` milliseconds in samples, rounded down; 0 for a time that is
+    /// not finite or not above 0.
     static std::uint32_t GlideLength(float ms, float sampleRateHz) noexcept TAV_NONBLOCKING;
 
-    /// A running glide keeps its remaining time in seconds. Ignored if not finite or not above 0.
+    /// The rest of a running glide still lasts as many seconds. A rate that is not finite or not
+    /// above 0 is ignored.
     void SetSampleRate(float hz) noexcept TAV_NONBLOCKING;
-    /// Starts a glide from the present value to the target, also during a glide; with less than one
-    /// sample, jumps. A target that is not finite is ignored.
+    /// Starts a glide from the present value to the target, also in the middle of another glide. If
+    /// it would be shorter than one sample, the value jumps. A target that is not finite is
+    /// ignored.
     void Set(float target, float ms) noexcept TAV_NONBLOCKING;
     void SetOverSamples(float target, std::uint32_t samples) noexcept TAV_NONBLOCKING;
 

@@ -18,8 +18,8 @@ struct FirstOrderMix {
     double m1 = 0.0;
 };
 
-/// States are doubles. A state that has run away is for the owner to find: once per block,
-/// Clear() what is not IsSane().  Thread: audio.
+/// States are doubles. A section does not check them itself: once per block its owner calls Clear()
+/// if IsSane() is false, that is if a state is not a number or very large.  Thread: audio.
 class FirstOrderSection {
 public:
     /// @param g  IntegratorGain() of the corner, above 0
