@@ -45,11 +45,6 @@ std::vector<t_atom> Copy(Atoms atoms) { return {atoms.Span().begin(), atoms.Span
 
 }  // namespace
 
-const PanSymbols& PanSymbols::Get() {
-    static const PanSymbols symbols;
-    return symbols;
-}
-
 // ---- Life
 
 PanObject::PanObject(t_pxobject& header)

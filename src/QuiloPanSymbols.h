@@ -4,6 +4,7 @@
 #pragma once
 
 #include "math/VelkDspKeywords.h"
+#include "max/VelkMaxSymbols.h"
 #include "pan/QuiloKeywords.h"
 
 #include "ext.h"
@@ -37,8 +38,7 @@ private:
 };
 
 struct PanSymbols {
-    /// The first call looks the symbols up; it must come before any audio.
-    static const PanSymbols& Get();
+    static const PanSymbols& Get() { return VelkMax::SymbolsOf<PanSymbols>(); }
 
     t_symbol* sources = gensym("sourcespositions");
     t_symbol* speakers = gensym("speakerspositions");

@@ -5,23 +5,19 @@
 #include "ApiAtomText.h"
 #include "ApiFaults.h"
 #include "ApiObjects.h"
+#include "ApiSink.h"
 #include "HostBridge.h"
 
 #include <algorithm>
-#include <mutex>
 #include <string_view>
 
 namespace HostApi {
 namespace {
 
-struct Sink {
-    std::recursive_mutex mutex;  // recursive, since a sink may cause another message
-    OutletSink sink;
-};
-
-Sink& TheSink() {
-    static auto& sink = *new Sink;
-    return sink;
+/// Never destroyed: modules may send while the program ends.
+Sink<OutletSink>& TheOutletSink() {
+    static auto& outlets = *new Sink<OutletSink>;
+    return outlets;
 }
 
 thread_local const t_object* currentObject = nullptr;
@@ -56,22 +52,15 @@ void* Send(void* pointer, t_symbol* selector, std::span<const t_atom> atoms) {
     const auto place = std::ranges::find(owner.outlets, outlet) - owner.outlets.begin();
     t_object* dumpout = nullptr;
     object_obex_lookup(outlet->owner, gensym("dumpout"), &dumpout);
-
-    Sink& target = TheSink();
-    const std::lock_guard lock(target.mutex);
-    if (target.sink)
-        target.sink({outlet->owner, owner.outlets.size() - 1 - static_cast<std::size_t>(place),
-                     dumpout == outlet->Object(), selector, atoms});
+    TheOutletSink().Call(OutletMessage{outlet->owner,
+                                       owner.outlets.size() - 1 - static_cast<std::size_t>(place),
+                                       dumpout == outlet->Object(), selector, atoms});
     return pointer;
 }
 
 }  // namespace
 
-void SetOutletSink(OutletSink sink) {
-    Sink& target = TheSink();
-    const std::lock_guard lock(target.mutex);
-    target.sink = std::move(sink);
-}
+void SetOutletSink(OutletSink sink) { TheOutletSink().Set(std::move(sink)); }
 
 InletScope::InletScope(const t_object* object, std::size_t inlet)
     : previousObject_(currentObject),

@@ -1,34 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "ApiReports.h"
 
-#include <mutex>
+#include "ApiSink.h"
+
 #include <utility>
 
 namespace HostApi {
 namespace {
 
-struct Console {
-    std::recursive_mutex mutex;  // recursive, since a sink may cause another post
-    ConsoleSink sink;
-};
-
-Console& TheConsole() {
-    static auto& console = *new Console;
+/// Never destroyed: modules may post while the program ends.
+Sink<ConsoleSink>& TheConsole() {
+    static auto& console = *new Sink<ConsoleSink>;
     return console;
 }
 
 }  // namespace
 
-void SetConsoleSink(ConsoleSink sink) {
-    Console& console = TheConsole();
-    const std::lock_guard lock(console.mutex);
-    console.sink = std::move(sink);
-}
+void SetConsoleSink(ConsoleSink sink) { TheConsole().Set(std::move(sink)); }
 
 void WriteRow(PostKind kind, std::string_view text, t_object* object) {
-    Console& console = TheConsole();
-    const std::lock_guard lock(console.mutex);
-    if (console.sink) console.sink(kind, text, object);
+    TheConsole().Call(kind, text, object);
 }
 
 }  // namespace HostApi

@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Symbols that objects of every class use, looked up once.
+// Tables of symbols, each looked up once, and the table that objects of every class use.
 #pragma once
 
 #include "ext.h"
 
 namespace VelkMax {
+
+/// The one table of its type. The first call looks its symbols up; it must come before any audio.
+template <class Table>
+const Table& SymbolsOf() {
+    static const Table table;
+    return table;
+}
 
 struct CommonSymbols {
     t_symbol* dictionary = gensym("dictionary");
@@ -15,10 +22,6 @@ struct CommonSymbols {
     t_symbol* recallPreset = gensym("recallpreset");
 };
 
-/// The first call looks the symbols up; it must come before any audio.
-inline const CommonSymbols& Symbols() {
-    static const CommonSymbols symbols;
-    return symbols;
-}
+inline const CommonSymbols& Symbols() { return SymbolsOf<CommonSymbols>(); }
 
 }  // namespace VelkMax
