@@ -203,6 +203,13 @@ TEST_F(HostProgram, RestartsTheChainDuringPlay) {
     EXPECT_EQ(std::ranges::count(run.console, "post: buffersize           : 256"), 2);
 }
 
+// The object of this module copies whatever its inlet holds.
+TEST_F(HostProgram, FeedsUnconnectedInletsWithSilence) {
+    const auto audio = Render("object faulty~ none\nat 0.05 host connect 1 0\n",
+                              {"--module", QUILO_FAULTY_MODULE, "--in", "one.wav"});
+    EXPECT_EQ(FirstChange(audio, 0), 2368u);
+}
+
 TEST_F(HostProgram, IsSilentFromTheVectorThatSwitchesAudioOffToTheOneThatSwitchesItOn) {
     struct Case {
         const char* statements;

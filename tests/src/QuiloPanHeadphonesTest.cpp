@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Sets of filters from files, as a user loads them: by the program, while audio runs.
-#include "QuiloPanObject.h"
 #include "audiofiles/VelkDspAudioFile.h"
 #include "audiofiles/VelkDspWavFile.h"
 #include "libquilo/hrtf/HrtfFiles.h"
-#include "src/PanBox.h"
 #include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
-
-#include <array>
-#include <atomic>
-#include <cmath>
-#include <thread>
 
 using namespace Tests;
 using Console = std::vector<std::string>;
@@ -83,53 +76,4 @@ TEST_F(HeadphonesFiles, LoadDuringPlayAndSoundAndSurviveWhatFails) {
         }
     }
     EXPECT_GT(energy, 0.1) << "the built-in set sounds, before and after";
-}
-
-// Worth most under the thread sanitizer: the main thread and the scheduler load, audio plays.
-TEST_F(HeadphonesFiles, TheLoadThatIsAskedForLastStays) {
-    HostApi::SetAudioSettings({44100, 64, true});
-    PanBox box("1 2 binaural");
-    box.Send("source 1 xyz 0 1 0");
-    const short counts[] = {1, 1, 1};
-    HostApi::DspChain chain(box.Get(), counts);
-    std::array<std::vector<double>, 3> signals;
-    signals.fill(std::vector<double>(64));
-    const auto play = [&](double level) {
-        signals[0].assign(64, 0.0);
-        signals[0][0] = level;
-        double* const input = signals[0].data();
-        double* const outputs[] = {signals[1].data(), signals[2].data()};
-        chain.Perform(&input, 1, outputs, 2, 64);
-    };
-    std::atomic<bool> isOver = false;
-    std::thread scheduler([&] {
-        const HostApi::ThreadScope scope(HostApi::ThreadKind::Scheduler);
-        for (int k = 0; k < 50; ++k) {
-            box.Send("hrtffile " + std::string(k % 2 != 0 ? Path("ears.hrtf") : "kemar"));
-            box.Send("source 1 xyz 0 1 0");
-        }
-        isOver = true;
-    });
-    std::thread audio([&] {
-        while (!isOver) play(0.1);
-    });
-    for (int k = 0; !isOver; ++k) {
-        constexpr const char* kOthers[] = {"implementation length 64", "load ears.hrtf",
-                                           "implementation realisation fir", "load kemar",
-                                           "implementation realisation auto length 16"};
-        box.Send(kOthers[static_cast<std::size_t>(k) % std::size(kOthers)]);
-        HostApi::RunDeferred();
-        HostApi::AdvanceClocks(1);
-    }
-    scheduler.join();
-    audio.join();
-    HostApi::RunDeferred();
-    box.Send("load kemar");
-    box.Send("load " + Path("ears.hrtf"));
-    EXPECT_EQ(box.Ask("hrtffile"), Path("ears.hrtf"));
-    for (int vector = 0; vector < 200; ++vector) play(0.0);
-    play(1.0);
-    EXPECT_NEAR(signals[1][2], 3.0, 1e-6);
-    EXPECT_NEAR(signals[2][2], 6.0, 1e-6);
-    HostApi::SetAudioSettings({44100, 64, false});
 }

@@ -261,24 +261,6 @@ TEST(BuiltInHrtf, HasTheLevelsAndTheTimesOfTheMeasurement) {
     ExpectSpread("phase between the ears, 200 Hz to 1.5 kHz, radians", phase, 0.12, 0.17, 0.22);
 }
 
-// The fit draws neighbours' cells together, so that a blend of coefficients is a blend of levels.
-TEST(BuiltInHrtf, CellsOfNeighboursBelongTogether) {
-    Row departure;
-    for (std::size_t i = 0; i < kPoints; ++i) {
-        std::vector<std::size_t> indices;
-        std::vector<float> distances;
-        tav::KdTreeHelper(Set().Positions()).Nearest(Set().Positions()[i], 2, indices, distances);
-        const std::span<const float> one = Filter(i, 0), other = Filter(indices[1], 0);
-        std::vector<float> middle;
-        for (std::size_t k = 0; k < one.size(); ++k) middle.push_back((one[k] + other[k]) / 2.f);
-        Row mean = Levels(one);
-        std::ranges::transform(mean, Levels(other), mean.begin(),
-                               [](double a, double b) { return (a + b) / 2.0; });
-        departure.push_back(RmsOfDifference(Levels(middle), mean));
-    }
-    ExpectSpread("half-way cells, dB", departure, 0.60, 2.0, 6.0);
-}
-
 TEST(Hrtf, TheNearestPointIsTheNearestDirectionFromHereToAfar) {
     for (const HrtfPoint& point : Set().Data().points) {
         const tav::CartesianVector p = point.position;

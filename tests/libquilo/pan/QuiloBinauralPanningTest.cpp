@@ -42,14 +42,6 @@ double Noise(unsigned input, std::size_t frame) {
     return static_cast<double>(random()) / 1073741824.0 - 1.0;
 }
 
-double LargestBend(const std::vector<double>& signal) {
-    double largest = 0.0;
-    for (std::size_t k = 2; k < signal.size(); ++k) {
-        largest = std::max(largest, std::fabs(signal[k] - 2.0 * signal[k - 1] + signal[k - 2]));
-    }
-    return largest;
-}
-
 double Energy(const std::vector<double>& signal) {
     double sum = 0.0;
     for (const double x : signal) sum += x * x;
@@ -143,40 +135,6 @@ TEST(BinauralPanningDirect, LeftIsLeftForAllAzimuthsAndModels) {
                         << model.word << latency << azimuth;
                 }
             }
-        }
-    }
-}
-
-TEST(BinauralPanningDirect, CirclesWithoutClicks) {
-    for (const float rate : {44100.f, 48000.f}) {
-        const PanPlayer::Signal signals[] = {Tests::Sine(500.0, static_cast<double>(rate)), Noise};
-        for (const PanPlayer::Signal& signal : signals) {
-            const auto pan = OnKemar(1);
-            PanPlayer player(*pan, rate);
-            double still = 0.0, moving = 0.0;
-            for (double azimuth = 0.0; azimuth < 360.0; azimuth += 10.0) {
-                pan->SetSourcePosition(0, At(azimuth), true, true);
-                pan->Reset();
-                player.Play(2048, signal);
-                for (const auto& ear : player.Play(1024, signal)) {
-                    still = std::max(still, LargestBend(ear));
-                }
-            }
-            std::vector<double> ears[2];
-            const unsigned blocks = static_cast<unsigned>(rate) / 64;
-            for (unsigned block = 0; block < blocks; ++block) {
-                pan->SetSourcePosition(0, At(360.0 * block / blocks), false, false);
-                const auto audio = player.Play(64, [&](unsigned input, std::size_t k) {
-                    return signal(input, block * 64 + k);
-                });
-                for (std::size_t e = 0; e < 2; ++e) {
-                    ears[e].insert(ears[e].end(), audio[e].begin(), audio[e].end());
-                }
-            }
-            for (auto& ear : ears) {
-                moving = std::max(moving, LargestBend({ear.begin() + 4096, ear.end()}));
-            }
-            EXPECT_LE(moving, 2.0 * still) << rate;
         }
     }
 }

@@ -10,9 +10,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <deque>
-#include <iterator>
 #include <vector>
 
 namespace {
@@ -145,43 +143,6 @@ TEST_P(GainKernelsOf, MixAPanelOfInputsIntoATile) {
             });
         }
     });
-}
-
-TEST_P(GainKernelsOf, PlanARowByItsThresholds) {
-    struct Case {
-        float from, to, gain, step;
-    };
-    constexpr Case kCases[] = {{0.f, 0.5f, 0.f, 0.125f}, {0.5f, 0.f, 0.5f, -0.125f},
-                               {0.5f, 0.5f, 0.5f, 0.f},  {0.5f, 0.50000095f, 0.50000095f, 0.f},
-                               {1e-4f, 1e-4f, 0.f, 0.f}, {-1.1e-4f, -1.1e-4f, -1.1e-4f, 0.f},
-                               {0.f, 0.f, 0.f, 0.f},     {0.f, 2e-6f, 0.f, 5e-7f},
-                               {0.f, -9e-7f, 0.f, 0.f}};
-    constexpr std::size_t kLength = std::size_t{2} * tav::kGroupOutputs;
-    std::vector<float> from(kLength);
-    std::vector<float> to(kLength);
-    std::vector<float> heard(kLength);
-    const auto caseOf = [&](std::size_t o) -> const Case& { return kCases[o % std::size(kCases)]; };
-    for (std::size_t o = 0; o < kLength; ++o) {
-        from[o] = caseOf(o).from;
-        to[o] = caseOf(o).to;
-        heard[o] = o % 7 != 0 ? 1.f : 0.f;
-    }
-    Tests::Guarded<float> gains(3, from), steps(5, from);
-    std::array<std::uint64_t, 2> audible{};
-    std::array<std::uint64_t, 2> moving{};
-    tested_.planRow({from.data(), to.data(), heard.data(), 0.25f, 1e-4f},
-                    {gains.Data(), steps.Data(), audible.data(), moving.data()}, 2);
-    for (std::size_t o = 0; o < kLength; ++o) {
-        SCOPED_TRACE(o);
-        const float gain = heard[o] != 0.f ? caseOf(o).gain : 0.f;
-        const float step = heard[o] != 0.f ? caseOf(o).step : 0.f;
-        EXPECT_EQ(gains.Data()[o], gain);
-        EXPECT_EQ(steps.Data()[o], step);
-        const std::size_t group = o / tav::kGroupOutputs;
-        const std::uint64_t bit = std::uint64_t{1} << (o % tav::kGroupOutputs);
-        EXPECT_EQ((audible[group] & bit) != 0, gain != 0.f || step != 0.f);
-        EXPECT_EQ((moving[group] & bit) != 0, step != 0.f);
-    }
 }
 
 TEST_P(GainKernelsOf, CopyASingleInputOfGainOneBitForBit) {
