@@ -34,6 +34,12 @@ struct HrtfEars {
     friend bool operator==(const HrtfEars&, const HrtfEars&) = default;
 };
 
+/// Null of null.
+template <class Filter>
+const Filter* EarOf(const HrtfEars<Filter>* direction, std::size_t ear) noexcept TAV_NONBLOCKING {
+    return direction != nullptr ? &direction->ears[ear] : nullptr;
+}
+
 /// Constant, so that any number of panners and both threads share one.
 class HrtfResponses {
 public:
@@ -52,6 +58,8 @@ public:
     const std::shared_ptr<const Hrtf>& Set() const noexcept { return set_; }
     const HrtfFormat& Format() const noexcept { return format_; }
     std::size_t NumPoints() const noexcept { return cells_.empty() ? taps_.size() : cells_.size(); }
+    /// Stands for a point whose responses let everything pass unchanged.
+    static constexpr std::uint32_t kWire = ~std::uint32_t{0} - 1;
 
     /// Cells, or finite responses otherwise.
     bool AreCells() const noexcept { return !cells_.empty(); }
@@ -60,12 +68,12 @@ public:
     std::size_t MaxCells() const noexcept { return maxLength_; }
     std::size_t MaxTaps() const noexcept { return maxLength_; }
 
-    /// Null beyond the points.  Thread: any.
+    /// Null beyond the points, but for kWire.  Thread: any.
     const Cells* CellsOf(std::size_t point) const noexcept TAV_NONBLOCKING {
-        return point < cells_.size() ? &cells_[point] : nullptr;
+        return point < cells_.size() ? &cells_[point] : point == kWire ? &wireCells_ : nullptr;
     }
     const Taps* TapsOf(std::size_t point) const noexcept TAV_NONBLOCKING {
-        return point < taps_.size() ? &taps_[point] : nullptr;
+        return point < taps_.size() ? &taps_[point] : point == kWire ? &wireTaps_ : nullptr;
     }
 
 private:
@@ -75,6 +83,9 @@ private:
     std::size_t maxLength_ = 0;  // cells or taps of the longest filter
     std::vector<Cells> cells_;
     std::vector<Taps> taps_;
+    const Cells wireCells_{{{tav::BiquadCells{{}}, tav::BiquadCells{{}}}}};
+    const Taps wireTaps_{
+        {{tav::FirResponse(std::vector<float>{1.f}), tav::FirResponse(std::vector<float>{1.f})}}};
 };
 
 }  // namespace Quilo

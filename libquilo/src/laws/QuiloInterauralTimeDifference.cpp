@@ -88,10 +88,18 @@ float InterauralTimeDifference::HalfDifference(const tav::CartesianVector& posit
     }
 }
 
+float InterauralTimeDifference::SphereDifference(const tav::CartesianVector& near,
+                                                 const tav::CartesianVector& far) const {
+    InterauralTimeDifference sphere = *this;
+    sphere.type = Type::Miller;
+    return sphere.HalfDifference(near, 0.f) - sphere.HalfDifference(far, 0.f);
+}
+
 EarDelays InterauralTimeDifference::Delays(const tav::CartesianVector& position,
-                                           std::optional<float> measuredMs) const {
+                                           std::optional<float> measuredMs,
+                                           float addedMs) const {
     if (Measures() && !measuredMs) return {};
-    const float half = HalfDifference(position, measuredMs.value_or(0.f));
+    const float half = HalfDifference(position, measuredMs.value_or(0.f)) + addedMs;
     switch (latencyMode) {
         case LatencyMode::FixedLatency: {
             const float common = std::max(kBaseLatencyMs, std::abs(half));

@@ -43,8 +43,14 @@ struct InterauralTimeDifference {
     /// @param position  metres from the centre of the head      @param measuredMs  by which the
     /// left ear is later, as measured for that direction; none: nothing was measured, and the model
     /// "measurement", which any unknown code is, delays nothing
+    /// @param addedMs  to the half difference that the model gives
     /// @return 0 and 0 for an unknown latency mode.  Thread: any.  Throws: nothing.
-    EarDelays Delays(const tav::CartesianVector& position, std::optional<float> measuredMs) const;
+    EarDelays Delays(const tav::CartesianVector& position,
+                     std::optional<float> measuredMs,
+                     float addedMs = 0.f) const;
+
+    /// What the half difference round a sphere, after Miller, is at `near` beyond that at `far`.
+    float SphereDifference(const tav::CartesianVector& near, const tav::CartesianVector& far) const;
 
     /// Whether the delays are those measured with the filters, as for any unknown code.
     bool Measures() const {

@@ -32,7 +32,13 @@ unsigned Frames(float ms, float rateHz) noexcept TAV_NONBLOCKING {
 }  // namespace
 
 BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs, unsigned numOutputs)
+    : BinauralPanningDirect(numInputs, numOutputs, false) {}
+
+BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs,
+                                             unsigned numOutputs,
+                                             bool isNearfield)
     : BinauralPanning(numInputs, numOutputs),
+      isNearfield_(isNearfield),
       set_(Pan::GetHrtf()),
       points_(numInputs, kNoPoint),
       inputs_(numInputs),
@@ -88,13 +94,14 @@ std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::PrepareBun
         format = Format();
     }
     return std::make_unique<Bundle>(HrtfResponses::Of(set, format), NumInputs(), BufferSize(),
-                                    atOnce);
+                                    isNearfield_, atOnce);
 }
 
 void BinauralPanningDirect::Install(std::unique_ptr<Bundle> bundle) {
     set_ = bundle->filtering.Responses().Set();
     newest_ = bundle.get();
     PublishSettings();
+    ApplySet();
     RecomputeAll(true);
     bundles_.Publish(std::move(bundle));
 }
@@ -130,7 +137,7 @@ void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool f
     if (point == nullptr || (point->index == points_[index] && !force)) return;
     points_[index] = point->index;
     const EarDelays delays = Itd().Delays(position, point->delay);
-    const float scale = (100.f - delayReduction_) * 0.01f * (delayScale_ / 100.f);
+    const float scale = DelayPart();
     newest_->filtering.SetSource(
         index,
         {point->index, {delays.left * scale, delays.right * scale}, IsMuted(index) ? 0.f : 1.f},

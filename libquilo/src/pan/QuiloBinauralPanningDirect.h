@@ -63,14 +63,35 @@ public:
     /// What delays read between samples.  @param code  of tav::DelayKind
     void SetDelayKind(unsigned code);
 
+protected:
+    /// @param isNearfield  sources go through a NearfieldStage, and ComputeSource is overridden
+    BinauralPanningDirect(unsigned numInputs, unsigned numOutputs, bool isNearfield);
+
+    void Describe(std::vector<std::string>& lines) const override TAV_REQUIRES(controlLock_);
+
+    /// Null before the first set.
+    HrtfFiltering* Filtering() TAV_REQUIRES(controlLock_) {
+        return newest_ != nullptr ? &newest_->filtering : nullptr;
+    }
+    void FreeRetired() TAV_REQUIRES(controlLock_) { bundles_.FreeRetired(); }
+    const Hrtf& Set() const TAV_REQUIRES(controlLock_) { return *set_; }
+    float GlideMs() const TAV_REQUIRES(controlLock_) { return glideMs_; }
+    /// What the delays of the ears are multiplied by.
+    float DelayPart() const TAV_REQUIRES(controlLock_) {
+        return (100.f - delayReduction_) * 0.01f * (delayScale_ / 100.f);
+    }
+    /// A set has come into force; sources are recomputed next.
+    virtual void ApplySet() TAV_REQUIRES(controlLock_) {}
+
 private:
     /// What one set needs to sound, and room for what it says while it comes or goes.
     struct Bundle {
         Bundle(std::shared_ptr<const HrtfResponses> responses,
                unsigned numSources,
                unsigned blockSize,
+               bool isNearfield,
                bool startsAtOnce)
-            : filtering(std::move(responses), numSources, blockSize),
+            : filtering(std::move(responses), numSources, blockSize, isNearfield),
               ears{std::vector<float>(blockSize), std::vector<float>(blockSize)},
               atOnce(startsAtOnce) {}
 
@@ -85,7 +106,6 @@ private:
     void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }
     void ComputeSource(unsigned index, bool immediate, bool force) override
         TAV_REQUIRES(controlLock_);
-    void Describe(std::vector<std::string>& lines) const override TAV_REQUIRES(controlLock_);
 
     HrtfFormat Format() const TAV_REQUIRES(controlLock_);
     /// Whether the bundle was made for the settings that hold now.
@@ -103,6 +123,7 @@ private:
     void PerformPiece(const EarPointers& outputs, unsigned frames) noexcept TAV_NONBLOCKING;
     const std::vector<float>* Render(Bundle* bundle, unsigned frames) noexcept TAV_NONBLOCKING;
 
+    const bool isNearfield_;
     std::shared_ptr<const Hrtf> set_ TAV_GUARDED_BY(controlLock_);
     HrtfFiltering::Settings settings_ TAV_GUARDED_BY(controlLock_);
     HrtfRealisation realisation_ TAV_GUARDED_BY(controlLock_) = HrtfRealisation::Auto;

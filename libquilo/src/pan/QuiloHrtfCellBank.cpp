@@ -48,7 +48,7 @@ const WeightTerms& TermsOf(tav::FadeShape shape, bool going) noexcept TAV_NONBLO
 }
 
 /// Radians by which a fade turns from sample to sample.
-double TurnOf(const tav::Crossfade<HrtfResponses::Cells>::Progress& fade) noexcept TAV_NONBLOCKING {
+double TurnOf(const tav::Crossfade<EarCells>::Progress& fade) noexcept TAV_NONBLOCKING {
     const double whole = fade.shape == tav::FadeShape::Cosine ? 0.5 : 1.0;
     return whole * std::numbers::pi / static_cast<double>(fade.length);
 }
@@ -60,16 +60,16 @@ LaneFilters::LaneFilters(std::size_t numPairs)
       coefficients_(numPairs * kCells * kCoefficients),
       states_(numPairs * kCells * kStates) {}
 
-void LaneFilters::Set(std::size_t lane,
-                      const HrtfResponses::Cells* response) noexcept TAV_NONBLOCKING {
+void LaneFilters::Set(std::size_t lane, const EarCells& cells) noexcept TAV_NONBLOCKING {
     for (std::size_t cell = 0; cell < 2 * numPairs_; ++cell) {
         for (std::size_t ear = 0; ear < 2; ++ear) {
             // Beyond the cells the signal passes; where there are none it ends.
             tav::BiquadCell values;
-            if (response == nullptr || response->ears[ear].empty()) {
+            const tav::BiquadCells* const own = cells.ears[ear];
+            if (own == nullptr || own->empty()) {
                 values.b0 = 0.f;
-            } else if (cell < response->ears[ear].size()) {
-                values = response->ears[ear][cell];
+            } else if (cell < own->size()) {
+                values = (*own)[cell];
             }
             LaneRow* const rows = coefficients_.data() + (2 * cell + ear) * kCoefficients;
             rows[0].values[lane] = values.b0;
@@ -147,7 +147,7 @@ void LaneList::Recover() noexcept TAV_NONBLOCKING {
 HrtfCellBank::HrtfCellBank(const HrtfResponses& responses, unsigned numVoices)
     : responses_(responses),
       past_(PastLength(responses.Format().rateHz)),
-      voices_(numVoices, {tav::Crossfade<HrtfResponses::Cells>(responses.Format().rateHz)}),
+      voices_(numVoices, {tav::Crossfade<EarCells>(responses.Format().rateHz)}),
       unheard_(NumPairs(responses)),
       sounding_(unheard_, numVoices),
       coming_(unheard_, numVoices) {
@@ -158,13 +158,23 @@ void HrtfCellBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCK
     for (Voice& voice : voices_) voice.fade.Set(ms, shape);
 }
 
-void HrtfCellBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
+const EarCells* HrtfCellBank::CellsFor(Voice& voice,
+                                       EarPoints points) const noexcept TAV_NONBLOCKING {
+    // At most two are in use, and one that waits may go.
+    auto* free = voice.cells.data();
+    while (free == voice.fade.Current() || free == voice.fade.Incoming()) ++free;
+    *free = {{EarOf(responses_.CellsOf(points.ears[0]), 0),
+              EarOf(responses_.CellsOf(points.ears[1]), 1)}};
+    return free;
+}
+
+void HrtfCellBank::Wake(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
-    voice.fade.Reset(responses_.CellsOf(point));
+    voice.fade.Reset(CellsFor(voice, points));
     voice.awake = true;
     voice.seat = sounding_.Sit(index);
     const LaneList::Seat seat = sounding_.At(voice.seat);
-    seat.filters.Set(seat.lane, voice.fade.Current());
+    seat.filters.Set(seat.lane, *voice.fade.Current());
 }
 
 void HrtfCellBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
@@ -175,8 +185,9 @@ void HrtfCellBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
     voice.awake = false;
 }
 
-void HrtfCellBank::Load(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
-    voices_[index].fade.Load(responses_.CellsOf(point));
+void HrtfCellBank::Load(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
+    Voice& voice = voices_[index];
+    voice.fade.Load(CellsFor(voice, points));
     Queue(index);
 }
 
@@ -315,7 +326,7 @@ void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV
 void HrtfCellBank::RunOverPast(HrtfVoices& voices,
                                std::span<const unsigned> batch) noexcept TAV_NONBLOCKING {
     for (std::size_t lane = 0; lane < batch.size(); ++lane) {
-        unheard_.Set(lane, voices_[batch[lane]].fade.Incoming());
+        unheard_.Set(lane, *voices_[batch[lane]].fade.Incoming());
     }
     for (std::size_t before = past_; before > 0 && !batch.empty(); before -= kPiece) {
         FillRows(batch, kPiece, [&](unsigned voice, std::size_t ear) {

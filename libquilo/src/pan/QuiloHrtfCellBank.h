@@ -26,13 +26,25 @@ struct alignas(64) LaneRow {
     std::array<float, static_cast<std::size_t>(tav::kSourceLanes)> values{};
 };
 
+/// Left and right; null is silence.
+struct EarCells {
+    std::array<const tav::BiquadCells*, 2> ears{};
+
+    friend bool operator==(const EarCells& a, const EarCells& b) noexcept {
+        const auto same = [](const auto* x, const auto* y) {
+            return x == y || (x != nullptr && y != nullptr && *x == *y);
+        };
+        return same(a.ears[0], b.ears[0]) && same(a.ears[1], b.ears[1]);
+    }
+};
+
 /// The cells of one group and their states.
 class LaneFilters {
 public:
     explicit LaneFilters(std::size_t numPairs);
 
     /// Null and no cells: silence. States are cleared.
-    void Set(std::size_t lane, const HrtfResponses::Cells* response) noexcept TAV_NONBLOCKING;
+    void Set(std::size_t lane, const EarCells& cells) noexcept TAV_NONBLOCKING;
     /// Cells and states.
     void Copy(std::size_t lane,
               const LaneFilters& from,
@@ -83,9 +95,9 @@ public:
     std::size_t LongestPiece() const noexcept TAV_NONBLOCKING override { return kPiece; }
     std::size_t Past() const noexcept TAV_NONBLOCKING override { return past_; }
     void SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKING override;
-    void Wake(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Wake(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     void Sleep(unsigned voice) noexcept TAV_NONBLOCKING override;
-    void Load(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Load(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     void Perform(HrtfVoices& voices,
                  std::span<float> left,
                  std::span<float> right,
@@ -103,7 +115,8 @@ private:
         }
     };
     struct Voice {
-        tav::Crossfade<HrtfResponses::Cells> fade;
+        tav::Crossfade<EarCells> fade;
+        std::array<EarCells, 3> cells{};  // those that the fade may point at
         bool awake = false;
         bool queued = false;
         std::uint32_t seat = 0;        // in sounding_, while it is awake
@@ -116,6 +129,8 @@ private:
     };
     enum class Side : std::uint8_t { Going, Coming };
 
+    /// The cells of the points, where the fade does not look at others.
+    const EarCells* CellsFor(Voice& voice, EarPoints points) const noexcept TAV_NONBLOCKING;
     void Queue(unsigned voice) noexcept TAV_NONBLOCKING;
     void BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING;
     void RunOverPast(HrtfVoices& voices, std::span<const unsigned> batch) noexcept TAV_NONBLOCKING;

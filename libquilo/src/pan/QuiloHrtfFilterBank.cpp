@@ -9,12 +9,13 @@ namespace Quilo {
 
 std::unique_ptr<HrtfFilterBank> HrtfFilterBank::Make(const HrtfResponses& responses,
                                                      unsigned numVoices,
-                                                     unsigned blockSize) {
+                                                     unsigned blockSize,
+                                                     bool earsDiffer) {
     if (responses.AreCells()) return std::make_unique<HrtfCellBank>(responses, numVoices);
-    if (HrtfSpectralBank::Suits(responses, blockSize)) {
+    if (!earsDiffer && HrtfSpectralBank::Suits(responses, blockSize)) {
         return std::make_unique<HrtfSpectralBank>(responses, numVoices, blockSize);
     }
-    return std::make_unique<HrtfFirBank>(responses, numVoices);
+    return std::make_unique<HrtfFirBank>(responses, numVoices, earsDiffer);
 }
 
 }  // namespace Quilo

@@ -21,16 +21,25 @@ unsigned StartsFor(unsigned numVoices) noexcept TAV_NONBLOCKING {
 
 HrtfFiltering::HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
                              unsigned numSources,
-                             unsigned blockSize)
+                             unsigned blockSize,
+                             bool isNearfield)
     : responses_(std::move(responses)),
       blockSize_(blockSize),
       sources_(numSources),
-      bank_(HrtfFilterBank::Make(*responses_, numSources, blockSize)),
-      voices_(numSources, responses_->Format().rateHz, bank_->LongestPiece(), bank_->Past()) {}
+      bank_(HrtfFilterBank::Make(*responses_, numSources, blockSize, isNearfield)),
+      voices_(numSources,
+              responses_->Format().rateHz,
+              bank_->LongestPiece(),
+              bank_->Past(),
+              isNearfield ? 2 : 1) {
+    if (!isNearfield) return;
+    nearfield_ = std::make_unique<NearfieldStage>(numSources, responses_->Format().rateHz);
+    for (auto& ear : ears_) ear.resize(bank_->LongestPiece());
+}
 
 void HrtfFiltering::SetSource(unsigned index, const Source& source, float glideMs) noexcept {
     sources_[index].shared.Store(
-        {source.point, source.delays.left, source.delays.right, source.gain, glideMs});
+        {source.points, source.delays.left, source.delays.right, source.gain, glideMs});
 }
 
 void HrtfFiltering::Perform(float* left,
@@ -53,7 +62,7 @@ void HrtfFiltering::Perform(float* left,
         if (done % kLongestChunk == 0) starts = StartsFor(NumSources());
         const unsigned count = std::min(frames - done, longest);
         for (unsigned i = 0; i < sources_.size(); ++i) {
-            if (sources_[i].state == State::Awake) voices_.Take(i, {inputs[i] + done, count});
+            if (sources_[i].state == State::Awake) TakeInput(i, {inputs[i] + done, count});
         }
         bank_->Perform(voices_, {left + done, count}, {right + done, count}, starts);
         done += count;
@@ -74,9 +83,18 @@ void HrtfFiltering::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLO
         const float rate = responses_->Format().rateHz;
         voices_.SetGain(index, target.gain, tav::Ramp::GlideLength(kMuteMs, rate));
         SetDelays(index, tav::Ramp::GlideLength(target.glideMs, rate));
-        bank_->Load(index, target.point);
+        bank_->Load(index, target.points);
     }
     if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, State::Muted);
+}
+
+void HrtfFiltering::TakeInput(unsigned index,
+                              std::span<const float> input) noexcept TAV_NONBLOCKING {
+    if (!nearfield_) return voices_.Take(index, input);
+    const std::span<float> left = std::span(ears_[0]).first(input.size());
+    const std::span<float> right = std::span(ears_[1]).first(input.size());
+    nearfield_->Perform(index, input, left, right);
+    voices_.Take(index, left, right);
 }
 
 void HrtfFiltering::Wake(unsigned index) noexcept TAV_NONBLOCKING {
@@ -88,7 +106,8 @@ void HrtfFiltering::Wake(unsigned index) noexcept TAV_NONBLOCKING {
         const float rate = responses_->Format().rateHz;
         voices_.SetGain(index, source.taken.gain, tav::Ramp::GlideLength(kMuteMs, rate));
     }
-    bank_->Wake(index, source.taken.point);
+    bank_->Wake(index, source.taken.points);
+    if (nearfield_) nearfield_->Wake(index);
     source.state = State::Awake;
 }
 

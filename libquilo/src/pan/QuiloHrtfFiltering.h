@@ -9,10 +9,13 @@
 #include "laws/QuiloInterauralTimeDifference.h"
 #include "pan/QuiloHrtfFilterBank.h"
 #include "pan/QuiloHrtfVoices.h"
+#include "pan/QuiloNearfieldStage.h"
 #include "processors/VelkDspHandOver.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace Quilo {
@@ -21,8 +24,8 @@ class HrtfFiltering {
 public:
     /// What a source is heard as.
     struct Source {
-        std::uint32_t point = 0;  ///< of the set; beyond its points: silence
-        EarDelays delays;         ///< at most HrtfVoices::kLongestDelayMs
+        EarPoints points{};  ///< of the set; beyond its points: silence
+        EarDelays delays;    ///< at most HrtfVoices::kLongestDelayMs
         float gain = 1.f;
     };
     struct Settings {
@@ -31,10 +34,13 @@ public:
         tav::DelayKind delayKind = tav::DelayKind::Lagrange;
     };
 
-    /// @param blockSize  frames that the host announced      Throws: std::bad_alloc.
+    /// @param blockSize  frames that the host announced
+    /// @param isNearfield  what reaches either ear goes through a NearfieldStage first
+    /// Throws: std::bad_alloc.
     HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
                   unsigned numSources,
-                  unsigned blockSize);
+                  unsigned blockSize,
+                  bool isNearfield = false);
 
     const HrtfResponses& Responses() const noexcept { return *responses_; }
     unsigned NumSources() const noexcept { return static_cast<unsigned>(sources_.size()); }
@@ -45,6 +51,10 @@ public:
     /// The response fades, the delays glide, the gain glides over 5 ms.
     /// @param glideMs  of the delays; 0: they jump
     void SetSource(unsigned index, const Source& source, float glideMs) noexcept;
+    /// The numbers glide.  @pre  isNearfield      @param glideMs  0: they jump
+    void SetNearfield(unsigned index, const NearfieldEars& ears, float glideMs) noexcept {
+        nearfield_->SetSource(index, ears, glideMs);
+    }
     /// Silence behind all sources from the next block on.
     void Reset() noexcept { resets_.fetch_add(1, std::memory_order_relaxed); }
 
@@ -57,7 +67,7 @@ public:
 
 private:
     struct Target {
-        std::uint32_t point = ~std::uint32_t{0};
+        EarPoints points = ~std::uint32_t{0};
         float leftMs = 0.f;
         float rightMs = 0.f;
         float gain = 1.f;
@@ -71,6 +81,7 @@ private:
     };
 
     void TakeTarget(unsigned index, bool present) noexcept TAV_NONBLOCKING;
+    void TakeInput(unsigned index, std::span<const float> input) noexcept TAV_NONBLOCKING;
     void Wake(unsigned index) noexcept TAV_NONBLOCKING;
     void Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING;
     void SetDelays(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
@@ -85,6 +96,8 @@ private:
     std::uint32_t resetsDone_ = 0;
     std::unique_ptr<HrtfFilterBank> bank_;
     HrtfVoices voices_;
+    std::unique_ptr<NearfieldStage> nearfield_;  // null for those without one
+    std::array<std::vector<float>, 2> ears_;     // a piece of a near source
 };
 
 }  // namespace Quilo

@@ -3,8 +3,9 @@
 
 namespace Quilo {
 
-HrtfFirBank::HrtfFirBank(const HrtfResponses& responses, unsigned numVoices)
+HrtfFirBank::HrtfFirBank(const HrtfResponses& responses, unsigned numVoices, bool earsDiffer)
     : responses_(responses),
+      delays_(responses.NeedDelays() || earsDiffer),
       voices_(numVoices,
               Voice{tav::CrossfadedFir(responses.MaxTaps(), responses.Format().rateHz),
                     tav::CrossfadedFir(responses.MaxTaps(), responses.Format().rateHz)}) {}
@@ -15,20 +16,18 @@ void HrtfFirBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKI
     }
 }
 
-void HrtfFirBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
-    const HrtfResponses::Taps* const taps = responses_.TapsOf(point);
+void HrtfFirBank::Wake(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
     for (std::size_t e = 0; e < 2; ++e) {
-        voices_[index].ears[e].Reset(taps != nullptr ? &taps->ears[e] : nullptr);
+        voices_[index].ears[e].Reset(EarOf(responses_.TapsOf(points.ears[e]), e));
     }
     voices_[index].awake = true;
 }
 
 void HrtfFirBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING { voices_[index].awake = false; }
 
-void HrtfFirBank::Load(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
-    const HrtfResponses::Taps* const taps = responses_.TapsOf(point);
+void HrtfFirBank::Load(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
     for (std::size_t e = 0; e < 2; ++e) {
-        voices_[index].ears[e].Load(taps != nullptr ? &taps->ears[e] : nullptr);
+        voices_[index].ears[e].Load(EarOf(responses_.TapsOf(points.ears[e]), e));
     }
 }
 
@@ -42,7 +41,7 @@ void HrtfFirBank::Perform(HrtfVoices& voices,
         if (!voices_[index].awake) continue;
         for (std::size_t e = 0; e < 2; ++e) {
             const float* signal = voices.Piece(index);
-            if (responses_.NeedDelays()) {
+            if (delays_) {
                 voices.Delayed(index, e, std::span(delayed_).first(frames));
                 signal = delayed_.data();
             }

@@ -12,14 +12,15 @@ namespace Quilo {
 
 class HrtfFirBank final : public HrtfFilterBank {
 public:
-    HrtfFirBank(const HrtfResponses& responses, unsigned numVoices);
+    /// @param earsDiffer  delays apply even where the responses do not need them
+    HrtfFirBank(const HrtfResponses& responses, unsigned numVoices, bool earsDiffer);
 
     std::size_t LongestPiece() const noexcept TAV_NONBLOCKING override { return kPiece; }
     std::size_t Past() const noexcept TAV_NONBLOCKING override { return 0; }
     void SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKING override;
-    void Wake(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Wake(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     void Sleep(unsigned voice) noexcept TAV_NONBLOCKING override;
-    void Load(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Load(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     void Perform(HrtfVoices& voices,
                  std::span<float> left,
                  std::span<float> right,
@@ -37,6 +38,7 @@ private:
     };
 
     const HrtfResponses& responses_;
+    const bool delays_;
     std::vector<Voice> voices_;
     std::array<float, kPiece> delayed_{};
     std::array<float, kPiece> filtered_{};

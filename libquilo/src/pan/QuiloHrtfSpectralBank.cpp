@@ -74,8 +74,8 @@ void HrtfSpectralBank::SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONB
     }
 }
 
-void HrtfSpectralBank::Wake(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
-    for (std::size_t e = 0; e < 2; ++e) voices_[index].ears[e].Reset(FilterOf(point, e));
+void HrtfSpectralBank::Wake(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
+    for (std::size_t e = 0; e < 2; ++e) voices_[index].ears[e].Reset(FilterOf(points.ears[e], e));
     voices_[index].awake = true;
     const std::size_t numRings = hasDelays_ ? 2 : 1, length = numRings * numPartitions_ * stride_;
     const tav::ComplexParts rings = inputSpectra_.At(index * length);
@@ -90,8 +90,8 @@ void HrtfSpectralBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
     voices_[index].awake = false;
 }
 
-void HrtfSpectralBank::Load(unsigned index, std::size_t point) noexcept TAV_NONBLOCKING {
-    for (std::size_t e = 0; e < 2; ++e) voices_[index].ears[e].Load(FilterOf(point, e));
+void HrtfSpectralBank::Load(unsigned index, EarPoints points) noexcept TAV_NONBLOCKING {
+    for (std::size_t e = 0; e < 2; ++e) voices_[index].ears[e].Load(FilterOf(points.ears[e], e));
 }
 
 void HrtfSpectralBank::Perform(HrtfVoices& voices,

@@ -27,9 +27,9 @@ public:
     std::size_t LongestPiece() const noexcept TAV_NONBLOCKING override { return partition_; }
     std::size_t Past() const noexcept TAV_NONBLOCKING override { return hasDelays_ ? 0 : past_; }
     void SetFade(float ms, tav::FadeShape shape) noexcept TAV_NONBLOCKING override;
-    void Wake(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Wake(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     void Sleep(unsigned voice) noexcept TAV_NONBLOCKING override;
-    void Load(unsigned voice, std::size_t point) noexcept TAV_NONBLOCKING override;
+    void Load(unsigned voice, EarPoints points) noexcept TAV_NONBLOCKING override;
     /// A piece that is shorter than a partition is filtered tap by tap; the spectra of the past are
     /// made again at the next whole one.
     void Perform(HrtfVoices& voices,

@@ -73,13 +73,18 @@ void GroupReader::Read(std::size_t count,
     kernels_.read(lanes_, rows, static_cast<int>(frames));
 }
 
-HrtfVoices::HrtfVoices(unsigned numVoices, float rateHz, std::size_t longestPiece, std::size_t past)
+HrtfVoices::HrtfVoices(unsigned numVoices,
+                       float rateHz,
+                       std::size_t longestPiece,
+                       std::size_t past,
+                       std::size_t numWindows)
     : samplesPerMs_(rateHz * 0.001f),
       longestDelay_(std::ceil(kLongestDelayMs * samplesPerMs_)),
       kept_(static_cast<std::size_t>(longestDelay_) + past + kGuard),
       length_(kept_ + longestPiece + kSlack + kGuard),
+      numWindows_(numWindows),
       movedLength_(longestPiece + 2 * kGuard),
-      samples_(numVoices * length_),
+      samples_(numVoices * numWindows * length_),
       moved_(numVoices * kMostPaths * movedLength_),
       voices_(numVoices),
       glide_(longestPiece) {}
@@ -96,7 +101,7 @@ void HrtfVoices::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     voice = Voice();
     // Windows of different sources are moved at different times.
     voice.end = kept_ + std::size_t{index} * 64 % kSlack;
-    std::fill_n(samples_.data() + index * length_, length_, 0.f);
+    std::fill_n(samples_.data() + WindowOf(index, 0) * length_, numWindows_ * length_, 0.f);
 }
 
 void HrtfVoices::SetGain(unsigned voice,
@@ -120,7 +125,9 @@ bool HrtfVoices::IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING {
     return voices_[voice].silence > kept_;
 }
 
-void HrtfVoices::Take(unsigned index, std::span<const float> input) noexcept TAV_NONBLOCKING {
+void HrtfVoices::Take(unsigned index,
+                      std::span<const float> left,
+                      std::span<const float> right) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     for (Path& path : voice.paths) {
         if (path.moves && !path.isMoved) {  // nobody asked for the last piece
@@ -130,28 +137,28 @@ void HrtfVoices::Take(unsigned index, std::span<const float> input) noexcept TAV
         path.moves = !path.delay.IsConstant() || kind_ == tav::DelayKind::Allpass;
         path.isMoved = false;
     }
-    float* const window = samples_.data() + index * length_;
-    if (voice.end + input.size() + kGuard > length_) {
-        std::copy_n(window + voice.end - kept_, kept_, window);
-        voice.end = kept_;
-    }
-    voice.piece = voice.end;
-    voice.end += input.size();
-    float* const piece = window + voice.piece;
-    if (voice.gain.IsConstant()) {
-        const float gain = voice.gain.Target();
-        if (gain == 1.f) {
+    const std::size_t count = left.size();
+    const bool isFull = voice.end + count + kGuard > length_;
+    const bool rests = voice.gain.IsConstant();
+    const float gain = voice.gain.Target();
+    const auto gains = std::span(glide_).first(count);
+    if (!rests) voice.gain.Fill(gains);
+    for (std::size_t w = 0; w < numWindows_; ++w) {
+        float* const window = samples_.data() + (index * numWindows_ + w) * length_;
+        if (isFull) std::copy_n(window + voice.end - kept_, kept_, window);
+        const auto input = w == 0 ? left : right;
+        float* const piece = window + (isFull ? kept_ : voice.end);
+        if (!rests) {
+            for (std::size_t k = 0; k < count; ++k) piece[k] = gains[k] * input[k];
+        } else if (gain == 1.f) {
             std::ranges::copy(input, piece);
         } else {
             std::ranges::transform(input, piece, [gain](float x) { return gain * x; });
         }
-        voice.silence = gain == 0.f ? voice.silence + input.size() : 0;
-    } else {
-        const auto gains = std::span(glide_).first(input.size());
-        voice.gain.Fill(gains);
-        for (std::size_t k = 0; k < input.size(); ++k) piece[k] = gains[k] * input[k];
-        voice.silence = 0;
     }
+    voice.piece = isFull ? kept_ : voice.end;
+    voice.end = voice.piece + count;
+    voice.silence = rests && gain == 0.f ? voice.silence + count : 0;
 }
 
 float* HrtfVoices::MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING {
@@ -171,9 +178,9 @@ PathReading HrtfVoices::Read(Path& path,
 PathReading HrtfVoices::ReadingOf(unsigned index, std::size_t pathIndex) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     Path& path = voice.paths[pathIndex];
-    if (!path.moves) return Read(path, path.before, Piece(index));
+    if (!path.moves) return Read(path, path.before, Piece(index, pathIndex));
     float* const moved = MovedPiece(index, pathIndex);
-    if (!path.isMoved) Move(path, Piece(index), {moved, voice.end - voice.piece});
+    if (!path.isMoved) Move(path, Piece(index, pathIndex), {moved, voice.end - voice.piece});
     path.isMoved = true;
     return {moved, {1.f}};
 }
@@ -182,7 +189,7 @@ PathReading HrtfVoices::PastOf(unsigned index,
                                std::size_t path,
                                std::size_t before) noexcept TAV_NONBLOCKING {
     Path& p = voices_[index].paths[path];
-    return Read(p, p.before, Piece(index) - before);
+    return Read(p, p.before, Piece(index, path) - before);
 }
 
 void HrtfVoices::Delayed(unsigned index,

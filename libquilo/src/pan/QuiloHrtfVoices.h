@@ -56,8 +56,13 @@ public:
 
     /// @param longestPiece  samples that Take may be given
     /// @param past  the farthest that PastOf goes back, in samples
+    /// @param numWindows  1, or 2 where what reaches the ears differs in more than delay
     /// Throws: std::bad_alloc.
-    HrtfVoices(unsigned numVoices, float rateHz, std::size_t longestPiece, std::size_t past);
+    HrtfVoices(unsigned numVoices,
+               float rateHz,
+               std::size_t longestPiece,
+               std::size_t past,
+               std::size_t numWindows = 1);
 
     void SetKind(tav::DelayKind kind) noexcept TAV_NONBLOCKING;
 
@@ -74,7 +79,13 @@ public:
     bool IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING;
 
     /// The next piece; delays glide on.
-    void Take(unsigned voice, std::span<const float> input) noexcept TAV_NONBLOCKING;
+    void Take(unsigned voice, std::span<const float> input) noexcept TAV_NONBLOCKING {
+        Take(voice, input, input);
+    }
+    /// The same with two windows: one for each of the first two paths.
+    void Take(unsigned voice,
+              std::span<const float> left,
+              std::span<const float> right) noexcept TAV_NONBLOCKING;
     /// The piece at the end of a path, with what kernels read on both sides of it.
     PathReading ReadingOf(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     /// What came by the path before the piece, as if the delay had always been the one with which
@@ -87,8 +98,8 @@ public:
                  std::size_t path,
                  std::span<float> output) noexcept TAV_NONBLOCKING;
     /// The piece without delays.
-    const float* Piece(unsigned voice) const noexcept TAV_NONBLOCKING {
-        return samples_.data() + voice * length_ + voices_[voice].piece;
+    const float* Piece(unsigned voice, std::size_t path = 0) const noexcept TAV_NONBLOCKING {
+        return samples_.data() + WindowOf(voice, path) * length_ + voices_[voice].piece;
     }
 
 private:
@@ -109,6 +120,9 @@ private:
         std::size_t silence = 0;  // samples since the gain became 0
     };
 
+    std::size_t WindowOf(unsigned voice, std::size_t path) const noexcept TAV_NONBLOCKING {
+        return voice * numWindows_ + (numWindows_ == 2 ? path : 0);
+    }
     float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     PathReading Read(Path& path, float delay, const float* piece) const noexcept TAV_NONBLOCKING;
     void Move(Path& path, const float* piece, std::span<float> output) noexcept TAV_NONBLOCKING;
@@ -119,9 +133,10 @@ private:
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
     const tav::ConvolutionKernels& fir_ = tav::BestKernels<tav::ConvolutionKernels>();
     float samplesPerMs_;
-    float longestDelay_;  // samples
-    std::size_t kept_;    // samples before a piece that somebody may read
-    std::size_t length_;  // of a window: it is moved back to its start when it is full
+    float longestDelay_;      // samples
+    std::size_t kept_;        // samples before a piece that somebody may read
+    std::size_t length_;      // of a window: it is moved back to its start when it is full
+    std::size_t numWindows_;  // of a voice
     std::size_t movedLength_;
     std::vector<float> samples_;
     std::vector<float> moved_;  // of each path, the newest piece in which its delay moved

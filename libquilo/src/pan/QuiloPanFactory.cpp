@@ -4,6 +4,7 @@
 #include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloBinauralPanningIACC.h"
+#include "pan/QuiloBinauralPanningNearfield.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloDiffusePanning.h"
 #include "pan/QuiloHOAPanning.h"
@@ -31,7 +32,6 @@ namespace {
 
 // The panners that later versions bring. Until then each of them is the silent one; its row in the
 // tables below is already the final one.
-using BinauralPanningNearfield = NullPanning;
 using BinauralPanningContinuous = NullPanning;
 
 using Fits = bool (*)(unsigned inputs, unsigned outputs);
