@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <filesystem>
 
 using namespace Tests;
@@ -150,6 +151,24 @@ TEST_F(HostProgram, TakesRateAndLengthFromOptionsInputsOrDefaults) {
     EXPECT_EQ(Render(kQuad, {"--rate", "8000"}).SampleRate(), 8000);
     EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).SampleRate(), 44100);
     EXPECT_EQ(Render(kQuad, {"--in", "other.wav"}).NumFrames(), 100u);
+}
+
+TEST_F(HostProgram, PlaysInputsOfEveryKind) {
+    const auto expected = Render(kQuad + "source 1 az -45\n", {"--in", "one.wav"});
+    const std::pair<std::string, std::string> inputs[] = {
+        {"in.aifc", "sox one.wav -e floating-point -b 32 in.aifc"},
+        {"in.aiff", "sox one.wav -b 24 in.aiff"},
+        {"in.mp3", "lame --quiet -b 160 one.wav in.mp3"}};
+    for (const auto& [name, command] : inputs) {
+        const std::string line = "cd " + folder_.Path().string() + " && " + command + " 2>&1";
+        ASSERT_EQ(std::system(line.c_str()), 0) << line;
+        const auto audio = Render(kQuad + "source 1 az -45\n", {"--in", name});
+        ASSERT_EQ(audio.NumFrames(), expected.NumFrames()) << name;
+        // A level that does not change; lame lowers it by 5 % and smears its ends.
+        for (std::size_t k = 1200; k < 3600; ++k) {
+            ASSERT_NEAR(audio.Channel(0)[k], expected.Channel(0)[k], 0.06) << name << " " << k;
+        }
+    }
 }
 
 TEST_F(HostProgram, PlaysWhatIsThereOfAnInputThatIsCutShort) {

@@ -51,14 +51,14 @@ constexpr void AddLong(Mp3BandList& list, std::size_t rate, std::size_t end) {
 
 constexpr void AddShort(Mp3BandList& list, std::size_t rate, std::size_t first) {
     for (std::size_t band = first; band < 13; ++band) {
-        const std::size_t begin = 3u * kShortBands[rate][band];
+        const std::size_t begin = std::size_t{3} * kShortBands[rate][band];
         const std::size_t width =
             kShortBands[rate][band + 1] - std::size_t{kShortBands[rate][band]};
         for (std::size_t window = 0; window < 3; ++window) {
             const std::size_t start = begin + window * width;
             list.bands[list.numBands++] = {static_cast<std::uint16_t>(start),
                                            static_cast<std::uint16_t>(width),
-                                           static_cast<std::int8_t>(window)};
+                                           static_cast<std::int16_t>(window)};
             for (std::size_t k = 0; k < width; ++k) {
                 list.places[start + k] = Place(begin + 3 * k + window);
             }
@@ -73,7 +73,7 @@ constexpr BandLists kBandLists = [] {
     for (std::size_t rate = 0; rate < kNumRates; ++rate) {
         AddLong(lists[rate][0], rate, 576);
         AddShort(lists[rate][1], rate, 0);
-        AddLong(lists[rate][2], rate, 3u * kShortBands[rate][kFirstShortOfMixed]);
+        AddLong(lists[rate][2], rate, std::size_t{3} * kShortBands[rate][kFirstShortOfMixed]);
         AddShort(lists[rate][2], rate, kFirstShortOfMixed);
     }
     return lists;

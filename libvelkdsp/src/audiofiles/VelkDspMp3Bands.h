@@ -13,7 +13,7 @@ namespace tav {
 struct Mp3Band {
     std::uint16_t start;
     std::uint16_t width;
-    std::int8_t window;  // 0 to 2 of a short block, -1 of a long one
+    std::int16_t window;  // 0 to 2 of a short block, -1 of a long one
 };
 
 enum class Mp3Blocks : std::uint8_t { Long, Short, Mixed };

@@ -35,10 +35,10 @@ private:
     };
     /// Scratch of a granule of one channel.
     struct Work {
-        Mp3Quantised values;
+        Mp3Quantised values{};
         Mp3Spectrum spectrum;
         Mp3SubbandRows lines{};
-        Mp3SubbandRows slots;
+        Mp3SubbandRows slots{};
     };
 
     bool DecodeLayer3(const Mp3Header& header, Bytes frame, float* const* channels) noexcept;

@@ -23,7 +23,7 @@ struct AliasGains {
             other[k] = static_cast<float>(kCoefficients[k] / norm);
         }
     }
-    std::array<float, 8> own, other;
+    std::array<float, 8> own{}, other{};
 };
 
 /// One matrix a block type; row i, column k: what line k adds to sample i.
@@ -58,13 +58,14 @@ private:
 
     /// Three transforms of 6 lines, each beginning 6 samples behind the one before.
     static double OfShort(std::size_t sample, std::size_t line) {
-        const double window = static_cast<double>(line % 3), k = static_cast<double>(line / 3);
-        const double i = static_cast<double>(sample) - 6 - 6 * window;
+        const std::size_t window = line % 3, lineOfWindow = line / 3;
+        const auto k = static_cast<double>(lineOfWindow);
+        const double i = static_cast<double>(sample) - 6 - 6 * static_cast<double>(window);
         if (i < 0 || i >= 12) return 0;
         return std::sin(kPi / 12 * (i + 0.5)) * std::cos(kPi / 24 * (2 * i + 1 + 6) * (2 * k + 1));
     }
 
-    std::array<std::array<float, kBlockSamples * kMp3Slots>, 4> matrices_;
+    std::array<std::array<float, kBlockSamples * kMp3Slots>, 4> matrices_{};
 };
 
 /// The synthesis works on waves V[i] = sum over subbands k of cos((16 + i)(2k + 1) pi / 64) S[k],
@@ -88,8 +89,8 @@ struct SynthesisTables {
         }
     }
 
-    std::array<std::array<float, 16 * 32>, 2> cosines;
-    std::array<std::array<float, 16 * 16>, 2> windows;
+    std::array<std::array<float, 512>, 2> cosines{};  // 16 rows of 32
+    std::array<std::array<float, 256>, 2> windows{};  // 16 rows of 16
 };
 
 template <class Constants>
@@ -120,12 +121,12 @@ void Mp3Hybrid::Process(const Mp3SubbandRows& lines,
                         bool isMixed,
                         Mp3SubbandRows& slots) noexcept {
     const auto& matrices = ConstantsOf<BlockMatrices>();
-    alignas(64) std::array<float, kBlockSamples * kMp3Subbands> block;
+    alignas(64) std::array<float, kBlockSamples * kMp3Subbands> block{};
     const auto numColumns = static_cast<int>((numSubbands + 7) / 8 * 8);
     kernels_.multiply({block.data(), kMp3Subbands, matrices.Of(blockType), kMp3Slots, lines.data(),
                        kMp3Subbands, kBlockSamples, kMp3Slots, numColumns});
     if (isMixed) {
-        std::array<float, kBlockSamples * 8> lowest;
+        std::array<float, kBlockSamples * 8> lowest{};
         kernels_.multiply({lowest.data(), 8, matrices.Of(0), kMp3Slots, lines.data(), kMp3Subbands,
                            kBlockSamples, kMp3Slots, 8});
         for (std::size_t i = 0; i < kBlockSamples; ++i) {
@@ -152,7 +153,7 @@ void Mp3Hybrid::Process(const Mp3SubbandRows& lines,
 
 void Mp3Synthesis::Process(const Mp3SubbandRows& slots, float* samples) noexcept {
     const auto& tables = ConstantsOf<SynthesisTables>();
-    std::array<std::array<float, kMp3Slots * 16>, 2> folded;  // sums, differences
+    std::array<std::array<float, kMp3Slots * 16>, 2> folded{};  // sums, differences
     for (std::size_t t = 0; t < kMp3Slots; ++t) {
         const float* const slot = slots.data() + t * kMp3Subbands;
         for (std::size_t k = 0; k < 16; ++k) {
@@ -165,10 +166,10 @@ void Mp3Synthesis::Process(const Mp3SubbandRows& slots, float* samples) noexcept
                            16, tables.cosines[odd].data(), 32, kMp3Slots, 16, 32});
     }
     for (std::size_t t = 0; t < kMp3Slots; ++t) {
-        std::array<std::array<float, 16>, 2> parts;
+        std::array<std::array<float, 16>, 2> parts{};
         for (std::size_t odd = 0; odd < 2; ++odd) {
             // Taps of even number take the lower waves of their slot, the others the upper ones.
-            std::array<const float*, kWindowTaps> rows;
+            std::array<const float*, kWindowTaps> rows{};
             for (std::size_t tap = 0; tap < rows.size(); ++tap) {
                 rows[tap] = waves_.data() + (kPast + t - tap) * kWaves + 32 * odd + tap % 2 * 16;
             }

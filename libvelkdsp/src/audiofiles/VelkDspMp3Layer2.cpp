@@ -88,7 +88,7 @@ std::array<unsigned, 3> TakeThree(Mp3BitReader& reader, const Mp3Quantiser& quan
 /// Factor 0 is 2, each further one is lower by a third of an octave. 63 is not defined.
 float FactorOf(unsigned index) noexcept {
     static const auto factors = [] {
-        std::array<float, 64> values;
+        std::array<float, 64> values{};
         for (std::size_t k = 0; k < values.size(); ++k) {
             values[k] = static_cast<float>(std::exp2(1 - static_cast<double>(k) / 3));
         }
@@ -104,7 +104,7 @@ Mp3Layer2Frame::Mp3Layer2Frame(const Mp3Header& header, Mp3BitReader& reader) no
       table_(TableOf(header)) {
     numSubbands_ = kAllocationTables[table_][3].end;
     const bool isJoint = header.mode == Mp3Header::Mode::Joint;
-    firstShared_ = isJoint ? std::min<std::size_t>(4 * (header.modeExtension + 1), numSubbands_)
+    firstShared_ = isJoint ? std::min(std::size_t{4} * (header.modeExtension + 1), numSubbands_)
                            : numSubbands_;
     ReadAllocation(reader);
     ReadFactors(reader);

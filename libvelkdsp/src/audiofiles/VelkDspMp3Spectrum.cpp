@@ -28,8 +28,8 @@ struct RequantisationTables {
         }
     }
 
-    std::array<float, kLargestValue + 1> powers;
-    std::array<float, kMostQuarters - kLeastQuarters + 1> gains;
+    std::array<float, kLargestValue + 1> powers{};
+    std::array<float, kMostQuarters - kLeastQuarters + 1> gains{};
 };
 
 const RequantisationTables& Tables() {
@@ -54,7 +54,7 @@ int QuartersOf(const Mp3Granule& granule,
 
 /// Gains of a band in intensity (ISO 11172-3, 2.4.3.4.9.3; ISO 13818-3, 2.4.3.2).
 struct IntensityGains {
-    float left, right;
+    float left = 0, right = 0;
 };
 
 struct IntensityTables {
@@ -69,16 +69,17 @@ struct IntensityTables {
         for (std::size_t coarse = 0; coarse < 2; ++coarse) {
             for (std::size_t position = 0; position < 32; ++position) {
                 const double step = coarse == 0 ? 0.25 : 0.5;
+                const std::size_t halves = (position + 1) / 2;
                 const auto quiet =
-                    static_cast<float>(std::exp2(-step * static_cast<double>((position + 1) / 2)));
+                    static_cast<float>(std::exp2(-step * static_cast<double>(halves)));
                 mpeg2[coarse][position] =
                     position % 2 == 1 ? IntensityGains{quiet, 1} : IntensityGains{1, quiet};
             }
         }
     }
 
-    std::array<IntensityGains, 7> mpeg1;
-    std::array<std::array<IntensityGains, 32>, 2> mpeg2;
+    std::array<IntensityGains, 7> mpeg1{};
+    std::array<std::array<IntensityGains, 32>, 2> mpeg2{};
 };
 
 IntensityGains GainsOf(const Mp3Header& header,

@@ -54,6 +54,7 @@ void PutFormatChunk(ByteBlock& bytes, const WavHeader& header) {
     const SampleFormat format = SampleFormatOf(header.format);
     const bool isExtensible = header.numChannels > 2 || header.channelMask != 0;
     const bool isFloat = format.coding == Coding::Float;
+    const unsigned numBits = 8 * format.numBytes;
     PutId(bytes, "fmt ");
     PutLittleEndian(
         bytes, isExtensible ? kExtensibleFormatBytes : kPlainFormatBytes + (isFloat ? 2 : 0), 4);
@@ -62,10 +63,10 @@ void PutFormatChunk(ByteBlock& bytes, const WavHeader& header) {
     PutLittleEndian(bytes, header.sampleRateHz, 4);
     PutLittleEndian(bytes, header.sampleRateHz * header.FrameBytes(), 4);
     PutLittleEndian(bytes, header.FrameBytes(), 2);
-    PutLittleEndian(bytes, 8 * format.numBytes, 2);
+    PutLittleEndian(bytes, numBits, 2);
     if (isExtensible) {
         PutLittleEndian(bytes, 22, 2);
-        PutLittleEndian(bytes, 8 * format.numBytes, 2);  // all bits are valid
+        PutLittleEndian(bytes, numBits, 2);  // all bits are valid
         PutLittleEndian(bytes, header.channelMask, 4);
         PutLittleEndian(bytes, TagOf(format), 2);
         bytes.insert(bytes.end(), kSubFormatTail.begin(), kSubFormatTail.end());

@@ -55,14 +55,15 @@ void WindowSubbands(float* y,
     // Two sums a vector, so that additions need not wait for each other.
     __m256 sums[2][2] = {{_mm256_setzero_ps(), _mm256_setzero_ps()},
                          {_mm256_setzero_ps(), _mm256_setzero_ps()}};
-    for (int tap = 0; tap < kWindowTaps; ++tap) {
-        for (int v = 0; v < 2; ++v) {
+    for (std::size_t tap = 0; tap < kWindowTaps; ++tap) {
+        for (std::size_t v = 0; v < 2; ++v) {
             sums[tap % 2][v] =
                 _mm256_fmadd_ps(_mm256_loadu_ps(rows[tap] + 8 * v),
                                 _mm256_loadu_ps(weights + 16 * tap + 8 * v), sums[tap % 2][v]);
         }
     }
-    for (int v = 0; v < 2; ++v) _mm256_storeu_ps(y + 8 * v, _mm256_add_ps(sums[0][v], sums[1][v]));
+    for (std::size_t v = 0; v < 2; ++v)
+        _mm256_storeu_ps(y + 8 * v, _mm256_add_ps(sums[0][v], sums[1][v]));
 }
 
 }  // namespace

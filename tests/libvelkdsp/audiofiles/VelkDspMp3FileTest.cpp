@@ -206,8 +206,12 @@ TEST_F(Mp3Damage, TagsAndRubbishAroundTheFramesAreSkipped) {
     const std::string head("ID3\4\0\0\0\0\1\x20", 10);  // 160 bytes
     std::string inside;
     while (inside.size() < 160) inside += "\xFF\xFB\x90\x64";  // headers in a picture
+    // The frame in which another encoder notes what it knows; it has no sound.
+    const std::size_t length = tav::ParseMp3Header(0xFFFB9064).value().NumBytes();
+    std::string facts = "\xFF\xFB\x90\x64" + std::string(32, '\0') + "VBRI";
+    facts.resize(length, '\1');
     for (const std::string& around :
-         {head + inside + bytes, head + inside + head + inside + bytes,
+         {facts + bytes, head + inside + bytes, head + inside + head + inside + bytes,
           bytes + "TAG" + std::string(125, '\xFF'), std::string(1000, '\xFF') + bytes,
           bytes + std::string(300, '\0')}) {
         const tav::AudioBuffer audio = Decode(around);
