@@ -335,6 +335,7 @@ BINAURAL_SUBTYPE(direct);
 BINAURAL_SUBTYPE(early);
 BINAURAL_SUBTYPE(sphericalheadmodel);
 BINAURAL_SUBTYPE(snowman);
+BINAURAL_SUBTYPE(continuous);
 BENCHMARK_CAPTURE(BinauralPlainPaths, head, false)->ArgNames({"sources", "frames"})->Args({64, 64});
 BENCHMARK_CAPTURE(BinauralPlainPaths, snowman, true)
     ->ArgNames({"sources", "frames"})

@@ -4,6 +4,7 @@
 #include "filterdesign/VelkDspFft.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
@@ -57,6 +58,30 @@ std::vector<float> LogMagnitudes(std::span<const tav::BiquadCell> cells,
     return logs;
 }
 
+/// @param logs  of the magnitudes on the grid of the transform
+/// @return `length` taps, at most half of the transform, the last quarter tapered
+std::vector<float> MinimumPhaseOf(tav::Fft& fft, std::vector<float> logs, std::size_t length) {
+    const std::size_t size = fft.Size();
+    std::vector<float>& re = logs;
+    std::vector<float> im(fft.NumBins());
+    // The cepstrum, its negative times folded onto the positive ones: the phase of the exponential
+    // is then the least there is for that magnitude.
+    std::vector<float> signal(size);
+    fft.Inverse(re, im, signal);
+    for (std::size_t k = 1; k < size / 2; ++k) signal[k] *= 2.f;
+    std::fill(signal.begin() + static_cast<std::ptrdiff_t>(size / 2 + 1), signal.end(), 0.f);
+    fft.Forward(signal, re, im);
+    for (std::size_t k = 0; k < fft.NumBins(); ++k) {
+        const float magnitude = std::exp(re[k]);
+        re[k] = magnitude * std::cos(im[k]);
+        im[k] = magnitude * std::sin(im[k]);
+    }
+    fft.Inverse(re, im, signal);
+    signal.resize(std::min(length, size / 2));
+    TaperEnd(signal);
+    return signal;
+}
+
 /// I0(x), the modified Bessel function.
 double BesselI0(double x) {
     double sum = 1.0, term = 1.0;
@@ -83,27 +108,29 @@ std::vector<float> MinimumPhaseResponse(std::span<const tav::BiquadCell> cells,
                                         float rateHz) {
     const double rate = static_cast<double>(rateHz);
     tav::Fft fft(rate > 100000.0 ? 16384 : 8192);
-    const std::size_t size = fft.Size();
-    std::vector<float> re =
-        LogMagnitudes(cells, static_cast<double>(cellsRateHz), rate, fft.NumBins());
-    std::vector<float> im(fft.NumBins());
-    // The cepstrum, its negative times folded onto the positive ones: the phase of the exponential
-    // is then the least there is for that magnitude.
-    std::vector<float> signal(size);
-    fft.Inverse(re, im, signal);
-    for (std::size_t k = 1; k < size / 2; ++k) signal[k] *= 2.f;
-    std::fill(signal.begin() + static_cast<std::ptrdiff_t>(size / 2 + 1), signal.end(), 0.f);
-    fft.Forward(signal, re, im);
-    for (std::size_t k = 0; k < fft.NumBins(); ++k) {
-        const float magnitude = std::exp(re[k]);
-        re[k] = magnitude * std::cos(im[k]);
-        im[k] = magnitude * std::sin(im[k]);
-    }
-    fft.Inverse(re, im, signal);
     const auto length = static_cast<std::size_t>(std::ceil(kResponseMs * 0.001 * rate));
-    signal.resize(std::min((length + 7) / 8 * 8, size / 2));
-    TaperEnd(signal);
-    return signal;
+    return MinimumPhaseOf(
+        fft, LogMagnitudes(cells, static_cast<double>(cellsRateHz), rate, fft.NumBins()),
+        (length + 7) / 8 * 8);
+}
+
+std::vector<float> MinimumPhaseResponse(std::span<const float> taps) {
+    constexpr float kLeastPart = 1e-5f;
+    // Eight times as long: nulls of the magnitude have long cepstra, which fold over otherwise.
+    const std::size_t size = std::bit_ceil(std::max<std::size_t>(8 * taps.size(), 8192));
+    tav::Fft fft(std::min(size, tav::Fft::kMaxSize));
+    std::vector<float> signal(fft.Size()), re(fft.NumBins()), im(fft.NumBins());
+    std::ranges::copy(taps.first(std::min(taps.size(), signal.size())), signal.begin());
+    fft.Forward(signal, re, im);
+    std::vector<float> magnitudes(re.size());
+    std::ranges::transform(re, im, magnitudes.begin(),
+                           [](float a, float b) { return std::hypot(a, b); });
+    const float peak = std::ranges::max(magnitudes);
+    if (peak == 0.f) return {taps.begin(), taps.end()};
+    for (float& magnitude : magnitudes) {
+        magnitude = std::log(std::max(magnitude, kLeastPart * peak));
+    }
+    return MinimumPhaseOf(fft, std::move(magnitudes), taps.size());
 }
 
 ResponseResampler::ResponseResampler(std::size_t numTaps, float fromHz, float toHz) {

@@ -16,6 +16,10 @@ std::vector<float> MinimumPhaseResponse(std::span<const tav::BiquadCell> cells,
                                         float cellsRateHz,
                                         float rateHz);
 
+/// The minimum-phase response with the magnitude of a finite one and as many taps, down to 100 dB
+/// below its peak. The last quarter is tapered.  Thread: control.
+std::vector<float> MinimumPhaseResponse(std::span<const float> taps);
+
 /// Brings responses of one length to another rate by band-limited interpolation: a windowed sinc of
 /// 64 zero crossings on either side, cut at 0.46 of the lower rate. What rings before the first
 /// sample of a response is left out.

@@ -32,13 +32,7 @@ unsigned Frames(float ms, float rateHz) noexcept TAV_NONBLOCKING {
 }  // namespace
 
 BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs, unsigned numOutputs)
-    : BinauralPanningDirect(numInputs, numOutputs, false) {}
-
-BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs,
-                                             unsigned numOutputs,
-                                             bool isNearfield)
     : BinauralPanning(numInputs, numOutputs),
-      isNearfield_(isNearfield),
       set_(Pan::GetHrtf()),
       points_(numInputs, kNoPoint),
       inputs_(numInputs),
@@ -70,7 +64,7 @@ bool BinauralPanningDirect::Install(HrtfLoad& load) {
             }
         }
         // A setting has changed since the filters were computed.
-        load.bundle_ = PrepareBundle(load.bundle_->filtering.Responses().Set(), false);
+        load.bundle_ = PrepareBundle(load.bundle_->rendering->Set(), false);
     }
 }
 
@@ -82,8 +76,8 @@ std::shared_ptr<const Hrtf> BinauralPanningDirect::GetHrtf() const {
 HrtfFormat BinauralPanningDirect::Format() const { return {SampleRate(), realisation_, maxTaps_}; }
 
 bool BinauralPanningDirect::IsUpToDate(const Bundle& bundle) const {
-    return bundle.filtering.Responses().Format() == Format() &&
-           bundle.filtering.BlockSize() == BufferSize();
+    return bundle.rendering->Responses().Format() == Format() &&
+           bundle.rendering->BlockSize() == BufferSize();
 }
 
 std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::PrepareBundle(
@@ -93,12 +87,17 @@ std::unique_ptr<BinauralPanningDirect::Bundle> BinauralPanningDirect::PrepareBun
         const ControlGuard guard(controlLock_);
         format = Format();
     }
-    return std::make_unique<Bundle>(HrtfResponses::Of(set, format), NumInputs(), BufferSize(),
-                                    isNearfield_, atOnce);
+    return std::make_unique<Bundle>(MakeRendering(set, format), atOnce);
+}
+
+std::unique_ptr<HrtfRendering> BinauralPanningDirect::MakeRendering(
+    const std::shared_ptr<const Hrtf>& set, const HrtfFormat& format) const {
+    return std::make_unique<HrtfFiltering>(HrtfResponses::Of(set, format), NumInputs(),
+                                           BufferSize());
 }
 
 void BinauralPanningDirect::Install(std::unique_ptr<Bundle> bundle) {
-    set_ = bundle->filtering.Responses().Set();
+    set_ = bundle->rendering->Set();
     newest_ = bundle.get();
     PublishSettings();
     ApplySet();
@@ -121,11 +120,11 @@ void BinauralPanningDirect::RefitSet(bool atOnce) {
 
 void BinauralPanningDirect::PublishSettings() {
     crossfadeMs_.store(settings_.fadeMs, kRelaxed);
-    if (newest_ != nullptr) newest_->filtering.SetSettings(settings_);
+    if (newest_ != nullptr) newest_->rendering->SetSettings(settings_);
 }
 
 void BinauralPanningDirect::ApplyReset() {
-    if (newest_ != nullptr) newest_->filtering.Reset();
+    if (newest_ != nullptr) newest_->rendering->Reset();
 }
 
 void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool force) {
@@ -138,10 +137,11 @@ void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool f
     points_[index] = point->index;
     const EarDelays delays = Itd().Delays(position, point->delay);
     const float scale = DelayPart();
-    newest_->filtering.SetSource(
-        index,
-        {point->index, {delays.left * scale, delays.right * scale}, IsMuted(index) ? 0.f : 1.f},
-        immediate ? 0.f : glideMs_);
+    static_cast<HrtfFiltering&>(*newest_->rendering)
+        .SetSource(
+            index,
+            {point->index, {delays.left * scale, delays.right * scale}, IsMuted(index) ? 0.f : 1.f},
+            immediate ? 0.f : glideMs_);
 }
 
 void BinauralPanningDirect::SetCrossfadeTime(float ms) {
@@ -227,7 +227,7 @@ void BinauralPanningDirect::Perform(float* const* outputs,
     for (unsigned done = 0; done < frames;) {
         unsigned count = std::min(frames - done, kPiece);
         for (const Bundle* bundle : {bundles_.Live(), bundles_.Incoming()}) {
-            if (bundle != nullptr) count = std::min(frames - done, bundle->filtering.BlockSize());
+            if (bundle != nullptr) count = std::min(frames - done, bundle->rendering->BlockSize());
         }
         EarPointers ears;
         for (unsigned e = 0; e < 2; ++e) {
@@ -244,7 +244,7 @@ void BinauralPanningDirect::TakeBundle() noexcept TAV_NONBLOCKING {
     if (!bundles_.TakeNext()) return;
     const Bundle& incoming = *bundles_.Incoming();
     if (incoming.atOnce || isFirst) return bundles_.Finish();
-    const HrtfResponses& responses = incoming.filtering.Responses();
+    const HrtfResponses& responses = incoming.rendering->Responses();
     const float rate = responses.Format().rateHz;
     const auto longest = static_cast<unsigned>(responses.AreCells() ? 0 : responses.MaxTaps());
     changeFrames_ = 0;
@@ -257,8 +257,8 @@ const std::vector<float>* BinauralPanningDirect::Render(Bundle* bundle,
                                                         unsigned frames) noexcept TAV_NONBLOCKING {
     if (bundle == nullptr) return nullptr;
     for (auto& ear : bundle->ears) std::fill_n(ear.begin(), frames, 0.f);
-    bundle->filtering.Perform(bundle->ears[0].data(), bundle->ears[1].data(), inputs_.data(),
-                              frames);
+    bundle->rendering->Perform(bundle->ears[0].data(), bundle->ears[1].data(), inputs_.data(),
+                               frames);
     return bundle->ears.data();
 }
 

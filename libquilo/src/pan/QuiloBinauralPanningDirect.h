@@ -64,14 +64,17 @@ public:
     void SetDelayKind(unsigned code);
 
 protected:
-    /// @param isNearfield  sources go through a NearfieldStage, and ComputeSource is overridden
-    BinauralPanningDirect(unsigned numInputs, unsigned numOutputs, bool isNearfield);
-
+    /// Computes filters.  Thread: control, without the lock.
+    virtual std::unique_ptr<HrtfRendering> MakeRendering(const std::shared_ptr<const Hrtf>& set,
+                                                         const HrtfFormat& format) const;
+    /// A rendering has come into force; sources are recomputed next.
+    virtual void ApplySet() TAV_REQUIRES(controlLock_) {}
+    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }
     void Describe(std::vector<std::string>& lines) const override TAV_REQUIRES(controlLock_);
 
-    /// Null before the first set.
-    HrtfFiltering* Filtering() TAV_REQUIRES(controlLock_) {
-        return newest_ != nullptr ? &newest_->filtering : nullptr;
+    /// Where targets go; null before the first set.
+    HrtfRendering* Rendering() TAV_REQUIRES(controlLock_) {
+        return newest_ != nullptr ? newest_->rendering.get() : nullptr;
     }
     void FreeRetired() TAV_REQUIRES(controlLock_) { bundles_.FreeRetired(); }
     const Hrtf& Set() const TAV_REQUIRES(controlLock_) { return *set_; }
@@ -80,22 +83,17 @@ protected:
     float DelayPart() const TAV_REQUIRES(controlLock_) {
         return (100.f - delayReduction_) * 0.01f * (delayScale_ / 100.f);
     }
-    /// A set has come into force; sources are recomputed next.
-    virtual void ApplySet() TAV_REQUIRES(controlLock_) {}
 
 private:
     /// What one set needs to sound, and room for what it says while it comes or goes.
     struct Bundle {
-        Bundle(std::shared_ptr<const HrtfResponses> responses,
-               unsigned numSources,
-               unsigned blockSize,
-               bool isNearfield,
-               bool startsAtOnce)
-            : filtering(std::move(responses), numSources, blockSize, isNearfield),
-              ears{std::vector<float>(blockSize), std::vector<float>(blockSize)},
+        Bundle(std::unique_ptr<HrtfRendering> making, bool startsAtOnce)
+            : rendering(std::move(making)),
+              ears{std::vector<float>(rendering->BlockSize()),
+                   std::vector<float>(rendering->BlockSize())},
               atOnce(startsAtOnce) {}
 
-        HrtfFiltering filtering;
+        const std::unique_ptr<HrtfRendering> rendering;
         std::array<std::vector<float>, 2> ears;
         const bool atOnce;  // audio stands still
     };
@@ -103,7 +101,6 @@ private:
 
     void FollowFrame() override { RefitSet(true); }
     void ApplyReset() override TAV_REQUIRES(controlLock_);
-    void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }
     void ComputeSource(unsigned index, bool immediate, bool force) override
         TAV_REQUIRES(controlLock_);
 
@@ -123,9 +120,8 @@ private:
     void PerformPiece(const EarPointers& outputs, unsigned frames) noexcept TAV_NONBLOCKING;
     const std::vector<float>* Render(Bundle* bundle, unsigned frames) noexcept TAV_NONBLOCKING;
 
-    const bool isNearfield_;
     std::shared_ptr<const Hrtf> set_ TAV_GUARDED_BY(controlLock_);
-    HrtfFiltering::Settings settings_ TAV_GUARDED_BY(controlLock_);
+    HrtfRendering::Settings settings_ TAV_GUARDED_BY(controlLock_);
     HrtfRealisation realisation_ TAV_GUARDED_BY(controlLock_) = HrtfRealisation::Auto;
     unsigned maxTaps_ TAV_GUARDED_BY(controlLock_) = 0;  // 0: whole responses
     float delayScale_ TAV_GUARDED_BY(controlLock_) = 100.f;
@@ -163,7 +159,7 @@ public:
     /// Throws: tav::Exception as Hrtf::Load.
     bool Read(const std::string& path);
     /// What was read.  @pre  Read was true, Install not called
-    const Hrtf& Set() const { return *bundle_->filtering.Responses().Set(); }
+    const Hrtf& Set() const { return *bundle_->rendering->Set(); }
     /// @return false: a load that was begun later is in force and stays
     bool Install() { return panner_.Install(*this); }
 

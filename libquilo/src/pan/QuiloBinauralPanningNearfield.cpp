@@ -37,10 +37,16 @@ std::pair<float, float> Section(float upper, float lower, float cornerHz) {
 }  // namespace
 
 BinauralPanningNearfield::BinauralPanningNearfield(unsigned numInputs, unsigned numOutputs)
-    : BinauralPanningDirect(numInputs, numOutputs, true),
+    : BinauralPanningDirect(numInputs, numOutputs),
       filters_(std::make_shared<const NearfieldCompensationFilters>()) {
     switches_.fill(true);
     SphereShelves::Get();  // made now, not when a source is placed
+}
+
+std::unique_ptr<HrtfRendering> BinauralPanningNearfield::MakeRendering(
+    const std::shared_ptr<const Hrtf>& set, const HrtfFormat& format) const {
+    return std::make_unique<HrtfFiltering>(HrtfResponses::Of(set, format), NumInputs(),
+                                           BufferSize(), true);
 }
 
 // ---- Settings
@@ -163,7 +169,7 @@ EarDelays BinauralPanningNearfield::DelaysOf(const CartesianVector& source) cons
 }
 
 void BinauralPanningNearfield::ComputeSource(unsigned index, bool immediate, bool) {
-    HrtfFiltering* const filtering = Filtering();
+    auto* const filtering = static_cast<HrtfFiltering*>(Rendering());
     if (filtering == nullptr) return;
     FreeRetired();
     CartesianVector source = RelativePosition(index);

@@ -49,6 +49,8 @@ public:
     std::shared_ptr<const NearfieldCompensationFilters> GetNearfield() const;
 
 private:
+    std::unique_ptr<HrtfRendering> MakeRendering(const std::shared_ptr<const Hrtf>& set,
+                                                 const HrtfFormat& format) const override;
     void ComputeSource(unsigned index, bool immediate, bool force) override
         TAV_REQUIRES(controlLock_);
     void ApplySet() override TAV_REQUIRES(controlLock_);

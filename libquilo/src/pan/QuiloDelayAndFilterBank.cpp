@@ -52,13 +52,13 @@ void DelayAndFilterBank::Perform(float* left,
     const std::uint32_t resets = resets_.load(std::memory_order_relaxed);
     const bool forget = std::exchange(resetsDone_, resets) != resets;
     for (unsigned i = 0; i < sources_.size(); ++i) {
-        if (forget && sources_[i].state == State::Awake) Sleep(i, State::Asleep);
+        if (forget && sources_[i].state == SourceState::Awake) Sleep(i, SourceState::Asleep);
         TakeTarget(i, inputs[i] != nullptr);
     }
     for (unsigned done = 0; done < frames;) {
         const unsigned count = GlideCorners(std::min(frames - done, kPiece));
         for (unsigned i = 0; i < sources_.size(); ++i) {
-            if (sources_[i].state == State::Awake) voices_.Take(i, {inputs[i] + done, count});
+            if (sources_[i].state == SourceState::Awake) voices_.Take(i, {inputs[i] + done, count});
         }
         RunPiece(left != nullptr ? left + done : nullptr, right != nullptr ? right + done : nullptr,
                  count);
@@ -110,20 +110,16 @@ unsigned DelayAndFilterBank::GlideCorners(unsigned frames) noexcept TAV_NONBLOCK
 
 void DelayAndFilterBank::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLOCKING {
     Voice& voice = sources_[index];
-    const bool isAwake = voice.state == State::Awake;
+    const bool isAwake = voice.state == SourceState::Awake;
     if (voice.jump.Take(voice.taken) && isAwake) Apply(index, 0);
     if (voice.target.Take(voice.taken) && isAwake) {
         Apply(index, tav::Ramp::GlideLength(voice.taken.glideMs, rateHz_));
     }
-    const bool sounds = voice.taken.gain != 0.f;
-    if (!isAwake) {
-        if (present && sounds) return Wake(index);
-        voice.state = present ? State::Muted : State::Asleep;
-    } else if (!present) {
-        Sleep(index, State::Asleep);
-    } else if (!sounds && voices_.IsSilenced(index)) {
-        Sleep(index, State::Muted);
-    }
+    const bool isSilenced = isAwake && voices_.IsSilenced(index);
+    const SourceState next = NextState(voice.state, present, voice.taken.gain != 0.f, isSilenced);
+    if (next == SourceState::Awake && !isAwake) return Wake(index);
+    if (next != SourceState::Awake && isAwake) return Sleep(index, next);
+    voice.state = next;
 }
 
 /// Gives paths and gain their targets.
@@ -157,13 +153,13 @@ void DelayAndFilterBank::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     Voice& voice = sources_[index];
     voices_.Wake(index);
     // A source that was muted may be in the middle of a sound.
-    voices_.SetGain(index, voice.state == State::Muted ? 0.f : voice.taken.gain, 0);
-    voice.state = State::Awake;
+    voices_.SetGain(index, voice.state == SourceState::Muted ? 0.f : voice.taken.gain, 0);
+    voice.state = SourceState::Awake;
     ++groups_[index / kLanes].numAwake;
     Apply(index, 0);
 }
 
-void DelayAndFilterBank::Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING {
+void DelayAndFilterBank::Sleep(unsigned index, SourceState state) noexcept TAV_NONBLOCKING {
     Group& group = groups_[index / kLanes];
     sources_[index].state = state;
     --group.numAwake;
@@ -208,7 +204,7 @@ void DelayAndFilterBank::FillPath(std::size_t group,
     for (std::size_t ear = 0; ear < kEars; ++ear) {
         for (std::size_t lane = 0; lane < count; ++lane) {
             const auto voice = static_cast<unsigned>(first + lane);
-            if (sources_[voice].state != State::Awake) {
+            if (sources_[voice].state != SourceState::Awake) {
                 reader_.SetSilent(lane);
             } else {
                 reader_.Set(lane, voices_.ReadingOf(voice, path * kEars + ear));

@@ -92,14 +92,13 @@ private:
         float gain = 1.f;
         float glideMs = 0.f;
     };
-    enum class State : std::uint8_t { Asleep, Muted, Awake };
     struct Voice {
         // shared: control writes, audio reads
         tav::SharedCell<Target> jump;  // the newest that was to be taken at once
         tav::SharedCell<Target> target;
         // audio only
         Target taken;
-        State state = State::Asleep;
+        SourceState state = SourceState::Asleep;
         bool glides = false;
         std::array<std::array<tav::Ramp, 2 * kEars>, kSections> mix;  // as in SectionRows
     };
@@ -119,7 +118,7 @@ private:
     void TakeTarget(unsigned index, bool present) noexcept TAV_NONBLOCKING;
     void Apply(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
     void Wake(unsigned index) noexcept TAV_NONBLOCKING;
-    void Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING;
+    void Sleep(unsigned index, SourceState state) noexcept TAV_NONBLOCKING;
 
     void RunPiece(float* left, float* right, unsigned frames) noexcept TAV_NONBLOCKING;
     void FillPath(std::size_t group, std::size_t path, unsigned frames) noexcept TAV_NONBLOCKING;

@@ -23,8 +23,7 @@ HrtfFiltering::HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
                              unsigned numSources,
                              unsigned blockSize,
                              bool isNearfield)
-    : responses_(std::move(responses)),
-      blockSize_(blockSize),
+    : HrtfRendering(responses->Set(), responses, blockSize),
       sources_(numSources),
       bank_(HrtfFilterBank::Make(*responses_, numSources, blockSize, isNearfield)),
       voices_(numSources,
@@ -53,7 +52,7 @@ void HrtfFiltering::Perform(float* left,
     const std::uint32_t resets = resets_.load(std::memory_order_relaxed);
     const bool forget = std::exchange(resetsDone_, resets) != resets;
     for (unsigned i = 0; i < sources_.size(); ++i) {
-        if (forget && sources_[i].state == State::Awake) Sleep(i, State::Asleep);
+        if (forget && sources_[i].state == SourceState::Awake) Sleep(i, SourceState::Asleep);
         TakeTarget(i, inputs[i] != nullptr);
     }
     const auto longest = static_cast<unsigned>(bank_->LongestPiece());
@@ -62,7 +61,7 @@ void HrtfFiltering::Perform(float* left,
         if (done % kLongestChunk == 0) starts = StartsFor(NumSources());
         const unsigned count = std::min(frames - done, longest);
         for (unsigned i = 0; i < sources_.size(); ++i) {
-            if (sources_[i].state == State::Awake) TakeInput(i, {inputs[i] + done, count});
+            if (sources_[i].state == SourceState::Awake) TakeInput(i, {inputs[i] + done, count});
         }
         bank_->Perform(voices_, {left + done, count}, {right + done, count}, starts);
         done += count;
@@ -73,19 +72,20 @@ void HrtfFiltering::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLO
     SourceSlot& source = sources_[index];
     const Target& target = source.taken;
     const bool changed = source.shared.Take(source.taken);
-    if (source.state != State::Awake) {
+    if (source.state != SourceState::Awake) {
         if (present && target.gain != 0.f) Wake(index);
-        if (source.state != State::Awake) source.state = present ? State::Muted : State::Asleep;
+        if (source.state != SourceState::Awake)
+            source.state = present ? SourceState::Muted : SourceState::Asleep;
         return;
     }
-    if (!present) return Sleep(index, State::Asleep);
+    if (!present) return Sleep(index, SourceState::Asleep);
     if (changed) {
         const float rate = responses_->Format().rateHz;
         voices_.SetGain(index, target.gain, tav::Ramp::GlideLength(kMuteMs, rate));
         SetDelays(index, tav::Ramp::GlideLength(target.glideMs, rate));
         bank_->Load(index, target.points);
     }
-    if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, State::Muted);
+    if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, SourceState::Muted);
 }
 
 void HrtfFiltering::TakeInput(unsigned index,
@@ -101,17 +101,17 @@ void HrtfFiltering::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     SourceSlot& source = sources_[index];
     voices_.Wake(index);
     SetDelays(index, 0);
-    if (source.state == State::Muted) {  // it may be in the middle of a sound
+    if (source.state == SourceState::Muted) {  // it may be in the middle of a sound
         voices_.SetGain(index, 0.f, 0);
         const float rate = responses_->Format().rateHz;
         voices_.SetGain(index, source.taken.gain, tav::Ramp::GlideLength(kMuteMs, rate));
     }
     bank_->Wake(index, source.taken.points);
     if (nearfield_) nearfield_->Wake(index);
-    source.state = State::Awake;
+    source.state = SourceState::Awake;
 }
 
-void HrtfFiltering::Sleep(unsigned index, State state) noexcept TAV_NONBLOCKING {
+void HrtfFiltering::Sleep(unsigned index, SourceState state) noexcept TAV_NONBLOCKING {
     bank_->Sleep(index);
     sources_[index].state = state;
 }

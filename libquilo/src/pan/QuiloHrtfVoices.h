@@ -42,6 +42,20 @@ private:
     std::array<float, kLongest + 2 * kAround> silence_{};
 };
 
+enum class SourceState : std::uint8_t {
+    Asleep,  // nothing comes
+    Muted,   // something comes and is not to be heard
+    Awake,
+};
+
+/// @param present  something comes      @param sounds  the gain is not to become 0
+/// @param isSilenced  it has been 0 for as long as anybody remembers
+constexpr SourceState NextState(SourceState now, bool present, bool sounds, bool isSilenced) {
+    if (!present) return SourceState::Asleep;
+    const bool goesOn = now == SourceState::Awake && !isSilenced;
+    return sounds || goesOn ? SourceState::Awake : SourceState::Muted;
+}
+
 /// Every source has a gain, a delay for each path to an ear, and a window of its newest samples, as
 /// short as the delays allow. A source is delayed first and filtered then: one memory serves all
 /// paths, and what comes out of the filters only has to be added up.

@@ -2,6 +2,7 @@
 // From (type, subtype, inputs, outputs) to a panner: two tables, read in order.
 #include "pan/QuiloAmbisonicPanning.h"
 #include "pan/QuiloBinauralModelPanning.h"
+#include "pan/QuiloBinauralPanningContinuous.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloBinauralPanningIACC.h"
 #include "pan/QuiloBinauralPanningNearfield.h"
@@ -29,10 +30,6 @@
 namespace Quilo {
 
 namespace {
-
-// The panners that later versions bring. Until then each of them is the silent one; its row in the
-// tables below is already the final one.
-using BinauralPanningContinuous = NullPanning;
 
 using Fits = bool (*)(unsigned inputs, unsigned outputs);
 using Maker = std::unique_ptr<Pan> (*)(unsigned inputs, unsigned outputs);

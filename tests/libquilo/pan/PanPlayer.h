@@ -68,7 +68,7 @@ inline constexpr PanCase kAllPanners[] = {
     {"nfchoa2d", 7, "direct", 11.0}, {"nfchoa3d", 16, "direct", 11.0}, {"binaural", 2, "direct", 8.0},
     {"binaural", 2, "diffuse", 4.0}, {"binaural", 2, "early", 1.5},
     {"binaural", 2, "sphericalheadmodel", 2.1}, {"binaural", 2, "snowmanmodel", 2.7},
-    {"binaural", 2, "nearfield", 30.0},
+    {"binaural", 2, "nearfield", 30.0}, {"binaural", 2, "continuous", 8.0},
 };
 // clang-format on
 
