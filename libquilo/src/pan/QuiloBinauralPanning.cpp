@@ -37,6 +37,8 @@ void BinauralPanning::SetListenerAngle(float deg) {
     const ControlGuard guard(controlLock_);
     if (!std::isfinite(deg)) return;
     listenerAngle_ = deg * tav::kRadiansPerDegree;
+    angleCos_ = std::cos(static_cast<double>(listenerAngle_));
+    angleSin_ = std::sin(static_cast<double>(listenerAngle_));
     RecomputeSources();
 }
 
@@ -102,10 +104,8 @@ tav::CartesianVector BinauralPanning::RelativePosition(unsigned index) const {
     if (largest > kFarthest) {
         for (double* v : {&x, &y, &z}) *v *= kFarthest / largest;
     }
-    const double c = std::cos(static_cast<double>(listenerAngle_));
-    const double s = std::sin(static_cast<double>(listenerAngle_));
-    return {static_cast<float>(x * c - y * s), static_cast<float>(x * s + y * c),
-            static_cast<float>(z)};
+    return {static_cast<float>(x * angleCos_ - y * angleSin_),
+            static_cast<float>(x * angleSin_ + y * angleCos_), static_cast<float>(z)};
 }
 
 tav::CartesianVector BinauralPanning::HeardPosition(unsigned index) const {

@@ -53,6 +53,8 @@ private:
 
     tav::CartesianVector listener_ TAV_GUARDED_BY(controlLock_);
     float listenerAngle_ TAV_GUARDED_BY(controlLock_) = 0.f;  // radians
+    double angleCos_ TAV_GUARDED_BY(controlLock_) = 1.0;      // of listenerAngle_
+    double angleSin_ TAV_GUARDED_BY(controlLock_) = 0.0;
     InterauralTimeDifference itd_ TAV_GUARDED_BY(controlLock_);
 };
 

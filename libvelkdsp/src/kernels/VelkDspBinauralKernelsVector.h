@@ -142,15 +142,15 @@ public:
 private:
     /// Third-order Lagrange between x[k] and x[k + 1] at the parts g of the way.
     static Vec Interpolate(const float* x, Vec g) noexcept {
-        const Vec plus = S::Add(g, S::Broadcast(1.f)), minus = S::Subtract(g, S::Broadcast(1.f));
-        const Vec minus2 = S::Subtract(g, S::Broadcast(2.f));
-        const Vec before = S::Multiply(minus, minus2), after = S::Multiply(plus, g);
-        Vec outer = S::Multiply(S::Multiply(after, minus), S::Load(x + 2));
-        outer = S::NegativeMultiplyAdd(S::Multiply(g, before), S::Load(x - 1), outer);
-        Vec inner = S::Multiply(S::Multiply(plus, before), S::Load(x));
-        inner = S::NegativeMultiplyAdd(S::Multiply(after, minus2), S::Load(x + 1), inner);
-        return S::MultiplyAdd(outer, S::Broadcast(1.f / 6.f),
-                              S::Multiply(inner, S::Broadcast(0.5f)));
+        // In powers of g; at g = 1 the coefficients of all powers sum up to x[1].
+        const Vec here = S::Load(x), next = S::Load(x + 1), before = S::Load(x - 1);
+        const Vec half = S::Broadcast(0.5f);
+        const Vec slope = S::Subtract(next, here);
+        const Vec outer = S::Multiply(S::Broadcast(1.f / 6.f), S::Subtract(S::Load(x + 2), before));
+        const Vec cubic = S::NegativeMultiplyAdd(half, slope, outer);
+        const Vec square = S::MultiplyAdd(half, S::Add(next, before), S::Subtract(S::Zero(), here));
+        const Vec linear = S::Subtract(S::Subtract(slope, square), cubic);
+        return S::MultiplyAdd(g, S::MultiplyAdd(g, S::MultiplyAdd(g, cubic, square), linear), here);
     }
 
     /// Samples k .. k + 3 of signals, a row of all of them each.
