@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "kernels/VelkDspAvx2Floats.h"
 #include "kernels/VelkDspBinauralKernelsEight.h"
 #include "kernels/VelkDspBinauralKernelsVector.h"
 
@@ -7,13 +8,7 @@
 namespace tav {
 namespace {
 
-struct Avx2Operations {
-    using Vec = __m256;
-    static constexpr int kLanes = 8;
-
-    static Vec Zero() { return _mm256_setzero_ps(); }
-    static Vec Load(const float* p) { return _mm256_loadu_ps(p); }
-    static void Store(float* p, Vec v) { _mm256_storeu_ps(p, v); }
+struct Avx2Operations : Avx2Floats {
     /// Four samples of each of eight signals; signal 4 q + i in quarter q of vector i.
     static void LoadQuarters(const float* const* signals, std::ptrdiff_t k, Vec (&four)[4]) {
         for (int i = 0; i < 4; ++i) {
@@ -25,14 +20,8 @@ struct Avx2Operations {
     static Vec UnpackHigh(Vec a, Vec b) { return _mm256_unpackhi_ps(a, b); }
     static Vec LowPairs(Vec a, Vec b) { return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 1, 0)); }
     static Vec HighPairs(Vec a, Vec b) { return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 2, 3, 2)); }
-    static Vec Broadcast(float value) { return _mm256_set1_ps(value); }
     static Vec Count() { return _mm256_setr_ps(0.f, 1.f, 2.f, 3.f, 4.f, 5.f, 6.f, 7.f); }
-    static Vec Add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
-    static Vec Subtract(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
-    static Vec Multiply(Vec a, Vec b) { return _mm256_mul_ps(a, b); }
     static Vec WhereNegative(Vec test, Vec a, Vec b) { return _mm256_blendv_ps(b, a, test); }
-    static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fmadd_ps(a, b, c); }
-    static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fnmadd_ps(a, b, c); }
 };
 
 using Kernels = VectorBinauralKernels<Avx2Operations>;

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "kernels/VelkDspAvx512Floats.h"
 #include "kernels/VelkDspBinauralKernelsEight.h"
 #include "kernels/VelkDspBinauralKernelsVector.h"
 
@@ -7,17 +8,7 @@
 namespace tav {
 namespace {
 
-struct Avx512Operations {
-    using Vec = __m512;
-    static constexpr int kLanes = 16;
-
-    // Masked forms with all lanes, because GCC 12 warns of uninitialised values in some plain
-    // intrinsics.
-    static constexpr __mmask16 kAll = 0xffff;
-
-    static Vec Zero() { return _mm512_setzero_ps(); }
-    static Vec Load(const float* p) { return _mm512_loadu_ps(p); }
-    static void Store(float* p, Vec v) { _mm512_storeu_ps(p, v); }
+struct Avx512Operations : Avx512Floats {
     /// Four samples of each of sixteen signals; signal 4 q + i in quarter q of vector i.
     static void LoadQuarters(const float* const* signals, std::ptrdiff_t k, Vec (&four)[4]) {
         for (int i = 0; i < 4; ++i) {
@@ -36,20 +27,14 @@ struct Avx512Operations {
     static Vec HighPairs(Vec a, Vec b) {
         return _mm512_maskz_shuffle_ps(kAll, a, b, _MM_SHUFFLE(3, 2, 3, 2));
     }
-    static Vec Broadcast(float value) { return _mm512_set1_ps(value); }
     static Vec Count() {
         return _mm512_setr_ps(0.f, 1.f, 2.f, 3.f, 4.f, 5.f, 6.f, 7.f, 8.f, 9.f, 10.f, 11.f, 12.f,
                               13.f, 14.f, 15.f);
     }
-    static Vec Add(Vec a, Vec b) { return _mm512_add_ps(a, b); }
-    static Vec Subtract(Vec a, Vec b) { return _mm512_sub_ps(a, b); }
-    static Vec Multiply(Vec a, Vec b) { return _mm512_mul_ps(a, b); }
     static Vec WhereNegative(Vec test, Vec a, Vec b) {
         const __mmask16 negative = _mm512_cmp_ps_mask(test, _mm512_setzero_ps(), _CMP_LT_OQ);
         return _mm512_mask_blend_ps(negative, b, a);
     }
-    static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fmadd_ps(a, b, c); }
-    static Vec NegativeMultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fnmadd_ps(a, b, c); }
 };
 
 using Kernels = VectorBinauralKernels<Avx512Operations>;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspConvolutionKernels.h"
 
+#include "kernels/VelkDspAvx2Floats.h"
+
 #include <cstddef>
 #include <immintrin.h>
 #include <utility>
@@ -63,34 +65,24 @@ void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexce
 }
 
 // The same names for both widths, so that a butterfly is written once.
-struct Wide {
-    using V = __m256;
-    static V Load(const float* p) noexcept { return _mm256_loadu_ps(p); }
-    static void Store(float* p, V v) noexcept { _mm256_storeu_ps(p, v); }
-    static V All(float value) noexcept { return _mm256_set1_ps(value); }
-    static V Add(V a, V b) noexcept { return _mm256_add_ps(a, b); }
-    static V Subtract(V a, V b) noexcept { return _mm256_sub_ps(a, b); }
-    static V Multiply(V a, V b) noexcept { return _mm256_mul_ps(a, b); }
-    static V MultiplyAdd(V a, V b, V c) noexcept { return _mm256_fmadd_ps(a, b, c); }
-    static V MultiplySubtract(V a, V b, V c) noexcept { return _mm256_fmsub_ps(a, b, c); }
-};
+using Wide = Avx2Floats;
 struct Narrow {
-    using V = __m128;
-    static V Load(const float* p) noexcept { return _mm_loadu_ps(p); }
-    static void Store(float* p, V v) noexcept { _mm_storeu_ps(p, v); }
-    static V All(float value) noexcept { return _mm_set1_ps(value); }
-    static V Add(V a, V b) noexcept { return _mm_add_ps(a, b); }
-    static V Subtract(V a, V b) noexcept { return _mm_sub_ps(a, b); }
-    static V Multiply(V a, V b) noexcept { return _mm_mul_ps(a, b); }
-    static V MultiplyAdd(V a, V b, V c) noexcept { return _mm_fmadd_ps(a, b, c); }
-    static V MultiplySubtract(V a, V b, V c) noexcept { return _mm_fmsub_ps(a, b, c); }
+    using Vec = __m128;
+    static Vec Load(const float* p) noexcept { return _mm_loadu_ps(p); }
+    static void Store(float* p, Vec v) noexcept { _mm_storeu_ps(p, v); }
+    static Vec Broadcast(float value) noexcept { return _mm_set1_ps(value); }
+    static Vec Add(Vec a, Vec b) noexcept { return _mm_add_ps(a, b); }
+    static Vec Subtract(Vec a, Vec b) noexcept { return _mm_sub_ps(a, b); }
+    static Vec Multiply(Vec a, Vec b) noexcept { return _mm_mul_ps(a, b); }
+    static Vec MultiplyAdd(Vec a, Vec b, Vec c) noexcept { return _mm_fmadd_ps(a, b, c); }
+    static Vec MultiplySubtract(Vec a, Vec b, Vec c) noexcept { return _mm_fmsub_ps(a, b, c); }
 };
 
 /// Numbers side by side, as many as a vector has lanes.
 template <class S>
 struct Numbers {
-    typename S::V re;
-    typename S::V im;
+    typename S::Vec re;
+    typename S::Vec im;
 };
 
 template <class S>
@@ -159,8 +151,8 @@ void PassOfGroups(const RadixPass& pass) noexcept {
     for (int p = 0; p < quarter; ++p) {
         Numbers<S> twiddles[3];
         for (int i = 0; i < 3; ++i) {
-            twiddles[i] = {S::All(pass.twiddles.re[i * quarter + p]),
-                           S::All(pass.twiddles.im[i * quarter + p])};
+            twiddles[i] = {S::Broadcast(pass.twiddles.re[i * quarter + p]),
+                           S::Broadcast(pass.twiddles.im[i * quarter + p])};
         }
         for (int q = 0; q < pass.stride; q += kWidth) {
             Numbers<S> out[4];
@@ -249,15 +241,15 @@ void Eight(Numbers<S> (&x)[8]) noexcept {
         differences[i] = Difference<S>(x[i], x[i + 4]);
     }
     // Turned by 0, 1, 2 and 3 eighths.
-    const typename S::V half = S::All(0.70710678f);
+    const typename S::Vec half = S::Broadcast(0.70710678f);
     const Numbers<S>& b = differences[1];
     const Numbers<S>& d = differences[3];
     Numbers<S> odd[4] = {
         differences[0],
         {S::Multiply(half, S::Add(b.re, b.im)), S::Multiply(half, S::Subtract(b.im, b.re))},
-        MinusTurned<S>({S::All(0.f), S::All(0.f)}, differences[2]),
+        MinusTurned<S>({S::Broadcast(0.f), S::Broadcast(0.f)}, differences[2]),
         {S::Multiply(half, S::Subtract(d.im, d.re)),
-         S::Multiply(half, S::Subtract(S::All(0.f), S::Add(d.re, d.im)))}};
+         S::Multiply(half, S::Subtract(S::Broadcast(0.f), S::Add(d.re, d.im)))}};
     Four<S>(sums[0], sums[1], sums[2], sums[3]);
     Four<S>(odd[0], odd[1], odd[2], odd[3]);
     for (int i = 0; i < 4; ++i) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "kernels/VelkDspAvx512Floats.h"
 #include "kernels/VelkDspSpeakerKernelsVector.h"
 
 #include <immintrin.h>
@@ -6,31 +7,10 @@
 namespace tav {
 namespace {
 
-// Masked forms where some compilers warn of uninitialised values in the plain intrinsic.
-constexpr __mmask16 kAll = 0xffff;
-
-struct Avx512Operations {
-    using Vec = __m512;
-    static constexpr int kLanes = 16;
-
-    static Vec Load(const float* p) noexcept { return _mm512_loadu_ps(p); }
-    static void Store(float* p, Vec v) noexcept { _mm512_storeu_ps(p, v); }
-    static Vec LoadFirst(const float* p, int count) noexcept {
-        return _mm512_maskz_loadu_ps(FirstLanes(count), p);
-    }
-    static void StoreFirst(float* p, Vec v, int count) noexcept {
-        _mm512_mask_storeu_ps(p, FirstLanes(count), v);
-    }
+struct Avx512Operations : Avx512Floats {
     static Vec First(Vec v, int count) noexcept {
         return _mm512_maskz_mov_ps(FirstLanes(count), v);
     }
-    static Vec Broadcast(float value) noexcept { return _mm512_set1_ps(value); }
-    static Vec Add(Vec a, Vec b) noexcept { return _mm512_add_ps(a, b); }
-    static Vec Subtract(Vec a, Vec b) noexcept { return _mm512_sub_ps(a, b); }
-    static Vec Multiply(Vec a, Vec b) noexcept { return _mm512_mul_ps(a, b); }
-    static Vec Divide(Vec a, Vec b) noexcept { return _mm512_div_ps(a, b); }
-    static Vec MultiplyAdd(Vec a, Vec b, Vec c) noexcept { return _mm512_fmadd_ps(a, b, c); }
-    static Vec MultiplySubtract(Vec a, Vec b, Vec c) noexcept { return _mm512_fmsub_ps(a, b, c); }
     static Vec Sqrt(Vec v) noexcept { return _mm512_maskz_sqrt_ps(kAll, v); }
     static Vec Round(Vec v) noexcept {
         return _mm512_maskz_roundscale_ps(kAll, v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
@@ -57,11 +37,6 @@ struct Avx512Operations {
     static Vec TimesPowerOfTwo(Vec v, Vec n) noexcept {
         const __m512i shift = _mm512_maskz_slli_epi32(kAll, _mm512_maskz_cvtps_epi32(kAll, n), 23);
         return _mm512_castsi512_ps(_mm512_add_epi32(_mm512_castps_si512(v), shift));
-    }
-
-private:
-    static __mmask16 FirstLanes(int count) noexcept {
-        return static_cast<__mmask16>((1u << static_cast<unsigned>(count)) - 1u);
     }
 };
 
