@@ -2,6 +2,7 @@
 #include "QuiloPanAttributes.h"
 
 #include "QuiloPanHeadphones.h"
+#include "QuiloPanNearfield.h"
 #include "QuiloPanPanners.h"
 #include "math/VelkDspKeywords.h"
 #include "max/VelkMaxMaxAttribute.h"
@@ -25,6 +26,7 @@ constexpr Range kSpeakersRadiusMetres{0.2, 20};
 constexpr Range kCutoffHz{10, 1000};
 constexpr Range kCoefficient{0, 1};
 constexpr Range kFromZero{0};
+constexpr Range kFromReach{0.2};  // metres
 
 std::string TypeChoices() { return PanTypeKeywords().PrintedKeywords(' '); }
 
@@ -150,6 +152,26 @@ constexpr char kTorsoReflectionHelp[] =
 constexpr char kTorsoRadiusHelp[] =
     "Radius of the sphere that is the listener's torso, in metres up to 1. With 0 there is none.";
 constexpr char kNeckHeightHelp[] = "Distance of the torso from the head, in metres up to 1.";
+constexpr char kNearfieldFileHelp[] =
+    "The near-field compensation filters: the name of a file with the extension near in the search "
+    "path, or <m> none </m> for the built-in ones, with which the object begins.";
+constexpr char kRadiusHelp[] =
+    "Sources nearer to the listener than this are heard from this distance, in metres from 0.2.";
+constexpr char kAttenuationHelp[] =
+    "When it is 1 a source gets louder as it comes near: its gain is 1 at one metre, 2 at half a "
+    "metre.";
+constexpr char kCrossEarsHelp[] =
+    "When it is 1 each ear takes the filter of the direction in which it sees a near source "
+    "itself, "
+    "when it is 0 both take that of the direction from the middle of the head.";
+constexpr char kCompensationHelp[] =
+    "When it is 1 filters add what nearness does to the spectrum at each ear.";
+constexpr char kHrtfFiltersHelp[] =
+    "When it is 0 the head-related filters are left out; delays and levels of the ears stay.";
+constexpr char kGainsHelp[] =
+    "When it is 1 the ear that a near source faces is louder than the other, in the bass too.";
+constexpr char kDelaysHelp[] =
+    "When it is 1 the delay between the ears grows as a source comes near.";
 
 // The patcher file saves how the object renders and where the loudspeakers stand. It does not save
 // what the box text holds, what is switched during a performance (mute, bypass) and what changes as
@@ -158,6 +180,7 @@ constexpr bool kSaved = true;
 constexpr bool kNotSaved = false;
 
 using P = PanObject;
+using Near = BinauralPanningNearfield::Switch;
 
 // clang-format off
 constexpr AttributeRow kClassAttributes[] = {
@@ -188,6 +211,7 @@ struct AttributeGroup {
 };
 constexpr AttributeGroup kHeadphones{Family::Binaural, "binaural"};
 constexpr AttributeGroup kSnowman{Family::Snowman, "binaural"};
+constexpr AttributeGroup kNearfield{Family::Nearfield, "binaural"};
 constexpr AttributeGroup kHoa{Family::Hoa, "hoa"};
 constexpr AttributeGroup kDbap{Family::Dbap, "dbap"};
 constexpr AttributeGroup kNfcHoa{Family::NfcHoa, "hoa"};
@@ -212,6 +236,14 @@ constexpr InstanceRow kInstanceAttributes[] = {
     {kSnowman,     {"torsoreflection", "float32", 1,               "torso reflection coefficient",        nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<TorsoReflection, SetTorsoReflection, kCoefficient>,               kTorsoReflectionHelp}},
     {kSnowman,     {"torsoradius",    "float32", 1,                "listener torso radius [m]",           nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<TorsoRadius, SetTorsoRadius, kFromZero>,                          kTorsoRadiusHelp}},
     {kSnowman,     {"neckheight",     "float32", 1,                "listener neck height [m]",            nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NeckHeight, SetNeckHeight, kFromZero>,                            kNeckHeightHelp}},
+    {kNearfield,  {"nearfieldhrtffile",    "symbol",   1,           "nearfield hrtf file",                                 "file",  nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<&P::NearfieldSource, SetNearfieldFile>, kNearfieldFileHelp}},
+    {kNearfield,  {"radius",               "float32",  1,           "radius around listener (m)",                          nullptr, nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldRadius, SetNearfieldRadius, kFromReach>, kRadiusHelp}},
+    {kNearfield,  {"distanceattenuation",  "long",     1,           "distance attenuation",                                "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::DistanceAttenuation>, SetNearfieldSwitch<Near::DistanceAttenuation>, kOnOff>, kAttenuationHelp}},
+    {kNearfield,  {"crossearselection",    "long",     1,           "cross ears hrtf selection",                           "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::CrossEarSelection>, SetNearfieldSwitch<Near::CrossEarSelection>, kOnOff>, kCrossEarsHelp}},
+    {kNearfield,  {"nfcompensationfilters","long",     1,           "nearfield compensation filters",                      "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::NfCompensationFilters>, SetNearfieldSwitch<Near::NfCompensationFilters>, kOnOff>, kCompensationHelp}},
+    {kNearfield,  {"hrtffilters",          "long",     1,           "hrtf filters",                                        "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::HrtfFilters>, SetNearfieldSwitch<Near::HrtfFilters>, kOnOff>, kHrtfFiltersHelp}},
+    {kNearfield,  {"gainscorrection",      "long",     1,           "monaural gains correction for distance attenuation",  "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::GainsCorrection>, SetNearfieldSwitch<Near::GainsCorrection>, kOnOff>, kGainsHelp}},
+    {kNearfield,  {"delayscorrection",     "long",     1,           "monaural delays (ITD) correction",                    "onoff", nullptr,           nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<NearfieldSwitch<Near::DelaysCorrection>, SetNearfieldSwitch<Near::DelaysCorrection>, kOnOff>, kDelaysHelp}},
     {kHoa,         {"encoding",       "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kSaved,    Bind<Encoding, SetEncoding>,                                           kEncodingHelp}},
     {kHoa,         {"norm",           "symbol",  1,                "HOA encoding convention",             "enum",  EncodingChoices,   "SN3D",   nullptr, nullptr, nullptr, kNotSaved, Bind<Encoding, SetEncoding>,                                           kEncodingHelp, "encoding"}},
     {kHoa,         {"hoamode",        "symbol",  1,                "HOA computation mode",                "enum",  HoaModeChoices,    nullptr,  nullptr, nullptr, nullptr, kSaved,    Bind<HoaMode, SetHoaMode>,                                             kHoaModeHelp}},

@@ -2,6 +2,7 @@
 #include "QuiloPanMessages.h"
 
 #include "QuiloPanHeadphones.h"
+#include "QuiloPanNearfield.h"
 #include "QuiloPanObject.h"
 #include "QuiloPanPanners.h"
 #include "QuiloPanPositions.h"
@@ -97,8 +98,6 @@ void CornersMessage(PanObject& object, Atoms atoms) {
     SetCorners(object, corners.Numbers());
 }
 
-void LoadNearfieldMessage(PanObject& object, t_symbol*) { Error(object, kOnlyNearfield); }
-
 // ---- Documentation. The markup is that of Max's reference pages.
 
 constexpr VelkMax::ArgumentDoc kSourceArguments[] = {
@@ -146,6 +145,9 @@ constexpr char kImplementationHelp[] =
     "<m>length</m> 16 to 8192, at which responses are cut; <m>reduction</m> 0 to 100, percent "
     "taken "
     "off the delays of the ears. <br/> Example: <m>implementation realisation fir length 64</m>.";
+constexpr char kLoadNearfieldHelp[] =
+    "Loads filters from a file with the extension near (binaural, subtype nearfield only). Without "
+    "a name the built-in ones come back.";
 constexpr char kInfoHelp[] =
     "Posts the type, the settings and the state of the signal processing to the Max window.";
 constexpr char kClearHelp[] = "Clears what is still on its way in delay lines and filters.";
@@ -171,7 +173,7 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerMessageHelp,                                         kPositionsArguments},
         {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "Loads filters from a file, <m>kemar</m> stands for the built-in ones (binaural types only).", kFileArgument},
         {"read",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "The same as <m>load</m>.",                                   kFileArgument},
-        {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "Loads filters from a file (subtype nearfield only).",        kFileArgument},
+        {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   kLoadNearfieldHelp,        kFileArgument},
         {"loadNF",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "The same as <m>loadnf</m>.",                                 kFileArgument},
     };
     // clang-format on

@@ -53,7 +53,8 @@ PanObject::PanObject(t_pxobject& header)
       sourcesValues_(kMostCoordinates, kObjectSite),
       speakersValues_(kMostCoordinates, kObjectSite),
       perSourceValues_(kMostCoordinates, kObjectSite),
-      hrtfSource_(PanSymbols::Get().noHrtf) {}
+      hrtfSource_(PanSymbols::Get().noHrtf),
+      nearfieldSource_(PanSymbols::Get().noHrtf) {}
 
 void PanObject::BuildEngine() {
     if (engine_ != nullptr) return;

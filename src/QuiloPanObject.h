@@ -93,6 +93,9 @@ public:
     /// built-in set; "none" for no set. The symbol was made outside the door.
     t_symbol* HrtfSource() const { return hrtfSource_; }
     void SetHrtfSource(t_symbol* source) { hrtfSource_ = source; }
+    /// Likewise of the near-field filters; "none": the built-in ones.
+    t_symbol* NearfieldSource() const { return nearfieldSource_; }
+    void SetNearfieldSource(t_symbol* source) { nearfieldSource_ = source; }
 
     // ---- Attributes
 
@@ -170,6 +173,7 @@ private:
     tav::CartesianArray speakers_;
     unsigned numLayouts_ = 0;  // set so far, counted to recognise the latest
     t_symbol* hrtfSource_;
+    t_symbol* nearfieldSource_;
     std::unique_ptr<Pan> engine_;  // the same one once audio runs
 
     // shared: control writes, audio reads

@@ -43,6 +43,8 @@ bool IsOf(const Pan& engine, Family family) {
         case Family::Hoa: return isAnyOf(Type::Hoa2D, Type::Hoa3D, Type::Nfchoa2D, Type::Nfchoa3D);
         case Family::Knn: return isAnyOf(Type::Knn);
         case Family::NfcHoa: return isAnyOf(Type::Nfchoa2D, Type::Nfchoa3D);
+        case Family::Nearfield:
+            return isAnyOf(Type::Binaural) && engine.GetSubType() == Pan::SubType::Nearfield;
         case Family::Panr: return isAnyOf(Type::Panr);
         case Family::Snowman:
             return isAnyOf(Type::Binaural) && engine.GetSubType() == Pan::SubType::SnowmanModel;

@@ -14,6 +14,7 @@ enum class Family : std::uint8_t {
     Hoa,  // with or without near-field compensation
     Knn,
     NfcHoa,
+    Nearfield,  // binaural, of that subtype
     Panr,
     Snowman,    // binaural, of that subtype
     Spreading,  // all whose sources have a width

@@ -48,6 +48,7 @@ struct PanSymbols {
     t_symbol* norm = gensym("norm");
     t_symbol* listenerPosition = gensym("listenerposition");
     t_symbol* hrtfFile = gensym("hrtffile");
+    t_symbol* nearfieldFile = gensym("nearfieldhrtffile");
     // Values of `hrtffile` that are no files.
     t_symbol* builtInHrtf = gensym("kemar");
     t_symbol* noHrtf = gensym("none");

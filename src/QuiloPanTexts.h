@@ -46,6 +46,8 @@ inline constexpr Text<const char*> kInvalidImplementation{"invalid implementatio
 // HRTF sets
 inline constexpr Text<const char*> kHrtfLoaded{"Loaded hrtf from %s"};
 inline constexpr Text<const char*> kHrtfNotLoaded{"Error loading file : %s"};
+inline constexpr Text<const char*> kNearfieldLoaded{"Loaded nearfield compensation filters from %s"};
+inline constexpr Text<const char*> kNearfieldNotLoaded{"Error loading compensation filters from %s"};
 
 // corners
 inline constexpr Text<>    kInvalidCorners{"invalid message : corners"};
