@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "laws/QuiloHeadShadow.h"
 
+#include "laws/QuiloNearFieldLaw.h"
 #include "math/VelkDspSpherical.h"
 
 #include <algorithm>
@@ -13,8 +14,6 @@
 namespace Quilo {
 
 namespace {
-
-constexpr float kSpeedOfSound = 343.2f;
 
 // In steps of 10 degrees, fitted to the sphere. The bright spot that a perfect sphere has exactly
 // opposite to the source is left out: heads have none.
@@ -32,7 +31,7 @@ float HeadShadowAlpha(float cosine) {
 
 float ShadowCornerHz(float radius) {
     if (radius <= 0.f) return std::numeric_limits<float>::infinity();
-    return kSpeedOfSound / (std::numbers::pi_v<float> * radius);
+    return static_cast<float>(kSpeedOfSound) / (std::numbers::pi_v<float> * radius);
 }
 
 float CosineToRightEar(const tav::CartesianVector& source) {

@@ -11,7 +11,7 @@ namespace Quilo {
 namespace {
 
 constexpr float kCellsTailMs = 200.f;  // by then, cells that may be loaded have fallen silent
-constexpr float kLargestSum = 1e12f;
+constexpr float kLargestRingSum = 1e12f;
 
 std::size_t TailOf(const HrtfResponses& responses) {
     if (!responses.AreCells()) return responses.MaxTaps();
@@ -100,7 +100,7 @@ void HrtfRingFilters::RunCells(const Buses& buses,
         kernels_.sumLanes(sums_[ear].front().values.data(), heard[ear].data(), n);
         for (std::size_t k = 0; k < frames; ++k) loudness += std::abs(heard[ear][k]);
     }
-    if (!(loudness <= kLargestSum)) {
+    if (!(loudness <= kLargestRingSum)) {
         for (LaneFilters& filters : cells_) filters.Recover();
         return;
     }
