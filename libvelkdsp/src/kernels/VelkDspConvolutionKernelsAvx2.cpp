@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <immintrin.h>
-#include <utility>
 
 namespace tav {
 namespace {
@@ -165,13 +164,10 @@ void PassOfGroups(const RadixPass& pass) noexcept {
     }
 }
 
-/// Stores rows[i][j] at to[4 j + i].
+/// Stores lane j of the first vector at to[4 j], of the second at to[4 j + 1], and so on.
 void StoreTurned(float* to, __m256 a, __m256 b, __m256 c, __m256 d) noexcept {
-    const auto pairs = [](__m256 low, __m256 high) {
-        return std::pair(_mm256_unpacklo_ps(low, high), _mm256_unpackhi_ps(low, high));
-    };
-    const auto [ab0, ab2] = pairs(a, b);
-    const auto [cd0, cd2] = pairs(c, d);
+    const __m256 ab0 = _mm256_unpacklo_ps(a, b), ab2 = _mm256_unpackhi_ps(a, b);
+    const __m256 cd0 = _mm256_unpacklo_ps(c, d), cd2 = _mm256_unpackhi_ps(c, d);
     const __m256 zero = _mm256_shuffle_ps(ab0, cd0, _MM_SHUFFLE(1, 0, 1, 0));  // j = 0 and 4
     const __m256 one = _mm256_shuffle_ps(ab0, cd0, _MM_SHUFFLE(3, 2, 3, 2));   // 1 and 5
     const __m256 two = _mm256_shuffle_ps(ab2, cd2, _MM_SHUFFLE(1, 0, 1, 0));
