@@ -56,6 +56,7 @@ std::string MainBitsOf(const CodedGranule& granule) {
         bits += CodeAt(tav::Mp3QuadCodes(granule.quadTable), place);
         for (int v = 0; v < 4; ++v) bits += SignOf(quad[v]);
     }
+    bits.resize(bits.size() - granule.numLostBits);
     return bits;
 }
 

@@ -24,7 +24,8 @@ struct CodedGranule {
     unsigned table = 15;
     std::vector<int> values;  // of the pairs
     unsigned quadTable = 0;
-    std::vector<int> quads;  // -1, 0 or 1, four each
+    std::vector<int> quads;    // -1, 0 or 1, four each
+    unsigned numLostBits = 0;  // at the end
 };
 
 using CodedFrame = std::array<std::array<CodedGranule, 2>, 2>;  // by granule, then channel

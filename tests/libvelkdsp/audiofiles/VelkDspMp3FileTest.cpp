@@ -194,7 +194,7 @@ TEST_F(Mp3Damage, EndsWithinFramesAndIsReported) {
          {whole.substr(0, half) + whole.substr(half + 500),
           whole.substr(0, half) + std::string(3000, '\xFF') + whole.substr(half), overwritten}) {
         const tav::AudioBuffer audio = decode(bytes, info);
-        EXPECT_GT(info.damagedFrames + info.missingFrames, 0u);
+        EXPECT_GT(info.damagedFrames, 0u) << "frames that refer to lost ones";
         EXPECT_LE(info.damagedFrames + info.missingFrames, 5u * 1152);
         EXPECT_TRUE(std::ranges::equal(audio.Channel(0).last(8000), sound.Channel(0).last(8000)));
     }
@@ -298,6 +298,18 @@ TEST(Mp3Huffman, PeersReadEveryCodeOfEveryTableAlike) {
     }
 }
 
+TEST(Mp3Huffman, FourValuesThatEndBeyondTheGranuleDoNotCount) {
+    CodedFrame frame;
+    frame[0][0].quads = {1, 0, -1, 1, 1, 1, 0, 1};
+    frame[0][0].numLostBits = 1;
+    const std::string end = Tests::Mp3FrameOf(kStereo320, {});
+    const tav::AudioBuffer cut = Decode(Tests::Mp3FrameOf(kStereo320, frame) + end);
+    frame[0][0].quads.resize(4);
+    frame[0][0].numLostBits = 0;
+    const tav::AudioBuffer whole = Decode(Tests::Mp3FrameOf(kStereo320, frame) + end);
+    EXPECT_EQ(FirstDifference(cut, whole), whole.NumFrames());
+}
+
 struct StereoCase {
     const char* name;
     std::uint32_t word;
@@ -322,16 +334,23 @@ const StereoCase kStereoCases[] = {
     {"LowLongFine", kLowRateStereo | kIntensityAndMiddleSide, 0, false, 259, {{7, 3}, {7, 3}, {7, 3}}},
     {"LowShort",    kLowRateStereo | kIntensity,             2, false, 258, {{12, 3}, {12, 3}, {12, 3}}},
     {"Rate8000Short", 0xFFE3E800 | kIntensity,               2, false, 258, {{12, 3}, {12, 3}, {12, 3}}},
+    // Without intensity these are factors; how MPEG-2 packs them depends on one number.
+    {"Factors",     kStereo320,                              0, false, 12, {{11, 3}, {10, 2}}},
+    {"LowFactors",  kLowRateStereo,                          0, false, 214, {{6, 2}, {5, 3}, {5, 1}, {5, 2}}},
+    {"LowFactorsShort", kLowRateStereo,                      2, false, 214, {{9, 2}, {9, 3}, {9, 1}, {9, 2}}},
+    {"LowFactorsMixed", kLowRateStereo,                      2, true,  214, {{6, 2}, {9, 3}, {9, 1}, {9, 2}}},
+    {"LowFactorsOfThreeParts", kLowRateStereo,               0, false, 453, {{6, 2}, {5, 3}, {7, 1}}},
+    {"LowFactorsOfThreePartsShort", kLowRateStereo,          2, false, 453, {{9, 2}, {9, 3}, {12, 1}}},
+    {"LowFactorsWithPreemphasis", kLowRateStereo,            0, false, 505, {{11, 1}, {10, 2}}},
     {"LowShortMs",  kLowRateStereo | kIntensityAndMiddleSide, 2, false, 259, {{12, 3}, {12, 3}, {12, 3}}},
 };
 // clang-format on
 
 class Mp3Stereo : public testing::TestWithParam<StereoCase> {};
 
-TEST_P(Mp3Stereo, IntensitySoundsAsThePeerDecodesIt) {
+TEST_P(Mp3Stereo, SoundsAsThePeerDecodesIt) {
     const StereoCase& c = GetParam();
     std::mt19937 generator(9);
-    const tav::Mp3Header header = tav::ParseMp3Header(c.word).value();
     std::string stream;
     for (int number = 0; number < 6; ++number) {
         CodedFrame frame;
@@ -343,11 +362,13 @@ TEST_P(Mp3Stereo, IntensitySoundsAsThePeerDecodesIt) {
             left.table = 7;
             if (c.blockType == 2) left.windowGains = {1, 0, 2};
             CodedGranule& right = granule[1] = left;
-            for (std::size_t k = 0; k < (header.IsMpeg1() ? 288u : 200u); ++k) {
+            for (std::size_t k = 0; k < tav::kMp3Lines; ++k) {
                 left.values.push_back(static_cast<int>(generator() % 11) - 5);
             }
-            // The right channel is silent from some line on; there its factors are positions.
-            right.values.assign(left.values.begin(), left.values.begin() + 10 * number);
+            // The right channel is silent from some line on; there its factors are positions. A
+            // silent stretch below is no end.
+            right.values.assign(left.values.begin(), left.values.begin() + 56 * number);
+            if (number > 2) std::fill_n(right.values.begin() + 4, 60, 0);
             right.factorsCompress = c.factorsCompress;
             for (const auto& [numBands, numBits] : c.parts) {
                 for (std::size_t band = 0; band < numBands; ++band) {
@@ -360,6 +381,22 @@ TEST_P(Mp3Stereo, IntensitySoundsAsThePeerDecodesIt) {
     stream += Tests::Mp3FrameOf(c.word, {});
     ExpectSameSound(Decode(stream), DecodeByPeer(stream));
 }
+/// The largest number that the bits of a position can hold says that the band is not in intensity.
+TEST(Mp3Intensity, LeavesBandsAloneThatHaveNoPosition) {
+    for (const unsigned numBits : {1u, 2u, 3u, 4u}) {
+        CodedFrame frame;
+        frame[0][0].values.assign(tav::kMp3Lines, 1);
+        const std::string end = Tests::Mp3FrameOf(kLowRateStereo, {});
+        const tav::AudioBuffer plain = Decode(Tests::Mp3FrameOf(kLowRateStereo, frame) + end);
+        frame[0][1].factorsCompress = 2 * (36 + 6 + 1) * numBits;
+        frame[0][1].factors.assign(21, {(1u << numBits) - 1, numBits});
+        const std::uint32_t word = kLowRateStereo | kIntensity;
+        const tav::AudioBuffer audio = Decode(Tests::Mp3FrameOf(word, frame) + end);
+        EXPECT_EQ(FirstDifference(audio, plain), plain.NumFrames()) << numBits;
+        EXPECT_TRUE(std::ranges::all_of(audio.Channel(1), [](float x) { return x == 0; }));
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Blocks, Mp3Stereo, testing::ValuesIn(kStereoCases), Tests::kByName);
 
 }  // namespace
