@@ -52,10 +52,12 @@ ROOMS = {
     "benchmarks/src": ("host/api", "benchmarks"),
     "tests/reference": LIBVELKDSP + ("libquilo/src/laws",),
     "tests": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests/reference"),
+    "tools/sofa2hrtf": LIBVELKDSP + LIBQUILO + ("libsdif/src",),
+    "tests/tools": LIBVELKDSP + LIBQUILO + ("libsdif/src", "tests", "tests/reference", "tools/sofa2hrtf"),
     # The tests of the object and of its host are the only others that see Max.
     "tests/src": LIBVELKDSP + LIBQUILO + ("maxapi", "src", "src/max", "host", "host/api", "tests", "tests/reference"),
     "tests/races": LIBVELKDSP + LIBQUILO + ("maxapi", "host/api", "tests", "tests/reference", "tests/src"),
-    "tests/fuzz": LIBVELKDSP + LIBQUILO + ("host", "tests"),
+    "tests/fuzz": LIBVELKDSP + LIBQUILO + ("host", "tests", "tools/sofa2hrtf"),
     "tests/host": LIBVELKDSP + ("maxapi", "host", "host/api", "host/picture", "tests", "tests/reference"),
 }
 
@@ -70,7 +72,7 @@ API_ORDER = ("ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFau
 
 # Where the compiler looks, and what it finds elsewhere.
 INCLUDE_FOLDERS = ("libvelkdsp/src", "libquilo/src", "libsdif/src", "src", "src/max", "maxapi", "host",
-                   "host/api", "tests", "benchmarks")
+                   "host/api", "tools/sofa2hrtf", "tests", "benchmarks")
 GENERATED = {"QuiloProject.h"}
 
 # Product rooms know the standard library alone, whose headers have no extension. Exceptions are
