@@ -98,11 +98,28 @@ void Actions::PrintCoverage(Arguments) {
 /// The message holds the packet's size and address as numbers, so the packet outlives the call.
 void Actions::SendPacket(Arguments arguments) {
     const std::string file = AtomSpelling(arguments[0]);
-    auto [bytes, fault] = HostReading::ReadRegularFile(PathOf(file));
+    std::filesystem::path path = PathOf(file);
+    // What is not in the present folder may stand beside the script.
+    const auto beside = PathOf(script_.name).parent_path() / path;
+    std::error_code ignored;
+    if (!std::filesystem::exists(path, ignored) && std::filesystem::exists(beside, ignored)) {
+        path = beside;
+    }
+    auto [bytes, fault] = HostReading::ReadRegularFile(path);
     if (!fault.empty()) throw StatementFault(file + ": the packet cannot be read: " + fault);
+    HandOver(std::as_bytes(std::span(bytes)));
+}
+
+void Actions::HandOver(std::span<const std::byte> packet) {
     object_.Send(std::vector<Atom>{
-        std::string("FullPacket"), static_cast<std::int64_t>(bytes.size()),
-        static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(bytes.data()))});
+        std::string("FullPacket"), static_cast<std::int64_t>(packet.size()),
+        static_cast<std::int64_t>(reinterpret_cast<std::intptr_t>(packet.data()))});
+}
+
+void Actions::SendFromNetwork(std::span<const std::byte> packet) {
+    if (!object_.Get()) return;
+    const HostApi::ThreadScope scheduler(HostApi::ThreadKind::Scheduler);
+    HandOver(packet);
 }
 
 // ---- Files and dialogs

@@ -5,6 +5,9 @@
 #include "HostScript.h"
 #include "HostState.h"
 
+#include <cstddef>
+#include <span>
+
 namespace Quilo::Host {
 
 class Advisor;
@@ -30,6 +33,9 @@ public:
 
     /// Runs due clocks and deferred work, then tells what caused the errors that were posted in it.
     void RunPutOffWork();
+
+    /// An OSC packet from outside reaches the object as from a network object of a patcher.
+    void SendFromNetwork(std::span<const std::byte> packet);
 
     /// Messages sent so far whose effect no attribute shows; see MeasureCoverage.
     const std::vector<std::vector<Atom>>& HiddenSettings() const { return hiddenSettings_; }
@@ -59,6 +65,7 @@ private:
     void Free(Arguments arguments) override;
 
     void Act(const Statement& statement);
+    void HandOver(std::span<const std::byte> packet);
     void BeginWatch();
     void Unwatch();
 

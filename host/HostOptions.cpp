@@ -65,6 +65,12 @@ void SetLevel(Options& options, const std::string& value) {
         static_cast<int>(WholeNumber(value, 1, 10, "--validate expects a level from 1 to 10"));
 }
 
+void SetOscPort(Options& options, const std::string& value) {
+    options.oscPort =
+        static_cast<unsigned>(WholeNumber(value, 1, 65535, "--osc expects a port from 1 to 65535"));
+    options.realtime = true;
+}
+
 void SetSeed(Options& options, const std::string& value) {
     options.seed = static_cast<std::uint64_t>(WholeNumber(
         value, 0, std::numeric_limits<std::int64_t>::max(), "--seed expects a whole number"));
@@ -103,7 +109,7 @@ constexpr OptionRow kOptions[] = {
     {"--realtime", "",      SetFlag<&Options::realtime>, "paces the vectors by the clock; an interrupt ends it well"},
     {"--help",     "",      SetFlag<&Options::help>,     "this text"},
     {"--version",  "",      SetFlag<&Options::version>,  "the version"},
-    {"--osc",      "PORT",  nullptr,                     ""},
+    {"--osc",      "PORT",  SetOscPort,                  "takes OSC from this UDP port of the loopback interface; implies --realtime"},
     {"--validate", "LEVEL", SetLevel,                    "takes a box text for SCRIPT and puts it to the test, levels 1 to 10"},
     {"--seed",     "N",     SetSeed,                     "of what the validator draws at random (1)"},
 };

@@ -23,6 +23,7 @@ struct Options {
     bool quiet = false;
     bool loop = false;
     bool realtime = false;
+    unsigned oscPort = 0;  // UDP, of the loopback interface; 0: none
     bool ambix = false;
     bool settled = false;
     int validate = 0;        // levels, 1 to 10; 0: a script is run

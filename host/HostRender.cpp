@@ -10,6 +10,7 @@
 #include "HostObject.h"
 #include "HostOutputFile.h"
 #include "HostPlatform.h"
+#include "HostPlatformUdp.h"
 #include "HostProgress.h"
 #include "audiofiles/VelkDspWavFile.h"
 #include "picture/HostPicture.h"
@@ -38,6 +39,9 @@ constexpr double kTimeRounding = 1e-6;
 /// reach the ratio of an array of 20 m within 0.9 s.
 constexpr double kSettlingSeconds = 2;
 
+/// Eleven days: a run that takes OSC and has no input goes on until it is interrupted.
+constexpr double kEndlessSeconds = 1e6;
+
 /// The index of the frame that contains a time.
 double FrameAt(double seconds, double hz) { return std::floor(seconds * hz + kTimeRounding); }
 
@@ -50,6 +54,8 @@ std::uint64_t NumFrames(double seconds, double hz) {
 
 std::uint64_t RunFrames(const Options& options, const Inputs& inputs, double rateHz) {
     if (options.duration) return NumFrames(*options.duration, rateHz);
+    if (options.oscPort != 0 && inputs.NumChannels() == 0)
+        return NumFrames(kEndlessSeconds, rateHz);
     return inputs.NumChannels() > 0 ? inputs.NumFrames() : NumFrames(1, rateHz);
 }
 
@@ -75,6 +81,7 @@ public:
         RefuseUnknownInlets();
         RefuseLayoutsOfOtherSizes(script, object);
         OpenOutputs();
+        if (options.oscPort != 0) network_.emplace(options.oscPort);
         Advise();
     }
 
@@ -185,6 +192,8 @@ private:
             if (interrupted && options_.realtime) return;
             if (interrupted) throw Fault(ExitStatus::HostFailed, "interrupted");
             progress.Show(seconds);
+            if (network_)
+                network_->Receive([this](auto packet) { actions_.SendFromNetwork(packet); });
             SendDueStatements(frame);
             actions_.RunPutOffWork();
             PlayVector(frame);
@@ -257,6 +266,7 @@ private:
     std::optional<tav::WavFileWriter> output_;
     std::optional<OutputFile> picture_;
     std::optional<SceneRecorder> recorder_;  // with --picture
+    std::optional<UdpPort> network_;         // with --osc
     std::vector<float> samples_;             // of one vector, for the file
     std::vector<const float*> channels_;
 };

@@ -117,6 +117,8 @@ constexpr VelkMax::ArgumentDoc kPositionsArguments[] = {
 constexpr VelkMax::ArgumentDoc kCornersArguments[] = {{"list of int or float", "azimuths"}};
 constexpr VelkMax::ArgumentDoc kWordArgument[] = {{"symbol", "keyword"}};
 constexpr VelkMax::ArgumentDoc kImplementationArguments[] = {{"list", "keywords and values"}};
+constexpr VelkMax::ArgumentDoc kPacketArguments[] = {{"int", "size in bytes"}, {"int", "address"}};
+constexpr VelkMax::ArgumentDoc kOscArguments[] = {{"list of int or float or symbol", "arguments"}};
 constexpr VelkMax::ArgumentDoc kFileArgument[] = {{"symbol", "file name"}};
 
 constexpr char kSourceHelp[] =
@@ -155,8 +157,11 @@ constexpr char kClearHelp[] = "Clears what is still on its way in delay lines an
 }  // namespace
 
 std::span<const VelkMax::MessageRow> PanMessages() {
+    // It asks Max for the attributes: outside the door.
+    constexpr VelkMax::MessageRegistration PostOscHandler =
+        &VelkMax::MessageHandler<&PostOscMessage, VelkMax::Letter::Pace::Outside>::Register;
     // clang-format off
-    static constexpr VelkMax::MessageRow kMessages[] = {
+    static const VelkMax::MessageRow kMessages[] = {
         // name            handler                                  digest                                    description                                                   arguments
         {"postdspstatus",  Handler<&DspStatusMessage>,              "Post the state of the processing",       "post information about the dsp status in the Max window."},
         {"postdspstate",   Handler<&DspStateMessage>,               "Post the state of the inlets",           "post information about the dsp connections."},
@@ -175,6 +180,9 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"read",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "The same as <m>load</m>.",                                   kFileArgument},
         {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   kLoadNearfieldHelp,        kFileArgument},
         {"loadNF",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "The same as <m>loadnf</m>.",                                 kFileArgument},
+        {"FullPacket",     RegisterFullPacket,                      "Take an OSC packet",                     "An OSC packet in memory, as <m>udpreceive</m> with a second argument passes it.", kPacketArguments},
+        {"anything",       RegisterAnything,                        "Take an OSC message",                    OscAddressesHelp(),                                           kOscArguments},
+        {"postosc",        PostOscHandler,                          "Post the OSC addresses",                 "post every OSC address with its arguments to the Max window."},
     };
     // clang-format on
     return kMessages;

@@ -64,10 +64,14 @@ void PanObject::BuildEngine() {
     if (engine->GetType() == Pan::Type::Null) Error(*this, kUnsupported);
     if (interpolationTimeMs_) engine->SetInterpolationTime(*interpolationTimeMs_);
     engine->SetAutoMuteTime(autoMuteSeconds_);
+    engine->SetMute(mute_);
+    engine->SetBypass(bypass_);
     if (IsOf(*engine, Family::Binaural) &&
         engine->LoadHrtf(PanSymbols::Get().builtInHrtf->s_name)) {
         hrtfSource_ = PanSymbols::Get().builtInHrtf;
     }
+    osc_ = std::make_unique<PanOsc>(*this);
+    engine->Osc().SetExtension(osc_.get());
     engine_ = std::move(engine);
 }
 
@@ -224,6 +228,16 @@ void PanObject::SetInterpolationTime(float ms) {
     if (engine_ != nullptr) engine_->SetInterpolationTime(ms);
 }
 
+void PanObject::SetMute(max_long on) {
+    mute_ = on != 0;
+    if (engine_ != nullptr) engine_->SetMute(mute_);
+}
+
+void PanObject::SetBypass(max_long on) {
+    bypass_ = on != 0;
+    if (engine_ != nullptr) engine_->SetBypass(bypass_);
+}
+
 float PanObject::AutoMute() const {
     if (engine_ == nullptr) return autoMuteSeconds_;
     return engine_->AutoMute() ? engine_->AutoMuteTime() : 0.f;
@@ -270,8 +284,7 @@ void PanObject::Render(double* const* outputs,
         }
         return;
     }
-    engine_->ProcessHost(outputs, inputs, static_cast<unsigned>(frames), Mute() != 0,
-                         Bypass() != 0);
+    engine_->ProcessHost(outputs, inputs, static_cast<unsigned>(frames), false, false);
 }
 
 }  // namespace Quilo

@@ -6,6 +6,7 @@
 // these settings are fixed.
 #pragma once
 
+#include "QuiloPanOsc.h"
 #include "QuiloPanTexts.h"
 #include "max/VelkMaxAttributes.h"
 #include "max/VelkMaxObjectParts.h"
@@ -14,7 +15,6 @@
 
 #include "z_dsp.h"
 
-#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -66,6 +66,8 @@ public:
 
     /// Null before BuildEngine, and afterwards too when there was no memory for an engine.
     Pan* Engine() const { return engine_.get(); }
+    /// Null as long as there is no engine.
+    PanOsc* Osc() const { return osc_.get(); }
 
     // ---- Positions, for attributes and messages alike
 
@@ -118,10 +120,10 @@ public:
     /// Milliseconds; the value that was set last, also for a panner that does not glide.
     float InterpolationTime() const;
     void SetInterpolationTime(float ms);
-    max_long Mute() const { return mute_.load(std::memory_order_relaxed); }
-    void SetMute(max_long on) { mute_.store(on, std::memory_order_relaxed); }
-    max_long Bypass() const { return bypass_.load(std::memory_order_relaxed); }
-    void SetBypass(max_long on) { bypass_.store(on, std::memory_order_relaxed); }
+    max_long Mute() const { return engine_ != nullptr ? engine_->Mute() : mute_; }
+    void SetMute(max_long on);
+    max_long Bypass() const { return engine_ != nullptr ? engine_->Bypass() : bypass_; }
+    void SetBypass(max_long on);
     /// Seconds; 0 switches it off.
     float AutoMute() const;
     void SetAutoMute(float seconds);
@@ -174,11 +176,10 @@ private:
     unsigned numLayouts_ = 0;  // set so far, counted to recognise the latest
     t_symbol* hrtfSource_;
     t_symbol* nearfieldSource_;
+    bool mute_ = false;  // these two for an engine that does not exist yet
+    bool bypass_ = false;
+    std::unique_ptr<PanOsc> osc_;  // of the engine, which knows it
     std::unique_ptr<Pan> engine_;  // the same one once audio runs
-
-    // shared: control writes, audio reads
-    std::atomic<max_long> mute_ = 0;
-    std::atomic<max_long> bypass_ = 0;
 };
 
 }  // namespace Quilo

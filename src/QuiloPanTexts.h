@@ -53,6 +53,11 @@ inline constexpr Text<const char*> kNearfieldNotLoaded{"Error loading compensati
 inline constexpr Text<>    kInvalidCorners{"invalid message : corners"};
 inline constexpr Text<int> kTooManyCorners{"Too many corners arguments. only %d corners values will be read"};
 
+// OSC
+inline constexpr Text<>            kInvalidFullPacket{"invalid message : FullPacket"};
+inline constexpr Text<const char*> kTooLong{"message too long : %s"};
+inline constexpr Text<const char*> kNotUnderstood{"doesn't understand \"%s\""};
+
 // source
 inline constexpr Text<>    kInvalidSource{"invalid message : source"};
 inline constexpr Text<int> kInvalidSourceIndex{"invalid source index %d"};

@@ -220,6 +220,14 @@ void Door::ReportLosses() {
     if (const int numLost = numLost_.exchange(0); numLost > 0) {
         Warn(static_cast<t_object*>(record_), kLettersLost, numLost);
     }
+    if (const int numOutrun = numOutrun_.exchange(0); numOutrun > 0) {
+        Warn(static_cast<t_object*>(record_), kMessagesLost, numOutrun);
+    }
+}
+
+void Door::CountOutrun(int count) noexcept {
+    numOutrun_ += count;
+    Set(Duty::ReportLosses);
 }
 
 // ---- Changes

@@ -104,6 +104,10 @@ public:
     /// carried out later.  Thread: any, inside
     void WasSet(t_symbol* attribute) noexcept;
 
+    /// So many messages came faster than they could be carried out and are lost; that is told once
+    /// a second.  Thread: any
+    void CountOutrun(int count) noexcept;
+
     /// Whether the calling thread may not post.  Thread: any
     bool KeepsLines() const noexcept;
     /// Whether a line beyond kKeptLineSize would be kept whole.  Thread: any
@@ -188,7 +192,8 @@ private:
 
     std::optional<tav::Mailbox<LetterKey, t_atom>> letters_;
     tav::Mailbox<ConsoleRow, char> audioLines_;
-    std::atomic<int> numLost_ = 0;
+    std::atomic<int> numLost_ = 0;    // letters
+    std::atomic<int> numOutrun_ = 0;  // messages of other ways than letters
 
     Handle& handle_;
     std::array<Clock, 3> clocks_;

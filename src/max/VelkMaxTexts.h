@@ -26,6 +26,7 @@ inline constexpr Text<const char*> kUnknownAttribute{"unknown attribute %s"};
 
 // Messages of the audio thread that came faster than they could be carried out
 inline constexpr Text<int>         kLettersLost{"%d messages from the audio thread came too fast and were lost"};
+inline constexpr Text<int>         kMessagesLost{"%d messages came too fast and were lost"};
 
 // A message that is refused as a whole: the refusal, then the arguments if there are any
 inline constexpr Text<const char*, const char*> kRefused{"%s %s"};

@@ -46,7 +46,7 @@ const Refused kRefused[] = {
     {{"--picture", "b/../a", "--console", "./a", "s"}, "same"},
     {{"--in", "b/../a", "--out", "a", "s"}, "--in and --out name the same"},
     {{"s", "--picture", "./s"}, "the script and --picture"},
-    {{"--osc", "9000", "s"}, "not available"}, {{"--validate", "11", "s"}, "1 to 10"},
+    {{"--osc", "70000", "s"}, "1 to 65535"}, {{"--validate", "11", "s"}, "1 to 10"},
     {{"--validate", "1"}, "no box text"},
 };
 // clang-format on

@@ -186,6 +186,26 @@ void BinauralPanningDirect::SetDelayReduction(float percent) {
     RecomputeSources();
 }
 
+float BinauralPanningDirect::DelayReduction() const {
+    const ControlGuard guard(controlLock_);
+    return delayReduction_;
+}
+
+HrtfRealisation BinauralPanningDirect::Realisation() const {
+    const ControlGuard guard(controlLock_);
+    return realisation_;
+}
+
+unsigned BinauralPanningDirect::ResponseLength() const {
+    const ControlGuard guard(controlLock_);
+    return maxTaps_ > 0 ? maxTaps_ : kLongestCut;
+}
+
+unsigned BinauralPanningDirect::DelayKind() const {
+    const ControlGuard guard(controlLock_);
+    return static_cast<unsigned>(settings_.delayKind);
+}
+
 void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
     {
         const ControlGuard guard(controlLock_);

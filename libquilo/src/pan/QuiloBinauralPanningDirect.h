@@ -55,13 +55,18 @@ public:
     float DelayScale() const;
     /// What is taken off them before.  @param percent  clamped to 0 .. 100
     void SetDelayReduction(float percent);
+    float DelayReduction() const;
 
     /// How cells run.
     void SetRealisation(HrtfRealisation realisation);
+    HrtfRealisation Realisation() const;
     /// Cuts finite responses.  @param taps  clamped to kShortestCut .. kLongestCut
     void SetResponseLength(unsigned taps);
+    /// kLongestCut where nothing is cut.
+    unsigned ResponseLength() const;
     /// What delays read between samples.  @param code  of tav::DelayKind
     void SetDelayKind(unsigned code);
+    unsigned DelayKind() const;
 
 protected:
     /// Computes filters.  Thread: control, without the lock.

@@ -7,6 +7,7 @@
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloPan.h"
 #include "pan/QuiloPanOscRoutes.h"
+#include "pan/QuiloRecursivePanning.h"
 #include "text/VelkDspException.h"
 
 #include <string>
@@ -189,11 +190,15 @@ void PanOSCReceiver::CarryOut() {
 
 // ---- Documentation and state
 
-void PanOSCReceiver::Document(std::vector<tav::OscDocumentation::Entry>& entries) const {
+void DocumentPanOsc(std::vector<tav::OscDocumentation::Entry>& entries) {
     for (const PanOscRoute& route : PanOscRoutes()) {
         entries.push_back(
             {std::string(route.address), std::string(route.help), std::string(route.hint)});
     }
+}
+
+void PanOSCReceiver::Document(std::vector<tav::OscDocumentation::Entry>& entries) const {
+    DocumentPanOsc(entries);
     if (extension_ != nullptr) extension_->DocumentOwn(entries);
 }
 
@@ -209,6 +214,11 @@ void PanOSCReceiver::AddState(tav::OSCBundle& state) const {
             for (const float part : {p.x, p.y, p.z}) layout.Add(tav::OSCArgument(part));
         }
         state.Add(std::move(layout));
+    }
+    // A layout brings corners of its own.
+    if (const auto* const panr = dynamic_cast<const RecursivePanning*>(&pan_)) {
+        const auto corners = panr->Corners();
+        add("/corners", corners[0], corners[1], corners[2], corners[3]);
     }
     const auto* const knn = dynamic_cast<const KnnPanning*>(&pan_);
     const auto* const dbap = dynamic_cast<const DbapPanning*>(&pan_);

@@ -52,6 +52,9 @@ protected:
 /// Which settings a packet changes: bit k stands for Attribute(k).
 using OscChanges = std::uint32_t;
 
+/// Appends the addresses that every panner has.
+void DocumentPanOsc(std::vector<tav::OscDocumentation::Entry>& entries);
+
 class PanOSCReceiver {
 public:
     explicit PanOSCReceiver(Pan& pan) : pan_(pan) {}

@@ -3,6 +3,7 @@
 
 #include "pan/QuiloPan.h"
 #include "pan/QuiloPanOSC.h"
+#include "pan/QuiloRecursivePanning.h"
 
 #include <cmath>
 #include <utility>
@@ -99,6 +100,19 @@ public:
         pan.Reset();
         return true;
     }
+    static bool Corners(Pan& pan, const OscMessageView& message) {
+        auto* const panr = dynamic_cast<RecursivePanning*>(&pan);
+        if (panr == nullptr || !tav::OscArgumentsFit(message, "nnnn", true)) return false;
+        std::array<float, 4> azimuths{};
+        tav::OscReader reader(message.arguments);
+        for (std::size_t k = 0; k < azimuths.size(); ++k) {
+            tav::OscValue value;
+            reader.ReadArgument(message.tags[k], value);
+            azimuths[k] = static_cast<float>(value.number);
+        }
+        panr->SetCorners(azimuths);
+        return true;
+    }
     static bool SampleRate(Pan& pan, const OscMessageView& message) {
         const auto hz = OneNumber(message);
         if (hz) pan.SetSampleRate(static_cast<float>(std::clamp(*hz, 8000.0, 384000.0)));
@@ -168,6 +182,7 @@ constexpr PanOscRoute kRoutes[] = {
     {"/source/N/mute",         "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                       A::Mute,          nullptr},
     {"/source/N/numneighbors", "u",       F::None, "",                 "[integer]",               "sets the number of loudspeakers that play a source (type knn)",        A::NumNeighbors,  nullptr},
     {"/speakers/F",            "",        F::None, "",                 "[number][number]...",     "sets the positions of all loudspeakers, in a coordinate format",       nullptr,          A::Speakers},
+    {"/corners",               "",        F::None, "",                 "[number][number][number][number]", "sets the azimuths of the four corners (type panr)",             nullptr,          A::Corners},
     {"/load",                  "s",       F::None, "",                 "[string]",                "loads a set of head-related filters from a file",                      nullptr,          A::Load},
     {"/dsp/samplerate",        "n",       F::None, "",                 "[number]",                "sets the sampling rate (in Hz)",                                       nullptr,          A::SampleRate},
     {"/dsp/buffersize",        "n",       F::None, "",                 "[number]",                "sets the buffer size (in samples)",                                    nullptr,          A::BufferSize},

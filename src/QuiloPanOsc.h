@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// OSC for one quilo.pan~ object: packets of network objects, addresses as messages, and what they
+// set beyond the engine.
+//
+//   what arrives                 goes
+//   positions, spreads, mutes    through the queue of the engine to the next block of audio
+//   what takes long or calls     as errands to the main thread, in their order: loudspeakers,
+//   files,
+//     Max                        attributes, rates, presets
+//   in the audio interrupt       short packets straight to the queue; others are kept as letters
+//   anything while audio is off  is carried out where it arrives
+#pragma once
+
+#include "max/VelkMaxHandlers.h"
+#include "osc/VelkDspOscMessage.h"
+#include "pan/QuiloPanOSC.h"
+#include "processors/VelkDspControlLock.h"
+
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace Quilo {
+
+class PanObject;
+
+class PanOsc final : public PanOscExtension {
+public:
+    /// @param object  has its engine and outlives this
+    explicit PanOsc(PanObject& object);
+
+    /// Takes a copy of what it needs.  Thread: any, outside the door.
+    /// Throws: tav::Exception for a faulty packet, which changes nothing.
+    void Receive(std::span<const std::byte> packet);
+
+    bool Owns(std::string_view address) const noexcept override;
+    void PutOff(const tav::OscMessageView& message) override;
+    bool ProcessOwn(const tav::OSCMessage& message) override;
+    void DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const override;
+    void AddOwnState(tav::OSCBundle& state) const override;
+
+private:
+    static constexpr std::size_t kMostErrands = 64;
+
+    static void RunErrands(void* x, t_symbol*, VelkMax::Atoms) noexcept;
+    static void ReceiveKept(void* x, t_symbol*, VelkMax::Atoms words) noexcept;
+    std::optional<tav::OSCMessage> TakeErrand();
+    void ReceiveInAudio(std::span<const std::byte> packet);
+    void Announce(OscChanges changes);
+
+    PanObject& object_;
+    std::vector<t_symbol*> attributes_;  // of each bit of OscChanges; null for none
+    tav::ControlLock lock_;
+    std::deque<tav::OSCMessage> errands_ TAV_GUARDED_BY(lock_);
+};
+
+// ---- Messages
+
+/// `FullPacket SIZE ADDRESS`: a packet in memory, as udpreceive passes it.
+t_max_err RegisterFullPacket(t_class* type, const char* name);
+/// Any selector that begins with "/"; for others the object says that it does not understand.
+t_max_err RegisterAnything(t_class* type, const char* name);
+/// Posts a line for every address.
+void PostOscMessage(PanObject& object);
+
+/// All addresses for the reference page.
+const char* OscAddressesHelp();
+
+}  // namespace Quilo

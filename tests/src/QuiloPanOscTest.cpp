@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// OSC at the object, in this process.
+#include "libvelkdsp/osc/OscPackets.h"
+#include "src/PanBox.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace Tests {
+namespace {
+
+class OscBox : public PanBox {
+public:
+    using PanBox::PanBox;
+
+    void SendPacket(const Packet& packet) {
+        t_atom atoms[2]{};
+        atom_setlong(&atoms[0], static_cast<t_atom_long>(packet.size()));
+        atom_setlong(&atoms[1], reinterpret_cast<t_atom_long>(packet.data()));
+        HostApi::DeliverMessage(Get(), 0, gensym("FullPacket"), atoms);
+    }
+    std::vector<std::string> AfterAll() {
+        HostApi::AdvanceClocks(1000.0);
+        HostApi::RunDeferred();
+        return TakeConsole();
+    }
+};
+
+TEST(PanObjectOsc, KeepsTheNewestErrandOfEachAddress) {
+    OscBox box("1 4 vbap2d");
+    for (int k = 1; k <= 100; ++k) {
+        box.SendPacket(LoFloats("/attribute/interpolationtime", {1.0 * k}));
+        box.SendPacket(LoFloats("/attribute/automute", {1.0 * k}));
+    }
+    EXPECT_EQ(box.AfterAll(),
+              std::vector<std::string>{"warn: 136 messages came too fast and were lost"});
+    EXPECT_EQ(box.Ask("interpolationtime"), "100");
+    EXPECT_EQ(box.Ask("automute"), "100");
+}
+
+TEST(PanObjectOsc, RefusesAMessageThatIsTooLong) {
+    OscBox box("1 4");
+    std::string message = "/source/1/xyz";
+    for (int k = 0; k < 2000; ++k) message += " 1.5";
+    box.Send(message);
+    EXPECT_EQ(box.TakeConsole(),
+              std::vector<std::string>{"error: message too long : /source/1/xyz"});
+}
+
+/// The first packet of all, and one that is an errand, come in the audio interrupt as letters.
+TEST(PanObjectOsc, ArrivesInTheAudioInterrupt) {
+    OscBox box("2 4 vbap2d");
+    {
+        const HostApi::ThreadScope interrupt(HostApi::ThreadKind::Audio);
+        box.SendPacket(LoBundle({{"/source/1/xyz", {{'f', 1}, {'f', 2}, {'f', 3}}},
+                                 {"/attribute/interpolationtime", {{'f', 77}}}}));
+        box.SendPacket(LoMessage("/source/5/x", {{'f', 1}}));
+        EXPECT_TRUE(box.TakeConsole().empty());
+    }
+    EXPECT_EQ(box.AfterAll(),
+              std::vector<std::string>{"error: exception : invalid /source index : 5"});
+    EXPECT_EQ(box.Ask("interpolationtime"), "77");
+    EXPECT_TRUE(box.Ask("sourcespositions").starts_with("1 2 3 "));
+}
+
+TEST(PanObjectOsc, DocumentsEveryAddress) {
+    OscBox box("1 2 binaural");
+    box.Send("postosc");
+    const auto lines = box.TakeConsole();
+    for (const char* const line :
+         {"post: /source/N/F [number]... : moves a source, in a coordinate format such as xyz or "
+          "aed",
+          "post: /dsp/mute [boolean] : mutes the DSP rendering",
+          "post: /dsp/clear : clears the internal state of the audio processor",
+          "post: /attribute/headradius [number] : sets the attribute: listener head radius [m]",
+          "post: /attribute/listenerposition [number]... : sets the attribute: listener "
+          "position"}) {
+        EXPECT_NE(std::ranges::find(lines, line), lines.end()) << line;
+    }
+}
+
+}  // namespace
+}  // namespace Tests
