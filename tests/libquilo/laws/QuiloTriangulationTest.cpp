@@ -32,20 +32,6 @@ CartesianArray OnSphere(std::size_t count, Generator&) {
     return DefaultSpeakers(LayoutKind::Periphonic, static_cast<unsigned>(count));
 }
 
-/// Rings of up to eight, one above the other, and a zenith: many equal arcs and crossings.
-CartesianArray Rings(std::size_t count, Generator& generator) {
-    const std::size_t perRing = 3 + generator() % 6;
-    CartesianArray layout(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const auto ring = static_cast<float>(i / perRing);
-        const float azimuthDeg =
-            360.f / static_cast<float>(perRing) * static_cast<float>(i % perRing);
-        layout[i] = tav::FromNavigational(azimuthDeg, -40.f + 25.f * ring, 1.f);
-    }
-    if (count > 0) layout[count - 1] = {0.f, 0.f, 1.f};
-    return layout;
-}
-
 /// Points of a coarse grid: exact ties, opposite and coincident loudspeakers, some at the listener.
 CartesianArray OnGrid(std::size_t count, Generator& generator) {
     CartesianArray layout(count);
@@ -123,7 +109,7 @@ struct Family {
 };
 // clang-format off
 constexpr Family kFamilies[] = {
-    {"InCube", InCube}, {"OnSphere", OnSphere}, {"Rings", Rings}, {"OnGrid", OnGrid},
+    {"InCube", InCube}, {"OnSphere", OnSphere}, {"OnGrid", OnGrid},
     {"Equator", Equator}, {"Clusters", Clusters}, {"OneCluster", OneCluster}, {"Lines", Lines},
     {"ExtremeDistances", ExtremeDistances},
 };
@@ -175,15 +161,6 @@ TEST(Triangulation, RaisesTheThresholdForLargeLayouts) {
     const float leastAbove = least(above, Triangulate(above));
     EXPECT_GT(leastAbove, 0.25f);
     EXPECT_LT(leastAbove, 0.252f);
-}
-
-TEST(Triangulation, MeasuresFromTheOriginByAzimuth) {
-    const Ray origin = MakeRay({0, 0, 0});
-    const Ray left = MakeRay({-2, 0, 5});
-    EXPECT_FLOAT_EQ(AngleBetween(origin, left), 3.1415927f);
-    EXPECT_FLOAT_EQ(AngleBetween(left, origin), 3.1415927f);
-    EXPECT_EQ(AngleBetween(origin, origin), 0.f);
-    EXPECT_FLOAT_EQ(AngleBetween(MakeRay({0, 3, 0}), left), 1.5707964f);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloPanDefaults.h"
+#include "reference/PlainFourier.h"
 #include "text/VelkDspException.h"
 
 #include <algorithm>
@@ -50,6 +51,25 @@ PanPlayer::Signal Cosine(double hz, double rateHz) {
     return [step = 2.0 * std::numbers::pi * hz / rateHz](unsigned, std::size_t frame) {
         return std::cos(step * static_cast<double>(frame));
     };
+}
+
+double LoudestAbove(double hz, const std::vector<double>& signal, double rateHz, std::size_t size) {
+    std::vector<double> windowed(size);
+    for (std::size_t k = 0; k < size; ++k) {
+        const double t =
+            2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(size);
+        windowed[k] = signal.at(k) * (0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) -
+                                      0.01168 * std::cos(3 * t));
+    }
+    double all = 0.0, high = 0.0;
+    const auto spectrum = Plain::Spectrum(windowed, size);
+    for (std::size_t k = 0; k < spectrum.size(); ++k) {
+        const double power = std::norm(spectrum[k]);
+        all = std::max(all, power);
+        if (static_cast<double>(k) * rateHz / static_cast<double>(size) > hz)
+            high = std::max(high, power);
+    }
+    return 10.0 * std::log10(high / all);
 }
 
 double LargestStep(const std::vector<double>& signal) {

@@ -40,6 +40,10 @@ inline double Ones(unsigned, std::size_t) { return 1.0; }
 PanPlayer::Signal Sine(double hz, double rateHz = 48000.0);
 PanPlayer::Signal Cosine(double hz, double rateHz = 48000.0);  // begins at its peak
 
+/// The largest component above a frequency over the largest of all, dB, through a window whose side
+/// lobes are at -92 dB.  @param size  samples from the first one, a power of two
+double LoudestAbove(double hz, const std::vector<double>& signal, double rateHz, std::size_t size);
+
 /// The largest difference of neighbouring samples.
 double LargestStep(const std::vector<double>& signal);
 

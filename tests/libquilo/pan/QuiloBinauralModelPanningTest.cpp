@@ -4,7 +4,6 @@
 
 #include "libquilo/pan/PanPlayer.h"
 #include "math/VelkDspSpherical.h"
-#include "reference/PlainFourier.h"
 #include "reference/PlainSphere.h"
 
 #include <gtest/gtest.h>
@@ -184,25 +183,6 @@ TEST(BinauralSubtypes, HearsTheCentreOfTheHeadAhead) {
     }
 }
 
-double LoudestAbove(double hz, const std::vector<double>& signal, double rate) {
-    // Blackman-Harris: side lobes below -92 dB.
-    const std::size_t size = 32768;
-    std::vector<double> windowed(size);
-    for (std::size_t k = 0; k < size; ++k) {
-        const double t = 2.0 * std::numbers::pi * static_cast<double>(k) / size;
-        windowed[k] = signal.at(k) * (0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) -
-                                      0.01168 * std::cos(3 * t));
-    }
-    const auto bins = Plain::Spectrum(windowed, size);
-    double loudest = 0.0, all = 0.0;
-    for (std::size_t b = 0; b < bins.size(); ++b) {
-        all = std::max(all, std::abs(bins[b]));
-        if (static_cast<double>(b) * rate / size > hz)
-            loudest = std::max(loudest, std::abs(bins[b]));
-    }
-    return Decibels(loudest / all);
-}
-
 TEST(BinauralSubtypes, TurnsWithoutANoise) {
     for (const char* subtype : kModels) {
         const auto pan = Make(subtype);
@@ -219,7 +199,7 @@ TEST(BinauralSubtypes, TurnsWithoutANoise) {
         }
         for (auto& ear : ears) {
             ear.erase(ear.begin(), ear.begin() + 3000);
-            EXPECT_LT(LoudestAbove(2000.0, ear, 48000.0), -80.0) << subtype;
+            EXPECT_LT(Tests::LoudestAbove(2000.0, ear, 48000.0, 32768), -80.0) << subtype;
         }
     }
 }

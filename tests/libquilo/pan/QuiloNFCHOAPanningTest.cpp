@@ -148,25 +148,6 @@ TEST(NFCHOAPanning, IsPlainAmbisonicsAtTheRadius) {
     expectSame();
 }
 
-/// The largest component above 2 kHz over the largest of all, dB, through a window whose side lobes
-/// are at -92 dB.
-double HighestAbove2k(const std::vector<double>& signal) {
-    constexpr std::size_t kSize = 16384;
-    std::vector<double> windowed(signal.begin(), signal.begin() + kSize);
-    for (std::size_t k = 0; k < kSize; ++k) {
-        const double t = kTwoPi * static_cast<double>(k) / kSize;
-        windowed[k] *=
-            0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) - 0.01168 * std::cos(3 * t);
-    }
-    double all = 0.0, high = 0.0;
-    const auto spectrum = Plain::Spectrum(windowed, kSize);
-    for (std::size_t k = 0; k < spectrum.size(); ++k) {
-        double& highest = static_cast<double>(k) * kRate / kSize > 2000.0 ? high : all;
-        highest = std::max(highest, std::norm(spectrum[k]));
-    }
-    return 10.0 * std::log10(high / all);
-}
-
 TEST(NFCHOAPanning, WhateverMovesUnderASineAddsNoNoise) {
     struct Change {
         const char* name;
@@ -197,7 +178,8 @@ TEST(NFCHOAPanning, WhateverMovesUnderASineAddsNoNoise) {
             change.apply(overhead.pan);
             const auto after = overhead.Play(order, 19200, Sine(200.0));
             signal.insert(signal.end(), after.begin(), after.end());
-            EXPECT_LE(HighestAbove2k(signal), change.most[order == 3 ? 0 : 1])
+            EXPECT_LE(Tests::LoudestAbove(2000.0, signal, kRate, 16384),
+                      change.most[order == 3 ? 0 : 1])
                 << change.name << ", order " << order;
         }
     }
