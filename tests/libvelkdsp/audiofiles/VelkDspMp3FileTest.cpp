@@ -192,11 +192,13 @@ TEST_F(Mp3Damage, EndsWithinFramesAndIsReported) {
     std::fill_n(overwritten.begin() + static_cast<std::ptrdiff_t>(half), 700, '\xFF');
     for (const std::string& bytes :
          {whole.substr(0, half) + whole.substr(half + 500),
+          whole.substr(0, half) + whole.substr(half + 200),
           whole.substr(0, half) + std::string(3000, '\xFF') + whole.substr(half), overwritten}) {
         const tav::AudioBuffer audio = decode(bytes, info);
         EXPECT_GT(info.damagedFrames, 0u) << "frames that refer to lost ones";
         EXPECT_LE(info.damagedFrames + info.missingFrames, 5u * 1152);
         EXPECT_TRUE(std::ranges::equal(audio.Channel(0).last(8000), sound.Channel(0).last(8000)));
+        EXPECT_LE(std::ranges::max(audio.Channel(0)), std::ranges::max(sound.Channel(0)));
     }
 }
 
