@@ -332,10 +332,14 @@ BENCHMARK(BinauralBuiltIn)
         ->ArgNames({"sources", "frames", "moving"}) \
         ->ArgsProduct({{1, 64, 250}, {64}, {0, 1}})
 BINAURAL_SUBTYPE(direct);
+BINAURAL_SUBTYPE(nearfield);
 BINAURAL_SUBTYPE(early);
 BINAURAL_SUBTYPE(sphericalheadmodel);
 BINAURAL_SUBTYPE(snowman);
 BINAURAL_SUBTYPE(continuous);
+BENCHMARK_CAPTURE(BinauralSubtype, diffuse, "diffuse")  // it takes two sources at least
+    ->ArgNames({"sources", "frames", "moving"})
+    ->ArgsProduct({{64, 250}, {64}, {0}});
 BENCHMARK_CAPTURE(BinauralPlainPaths, head, false)->ArgNames({"sources", "frames"})->Args({64, 64});
 BENCHMARK_CAPTURE(BinauralPlainPaths, snowman, true)
     ->ArgNames({"sources", "frames"})

@@ -35,7 +35,6 @@ constexpr int kGood = 0;
 constexpr int kRefused = 2;
 constexpr int kTooPoor = 3;
 constexpr double kPoorestRmsDb = 3.0;
-constexpr std::size_t kDefaultCells = 6;
 constexpr double kFewestCells = 2, kMostCells = 24;
 constexpr double kShortest = 16, kLongest = 8192;  // taps
 constexpr double kLowestRate = 8000, kHighestRate = 384000;
