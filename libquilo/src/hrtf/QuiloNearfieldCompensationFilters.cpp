@@ -108,7 +108,8 @@ NearfieldShelf NearfieldCompensationFilters::Shelf(const tav::CartesianVector& p
         const double cosine = std::clamp(CosineAt(position, distance, ear), -1.0, 1.0);
         return SphereShelves::Get().At(distance, std::acos(cosine));
     }
-    return set_.Data().numChannels == 1 ? shelves_[point->index] : shelves_[2 * point->index + ear];
+    return set_.Data().numChannels == 1 ? shelves_[point->index]
+                                        : shelves_[std::size_t{2} * point->index + ear];
 }
 
 std::optional<float> NearfieldCompensationFilters::Delay(

@@ -188,8 +188,9 @@ void FirstPass(const RadixPass& pass) noexcept {
             twiddles[i] = LoadNumbers<Wide>(pass.twiddles, i * quarter + p);
         }
         Butterfly<Wide>(pass.from, p, quarter, twiddles, out);
-        StoreTurned(pass.to.re + 4 * p, out[0].re, out[1].re, out[2].re, out[3].re);
-        StoreTurned(pass.to.im + 4 * p, out[0].im, out[1].im, out[2].im, out[3].im);
+        const int at = 4 * p;
+        StoreTurned(pass.to.re + at, out[0].re, out[1].re, out[2].re, out[3].re);
+        StoreTurned(pass.to.im + at, out[0].im, out[1].im, out[2].im, out[3].im);
     }
 }
 
@@ -206,15 +207,16 @@ void SecondPass(const RadixPass& pass) noexcept {
     for (int p = 0; p < quarter; p += 2) {
         Numbers<Wide> twiddles[3], out[4];
         for (int i = 0; i < 3; ++i) {
-            twiddles[i] = {EachFourTimes(pass.twiddles.re + i * quarter + p),
-                           EachFourTimes(pass.twiddles.im + i * quarter + p)};
+            const int at = i * quarter + p;
+            twiddles[i] = {EachFourTimes(pass.twiddles.re + at),
+                           EachFourTimes(pass.twiddles.im + at)};
         }
         Butterfly<Wide>(pass.from, 4 * p, pass.n, twiddles, out);
-        const auto store = [p](float* to, __m256 a, __m256 b, __m256 c, __m256 d) {
-            _mm256_storeu_ps(to + 16 * p, _mm256_permute2f128_ps(a, b, 0x20));
-            _mm256_storeu_ps(to + 16 * p + 8, _mm256_permute2f128_ps(c, d, 0x20));
-            _mm256_storeu_ps(to + 16 * p + 16, _mm256_permute2f128_ps(a, b, 0x31));
-            _mm256_storeu_ps(to + 16 * p + 24, _mm256_permute2f128_ps(c, d, 0x31));
+        const auto store = [at = 16 * p](float* to, __m256 a, __m256 b, __m256 c, __m256 d) {
+            _mm256_storeu_ps(to + at, _mm256_permute2f128_ps(a, b, 0x20));
+            _mm256_storeu_ps(to + at + 8, _mm256_permute2f128_ps(c, d, 0x20));
+            _mm256_storeu_ps(to + at + 16, _mm256_permute2f128_ps(a, b, 0x31));
+            _mm256_storeu_ps(to + at + 24, _mm256_permute2f128_ps(c, d, 0x31));
         };
         store(pass.to.re, out[0].re, out[1].re, out[2].re, out[3].re);
         store(pass.to.im, out[0].im, out[1].im, out[2].im, out[3].im);
@@ -284,8 +286,9 @@ __m256 InOrder(__m256 v) noexcept {
 
 void Split(const float* signal, const ComplexParts& to, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; k += kLanes) {
-        const __m256 low = _mm256_loadu_ps(signal + 2 * k);
-        const __m256 high = _mm256_loadu_ps(signal + 2 * k + kLanes);
+        const float* const pairs = signal + k + k;
+        const __m256 low = _mm256_loadu_ps(pairs);
+        const __m256 high = _mm256_loadu_ps(pairs + kLanes);
         const __m256 re = _mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
         const __m256 im = _mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
         StoreNumbers<Wide>(to, k, {InOrder(re), InOrder(im)});
@@ -301,8 +304,9 @@ void Merge(const ConstComplexParts& from,
         const __m256 re = _mm256_mul_ps(all, _mm256_loadu_ps(from.re + k));
         const __m256 im = _mm256_mul_ps(all, _mm256_loadu_ps(from.im + k));
         const __m256 low = _mm256_unpacklo_ps(re, im), high = _mm256_unpackhi_ps(re, im);
-        _mm256_storeu_ps(signal + 2 * k, _mm256_permute2f128_ps(low, high, 0x20));
-        _mm256_storeu_ps(signal + 2 * k + kLanes, _mm256_permute2f128_ps(low, high, 0x31));
+        float* const pairs = signal + k + k;
+        _mm256_storeu_ps(pairs, _mm256_permute2f128_ps(low, high, 0x20));
+        _mm256_storeu_ps(pairs + kLanes, _mm256_permute2f128_ps(low, high, 0x31));
     }
 }
 

@@ -17,8 +17,9 @@ void Fir(float* y, const float* x, const float* taps, int numTaps, int n) noexce
 
 void Split(const float* signal, const ComplexParts& to, int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) {
-        to.re[k] = signal[2 * k];
-        to.im[k] = signal[2 * k + 1];
+        const float* const pair = signal + k + k;
+        to.re[k] = pair[0];
+        to.im[k] = pair[1];
     }
 }
 
@@ -27,8 +28,9 @@ void Merge(const ConstComplexParts& from,
            float scale,
            int n) noexcept TAV_NONBLOCKING {
     for (int k = 0; k < n; ++k) {
-        signal[2 * k] = scale * from.re[k];
-        signal[2 * k + 1] = scale * from.im[k];
+        float* const pair = signal + k + k;
+        pair[0] = scale * from.re[k];
+        pair[1] = scale * from.im[k];
     }
 }
 

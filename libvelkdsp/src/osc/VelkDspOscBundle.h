@@ -18,7 +18,12 @@ public:
     /// The time tag that means "at once".
     static constexpr std::uint64_t kImmediately = 1;
 
-    explicit OSCBundle(std::uint64_t timeTag = kImmediately) : timeTag_(timeTag) {}
+    explicit OSCBundle(std::uint64_t timeTag = kImmediately);
+    OSCBundle(const OSCBundle&);
+    OSCBundle(OSCBundle&&) noexcept;
+    OSCBundle& operator=(const OSCBundle&);
+    OSCBundle& operator=(OSCBundle&&) noexcept;
+    ~OSCBundle();
 
     /// In the NTP format, as read; this library does not wait for it.
     std::uint64_t TimeTag() const noexcept { return timeTag_; }
@@ -48,6 +53,14 @@ public:
 private:
     std::variant<OSCMessage, std::vector<OSCBundle>> content_;  // of bundles there is exactly one
 };
+
+// Here, where an element is complete.
+inline OSCBundle::OSCBundle(std::uint64_t timeTag) : timeTag_(timeTag) {}
+inline OSCBundle::OSCBundle(const OSCBundle&) = default;
+inline OSCBundle::OSCBundle(OSCBundle&&) noexcept = default;
+inline OSCBundle& OSCBundle::operator=(const OSCBundle&) = default;
+inline OSCBundle& OSCBundle::operator=(OSCBundle&&) noexcept = default;
+inline OSCBundle::~OSCBundle() = default;
 
 inline void OSCBundle::Add(OSCMessage message) { elements_.emplace_back(std::move(message)); }
 inline void OSCBundle::Add(OSCBundle bundle) { elements_.emplace_back(std::move(bundle)); }
