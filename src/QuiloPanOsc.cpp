@@ -6,7 +6,9 @@
 #include "QuiloPanOscState.h"
 #include "QuiloPanTexts.h"
 #include "math/VelkDspCoordinates.h"
+#include "max/VelkMaxFiles.h"
 #include "max/VelkMaxMaxAttribute.h"
+#include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
 #include "osc/VelkDspOscInputStream.h"
 
@@ -257,7 +259,14 @@ std::optional<tav::OSCMessage> PanOsc::TakeErrand() {
 void PanOsc::RunErrands(void* x, t_symbol*, Atoms) noexcept {
     PanObject& object = PanObject::Of(x);
     Guarded(object, &object_error, [&] {
-        if (const auto message = object.Osc()->TakeErrand()) object.Engine()->ProcessOsc(*message);
+        const auto message = object.Osc()->TakeErrand();
+        if (!message) return;
+        // A stored state may hold words that are only printed.
+        std::optional<VelkMax::RestoringState> restoring;
+        if (message->AddressText() == "/preset/load") {
+            restoring.emplace(VelkMax::RestoringState::By::Message);
+        }
+        object.Engine()->ProcessOsc(*message);
     });
 }
 
@@ -266,14 +275,13 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
     t_object* const x = MaxObjectOf(object_);
     if (address.starts_with(kAttributePrefix)) {
         const char* const name = address.c_str() + kAttributePrefix.size();
-        const VelkMax::MaxAttribute attribute(x, gensym(name));
-        if (!attribute.Exists() || !attribute.CanBeSet() || attribute.IsInvisible()) {
+        if (!HasAttribute(name)) {
             Error(object_, VelkMax::kNoAttribute, name);
             return false;
         }
         std::vector<t_atom> atoms = AtomsOf(message, {});
         if (atoms.empty()) return false;
-        VelkMax::SetAttribute(x, attribute.Name(), atoms);
+        VelkMax::SetAttribute(x, gensym(name), atoms);
         return true;
     }
     for (const OwnRow& row : kOwnRows) {
@@ -287,6 +295,22 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
                                    atoms.data(), &result) == MAX_ERR_NONE;
     }
     return false;
+}
+
+bool PanOsc::HasAttribute(const char* name) const {
+    const VelkMax::MaxAttribute attribute(MaxObjectOf(object_), gensym(name));
+    return attribute.Exists() && attribute.CanBeSet() && !attribute.IsInvisible();
+}
+
+bool PanOsc::AcceptsOwn(const tav::OSCMessage& message) const {
+    const std::string& address = message.AddressText();
+    if (!address.starts_with(kAttributePrefix)) return true;
+    return HasAttribute(address.c_str() + kAttributePrefix.size()) && !message.Arguments().empty();
+}
+
+std::filesystem::path PanOsc::FindFile(const std::string& name) const {
+    if (const auto place = VelkMax::LocateFile(name.c_str())) return VelkMax::SystemPath(*place);
+    return std::u8string(name.begin(), name.end());
 }
 
 // ---- Documentation and state

@@ -36,6 +36,9 @@ public:
     bool Owns(std::string_view address) const noexcept override;
     void PutOff(const tav::OscMessageView& message) override;
     bool ProcessOwn(const tav::OSCMessage& message) override;
+    bool AcceptsOwn(const tav::OSCMessage& message) const override;
+    /// In the search path, too.
+    std::filesystem::path FindFile(const std::string& name) const override;
     void DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const override;
     void AddOwnState(tav::OSCBundle& state) const override;
 
@@ -47,6 +50,7 @@ private:
     std::optional<tav::OSCMessage> TakeErrand();
     void ReceiveInAudio(std::span<const std::byte> packet);
     void Announce(OscChanges changes);
+    bool HasAttribute(const char* name) const;
 
     PanObject& object_;
     std::vector<t_symbol*> attributes_;  // of each bit of OscChanges; null for none

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
 #include <atomic>
 #include <cstdlib>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 
@@ -38,21 +41,19 @@ TEST(HostOsc, TakesPacketsFromARealSender) {
 TEST(HostOsc, SaysThatAPortIsTaken) {
     const TemporaryFolder folder;
     WriteText(folder / "s.txt", "object quilo.pan~ 2 4\n");
-    const std::string port = std::to_string(40000 + getpid() % 20000);
-    HostRun second;
-    std::atomic<bool> isOver = false;
-    std::thread first([&] {
-        RunHost(folder, {"--osc", port, "--duration", "0.5", "s.txt"});
-        isOver = true;
-    });
-    bool wasRefused = false;
-    while (!isOver && !wasRefused) {
-        second = RunHost(folder, {"--osc", port, "--duration", "0", "s.txt"});
-        wasRefused =
-            second.status == 1 && second.errors.back().ends_with(port + " cannot be opened");
-    }
-    first.join();
-    EXPECT_TRUE(wasRefused);
+    const int taken = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;  // port 0 stands for any that is free
+    ASSERT_EQ(bind(taken, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(getsockname(taken, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const std::string port = std::to_string(ntohs(address.sin_port));
+    const HostRun run = RunHost(folder, {"--osc", port, "--duration", "0", "s.txt"});
+    close(taken);
+    EXPECT_EQ(run.status, 1);
+    ASSERT_FALSE(run.errors.empty());
+    EXPECT_TRUE(run.errors.back().ends_with(port + " cannot be opened")) << run.errors.back();
 }
 
 }  // namespace

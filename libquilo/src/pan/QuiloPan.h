@@ -182,6 +182,7 @@ public:
 
     // OSC: addresses, queue and documentation are those of the receiver.
     bool ProcessOsc(const tav::OSCMessage& message) override { return osc_.Process(message); }
+    bool AcceptsOsc(const tav::OSCMessage& message) const override { return osc_.Accepts(message); }
     void DocumentOsc(std::vector<tav::OscDocumentation::Entry>& entries) const override {
         osc_.Document(entries);
     }

@@ -108,6 +108,38 @@ bool PanOSCReceiver::Process(const OSCMessage& message) {
     return resolver.Resolve();
 }
 
+namespace {
+
+struct Checking {
+    static void Command(const OscCommand&) {}
+    static bool Errand(std::size_t route, const OscMessageView& message) {
+        const std::string_view arguments = PanOscRoutes()[route].arguments;
+        return arguments.empty() || tav::OscArgumentsFit(message, arguments, true);
+    }
+};
+
+}  // namespace
+
+bool PanOSCReceiver::Accepts(const OSCMessage& message) const {
+    if (extension_ != nullptr && extension_->Owns(message.AddressText())) {
+        return extension_->AcceptsOwn(message);
+    }
+    tav::OSCOutputStream stream;
+    stream.WriteMessage(message);
+    tav::OscReader reader(stream.Bytes());
+    OscMessageView view;
+    if (!reader.ReadMessage(view)) return false;
+    Checking sink;
+    PanOscResolver<true, Checking> resolver(view, pan_.NumInputs(), sink);
+    if (const auto part = resolver.BadSource()) ThrowBadSource(*part);
+    return resolver.Resolve();
+}
+
+std::filesystem::path PanOSCReceiver::FindFile(const std::string& name) const {
+    if (extension_ != nullptr) return extension_->FindFile(name);
+    return std::u8string(name.begin(), name.end());
+}
+
 // ---- Soon
 
 OscChanges PanOSCReceiver::Enqueue(std::span<const std::byte> packet) {
@@ -131,7 +163,8 @@ OscChanges PanOSCReceiver::Enqueue(std::span<const std::byte> packet) {
         if (queue_.compare_exchange_strong(queue, made.get())) queue = made.release();
     }
     const auto commands = gathered.commands.All();
-    if (!commands.empty()) numLost_ += queue->Put(commands);
+    const unsigned numLost = commands.empty() ? 0 : queue->Put(commands);
+    if (numLost > 0) numLost_ += numLost;
     OscChanges changes = 0;
     for (const OscCommand& command : commands) changes |= BitOf(command);
     for (const OscMessageView& errand : gathered.errands) {

@@ -18,8 +18,10 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -42,6 +44,10 @@ public:
     /// Carries out a message that the owner owns.
     /// @return false: its arguments do not fit.  Thread: that of Process.
     virtual bool ProcessOwn(const tav::OSCMessage& message) = 0;
+    /// Whether ProcessOwn would take it.
+    virtual bool AcceptsOwn(const tav::OSCMessage& message) const = 0;
+    /// Where a file is that a message names.
+    virtual std::filesystem::path FindFile(const std::string& name) const = 0;
     virtual void DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const = 0;
     virtual void AddOwnState(tav::OSCBundle& state) const = 0;
 
@@ -70,6 +76,11 @@ public:
     /// Throws: tav::Exception for a source that does not exist; what setters throw.
     /// Thread: control.
     bool Process(const tav::OSCMessage& message);
+    /// Whether Process would take it.  Throws: as that.  Thread: control.
+    bool Accepts(const tav::OSCMessage& message) const;
+
+    /// Where a file is that a message names.
+    std::filesystem::path FindFile(const std::string& name) const;
 
     /// Queues a packet for the next block. Messages to unknown addresses, or with arguments of
     /// other types, are skipped.

@@ -113,6 +113,22 @@ public:
         panr->SetCorners(azimuths);
         return true;
     }
+    static bool LoadPreset(Pan& pan, const OscMessageView& message) {
+        if (!tav::OscArgumentsFit(message, "s", true)) return false;
+        tav::OscValue file;
+        tav::OscReader(message.arguments).ReadArgument('s', file);
+        pan.Osc().CarryOut();  // what was sent before comes before
+        pan.LoadPreset(pan.Osc().FindFile(std::string(file.text)));
+        return true;
+    }
+    static bool ExportPreset(Pan& pan, const OscMessageView& message) {
+        if (!tav::OscArgumentsFit(message, "s", true)) return false;
+        tav::OscValue file;
+        tav::OscReader(message.arguments).ReadArgument('s', file);
+        pan.Osc().CarryOut();
+        pan.ExportPreset(std::u8string(file.text.begin(), file.text.end()));
+        return true;
+    }
     static bool SampleRate(Pan& pan, const OscMessageView& message) {
         const auto hz = OneNumber(message);
         if (hz) pan.SetSampleRate(static_cast<float>(std::clamp(*hz, 8000.0, 384000.0)));
@@ -202,6 +218,8 @@ constexpr PanOscRoute kRoutes[] = {
     {"/adm/obj/N/w",           "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 1)",                                  A::AdmWidth,      nullptr},
     {"/adm/obj/N/mute",        "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                       A::Mute,          nullptr},
     {"/adm/config/dmax",       "n",       F::None, "",                 "[number]",                "sets the distance (in metres) that 1 stands for in /adm/obj",          A::AdmMetres,     nullptr},
+    {"/preset/load",           "s",       F::None, "",                 "[string]",                "loads a preset from file (.txt, .xml, .osc)",                          nullptr,          A::LoadPreset},
+    {"/preset/export",         "s",       F::None, "",                 "[string]",                "exports a preset to file (.txt, .xml, .osc, .json)",                   nullptr,          A::ExportPreset},
 };
 // clang-format on
 

@@ -80,6 +80,7 @@ public:
     PanOscResolver(const tav::OscMessageView& message, unsigned numSources, Sink& sink) noexcept
         : message_(message),
           parts_(message.address),
+          isPattern_(kPatterns && tav::IsOscPattern(message.address)),
           numSources_(numSources),
           sink_(sink) {}
 
@@ -103,10 +104,11 @@ public:
     /// @return whether any row took the message
     bool Resolve() {
         bool isHandled = false;
-        const auto rows = PanOscRoutes();
+        const auto rows = PanOscRouteParts();
         for (std::size_t k = 0; k < rows.size(); ++k) {
-            if (!MatchesShape(PanOscRouteParts()[k])) continue;
-            if (TryRow(k)) isHandled = true;
+            if (!MatchesShape(rows[k]) || !TryRow(k)) continue;
+            isHandled = true;
+            if (!isPattern_) break;  // no two rows are for the same address
         }
         return isHandled;
     }
@@ -114,9 +116,9 @@ public:
 private:
     using Format = tav::Coordinates::Format;
 
-    static bool PartFits(std::string_view part, std::string_view literal) {
+    bool PartFits(std::string_view part, std::string_view literal) const {
         if (part == literal) return true;
-        if constexpr (kPatterns) return tav::OscPartMatches(part, literal);
+        if constexpr (kPatterns) return isPattern_ && tav::OscPartMatches(part, literal);
         return false;
     }
 
@@ -179,6 +181,16 @@ private:
         }
     }
 
+    /// Whether a position says where the source is, wherever it was; a spread or a mute always
+    /// does.
+    static bool IsAbsolute(Format format, bool isPosition) noexcept {
+        constexpr Format kWhole[] = {Format::Xyz, Format::Xy,     Format::Ade,
+                                     Format::Aed, Format::Ae,     Format::Ad,
+                                     Format::Az,  Format::Quilo3, Format::Wfs};
+        if (!isPosition && format == Format::None) return true;
+        return std::find(std::begin(kWhole), std::end(kWhole), format) != std::end(kWhole);
+    }
+
     bool Take(std::size_t k, unsigned subject, Format format) {
         const PanOscRoute& route = PanOscRoutes()[k];
         if (route.runErrand != nullptr) return sink_.Errand(k, message_);
@@ -186,13 +198,15 @@ private:
         const bool isPosition = route.arguments == "F";
         const auto wanted =
             isPosition ? kNumbers.substr(0, tav::Coordinates::NumValues(format)) : route.arguments;
-        if (!tav::OscArgumentsFit(message_, wanted, !isPosition)) return false;
+        const std::size_t count = message_.tags.size();
+        if (count < wanted.size() || (count > wanted.size() && !isPosition)) return false;
         tav::OscCommand command{static_cast<std::uint16_t>(k), static_cast<std::uint16_t>(subject),
-                                static_cast<std::uint32_t>(format)};
+                                static_cast<std::uint16_t>(format), IsAbsolute(format, isPosition)};
         tav::OscReader reader(message_.arguments);
         for (std::size_t i = 0; i < wanted.size(); ++i) {
             tav::OscValue value;
             reader.ReadArgument(message_.tags[i], value);
+            if (!tav::OscValueFits(value, wanted[i])) return false;
             const bool isFlag = wanted[i] == 'b';
             command.values[i] =
                 isFlag ? (tav::OscFlag(value) ? 1.f : 0.f) : static_cast<float>(value.number);
@@ -203,6 +217,7 @@ private:
 
     const tav::OscMessageView& message_;
     const OscParts parts_;
+    const bool isPattern_;
     const unsigned numSources_;
     Sink& sink_;
 };

@@ -143,7 +143,9 @@ void OSCAddress::Validate(std::string_view text) {
 }
 
 bool IsOscPattern(std::string_view text) noexcept {
-    return text.find_first_of("*?{}[]") != std::string_view::npos;
+    return std::ranges::any_of(text, [](char c) {
+        return c == '*' || c == '?' || c == '{' || c == '}' || c == '[' || c == ']';
+    });
 }
 
 bool OscPartMatches(std::string_view pattern, std::string_view text) {

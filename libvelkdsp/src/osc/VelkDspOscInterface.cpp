@@ -1,11 +1,46 @@
 // SPDX-License-Identifier: MIT
 #include "osc/VelkDspOscInterface.h"
 
+#include "osc/VelkDspOscPreset.h"
+#include "text/VelkDspException.h"
+
+#include <optional>
+
 namespace tav {
 
-namespace {
+void OscInterface::ExportPreset(const std::filesystem::path& file) const {
+    SaveOscPreset(file, OscState());
+}
 
-bool ValueFits(const OscValue& value, char format) noexcept TAV_NONBLOCKING {
+void OscInterface::LoadPreset(const std::filesystem::path& file) {
+    const OSCBundle preset = LoadOscPreset(file);
+    const std::u8string name8 = file.u8string();
+    const std::string name(name8.begin(), name8.end());
+    int number = 0;
+    preset.ForEachMessage([&](const OSCMessage& message) {
+        ++number;
+        bool isAccepted = false;
+        try {
+            isAccepted = AcceptsOsc(message);
+        } catch (const Exception& refusal) {
+            throw Exception(name + ": " + refusal.Message());
+        }
+        if (isAccepted) return;
+        throw Exception(name + ": message " + std::to_string(number) + ": " +
+                        message.AddressText() + " is not for this object");
+    });
+    std::optional<Exception> first;
+    preset.ForEachMessage([&](const OSCMessage& message) {
+        try {
+            ProcessOsc(message);
+        } catch (const Exception& refusal) {
+            if (!first) first = refusal;
+        }
+    });
+    if (first) throw Exception(*first);
+}
+
+bool OscValueFits(const OscValue& value, char format) noexcept TAV_NONBLOCKING {
     const bool isInteger = value.tag == 'i' || value.tag == 'h';
     switch (format) {
         case 'b': return isInteger || value.tag == 'T' || value.tag == 'F';
@@ -20,8 +55,6 @@ bool ValueFits(const OscValue& value, char format) noexcept TAV_NONBLOCKING {
     }
 }
 
-}  // namespace
-
 bool OscArgumentsFit(const OscMessageView& message,
                      std::string_view format,
                      bool isExact) noexcept TAV_NONBLOCKING {
@@ -30,7 +63,7 @@ bool OscArgumentsFit(const OscMessageView& message,
     OscReader reader(message.arguments);
     for (std::size_t k = 0; k < format.size(); ++k) {
         OscValue value;
-        if (!reader.ReadArgument(message.tags[k], value) || !ValueFits(value, format[k])) {
+        if (!reader.ReadArgument(message.tags[k], value) || !OscValueFits(value, format[k])) {
             return false;
         }
     }

@@ -5,6 +5,7 @@
 #include "osc/VelkDspOscBundle.h"
 #include "osc/VelkDspOscReader.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,10 +33,18 @@ public:
     /// @return false: there is no such address, or it has other arguments
     /// Throws: tav::Exception.
     virtual bool ProcessOsc(const OSCMessage& message) = 0;
+    /// Whether ProcessOsc would take it.  Throws: as that.
+    virtual bool AcceptsOsc(const OSCMessage& message) const = 0;
     /// Appends an entry for every address.
     virtual void DocumentOsc(std::vector<OscDocumentation::Entry>& entries) const = 0;
     /// The whole state as messages that ProcessOsc takes.
     virtual OSCBundle OscState() const = 0;
+
+    /// Carries out all messages of a preset, or none when one of them is not for this object.
+    /// Throws: tav::Exception that names the file; the first one of the messages, after the last.
+    void LoadPreset(const std::filesystem::path& file);
+    /// Writes the whole state.  Throws: tav::Exception that names the file.
+    void ExportPreset(const std::filesystem::path& file) const;
 
 protected:
     OscInterface() = default;
@@ -44,6 +53,9 @@ protected:
 };
 
 // ---- Arguments
+
+/// Whether one argument fits one character of a format.
+bool OscValueFits(const OscValue& value, char format) noexcept TAV_NONBLOCKING;
 
 /// Whether arguments fit a format, one character each:
 ///     b  T, F, i or h      f  f          i, l  i or h     s  s

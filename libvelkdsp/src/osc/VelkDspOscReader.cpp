@@ -70,15 +70,6 @@ bool OscReader::SkipPadding(std::size_t itemSize) noexcept TAV_NONBLOCKING {
     return true;
 }
 
-template <class Word>
-bool OscReader::ReadWord(Word& word, OscFault fault) noexcept TAV_NONBLOCKING {
-    std::span<const std::byte> bytes;
-    if (!Take(sizeof(Word), bytes)) return Fail(fault);
-    word = 0;
-    for (const std::byte byte : bytes) word = (word << 8) | std::to_integer<Word>(byte);
-    return true;
-}
-
 bool OscReader::ReadInt32(std::int32_t& value) noexcept TAV_NONBLOCKING {
     std::uint32_t word = 0;
     if (!ReadWord(word, OscFault::NoInt32)) return false;

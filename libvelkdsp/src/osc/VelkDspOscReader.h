@@ -113,7 +113,15 @@ private:
     bool Take(std::size_t count, std::span<const std::byte>& bytes) noexcept TAV_NONBLOCKING;
     bool SkipPadding(std::size_t itemSize) noexcept TAV_NONBLOCKING;
     template <class Word>
-    bool ReadWord(Word& word, OscFault fault) noexcept TAV_NONBLOCKING;
+    bool ReadWord(Word& word, OscFault fault) noexcept TAV_NONBLOCKING {
+        if (rest_.size() < sizeof(Word)) return Fail(fault);
+        word = 0;
+        for (std::size_t k = 0; k < sizeof(Word); ++k) {
+            word = (word << 8) | std::to_integer<Word>(rest_[k]);
+        }
+        rest_ = rest_.subspan(sizeof(Word));
+        return true;
+    }
 
     std::span<const std::byte> rest_;
     OscFault fault_ = OscFault::None;

@@ -22,9 +22,14 @@ namespace tav {
 
 /// One thing to do. What route and variant mean is for those who make and run it to say.
 struct OscCommand {
+    /// A command that has nothing to do any more.
+    static constexpr std::uint16_t kVoid = 0xFFFF;
+
     std::uint16_t route = 0;    // the number of a row in a table of addresses
     std::uint16_t subject = 0;  // such as a source
-    std::uint32_t variant = 0;  // such as a coordinate format
+    std::uint16_t variant = 0;  // such as a coordinate format
+    /// Whatever an earlier command with the same key did is gone after this one.
+    bool isAbsolute = false;
     std::array<float, 3> values{};
 
     std::uint64_t Key() const noexcept TAV_NONBLOCKING {
@@ -49,7 +54,9 @@ public:
             commands_[place.index] = command;
             return Outcome::Replaced;
         }
-        place = {round_, static_cast<std::uint32_t>(count_)};
+        // Nobody hears a position that another one follows before the next block.
+        if (isKnown && command.isAbsolute) commands_[place.index].route = OscCommand::kVoid;
+        place = {round_, static_cast<std::uint32_t>(count_), command.Key()};
         commands_[count_++] = command;
         return Outcome::Kept;
     }
@@ -72,6 +79,7 @@ private:
     struct Place {
         std::uint32_t round = 0;
         std::uint32_t index = 0;
+        std::uint64_t key = 0;
     };
 
     /// Where the newest command with this key is noted, or where it would be. At most half of the
@@ -81,7 +89,7 @@ private:
         std::size_t at = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15u) >> 32);
         for (;; ++at) {
             Place& place = places_[at % places_.size()];
-            if (place.round != round_ || commands_[place.index].Key() == key) return place;
+            if (place.round != round_ || place.key == key) return place;
         }
     }
 
@@ -108,7 +116,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFew = 16;
+    static constexpr std::size_t kFew = 2;
 
     std::array<OscCommand, kFew> few_;
     std::vector<OscCommand> many_;
@@ -177,7 +185,11 @@ private:
         template <class Run>
         void RunSome(std::size_t& most, const Run& run) noexcept TAV_NONBLOCKING {
             const auto commands = box.Commands();
-            for (; next < commands.size() && most > 0; --most) run(commands[next++]);
+            for (; next < commands.size() && most > 0; ++next) {
+                if (commands[next].route == OscCommand::kVoid) continue;
+                run(commands[next]);
+                --most;
+            }
             if (!IsDone()) return;
             box.Clear();
             next = 0;

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "osc/VelkDspOscPreset.h"
+
+#include "osc/VelkDspOscInputStream.h"
+#include "osc/VelkDspOscOutputStream.h"
+#include "osc/VelkDspOscPresetText.h"
+#include "text/VelkDspException.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace tav {
+
+namespace {
+
+constexpr std::string_view kBegin = "/preset/begin";
+
+struct PresetFormatRow {
+    std::string_view extension;
+    OscPresetFormat format;
+    std::string (*write)(const OSCBundle& messages);
+    OSCBundle (*read)(std::string_view content);
+};
+
+std::string WritePacket(const OSCBundle& messages) {
+    OSCOutputStream stream;
+    stream.WriteBundle(messages);
+    const auto* const bytes = reinterpret_cast<const char*>(stream.Bytes().data());
+    return {bytes, stream.Bytes().size()};
+}
+
+OSCBundle ReadPacket(std::string_view content) {
+    OSCPacket packet =
+        OSCInputStream(MemoryInputStream(content.data(), content.size())).ReadPacket();
+    if (auto* bundle = std::get_if<OSCBundle>(&packet)) return std::move(*bundle);
+    OSCBundle alone;
+    alone.Add(std::get<OSCMessage>(std::move(packet)));
+    return alone;
+}
+
+constexpr PresetFormatRow kPresetFormats[] = {
+    {".txt", OscPresetFormat::Text, WriteTextPreset, ReadTextPreset},
+    {".xml", OscPresetFormat::Xml, WriteXmlPreset, ReadXmlPreset},
+    {".json", OscPresetFormat::Json, WriteJsonPreset, ReadJsonPreset},
+    {".osc", OscPresetFormat::Packet, WritePacket, ReadPacket},
+};
+
+const PresetFormatRow& RowOf(OscPresetFormat format) {
+    return *std::ranges::find(kPresetFormats, format, &PresetFormatRow::format);
+}
+
+std::string NameOf(const std::filesystem::path& file) {
+    const std::u8string name = file.u8string();
+    return {name.begin(), name.end()};
+}
+
+OscPresetFormat FormatOrThrow(const std::filesystem::path& file) {
+    const auto format = OscPresetFormatOf(file);
+    if (!format) throw Exception(NameOf(file) + ": a preset is a file .txt, .xml, .osc or .json");
+    return *format;
+}
+
+}  // namespace
+
+std::optional<OscPresetFormat> OscPresetFormatOf(const std::filesystem::path& file) {
+    std::string extension = NameOf(file.extension());
+    std::ranges::transform(extension, extension.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    const auto* const row =
+        std::ranges::find(kPresetFormats, extension, &PresetFormatRow::extension);
+    if (row == std::end(kPresetFormats)) return std::nullopt;
+    return row->format;
+}
+
+std::string WriteOscPreset(const OSCBundle& state, OscPresetFormat format) {
+    std::int32_t count = 0;
+    state.ForEachMessage([&](const OSCMessage&) { ++count; });
+    OSCBundle all;
+    all.Add(OSCMessage(kBegin, count));
+    state.ForEachMessage([&](const OSCMessage& message) { all.Add(message); });
+    return RowOf(format).write(all);
+}
+
+OSCBundle ReadOscPreset(std::string_view content, OscPresetFormat format) {
+    const OSCBundle read = RowOf(format).read(content);
+    OSCBundle messages;
+    std::optional<std::int64_t> announced;
+    std::int64_t count = 0;
+    read.ForEachMessage([&](const OSCMessage& message) {
+        if (message.AddressText() != kBegin) {
+            ++count;
+            messages.Add(message);
+        } else {
+            announced = message.TypeTags() == "i" ? message.Arguments()[0].Int64() : -1;
+        }
+    });
+    if (announced && *announced < 0) throw Exception(std::string(kBegin) + " has no number");
+    if (count == 0) throw Exception("it holds no message");
+    if (announced && format == OscPresetFormat::Text && !content.ends_with('\n')) {
+        throw Exception("its last line has no end");
+    }
+    if (announced && *announced != count) {
+        throw Exception("it holds " + std::to_string(count) + " of " + std::to_string(*announced) +
+                        " messages");
+    }
+    return messages;
+}
+
+void SaveOscPreset(const std::filesystem::path& file, const OSCBundle& state) {
+    const std::string content = WriteOscPreset(state, FormatOrThrow(file));
+    std::filesystem::path part = file;
+    part += ".part";
+    std::error_code error;
+    {
+        std::ofstream stream(part, std::ios::binary | std::ios::trunc);
+        stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+        stream.close();
+        if (stream) std::filesystem::rename(part, file, error);
+        if (stream && !error) return;
+    }
+    std::filesystem::remove(part, error);
+    throw Exception(NameOf(file) + ": the preset cannot be written");
+}
+
+OSCBundle LoadOscPreset(const std::filesystem::path& file) {
+    const OscPresetFormat format = FormatOrThrow(file);
+    std::ifstream stream(file, std::ios::binary);
+    const std::string content((std::istreambuf_iterator<char>(stream)), {});
+    if (!stream) throw Exception(NameOf(file) + ": the preset cannot be read");
+    try {
+        return ReadOscPreset(content, format);
+    } catch (const Exception& fault) {
+        throw Exception(NameOf(file) + ": " + fault.Message());
+    }
+}
+
+}  // namespace tav
