@@ -158,7 +158,7 @@ constexpr char kClearHelp[] = "Clears what is still on its way in delay lines an
 
 std::span<const VelkMax::MessageRow> PanMessages() {
     // It asks Max for the attributes: outside the door.
-    constexpr VelkMax::MessageRegistration PostOscHandler =
+    constexpr VelkMax::MessageRegistration kPostOsc =
         &VelkMax::MessageHandler<&PostOscMessage, VelkMax::Letter::Pace::Outside>::Register;
     // clang-format off
     static const VelkMax::MessageRow kMessages[] = {
@@ -182,7 +182,7 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"loadNF",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "The same as <m>loadnf</m>.",                                 kFileArgument},
         {"FullPacket",     RegisterFullPacket,                      "Take an OSC packet",                     "An OSC packet in memory, as <m>udpreceive</m> with a second argument passes it.", kPacketArguments},
         {"anything",       RegisterAnything,                        "Take an OSC message",                    OscAddressesHelp(),                                           kOscArguments},
-        {"postosc",        PostOscHandler,                          "Post the OSC addresses",                 "post every OSC address with its arguments to the Max window."},
+        {"postosc",        kPostOsc,                                "Post the OSC addresses",                 "post every OSC address with its arguments to the Max window."},
     };
     // clang-format on
     return kMessages;

@@ -140,7 +140,7 @@ private:
     }
 
     // Room for three numbers of each of 250 sources or loudspeakers, with their tags.
-    std::array<std::byte, 8192> bytes_;
+    std::array<std::byte, 8192> bytes_{};
     std::size_t count_ = 0;
     bool isWhole_ = true;
 };
@@ -186,7 +186,7 @@ void PanOsc::ReceiveInAudio(std::span<const std::byte> packet) {
         return;
     }
     // A letter of whole words: the subject, the size in bytes, the bytes.
-    std::array<t_atom, 1024> letter;
+    std::array<t_atom, 1024> letter{};
     const std::size_t numWords = (packet.size() + sizeof(t_atom_long) - 1) / sizeof(t_atom_long);
     if (numWords + 2 > letter.size()) return object_.TheDoor().CountOutrun(1);
     atom_setlong(&letter[0], SubjectOf(packet));
@@ -341,9 +341,10 @@ void TakeFullPacket(void* x, t_symbol*, max_long argc, t_atom* argv) noexcept {
     Guarded(object, &object_error, [&] {
         const Atoms atoms(argc, argv);
         const t_atom_long size = atoms.Long(0);
-        // The bytes are valid during this call only.
+        // Max gives the address as a number; the bytes are valid during this call only.
         const auto* const bytes =
-            reinterpret_cast<const std::byte*>(static_cast<std::intptr_t>(atoms.Long(1)));
+            reinterpret_cast<const std::byte*>(  // NOLINT(performance-no-int-to-ptr)
+                static_cast<std::intptr_t>(atoms.Long(1)));
         if (atoms.Size() != 2 || !atoms.IsLong(0) || !atoms.IsLong(1) || bytes == nullptr ||
             size < 0 || size > kMostBytes) {
             return VelkMax::Reject(object, kInvalidFullPacket, atoms);

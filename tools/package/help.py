@@ -15,7 +15,7 @@ ROW = 26.0
 ROUND = "source 1 azim $1"
 
 # Called by other objects, with values that nobody types.
-NOT_FOR_CLICKING = {"recallpreset": "the preset object", "loadnf": "the nearfield station", "loadNF": "the same"}
+NOT_FOR_CLICKING = {"recallpreset": "the preset object", "FullPacket": "udpreceive"}
 
 
 @dataclass
@@ -100,9 +100,23 @@ TABS = (
         Station("1 2 binaural snowman", "A head on a torso, by their sizes instead of a measurement.",
                 ("source 1 elev 80 | reflections of the shoulders", "source 1 elev -60 | in their shadow"),
                 ("torsoreflection", "torsoradius", "neckheight"), motion=ROUND))),
+    Tab("near ears", "Within arm's reach of the ears", (
+        Station("1 2 binaural nearfield", "What changes nearer than 1.4 metres: level, the shadow of the head, delays.",
+                ("source 1 dist 0.2 | at the ear", "source 1 dist 2 | as the plain type", "loadnf none | the built-in filters",
+                 "loadNF none | the same"),
+                ("radius", "nearfieldhrtffile", "distanceattenuation", "crossearselection", "nfcompensationfilters",
+                 "hrtffilters", "gainscorrection", "delayscorrection"), motion=ROUND),)),
     Tab("subwoofers", "Bass that follows the sources", (
         Station("1 4 subwoofers", "Each source is low-passed, then panned between subwoofers as vbap2d does.",
                 ("source 1 azim 120 | to the right and behind",), ("cutoff",), motion=ROUND),)),
+    Tab("OSC", "Control from the network", (
+        Station("2 4 vbap2d",
+                "Messages whose name is an OSC address, and packets of udpreceive, take effect with the next signal vector. "
+                "postosc lists every address.",
+                ("/source/1/aed 30 0 2 | as source 1 aed 30 0 2", "/source/2/mute 1", "/source/2/mute 0",
+                 "/speakers/az -45 45 135 -135", "/dsp/mute 1", "/dsp/mute 0", "/attribute/interpolationtime 20",
+                 "/adm/obj/1/azim 30 | ADM-OSC: left is positive", "/adm/config/dmax 5",
+                 "postosc"), extra="network", motion="/source/1/azim $1"),)),
     Tab("state", "What the object knows, and how to keep it", (
         Station("2 4 vbap2d",
                 "The dump outlet answers get messages and dumps. pattr, preset and dictionaries keep the state.",
@@ -183,7 +197,7 @@ class HelpPatcher:
         boxes = []
         for row in statements:
             statement, _, about = (part.strip() for part in row.partition("|"))
-            name = statement.split()[0]
+            name = "anything" if statement.startswith("/") else statement.split()[0]
             if name in self.messages or name.removeprefix("get") not in self.attributes:
                 self.shown.add(name)
                 about = about or plain(self.messages[name].digest if name in self.messages else "")
@@ -256,6 +270,13 @@ class HelpPatcher:
                 tab.connect(law, outlet, meter, 0)
                 tab.connect(law, outlet, dac, outlet, hidden=True)
         return dac.bottom
+
+    def network(self, tab, target, bottom):
+        """Where packets come in."""
+        port = tab.add("newobj", RIGHT - 60.0, target.rectangle[1], text="udpreceive 7400")
+        comment(tab, port.right + 6.0, port.rectangle[1] + 1.0, "packets to port 7400 of this machine", 260.0)
+        tab.connect(port, 0, target, 0, bus=port.rectangle[0] - 8.0)
+        return bottom
 
     def state(self, tab, target, bottom):
         """Objects that keep the state of the one above."""

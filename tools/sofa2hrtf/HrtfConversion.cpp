@@ -54,7 +54,8 @@ std::vector<float> Finer(const Spectrum& spectrum, std::size_t size) {
     const std::size_t finerSize = std::min(size * kFiner, tav::Fft::kMaxSize);
     tav::Fft fft(finerSize);
     std::vector<float> re(fft.NumBins()), im(fft.NumBins()), signal(finerSize);
-    const auto scale = static_cast<float>(finerSize / size);
+    const std::size_t factor = finerSize / size;
+    const auto scale = static_cast<float>(factor);
     for (std::size_t k = 0; k < spectrum.re.size() - 1; ++k) {
         re[k] = scale * spectrum.re[k];
         im[k] = scale * spectrum.im[k];
@@ -163,7 +164,8 @@ double OnsetOf(std::span<const float> response) {
     const auto looked = Looked(response);
     const std::size_t size = SizeFor(looked.size());
     const std::vector<float> finer = Finer(Spectrum(looked, size), size);
-    const double factor = static_cast<double>(finer.size() / size);
+    const std::size_t times = finer.size() / size;
+    const auto factor = static_cast<double>(times);
     float peak = 0.f;
     for (const float x : finer) peak = std::max(peak, std::abs(x));
     const double limit = kOnsetShare * static_cast<double>(peak);

@@ -88,7 +88,7 @@ void DelayAndFilterBank::SetGains() noexcept TAV_NONBLOCKING {
     };
     const float head = gainAt(headLog_), torso = gainAt(torsoLog_);
     for (std::size_t section = 0; section < kSections; ++section) {
-        for (Row& row : gains_[section]) row.values.fill(section == kTorso ? torso : head);
+        for (Row& row : gains_[section]) row.values.fill(section == Torso ? torso : head);
     }
 }
 
@@ -139,11 +139,11 @@ void DelayAndFilterBank::Apply(unsigned index,
     for (std::size_t ear = 0; ear < kEars; ++ear) {
         const EarPath &direct = paths.direct[ear], &reflected = paths.reflected[ear];
         voices_.SetDelay(index, ear, direct.delayMs, glideSamples);
-        set(kHead, ear, direct.gain, direct.headShadow);
+        set(Head, ear, direct.gain, direct.headShadow);
         if (!hasTorso_) continue;
         voices_.SetDelay(index, kEars + ear, reflected.delayMs, glideSamples);
-        set(kTorso, ear, 1.f, direct.torsoShadow);
-        set(kReflectedHead, ear, reflected.gain, reflected.headShadow);
+        set(Torso, ear, 1.f, direct.torsoShadow);
+        set(ReflectedHead, ear, reflected.gain, reflected.headShadow);
     }
     voices_.SetGain(index, voice.taken.gain, tav::Ramp::GlideLength(kGainMs, rateHz_));
     if (!std::exchange(voice.glides, true)) ++groups_[index / kLanes].numGliding;
@@ -269,10 +269,10 @@ void DelayAndFilterBank::RunSections(Group& group,
         return tav::EarRows{ears.left[first].values.data(), ears.right[first].values.data()};
     };
     const tav::EarRows direct = from(paths_[0]), reflected = from(paths_[1]), sum = from(sum_);
-    if (!hasTorso_) return RunSection(group, kHead, direct, sum, count);
-    RunSection(group, kTorso, direct, direct, count);
-    RunSection(group, kHead, direct, sum, count);
-    RunSection(group, kReflectedHead, reflected, sum, count);
+    if (!hasTorso_) return RunSection(group, Head, direct, sum, count);
+    RunSection(group, Torso, direct, direct, count);
+    RunSection(group, Head, direct, sum, count);
+    RunSection(group, ReflectedHead, reflected, sum, count);
 }
 
 /// Adds, unless it runs in place.

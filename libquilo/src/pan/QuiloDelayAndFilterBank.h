@@ -68,7 +68,8 @@ private:
     static constexpr std::size_t kEars = 2;
 
     // Sections of a source, each for two ears. Those of the direct path are in series.
-    enum Section : std::size_t { kHead, kTorso, kReflectedHead, kSections };
+    enum Section : std::size_t { Head, Torso, ReflectedHead };
+    static constexpr std::size_t kSections = 3;
 
     struct alignas(64) Row {
         std::array<float, kLanes> values{};
@@ -108,7 +109,7 @@ private:
     };
 
     std::size_t NumSections() const noexcept TAV_NONBLOCKING {
-        return hasTorso_ ? std::size_t{kSections} : std::size_t{kTorso};
+        return hasTorso_ ? kSections : std::size_t{Torso};
     }
 
     void TakeCorners() noexcept TAV_NONBLOCKING;

@@ -19,7 +19,7 @@ unsigned StartsFor(unsigned numVoices) noexcept TAV_NONBLOCKING {
 
 }  // namespace
 
-HrtfFiltering::HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
+HrtfFiltering::HrtfFiltering(const std::shared_ptr<const HrtfResponses>& responses,
                              unsigned numSources,
                              unsigned blockSize,
                              bool isNearfield)

@@ -33,7 +33,7 @@ public:
     /// @param blockSize  frames that the host announced
     /// @param isNearfield  what reaches either ear goes through a NearfieldStage first
     /// Throws: std::bad_alloc.
-    HrtfFiltering(std::shared_ptr<const HrtfResponses> responses,
+    HrtfFiltering(const std::shared_ptr<const HrtfResponses>& responses,
                   unsigned numSources,
                   unsigned blockSize,
                   bool isNearfield = false);

@@ -35,8 +35,8 @@ HrtfSpectralBank::HrtfSpectralBank(const HrtfResponses& responses,
       fft_(2 * partition_),
       filterSpectra_(2 * responses.NumPoints() * numPartitions_ * stride_),
       voices_(numVoices, Voice{{Fade(responses.Format().rateHz), Fade(responses.Format().rateHz)}}),
-      heard_(hasDelays_ ? 2 * numVoices * windowLength_ : 0),
-      inputSpectra_((hasDelays_ ? 2 : 1) * numVoices * numPartitions_ * stride_),
+      heard_(hasDelays_ ? std::size_t{2} * numVoices * windowLength_ : 0),
+      inputSpectra_(std::size_t{hasDelays_ ? 2u : 1u} * numVoices * numPartitions_ * stride_),
       sums_(2 * stride_),
       sumAlone_(stride_),
       frame_(2 * partition_),
@@ -83,7 +83,7 @@ void HrtfSpectralBank::Wake(unsigned index, EarPoints points) noexcept TAV_NONBL
     std::fill_n(rings.im, length, 0.f);
     if (!hasDelays_) return;
     voices_[index].piece = voices_[index].end = past_;
-    std::fill_n(heard_.data() + 2 * index * windowLength_, 2 * windowLength_, 0.f);
+    std::fill_n(heard_.data() + std::size_t{2} * index * windowLength_, 2 * windowLength_, 0.f);
 }
 
 void HrtfSpectralBank::Sleep(unsigned index) noexcept TAV_NONBLOCKING {
@@ -125,7 +125,7 @@ void HrtfSpectralBank::Hear(unsigned index,
                             HrtfVoices& voices,
                             std::size_t frames) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
-    float* const windows = heard_.data() + 2 * index * windowLength_;
+    float* const windows = heard_.data() + std::size_t{2} * index * windowLength_;
     const bool isFull = voice.end + frames > windowLength_;
     for (std::size_t e = 0; e < 2; ++e) {
         float* const window = windows + e * windowLength_;
@@ -140,13 +140,13 @@ const float* HrtfSpectralBank::HeardBy(std::size_t ear,
                                        unsigned index,
                                        const HrtfVoices& voices) const noexcept TAV_NONBLOCKING {
     if (!hasDelays_) return voices.Piece(index);
-    return heard_.data() + (2 * index + ear) * windowLength_ + voices_[index].piece;
+    return heard_.data() + (std::size_t{2} * index + ear) * windowLength_ + voices_[index].piece;
 }
 
 std::size_t HrtfSpectralBank::PlaceOf(std::size_t ear,
                                       unsigned index,
                                       std::size_t partition) const noexcept TAV_NONBLOCKING {
-    const std::size_t ring = hasDelays_ ? 2 * index + ear : index;
+    const std::size_t ring = hasDelays_ ? std::size_t{2} * index + ear : index;
     return (ring * numPartitions_ + (newest_ + partition) % numPartitions_) * stride_;
 }
 

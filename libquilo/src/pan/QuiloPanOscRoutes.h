@@ -65,8 +65,8 @@ std::span<const OscParts> PanOscRouteParts();
 /// A number as an address writes it; nothing when there is anything else.
 inline std::optional<unsigned> OscNumber(std::string_view part) noexcept {
     unsigned number = 0;
-    const char* const end = part.data() + part.size();
-    const auto [last, error] = std::from_chars(part.data(), end, number);
+    const char *const begin = part.data(), *const end = begin + part.size();
+    const auto [last, error] = std::from_chars(begin, end, number);
     if (error != std::errc() || last != end) return std::nullopt;
     return number;
 }

@@ -44,6 +44,7 @@ void SubwoofersPanning::ProcessToHost(const tav::HostDrain& host,
                                       float* const* outputs,
                                       const float* const* inputs,
                                       unsigned frames) noexcept TAV_NONBLOCKING {
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the base class in between is what must not run
     AudioProcessorBase::ProcessToHost(host, outputs, inputs, frames);
 }
 
