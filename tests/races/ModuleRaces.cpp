@@ -122,7 +122,8 @@ Fault ObjectOutlivesAHost(const std::string& arguments) {
 }  // namespace
 
 Fault ObjectsOutliveAHost() {
-    for (const char* arguments : {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d", "2 2 binaural"}) {
+    for (const char* arguments :
+         {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d", "2 2 binaural", "2 2 binaural continuous"}) {
         const Fault fault = ObjectOutlivesAHost(arguments);
         if (!fault.empty()) return arguments + (": " + fault);
     }
