@@ -39,7 +39,7 @@ void Start() {
 bool IsValid(Socket socket) { return socket != INVALID_SOCKET; }
 void NeverWait(Socket socket) {
     u_long on = 1;
-    ioctlsocket(socket, FIONBIO, &on);
+    ioctlsocket(socket, static_cast<long>(FIONBIO), &on);
 }
 void Close(Socket socket) { closesocket(socket); }
 

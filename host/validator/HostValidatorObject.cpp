@@ -89,6 +89,15 @@ std::vector<t_atom> AnyAtoms(Random& random) {
     return atoms;
 }
 
+/// What would be the size and the address of a packet becomes that of these bytes: an address is
+/// trusted, in Max as well.
+void PointTo(const std::string& bytes, std::vector<t_atom>& atoms) {
+    if (atoms.size() < 2 || atoms[1].a_type != A_LONG) return;
+    atom_setlong(&atoms[0], static_cast<t_atom_long>(bytes.size()));
+    atom_setlong(&atoms[1],
+                 static_cast<t_atom_long>(reinterpret_cast<std::intptr_t>(bytes.data())));
+}
+
 }  // namespace
 
 void CheckThatItSounds(Validation& v) {
@@ -188,7 +197,10 @@ void CheckMessages(Validation& v) {
         v.bench.Send(v.Sensible(name));
         std::string why = v.Faults(3);
         for (int k = 0; k < 60 && why.empty(); ++k) {
-            const std::vector<t_atom> atoms = AnyAtoms(v.random);
+            std::vector<t_atom> atoms = AnyAtoms(v.random);
+            std::string bytes(v.random.Below(300), '/');
+            for (char& byte : bytes) byte = static_cast<char>(v.random.Below(256));
+            if (name == "FullPacket") PointTo(bytes, atoms);
             v.bench.Send(name, atoms);
             why = v.Faults(1);
             if (!why.empty()) why += " after " + HostApi::AtomText(atoms).substr(0, 200);

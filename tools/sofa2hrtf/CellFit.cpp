@@ -18,7 +18,7 @@ namespace {
 using Complex = std::complex<double>;
 using Row = std::vector<double>;
 
-constexpr std::size_t kNumPoints = 128;
+constexpr std::size_t kGridSize = 128;
 constexpr double kLargestRadius = 0.985;
 constexpr double kDbPerNeper = 8.685889638065037;
 constexpr double kLeastPower = 1e-14;
@@ -69,9 +69,9 @@ private:
 Row PointsOfHearing(double lowestHz, double highestHz) {
     const auto bark = [](double hz) { return 26.81 * hz / (1960.0 + hz) - 0.53; };
     const auto back = [](double z) { return 1960.0 * (z + 0.53) / (26.28 - z); };
-    Row points(kNumPoints);
-    for (std::size_t k = 0; k < kNumPoints; ++k) {
-        const double part = static_cast<double>(k) / (kNumPoints - 1);
+    Row points(kGridSize);
+    for (std::size_t k = 0; k < kGridSize; ++k) {
+        const double part = static_cast<double>(k) / (kGridSize - 1);
         points[k] = back(std::lerp(bark(lowestHz), bark(highestHz), part));
     }
     return points;
@@ -189,7 +189,7 @@ public:
             }
         }
         const Row misses = MissesOf(parameters_);
-        for (const double miss : misses) parameters_[0] += miss / kNumPoints;
+        for (const double miss : misses) parameters_[0] += miss / kGridSize;
     }
 
     void Run() {
@@ -225,7 +225,7 @@ public:
                                  f(pole.radius * pole.radius)});
         }
         const Row misses = MissesOf(parameters_);
-        fit.rmsDb = std::sqrt(SumOfSquares(misses) / kNumPoints);
+        fit.rmsDb = std::sqrt(SumOfSquares(misses) / kGridSize);
         for (const double miss : misses) fit.worstDb = std::max(fit.worstDb, std::abs(miss));
         return fit;
     }
@@ -256,8 +256,8 @@ private:
     };
 
     Row MissesOf(const Row& p) const {
-        Row misses(kNumPoints);
-        for (std::size_t k = 0; k < kNumPoints; ++k) {
+        Row misses(kGridSize);
+        for (std::size_t k = 0; k < kGridSize; ++k) {
             double numerator = 1.0, denominator = 1.0;
             for (std::size_t i = 0; i < 2 * numCells_; ++i) {
                 const Distances d(p[1 + 2 * i], p[2 + 2 * i], turns_[k]);
@@ -272,7 +272,7 @@ private:
     Row Step(const Row& misses, double damping) const {
         const std::size_t n = parameters_.size();
         Row normal(n * n), right(n), slopes(n);
-        for (std::size_t k = 0; k < kNumPoints; ++k) {
+        for (std::size_t k = 0; k < kGridSize; ++k) {
             slopes[0] = 1.0;
             for (std::size_t i = 0; i < 2 * numCells_; ++i) {
                 const double r = parameters_[1 + 2 * i];
