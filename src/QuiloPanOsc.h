@@ -4,9 +4,8 @@
 //
 //   what arrives                 goes
 //   positions, spreads, mutes    through the queue of the engine to the next block of audio
-//   what takes long or calls     as errands to the main thread, in their order: loudspeakers,
-//   files,
-//     Max                        attributes, rates, presets
+//   what takes long, or calls    as errands to the main thread, in their order: files, rates,
+//     Max                        loudspeakers, attributes, presets
 //   in the audio interrupt       short packets straight to the queue; others are kept as letters
 //   anything while audio is off  is carried out where it arrives
 #pragma once

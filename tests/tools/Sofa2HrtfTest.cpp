@@ -106,7 +106,9 @@ TEST(Sofa2Hrtf, KeepsWhereThingsAreAndEveryTap) {
     const tav::CartesianVector places[] = {{0, 1.4f, 0}, {-1.4f, 0, 0}, {0, 0, 1.4f}, {1.4f, 0, 0}};
     // What is taken off in front is the same for all.
     std::size_t first = 0;
-    while (file.responses[kTaps * 2 + first] != set.points[1].filters(0, 0)) ++first;
+    while (first < kTaps && file.responses[kTaps * 2 + first] != set.points[1].filters(0, 0))
+        ++first;
+    ASSERT_LT(first, kTaps);
     for (std::size_t p = 0; p < 4; ++p) {
         const tav::CartesianVector& at = set.points[p].position;
         EXPECT_LT(std::hypot(at.x - places[p].x, at.y - places[p].y, at.z - places[p].z), 1e-6f);

@@ -9,7 +9,7 @@ import unittest
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parents[2]
-FOLDERS = ("/home/someone/quilo", "/src/host", "/work/c++ (copy) [1]/src", "/host/a|b/$x^")
+FOLDERS = ("/home/someone/quilo", "/src/host", "/build/c++ (copy) [1]/src", "/host/a|b/$x^")
 CHECKED = ("host/api/ApiFiles.h", "src/max/VelkMaxFiles.h", "libvelkdsp/src/math/VelkDspMatrix.h")
 OTHERS = ("maxapi/ext.h", "tests/src/PanBox.h", "build/lint/generated/QuiloProject.h")
 

@@ -99,7 +99,7 @@ class Checker:
         names = f"{first.get('text', first['maxclass'])!r} to {last.get('text', last['maxclass'])!r}"
         if outlet >= len(first.get("outlettype", [])) or inlet >= last["numinlets"]:
             return self.fault(where, f"the cord from {names} has no outlet or no inlet")
-        takes_signals = last["maxclass"] in ("ezdac~", "meter~") or last.get("text", "").split()[0].endswith("~")
+        takes_signals = last["maxclass"] in ("ezdac~", "meter~") or last.get("text", " ").split(" ")[0].endswith("~")
         if first["outlettype"][outlet] == "signal" and not takes_signals:
             self.fault(where, f"the cord from {names} carries a signal to where none is taken")
         if first["outlettype"][outlet] != "signal" and last.get("text", "").startswith(CLASS) and inlet != 0:

@@ -44,9 +44,11 @@ class Host:
     def ask(self, box):
         """The reference page that an object writes of itself, as an element tree, and the values of its
         attributes, as words by name."""
+        page = self.folder / f"{CLASS}.maxref.xml"
+        page.unlink(missing_ok=True)
         lines = self.run(f"object {box}", "generatexml", "dump")
         words = (shlex.split(line.removeprefix("outlet: ")) for line in lines if line.startswith("outlet: "))
-        return ET.parse(self.folder / f"{CLASS}.maxref.xml").getroot(), {word[0]: word[1:] for word in words}
+        return ET.parse(page).getroot(), {word[0]: word[1:] for word in words}
 
 
 @dataclass

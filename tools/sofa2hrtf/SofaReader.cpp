@@ -104,10 +104,12 @@ public:
                std::to_string(*counts.begin()));
     }
     /// Triplet `index` of positions, in the frame of SOFA: x ahead, y left, z up.
-    std::array<double, 3> Position(std::size_t index) const {
-        const auto v = Values().subspan(3 * index, 3);
-        const double a = static_cast<double>(v[0]), b = static_cast<double>(v[1]);
-        const double c = static_cast<double>(v[2]);
+    /// @param stride  from one number of a triplet to the next
+    std::array<double, 3> Position(std::size_t index, std::size_t stride = 1) const {
+        const auto number = [&](std::size_t k) {
+            return static_cast<double>(Values()[(3 * index + k) * stride]);
+        };
+        const double a = number(0), b = number(1), c = number(2);
         const std::string type = AttributeOf(array_.attributes, "Type");
         if (type == "cartesian") return {a, b, c};
         if (type != "spherical") Refuse("has the coordinate type \"" + type + "\"");
@@ -183,7 +185,10 @@ private:
     std::size_t LeftReceiver() const {
         const Field receivers("ReceiverPosition", hrtf_.ReceiverPosition);
         receivers.ExpectCount({6, std::size_t{6} * hrtf_.M});
-        const double first = receivers.Position(0)[1], second = receivers.Position(1)[1];
+        // Dimensions R, C and I or M, the last one running fastest; those of the first measurement.
+        const std::size_t stride = receivers.Values().size() / 6;
+        const double first = receivers.Position(0, stride)[1];
+        const double second = receivers.Position(1, stride)[1];
         if (first == second) receivers.Refuse("tells no left ear: both have the same y");
         return first > second ? 0 : 1;
     }
@@ -204,6 +209,9 @@ private:
         }
         const std::size_t left = LeftReceiver();
         const std::size_t length = hrtf_.N + static_cast<std::size_t>(std::ceil(longest));
+        if (2.0 * hrtf_.M * static_cast<double>(length) > kMostNumbers) {
+            Fail("Data.IR with the delays of Data.Delay is too large");
+        }
         std::set<std::pair<long, long>> seen;
         for (std::size_t m = 0; m < hrtf_.M; ++m) {
             const auto p = sources.Position(m);

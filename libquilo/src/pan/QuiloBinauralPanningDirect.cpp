@@ -17,7 +17,6 @@ constexpr std::uint32_t kNoPoint = ~std::uint32_t{0};
 constexpr float kWarmUpMs = 10.f;  // of a new set, before it is heard
 constexpr float kShortestChangeMs = 20.f;
 constexpr float kLongestCrossfadeMs = 10000.f;
-constexpr unsigned kPiece = 512;  // for outputs that nobody hears
 
 bool IsForTwoEars(const HrtfData& set) {
     using enum Hrtfs::FilterType;
@@ -35,8 +34,7 @@ BinauralPanningDirect::BinauralPanningDirect(unsigned numInputs, unsigned numOut
     : BinauralPanning(numInputs, numOutputs),
       set_(Pan::GetHrtf()),
       points_(numInputs, kNoPoint),
-      inputs_(numInputs),
-      unwanted_{std::vector<float>(kPiece), std::vector<float>(kPiece)} {}
+      inputs_(numInputs) {}
 
 // ---- Control
 
@@ -129,7 +127,7 @@ void BinauralPanningDirect::ApplyReset() {
 
 void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool force) {
     if (newest_ == nullptr) return;
-    if (!IsInAudio()) bundles_.FreeRetired();
+    FreeRetired();
     const tav::CartesianVector position = RelativePosition(index);
     if (!force && set_->IsSurelyNearest(points_[index], position)) return;
     const HrtfPoint* const point = set_->NearestPoint(position);
@@ -245,9 +243,9 @@ void BinauralPanningDirect::Perform(float* const* outputs,
     if (bundles_.Live() == nullptr && bundles_.Incoming() == nullptr) return;
     for (unsigned i = 0; i < NumInputs(); ++i) inputs_[i] = InputActive(i) ? inputs[i] : nullptr;
     for (unsigned done = 0; done < frames;) {
-        unsigned count = std::min(frames - done, kPiece);
+        unsigned count = frames - done;
         for (const Bundle* bundle : {bundles_.Live(), bundles_.Incoming()}) {
-            if (bundle != nullptr) count = std::min(frames - done, bundle->rendering->BlockSize());
+            if (bundle != nullptr) count = std::min(count, bundle->rendering->BlockSize());
         }
         EarPointers ears;
         for (unsigned e = 0; e < 2; ++e) {
@@ -263,9 +261,14 @@ void BinauralPanningDirect::TakeBundle() noexcept TAV_NONBLOCKING {
     const bool isFirst = !std::exchange(hasPlayed_, true);
     if (!bundles_.TakeNext()) return;
     const Bundle& incoming = *bundles_.Incoming();
-    if (incoming.atOnce || isFirst) return bundles_.Finish();
     const HrtfResponses& responses = incoming.rendering->Responses();
     const float rate = responses.Format().rateHz;
+    // What was made for another rate or block size cannot fade; audio stood still since then.
+    const Bundle* const live = bundles_.Live();
+    const bool fits =
+        live == nullptr || (live->rendering->BlockSize() == incoming.rendering->BlockSize() &&
+                            live->rendering->Responses().Format().rateHz == rate);
+    if (incoming.atOnce || isFirst || !fits) return bundles_.Finish();
     const auto longest = static_cast<unsigned>(responses.AreCells() ? 0 : responses.MaxTaps());
     changeFrames_ = 0;
     changeStart_ = std::max(Frames(kWarmUpMs, rate), longest);

@@ -81,7 +81,10 @@ protected:
     HrtfRendering* Rendering() TAV_REQUIRES(controlLock_) {
         return newest_ != nullptr ? newest_->rendering.get() : nullptr;
     }
-    void FreeRetired() TAV_REQUIRES(controlLock_) { bundles_.FreeRetired(); }
+    /// The audio thread, which may be here for an OSC message, leaves it to others.
+    void FreeRetired() TAV_REQUIRES(controlLock_) {
+        if (!IsInAudio()) bundles_.FreeRetired();
+    }
     const Hrtf& Set() const TAV_REQUIRES(controlLock_) { return *set_; }
     float GlideMs() const TAV_REQUIRES(controlLock_) { return glideMs_; }
     /// What the delays of the ears are multiplied by.
@@ -145,7 +148,6 @@ private:
     unsigned changeStart_ = 0;   // frames until it is heard
     unsigned changeLength_ = 0;  // frames of the fade
     std::vector<const float*> inputs_;
-    std::array<std::vector<float>, 2> unwanted_;  // what unconnected outputs would get
 };
 
 /// One load of a set, in steps for a caller with a lock of its own: only Read takes long. Of loads

@@ -64,7 +64,7 @@ bool BinauralPanningNearfield::IsOn(Switch which) const {
 void BinauralPanningNearfield::SetRadius(float metres) {
     const ControlGuard guard(controlLock_);
     if (!std::isfinite(metres)) return;
-    const float clamped = std::max(metres, kSmallestRadius);
+    const float clamped = std::clamp(metres, kSmallestRadius, kLargestRadius);
     if (std::exchange(radius_, clamped) != clamped) RecomputeSources();
 }
 

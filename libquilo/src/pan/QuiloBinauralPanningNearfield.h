@@ -20,6 +20,7 @@ namespace Quilo {
 class BinauralPanningNearfield final : public BinauralPanningDirect {
 public:
     static constexpr float kSmallestRadius = 0.2f;  // metres
+    static constexpr float kLargestRadius = 100.f;  // beyond any ear's reach
 
     /// What a user may leave out; all is on at first.
     enum class Switch : std::uint8_t {
@@ -38,7 +39,7 @@ public:
 
     void SetSwitch(Switch which, bool on);
     bool IsOn(Switch which) const;
-    /// @param metres  at least kSmallestRadius; not finite: ignored
+    /// @param metres  clamped to kSmallestRadius .. kLargestRadius; not finite: ignored
     void SetRadius(float metres);
     float Radius() const;
 

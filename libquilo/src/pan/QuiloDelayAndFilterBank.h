@@ -2,13 +2,12 @@
 // Sources on paths to two ears: delays, first-order sections and gains in place of measured
 // filters.
 //
-//   what              one per           written by, when
-//   Target            source            control, at any time; audio takes it at the start of a
-//   block Corners           bank              likewise HrtfVoices        bank              audio:
-//   gains by which sources are muted, delays, memory Voice             source            audio:
-//   gains and shadows of its paths, as ramps Group             16 sources        audio:
-//   coefficients and states of their sections, a source
-//                                       a lane, whatever the sources do
+//   what         one per      written by
+//   Target       source       control, at any time; audio takes it at the start of a block
+//   Corners      bank         likewise
+//   HrtfVoices   bank         audio: gains by which sources are muted, delays, memory
+//   Voice        source       audio: gains and shadows of its paths, as ramps
+//   Group        16 sources   audio: coefficients and states of their sections, one lane a source
 #pragma once
 
 #include "kernels/VelkDspBinauralKernels.h"

@@ -13,7 +13,7 @@ namespace {
 constexpr unsigned kShortestPartition = 64;
 constexpr unsigned kLongestPartition = 512;
 constexpr std::size_t kFewestTaps = 128;
-constexpr std::size_t kSlack = kLongestPartition;  // samples until a window is moved
+constexpr std::size_t kWindowSlack = kLongestPartition;  // samples until a window is moved
 
 }  // namespace
 
@@ -31,7 +31,7 @@ HrtfSpectralBank::HrtfSpectralBank(const HrtfResponses& responses,
       numPartitions_((responses.MaxTaps() + partition_ - 1) / partition_),
       past_(numPartitions_ * partition_),
       hasDelays_(responses.NeedDelays()),
-      windowLength_(past_ + kSlack),
+      windowLength_(past_ + kWindowSlack),
       fft_(2 * partition_),
       filterSpectra_(2 * responses.NumPoints() * numPartitions_ * stride_),
       voices_(numVoices, Voice{{Fade(responses.Format().rateHz), Fade(responses.Format().rateHz)}}),

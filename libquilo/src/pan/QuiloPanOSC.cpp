@@ -203,7 +203,7 @@ bool PanOSCReceiver::EnqueueInAudio(std::span<const std::byte> packet,
 // no memory, which the tests of all panners see to.
 void PanOSCReceiver::TakeInAudio(unsigned frames) noexcept TAV_NONBLOCKING TAV_UNCHECKED {
     OscQueue* const queue = queue_.load(std::memory_order_acquire);
-    if (queue == nullptr || queue->IsEmpty() || !pan_.controlLock_.TryLock()) return;
+    if (queue == nullptr || !pan_.controlLock_.TryLock()) return;
     pan_.isInAudio_ = true;
     queue->RunInAudio(kCommandsPerFrame * frames, [this](const OscCommand& command) noexcept {
         PanOscRoutes()[command.route].run(pan_, *this, command);

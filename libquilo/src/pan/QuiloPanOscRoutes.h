@@ -72,7 +72,7 @@ inline std::optional<unsigned> OscNumber(std::string_view part) noexcept {
 }
 
 /// Finds what one message is about. `Sink` has Command(const OscCommand&) and
-/// Errand(const PanOscRoute&, const OscMessageView&).
+/// Errand(std::size_t row, const OscMessageView&).
 /// @tparam kPatterns  whether address patterns are looked at; that takes memory
 template <bool kPatterns, class Sink>
 class PanOscResolver {
@@ -183,11 +183,12 @@ private:
 
     /// Whether a position says where the source is, wherever it was; a spread or a mute always
     /// does.
-    static bool IsAbsolute(Format format, bool isPosition) noexcept {
+    /// @param isReference  what later positions refer to, so that each one counts
+    static bool IsAbsolute(Format format, bool isPosition, bool isReference) noexcept {
         constexpr Format kWhole[] = {Format::Xyz, Format::Xy,     Format::Ade,
                                      Format::Aed, Format::Ae,     Format::Ad,
                                      Format::Az,  Format::Quilo3, Format::Wfs};
-        if (!isPosition && format == Format::None) return true;
+        if (!isPosition && format == Format::None) return !isReference;
         return std::find(std::begin(kWhole), std::end(kWhole), format) != std::end(kWhole);
     }
 
@@ -200,8 +201,10 @@ private:
             isPosition ? kNumbers.substr(0, tav::Coordinates::NumValues(format)) : route.arguments;
         const std::size_t count = message_.tags.size();
         if (count < wanted.size() || (count > wanted.size() && !isPosition)) return false;
-        tav::OscCommand command{static_cast<std::uint16_t>(k), static_cast<std::uint16_t>(subject),
-                                static_cast<std::uint16_t>(format), IsAbsolute(format, isPosition)};
+        tav::OscCommand command{
+            static_cast<std::uint16_t>(k), static_cast<std::uint16_t>(subject),
+            static_cast<std::uint16_t>(format),
+            IsAbsolute(format, isPosition, route.address.starts_with("/adm/config/"))};
         tav::OscReader reader(message_.arguments);
         for (std::size_t i = 0; i < wanted.size(); ++i) {
             tav::OscValue value;

@@ -14,6 +14,9 @@
 namespace tav {
 namespace {
 
+/// A file is read whole; this is some fifteen hours.
+constexpr std::uint64_t kMostMp3FileBytes = std::uint64_t{2} << 30;
+
 constexpr std::size_t kMostRubbish = 262144;  // bytes before the first frame
 constexpr std::size_t kDecoderDelay = 529;    // of hybrid and polyphase filter bank, in samples
 
@@ -108,7 +111,9 @@ private:
     bool FindFreeLength(std::size_t at) noexcept {
         const std::size_t padding = first_.NumBytes();
         const std::size_t most = std::min(kMostMp3FrameBytes, bytes_.size() - at);
-        for (std::size_t length = Mp3Header::kNumBytes + padding + 1; length < most; ++length) {
+        const std::size_t least =
+            Mp3Header::kNumBytes + padding + (first_.layer == 3 ? first_.NumSideBytes() : 8);
+        for (std::size_t length = least; length < most; ++length) {
             const auto second = HeaderAt(at + length);
             if (!second || !second->Continues(first_)) continue;
             freeBytes_ = length - padding;
@@ -195,6 +200,7 @@ void CopySound(const std::array<std::vector<float>, 2>& decoded,
 }  // namespace
 
 AudioBuffer ReadMp3(ByteSource& source, AudioFileInfo& info) {
+    if (source.Size() > kMostMp3FileBytes) source.Fail("is too large for an MP3 file");
     source.Seek(0);
     const ByteBlock file = source.Take(static_cast<std::size_t>(source.Size()));
     const Bytes bytes = WithoutTags(file);

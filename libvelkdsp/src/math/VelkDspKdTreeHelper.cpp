@@ -204,7 +204,7 @@ void KdTreeHelper::Nearest(const CartesianVector& query,
 }
 
 std::size_t KdTreeHelper::NearestIndex(const CartesianVector& query) const noexcept {
-    std::size_t nearest[1];
+    std::size_t nearest[1] = {0};  // for a query that is no number
     Search(*this, {query.x, query.y, query.z}, nearest).Run();
     return Search::IndexOf(nearest[0]);
 }

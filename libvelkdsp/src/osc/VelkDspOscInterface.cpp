@@ -4,18 +4,42 @@
 #include "osc/VelkDspOscPreset.h"
 #include "text/VelkDspException.h"
 
+#include <atomic>
 #include <optional>
 
 namespace tav {
+
+namespace {
+
+/// A preset that loads presets could load itself without end.
+class LoadingScope {
+public:
+    LoadingScope(std::atomic<bool>& isLoading, const std::string& name) : isLoading_(isLoading) {
+        if (isLoading_.exchange(true)) throw Exception(name + ": a preset loads no other");
+    }
+    LoadingScope(const LoadingScope&) = delete;
+    LoadingScope& operator=(const LoadingScope&) = delete;
+    ~LoadingScope() { isLoading_ = false; }
+
+private:
+    std::atomic<bool>& isLoading_;
+};
+
+Exception NotForThisObject(const OSCMessage& message) {
+    return Exception(message.AddressText() + " is not for this object");
+}
+
+}  // namespace
 
 void OscInterface::ExportPreset(const std::filesystem::path& file) const {
     SaveOscPreset(file, OscState());
 }
 
 void OscInterface::LoadPreset(const std::filesystem::path& file) {
-    const OSCBundle preset = LoadOscPreset(file);
     const std::u8string name8 = file.u8string();
     const std::string name(name8.begin(), name8.end());
+    const LoadingScope scope(isLoading_, name);
+    const OSCBundle preset = LoadOscPreset(file);
     int number = 0;
     preset.ForEachMessage([&](const OSCMessage& message) {
         ++number;
@@ -27,12 +51,12 @@ void OscInterface::LoadPreset(const std::filesystem::path& file) {
         }
         if (isAccepted) return;
         throw Exception(name + ": message " + std::to_string(number) + ": " +
-                        message.AddressText() + " is not for this object");
+                        NotForThisObject(message).Message());
     });
     std::optional<Exception> first;
     preset.ForEachMessage([&](const OSCMessage& message) {
         try {
-            ProcessOsc(message);
+            if (!ProcessOsc(message)) throw NotForThisObject(message);
         } catch (const Exception& refusal) {
             if (!first) first = refusal;
         }

@@ -5,6 +5,7 @@
 #include "osc/VelkDspOscBundle.h"
 #include "osc/VelkDspOscReader.h"
 
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -40,7 +41,8 @@ public:
     /// The whole state as messages that ProcessOsc takes.
     virtual OSCBundle OscState() const = 0;
 
-    /// Carries out all messages of a preset, or none when one of them is not for this object.
+    /// Carries out all messages of a preset, or none when one of them is not for this object. A
+    /// preset that loads another one is refused there.
     /// Throws: tav::Exception that names the file; the first one of the messages, after the last.
     void LoadPreset(const std::filesystem::path& file);
     /// Writes the whole state.  Throws: tav::Exception that names the file.
@@ -48,8 +50,9 @@ public:
 
 protected:
     OscInterface() = default;
-    OscInterface(const OscInterface&) = default;
-    OscInterface& operator=(const OscInterface&) = default;
+
+private:
+    std::atomic<bool> isLoading_ = false;
 };
 
 // ---- Arguments

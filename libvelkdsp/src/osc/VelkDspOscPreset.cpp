@@ -16,6 +16,7 @@ namespace tav {
 namespace {
 
 constexpr std::string_view kBegin = "/preset/begin";
+constexpr std::uintmax_t kMostPresetBytes = std::uintmax_t{64} << 20;
 
 struct PresetFormatRow {
     std::string_view extension;
@@ -127,13 +128,20 @@ void SaveOscPreset(const std::filesystem::path& file, const OSCBundle& state) {
 
 OSCBundle LoadOscPreset(const std::filesystem::path& file) {
     const OscPresetFormat format = FormatOrThrow(file);
+    std::error_code fault;
+    if (!std::filesystem::is_regular_file(file, fault)) {
+        throw Exception(NameOf(file) + ": the preset cannot be read");
+    }
+    if (std::filesystem::file_size(file, fault) > kMostPresetBytes) {
+        throw Exception(NameOf(file) + ": the preset is larger than 64 MiB");
+    }
     std::ifstream stream(file, std::ios::binary);
     const std::string content((std::istreambuf_iterator<char>(stream)), {});
     if (!stream) throw Exception(NameOf(file) + ": the preset cannot be read");
     try {
         return ReadOscPreset(content, format);
-    } catch (const Exception& fault) {
-        throw Exception(NameOf(file) + ": " + fault.Message());
+    } catch (const Exception& refusal) {
+        throw Exception(NameOf(file) + ": " + refusal.Message());
     }
 }
 

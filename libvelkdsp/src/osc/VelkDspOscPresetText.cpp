@@ -107,15 +107,15 @@ public:
 
     OSCArgument WordValue(std::string_view word) const {
         if (word == "true" || word == "false") return OSCArgument(word == "true");
-        const char* const end = word.data() + word.size();
+        const char *const begin = word.data(), *const end = begin + word.size();
         std::int64_t integer = 0;
-        if (const auto read = std::from_chars(word.data(), end, integer);
+        if (const auto read = std::from_chars(begin, end, integer);
             read.ec == std::errc() && read.ptr == end) {
             const bool isShort = integer == static_cast<std::int32_t>(integer);
             return isShort ? OSCArgument(static_cast<std::int32_t>(integer)) : OSCArgument(integer);
         }
         float number = 0.f;
-        const auto read = std::from_chars(word.data(), end, number);
+        const auto read = std::from_chars(begin, end, number);
         if (read.ec != std::errc() || read.ptr != end || !std::isfinite(number)) {
             Fail("'" + std::string(word) + "' is no value");
         }
@@ -294,8 +294,9 @@ std::string WriteXmlPreset(const OSCBundle& messages) {
                 continue;
             }
             const bool isText = tag == "s";
-            text += '<' + tag + '>' + (isText ? Escape(value.String()) : ValueText(value)) + "</" +
-                    tag + '>';
+            text.append("<").append(tag).append(">");
+            text += isText ? Escape(value.String()) : ValueText(value);
+            text.append("</").append(tag).append(">");
         }
         text += "</message>\n";
     });

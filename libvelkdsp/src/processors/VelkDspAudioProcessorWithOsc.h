@@ -27,7 +27,8 @@ public:
                      unsigned frames,
                      bool mute,
                      bool bypass) noexcept TAV_NONBLOCKING override {
-        TakeOsc(frames);
+        // Otherwise Process, which comes next, does it.
+        if (mute || bypass || Mute() || Bypass()) TakeOsc(frames);
         AudioProcessorWithAutoMute::ProcessHost(outputs, inputs, frames, mute, bypass);
     }
 

@@ -147,12 +147,6 @@ public:
         return PutInto(fromAudio_.box, commands);
     }
 
-    /// Whether Run may find something.  Thread: the runner.
-    bool IsEmpty() const noexcept TAV_NONBLOCKING {
-        return taken_.IsDone() && fromAudio_.IsDone() &&
-               !isPending_.load(std::memory_order_acquire);
-    }
-
     /// Calls `run(command)` for at most `most` commands in their order; the rest is for the next
     /// time. What cannot be had without waiting stays where it is.  Thread: audio.
     template <class Run>

@@ -4,6 +4,7 @@
 #include "hrtf/QuiloNearfieldCompensationFilters.h"
 #include "libquilo/hrtf/HrtfFiles.h"
 #include "reference/PlainSphere.h"
+#include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
 
@@ -64,7 +65,8 @@ std::vector<double> CellOf(const NearfieldShelf& shelf) {
 TEST(NearfieldCompensationFilters, ComeFromAFileForOneEarOrTwo) {
     const NearfieldShelf shelves[] = {
         {6.f, -3.f, 900.f}, {-2.f, 4.f, 1800.f}, {1.f, 1.5f, 400.f}, {0.f, -9.f, 3000.f}};
-    const auto file = (std::filesystem::path(testing::TempDir()) / "shelves.near").generic_string();
+    const Tests::TemporaryFolder folder;
+    const std::string file = (folder / "shelves.near").generic_string();
     const auto load = [&](unsigned numChannels, const char* dataType) {
         HrtfFileContent set = SmallCellSet();
         set.infos["DataType"] = dataType;
