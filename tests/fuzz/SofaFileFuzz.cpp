@@ -16,7 +16,7 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size < 16) return 0;
+    if (size < 20) return 0;
     // Sizes first, then one pool of numbers that all fields begin in.
     const auto byte = [&](std::size_t at) { return static_cast<unsigned>(data[at]); };
     std::vector<float> pool((size - 16) / 4);
