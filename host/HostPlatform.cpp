@@ -186,9 +186,11 @@ bool CalledByModule() {
     const int count = backtrace(frames, static_cast<int>(std::size(frames)));
     std::string_view name;
     const void* const program = BaseOf(reinterpret_cast<const void*>(&CalledByModule), name);
+    bool isInside = true;  // a sanitizer stands in for backtrace, and above everything else
     for (int k = 0; k < count; ++k) {
         const void* const base = BaseOf(frames[k], name);
-        if (base == program || name.find("libstdc++") != name.npos) continue;
+        if (base == program) isInside = false;
+        if (isInside || base == program || name.find("libstdc++") != name.npos) continue;
         return base == moduleBase;
     }
     return false;
