@@ -53,13 +53,16 @@ private:
 
     void ReadDs64(std::uint64_t size) {
         if (size < kDs64Bytes) source_.Fail("the ds64 chunk is too small");
-        dataBytes_ = GetLittleEndian<std::uint64_t>(Bytes(source_.Take(kDs64Bytes)).subspan(8));
+        const ByteBlock sizes = source_.Take(kDs64Bytes);
+        const auto wholeBytes = GetLittleEndian<std::uint64_t>(Bytes(sizes));
+        dataBytes_ = GetLittleEndian<std::uint64_t>(Bytes(sizes).subspan(8));
+        isUnfinished_ = wholeBytes == 0 && *dataBytes_ == 0;
     }
 
     /// The size of the data chunk, which may stand elsewhere or be unknown: programs that write
     /// into a pipe, or were stopped while they wrote, leave the sizes of their first moment.
     std::uint64_t SizeOfData(std::uint32_t size) const {
-        if (is64Bit_ && size == kSizeElsewhere) {
+        if (is64Bit_ && size == kSizeElsewhere && !isUnfinished_) {
             if (!dataBytes_) source_.Fail("has no ds64 chunk before its data chunk");
             return *dataBytes_;
         }
@@ -131,6 +134,7 @@ private:
     AudioFileInfo& info_;
     std::uint32_t riffBytes_ = 0;
     std::optional<std::uint64_t> dataBytes_;  // as the ds64 chunk says
+    bool isUnfinished_ = false;               // whose sizes nobody has written
     bool samplesFound_ = false;
     StoredSamples stored_;
 };

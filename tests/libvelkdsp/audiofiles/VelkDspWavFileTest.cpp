@@ -168,6 +168,7 @@ const Case kReadable[] = {
     {"RubbishBehindTheSamples", Riff(kPcm16 + kSound + "LIST" + Number(0x7FFFFFFF, 4) + "cut"), 2, kFourWordSamples},
     {"LengthUnknownInAPipe", Riff(kPcm16 + kEndless), 2, kFourWordSamples},
     {"LengthNeverWritten", "RIFF" + Number(0, 4) + "WAVE" + kPcm16 + "data" + Number(0, 4) + kFourWords, 2, kFourWordSamples},
+    {"Rf64LengthNeverWritten", Rf64(Ds64(0), kPcm16 + kEndless), 2, kFourWordSamples},
     {"DataCut", Riff(kPcm16 + kSound.substr(0, 14)), 2, {0.5f, -1.f}, 1},
     {"DataEndsInsideAFrame", Riff(kPcm16 + Chunk("data", kFourWords.substr(0, 6))), 2, {0.5f, -1.f}, 1},
     {"DataOf4GiB", Riff(kPcm16 + "data" + Number(0xFFFFFFFC, 4) + kFourWords), 2, kFourWordSamples, 0x3FFFFFFF - 2},
