@@ -6,6 +6,7 @@
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainFourier.h"
 #include "reference/PlainSphere.h"
+#include "support/HostProgram.h"
 
 #include <gtest/gtest.h>
 
@@ -163,6 +164,28 @@ TEST(BinauralPanningNearfield, EverySwitchChangesOneThing) {
             }
         }
     }
+}
+
+// Nearness delays the far ear as much whether the set has delays or holds them in its responses.
+TEST(BinauralPanningNearfield, DelaysAreCorrectedForEverySet) {
+    const Tests::TemporaryFolder folder;
+    const std::string finite = (folder / "ears.hrtf").generic_string();
+    Tests::WriteText(finite, SmallFirSet().Bytes());
+    const auto growth = [](const std::string& set) {
+        double lead[2];
+        for (const bool on : {false, true}) {
+            BinauralPanningNearfield pan(1, 2);
+            EXPECT_TRUE(pan.LoadHrtf(set));
+            SetAll(pan, false);
+            pan.SetSwitch(Switch::DelaysCorrection, on);
+            const Spectra ears = AnswersOf(Place(pan, 90.f, 0.25f));
+            lead[on] = LatenessOf(ears[0]) - LatenessOf(ears[1]);
+        }
+        return lead[1] - lead[0];
+    };
+    const double ofCells = growth("kemar");
+    EXPECT_GT(ofCells, 1.0);  // samples
+    EXPECT_NEAR(growth(finite), ofCells, 0.05);
 }
 
 // The direction in which an ear sees a source at its side is not that in which the head does.
