@@ -6,18 +6,13 @@
 
 For each law one object is made, a source with a constant signal goes once round the listener in steps
 of 2 degrees, and what has settled at the outlets after each step is drawn: docs/polar/NAME.svg and
-docs/gallery.md. Laws that the module does not have yet are left out, with a line that says so.
+docs/gallery.md.
 """
-import argparse
 import array
 import math
-import subprocess
-import sys
-import tempfile
-import wave
-from pathlib import Path
 
-from wav_samples import read_float_wav
+from played import play
+from svg import FAINT, GREY, LIGHT, drawing_options, headline, page, text, write
 
 # name, title, what to look at, box text, statements before the turn, elevation, labels of outlets that are
 # no loudspeakers
@@ -77,25 +72,18 @@ def steps():
     return range(0, 360, STEP_DEG)
 
 
-def play(host, law, folder):
-    """(gains of each step, label and azimuth of each loudspeaker that has one); None: no such law."""
+def turn(host, law):
+    """(gains of each step, label and azimuth of each loudspeaker that has one)"""
     _, _, _, box, before, elevation, _ = law
     script = [f"object quilo.pan~ {box} @interpolationtime 0", *before, "getspeakerspositions"]
     # Settled before the first step counts: the turn begins one step late.
     script += [f"at {(k + 0.5) * FRAMES / RATE:.6f} source 1 aed {azimuth} {elevation} 1"
                for k, azimuth in enumerate([0, *steps()])]
-    (folder / "scene.txt").write_text("\n".join(script) + "\n")
-    run = subprocess.run(
-        [host, "--quiet", "--strict", "--vector", str(FRAMES), "--in", folder / "one.wav", "--out", folder / "out.wav",
-         folder / "scene.txt"], capture_output=True, text=True)
-    if run.returncode == 3:
-        return None
-    if run.returncode != 0:
-        sys.exit(run.stderr)
-    channels, _, samples = read_float_wav(folder / "out.wav")
-    gains = [[samples[((k + 2) * FRAMES - 1) * channels + c] for c in range(channels)] for k in range(360 // STEP_DEG)]
+    halves = array.array("h", [0x4000] * ((360 // STEP_DEG + 1) * FRAMES)).tobytes()
+    channels, samples, lines = play(host, script, halves, RATE, options=("--vector", str(FRAMES)))
+    gains = [[2 * samples[((k + 2) * FRAMES - 1) * channels + c] for c in range(channels)] for k in range(360 // STEP_DEG)]
     loudspeakers = []
-    for line in run.stdout.splitlines():
+    for line in lines:
         words = line.split()
         if words[0] == "layout:":
             loudspeakers.append((words[2], float(words[3])))
@@ -125,27 +113,17 @@ def curves(gains, channel, colour, top):
             yield f'<polyline points="{" ".join(spots)}" stroke="{colour}"{dashes}/>'
 
 
-def text(x, y, words, size=12, anchor="start", colour="#1f2933", weight="normal"):
-    return (f'<text x="{x:.1f}" y="{y:.1f}" font-size="{size}" text-anchor="{anchor}" fill="{colour}" '
-            f'stroke="none" font-weight="{weight}">{words}</text>')
-
-
 def draw(law, gains, loudspeakers):
     _, title, _, box, _, elevation, labels = law
     top = max(1.0, max(abs(gain) for row in gains for gain in row))
     where = f", source {elevation}° up" if elevation else ""
-    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{WIDTH}" height="{HEIGHT}" '
-             f'viewBox="0 0 {WIDTH} {HEIGHT}" font-family="Helvetica, Arial, \'DejaVu Sans\', sans-serif" '
-             'fill="none" stroke-width="2" stroke-linejoin="round">',
-             f"<title>{title}: gains over the azimuth of the source</title>",
-             '<rect width="100%" height="100%" fill="#ffffff"/>',
-             text(16, 26, title, 16, weight="bold"), text(16, 45, f"quilo.pan~ {box}{where}", 12, colour="#66727f")]
+    lines = headline(title, f"quilo.pan~ {box}{where}", 16, (26, 45))
     for part in (0.25, 0.5, 0.75, 1):
-        lines.append(f'<circle cx="{CENTRE_X}" cy="{CENTRE_Y}" r="{RADIUS * part:.1f}" stroke="#c3ccd5" stroke-width="1"/>')
-        lines.append(text(CENTRE_X + 3, CENTRE_Y - RADIUS * part + 11, f"{top * part:.3g}", 9, colour="#66727f"))
+        lines.append(f'<circle cx="{CENTRE_X}" cy="{CENTRE_Y}" r="{RADIUS * part:.1f}" stroke="{LIGHT}" stroke-width="1"/>')
+        lines.append(text(CENTRE_X + 3, CENTRE_Y - RADIUS * part + 11, f"{top * part:.3g}", 9, colour=GREY))
     for azimuth in range(0, 180, 45):
         ends = spot(azimuth, RADIUS).split(",") + spot(azimuth + 180, RADIUS).split(",")
-        lines.append('<line x1="{}" y1="{}" x2="{}" y2="{}" stroke="#e4e9ee" stroke-width="1"/>'.format(*ends))
+        lines.append('<line x1="{}" y1="{}" x2="{}" y2="{}" stroke="{}" stroke-width="1"/>'.format(*ends, FAINT))
     for channel, _ in enumerate(gains[0]):
         lines += curves(gains, channel, COLOURS[channel % len(COLOURS)], top)
     if loudspeakers:
@@ -155,55 +133,35 @@ def draw(law, gains, loudspeakers):
     else:
         for azimuth, word in ((0, "front"), (90, "right"), (180, "back"), (270, "left")):
             x, y = map(float, spot(azimuth, RADIUS + 20).split(","))
-            lines.append(text(x, y + 4, word, 11, "middle", "#66727f"))
+            lines.append(text(x, y + 4, word, 11, "middle", GREY))
     for k, name in enumerate(labels):
         y = 84 + 22 * k
         lines.append(f'<line x1="398" y1="{y}" x2="416" y2="{y}" stroke="{COLOURS[k % len(COLOURS)]}"/>')
         lines.append(text(422, y + 4, name))
-    return "\n".join(lines) + "\n</svg>\n"
+    return page(WIDTH, HEIGHT, f"{title}: gains over the azimuth of the source", lines,
+                ' stroke-width="2" stroke-linejoin="round"')
 
 
-def gallery(laws):
+def gallery():
     lines = ["<!-- Made by: tools/draw_polar_plots.py -->", "# Gallery", "",
              "How loud each outlet plays a source that goes once round the listener, for every panning law.",
              "The azimuth of the source runs clockwise from the front, the distance from the centre is the gain,",
              "dashed where it is negative. The values are those that the module itself plays:", "",
-             "    tools/draw_polar_plots.py", "",
+             "    scripts/pictures", "",
              "`nfchoa2d` and `nfchoa3d` play the gains of `hoa2d` and `hoa3d` for a source as far as the",
              "loudspeakers, and with the subtype `diffuse` a source has no direction; they are not drawn.", ""]
-    for name, title, remark, box, before, _, _ in laws:
+    for name, title, remark, box, before, _, _ in LAWS:
         lines += [f"## {title}", "", remark, "", f"    object quilo.pan~ {box}"]
         lines += [f"    {statement}" for statement in before]
         lines += ["", f"![{title}](polar/{name}.svg)", ""]
     return "\n".join(lines)
 
 
-def write_ones(name):
-    with wave.open(str(name), "wb") as f:
-        f.setparams((1, 2, RATE, 0, "NONE", ""))
-        f.writeframes(array.array("h", [0x4000] * ((360 // STEP_DEG + 1) * FRAMES)).tobytes())
-
-
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--host", default="build/release/bin/quilo-host")
-    parser.add_argument("--docs", default="docs", type=Path)
-    args = parser.parse_args()
-    (args.docs / "polar").mkdir(parents=True, exist_ok=True)
-    drawn = []
-    with tempfile.TemporaryDirectory() as name:
-        folder = Path(name)
-        write_ones(folder / "one.wav")
-        for law in LAWS:
-            played = play(args.host, law, folder)
-            if not played:
-                print(f"{law[0]}: left out, the module refuses it")
-                continue
-            gains = [[2 * gain for gain in row] for row in played[0]]  # the constant signal is 0.5
-            (args.docs / "polar" / f"{law[0]}.svg").write_text(draw(law, gains, played[1]), encoding="utf-8")
-            drawn.append(law)
-    (args.docs / "gallery.md").write_text(gallery(drawn), encoding="utf-8")
-    print(f"{len(drawn)} laws drawn into {args.docs / 'polar'}")
+    options = drawing_options(__doc__)
+    for law in LAWS:
+        write(options.docs / "polar" / f"{law[0]}.svg", draw(law, *turn(options.host, law)))
+    write(options.docs / "gallery.md", gallery())
 
 
 if __name__ == "__main__":
