@@ -48,6 +48,7 @@ private:
     void PrintAttributes(Arguments) override { object_.PrintAttributes(console_); }
     void PrintAssistance(Arguments) override { object_.PrintAssistance(console_); }
     void PrintMethods(Arguments) override { object_.PrintMethods(console_); }
+    void PrintCarriedFiles(Arguments) override { object_.PrintCarriedFiles(console_); }
     void Watch(Arguments arguments) override;
     void RunDue(Arguments) override { RunDueWork(); }
     void SendFrom(Arguments arguments) override;

@@ -107,6 +107,8 @@ constexpr DirectiveRow kDirectives[] = {
         "prints the help texts of inlets and outlets"},
     {"methods",    None,             When::OnceMade,   &Acts::PrintMethods,     "nothing",
         "prints the registered messages"},
+    {"fileusage",  None,             When::OnceMade,   &Acts::PrintCarriedFiles,"nothing",
+        "prints the files that a standalone program would carry for the object"},
     {"watch",      OneFlag,          When::WhileAlive, &Acts::Watch,            "0|1",
         "prints what an inspector hears, or no longer"},
     {"sync",       None,             When::OnceMade,   &Acts::RunDue,           "nothing",

@@ -25,6 +25,7 @@ public:
     virtual void PrintAttributes(Arguments arguments) = 0;
     virtual void PrintAssistance(Arguments arguments) = 0;
     virtual void PrintMethods(Arguments arguments) = 0;
+    virtual void PrintCarriedFiles(Arguments arguments) = 0;
     virtual void Watch(Arguments arguments) = 0;
     virtual void RunDue(Arguments arguments) = 0;
     virtual void SendFrom(Arguments arguments) = 0;

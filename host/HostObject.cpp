@@ -162,4 +162,10 @@ void Object::PrintMethods(Console& console) const {
     }
 }
 
+void Object::PrintCarriedFiles(Console& console) const {
+    if (!object_) return;
+    for (const HostApi::CarriedFile& file : HostApi::CarriedFiles(object_))
+        console.Write(file.isInSupportFolder ? "support file" : "collective file", file.name);
+}
+
 }  // namespace Quilo::Host

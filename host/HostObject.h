@@ -53,6 +53,7 @@ public:
     void PrintAttributes(Console& console) const;
     void PrintAssistance(Console& console) const;
     void PrintMethods(Console& console) const;
+    void PrintCarriedFiles(Console& console) const;
 
 private:
     t_object* object_ = nullptr;

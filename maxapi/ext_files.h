@@ -38,7 +38,9 @@ MAXAPI_EXPORT short saveasdialog_extended(
 MAXAPI_EXPORT void open_promptset(const char* text);
 MAXAPI_EXPORT void saveas_promptset(const char* text);
 
-// For the fileusage method: names a file that a standalone program must contain.
+// For the fileusage method, within its call: names a file that a standalone program must contain.
+// w: what the method was given. flags: 1 puts the file into the program's support folder, on disk;
+// 0 into its collective, from which only Max's own functions read.
 MAXAPI_EXPORT void fileusage_addfile(void* w, max_long flags, const char* name, short path);
 
 }  // extern "C"

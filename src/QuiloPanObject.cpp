@@ -170,6 +170,16 @@ void PanObject::SetSpeakersPositions(Atoms xyz) {
     }
 }
 
+std::vector<t_symbol*> PanObject::FilterFiles() const {
+    const PanSymbols& words = PanSymbols::Get();
+    const VelkMax::Door::Visit inside(door_);
+    std::vector<t_symbol*> files{hrtfSource_, nearfieldSource_};
+    std::erase_if(files, [&](const t_symbol* source) {
+        return source == words.builtInHrtf || source == words.noHrtf;
+    });
+    return files;
+}
+
 // ---- Structure: free until there is an engine, then frozen.
 
 void PanObject::SetNumInputs(max_long count) {

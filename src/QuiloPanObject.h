@@ -98,6 +98,9 @@ public:
     /// Likewise of the near-field filters; "none": the built-in ones.
     t_symbol* NearfieldSource() const { return nearfieldSource_; }
     void SetNearfieldSource(t_symbol* source) { nearfieldSource_ = source; }
+    /// The paths of the files that the filters in force were read from.  Thread: any, outside the
+    /// door
+    std::vector<t_symbol*> FilterFiles() const;
 
     // ---- Attributes
 

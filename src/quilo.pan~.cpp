@@ -7,7 +7,9 @@
 #include "QuiloPanMessages.h"
 #include "QuiloPanObject.h"
 #include "max/VelkMaxDictionaries.h"
+#include "max/VelkMaxFiles.h"
 #include "max/VelkMaxStandardMessages.h"
+#include "max/VelkMaxStateTexts.h"
 #include "max/VelkMaxSymbols.h"
 
 #include "ext.h"
@@ -201,6 +203,22 @@ void quilo_pan_assist(void* x, void*, max_long io, max_long index, char* text) n
     });
 }
 
+// ---- Standalone programs
+
+/// Max makes a standalone program of the patcher, which is to hold the filters that were loaded.
+void quilo_pan_fileusage(void* x, void* builder) noexcept {
+    PanObject& object = PanObject::Of(x);
+    Guarded(object, &object_error, [&] {
+        for (const t_symbol* file : object.FilterFiles()) {
+            if (const auto place = VelkMax::LocateFile(file->s_name)) {
+                VelkMax::CarryFile(builder, *place);
+            } else {
+                VelkMax::Error(object, VelkMax::kNotLocated, file->s_name);
+            }
+        }
+    });
+}
+
 // ---- Registration
 
 void AddHostMethods(t_class* type) {
@@ -212,6 +230,7 @@ void AddHostMethods(t_class* type) {
     const Row rows[] = {
         {"assist", AsMethod(&quilo_pan_assist)},
         {"dsp64", AsMethod(&quilo_pan_dsp64)},
+        {"fileusage", AsMethod(&quilo_pan_fileusage)},
     };
     for (const Row& row : rows) {
         if (class_addmethod(type, row.function, row.name, A_CANT, 0) == MAX_ERR_NONE) continue;

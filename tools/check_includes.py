@@ -68,7 +68,7 @@ API_ORDER = ("ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFau
              "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets", "ApiThreads", "ApiClocks",
              "ApiAttributes", "ApiAttributeAccess", "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries",
              "ApiAttributeArguments", "ApiJsonText", "ApiJson", "ApiDispatch", "ApiBinbufs", "ApiWatchers", "ApiDialogs",
-             "ApiMsp", "HostBridge")
+             "ApiFileUsage", "ApiMsp", "HostBridge")
 
 # Where the compiler looks, and what it finds elsewhere.
 INCLUDE_FOLDERS = ("libvelkdsp/src", "libquilo/src", "libsdif/src", "src", "src/max", "maxapi", "host",

@@ -201,5 +201,3 @@ max_long path_exists(short path, const char* file) {
 }
 
 short path_getdefault() { return 0; }
-
-void fileusage_addfile(void*, max_long, const char*, short) {}

@@ -127,6 +127,18 @@ enum class Dialog : std::uint8_t { Open, SaveAs };
 /// Sets the answer to the next dialog of this kind; none: cancelled. Later dialogs are cancelled.
 MAXAPI_EXPORT void AnswerDialog(Dialog dialog, std::optional<std::filesystem::path> file);
 
+// ---- Standalone programs
+
+/// A file that an object wants to find in a standalone program.
+struct CarriedFile {
+    std::string name;        // without its folder
+    bool isInSupportFolder;  // on disk; else in the collective, from which only Max reads
+};
+
+/// Calls the object's method `fileusage`, as Max does when it builds a standalone program. Posts a
+/// bug for a file that does not exist. @return nothing when the object has no such method
+MAXAPI_EXPORT std::vector<CarriedFile> CarriedFiles(t_object* object);
+
 // ---- Watching
 
 /// @param attribute  the one that was changed, null for any message but attr_modified

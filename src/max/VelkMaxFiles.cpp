@@ -69,6 +69,11 @@ std::filesystem::path SystemPath(const FilePlace& place) {
     return std::u8string(text.begin(), text.end());
 }
 
+void CarryFile(void* builder, const FilePlace& place) {
+    constexpr max_long kSupportFolder = 1;
+    fileusage_addfile(builder, kSupportFolder, place.name.c_str(), place.folder);
+}
+
 short ClassFolder(t_object* object) { return class_getpath(object_class(object)); }
 
 }  // namespace VelkMax

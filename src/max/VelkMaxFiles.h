@@ -39,6 +39,10 @@ std::optional<FilePlace> AskWhereToSave(const char* proposedName, t_fourcc type)
 std::string FullPath(const FilePlace& place);
 std::filesystem::path SystemPath(const FilePlace& place);
 
+/// Asks for a file to be copied beside a standalone program, where it can be opened like any other.
+/// @param builder  what Max gave the method `fileusage`, which is under way
+void CarryFile(void* builder, const FilePlace& place);
+
 /// The folder of the module from which the object's class came.
 short ClassFolder(t_object* object);
 

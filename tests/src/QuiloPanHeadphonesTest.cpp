@@ -77,3 +77,29 @@ TEST_F(HeadphonesFiles, LoadDuringPlayAndSoundAndSurviveWhatFails) {
     }
     EXPECT_GT(energy, 0.1) << "the built-in set sounds, before and after";
 }
+
+TEST_F(HeadphonesFiles, AreCarriedByStandalonePrograms) {
+    Quilo::HrtfFileContent near = Quilo::SmallCellSet();
+    near.infos["DataType"] = "NearfieldCompensationFilter";
+    near.infos["FiltersLength"] = "5";
+    for (Quilo::HrtfFrame& frame : near.frames) {
+        Sdif::Matrix& cells = frame.matrices[2];
+        cells.rows = 2;
+        cells.columns = 5;
+        cells.values = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+    }
+    WriteText(folder_ / "shelves.near", near.Bytes());
+    WriteText(folder_ / "s.txt",
+              "object quilo.pan~ 1 2 binaural nearfield\n"
+              "host fileusage\n"
+              "load ears.hrtf\nloadnf shelves.near\nhost fileusage\n"
+              "load kemar\nhost fileusage\n"
+              "at 0.01 loadnf none\nat 0.01 host fileusage\n"
+              "at 0.02 host free\nat 0.02 host fileusage\n");
+    const HostRun run = RunHost(folder_, {"--quiet", "s.txt"});
+    EXPECT_EQ(run.console, (Console{"post: Loaded hrtf from ears.hrtf",
+                                    "post: Loaded nearfield compensation filters from shelves.near",
+                                    "support file: ears.hrtf", "support file: shelves.near",
+                                    "post: Loaded hrtf from kemar", "support file: shelves.near",
+                                    "post: Loaded nearfield compensation filters from none"}));
+}
