@@ -42,6 +42,12 @@ public:
     /// @param position  finite      Thread: any, audio included: nothing is allocated.
     const HrtfPoint* NearestPoint(const tav::CartesianVector& position) const noexcept;
 
+    /// The same, sooner where the guess is right.  @param guess  any number
+    const HrtfPoint* NearestPoint(const tav::CartesianVector& position,
+                                  std::uint32_t guess) const noexcept {
+        return IsSurelyNearest(guess, position) ? &data_.points[guess] : NearestPoint(position);
+    }
+
     /// A quick look, for positions that move little by little.
     /// @return true: the point is the nearest one; false: it may be or not
     bool IsSurelyNearest(std::uint32_t point, const tav::CartesianVector& position) const noexcept;

@@ -130,7 +130,9 @@ std::vector<float> MinimumPhaseResponse(std::span<const float> taps) {
     for (float& magnitude : magnitudes) {
         magnitude = std::log(std::max(magnitude, kLeastPart * peak));
     }
-    return MinimumPhaseOf(fft, std::move(magnitudes), taps.size());
+    std::vector<float> response = MinimumPhaseOf(fft, std::move(magnitudes), taps.size());
+    response.resize(taps.size());
+    return response;
 }
 
 ResponseResampler::ResponseResampler(std::size_t numTaps, float fromHz, float toHz) {

@@ -17,7 +17,7 @@ std::vector<float> MinimumPhaseResponse(std::span<const tav::BiquadCell> cells,
                                         float rateHz);
 
 /// The minimum-phase response with the magnitude of a finite one and as many taps, down to 100 dB
-/// below its peak. The last quarter is tapered.  Thread: control.
+/// below its peak. The last quarter is tapered. Beyond 524288 taps the end is 0.  Thread: control.
 std::vector<float> MinimumPhaseResponse(std::span<const float> taps);
 
 /// Brings responses of one length to another rate by band-limited interpolation: a windowed sinc of

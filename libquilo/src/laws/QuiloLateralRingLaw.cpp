@@ -18,15 +18,16 @@ void LateralRingGains(const SpeakerRing& ring,
         across < kOnAxis ? 0.5 : std::clamp(0.5 * (1.0 + y / distance / across), 0.0, 1.0);
     std::ranges::fill(gains, 0.f);
     // Not by their norm: the filters are aligned in time, so amplitudes add up.
-    const auto addPair = [&](double forward, double weight) {
-        const SpeakerRing::Pair& pair = ring.PairAround(PlaneAzimuthDeg({side, forward}));
+    const auto addPair = [&](double azimuthDeg, double forward, double weight) {
+        const SpeakerRing::Pair& pair = ring.PairAround(azimuthDeg);
         const PairGains share = VbapPairGains(pair.positions, {side, forward});
         const double part = weight / (share.first + share.second);
         gains[pair.firstOutput] += static_cast<float>(part * share.first);
         gains[pair.secondOutput] += static_cast<float>(part * share.second);
     };
-    addPair(across, ahead);
-    addPair(-across, 1.0 - ahead);
+    const double azimuthDeg = PlaneAzimuthDeg({side, across});
+    addPair(azimuthDeg, across, ahead);
+    addPair(azimuthDeg > 0.0 ? 180.0 - azimuthDeg : -180.0 - azimuthDeg, -across, 1.0 - ahead);
 }
 
 }  // namespace Quilo

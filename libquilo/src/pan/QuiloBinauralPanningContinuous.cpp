@@ -21,7 +21,8 @@ SpeakerRing MakeRing() {
 BinauralPanningContinuous::BinauralPanningContinuous(unsigned numInputs, unsigned numOutputs)
     : BinauralPanningDirect(numInputs, numOutputs),
       ring_(MakeRing()),
-      shares_(HrtfRing::kNumPoints) {}
+      shares_(HrtfRing::kNumPoints),
+      nearest_(numInputs) {}
 
 std::unique_ptr<HrtfRendering> BinauralPanningContinuous::MakeRendering(
     const std::shared_ptr<const Hrtf>& set, const HrtfFormat& format) const {
@@ -43,16 +44,23 @@ void BinauralPanningContinuous::ComputeSource(unsigned index, bool immediate, bo
     FreeRetired();
     const tav::CartesianVector position = HeardPosition(index);
     LateralRingGains(ring_, position, shares_);
-    // Finite responses have lost their delays to the ring.
-    const HrtfRing& ring = Filtering()->Ring();
-    const bool areCells = Set().Data().filterType == Hrtfs::FilterType::BiquadCells;
-    const float measured =
-        areCells ? Set().NearestPoint(position)->delay
-                 : std::inner_product(shares_.begin(), shares_.end(), ring.delaysMs.begin(), 0.f);
-    const EarDelays delays = Itd().Delays(position, measured);
+    const EarDelays delays = Itd().Delays(position, MeasuredDelay(index, position));
     const float part = DelayPart();
     Filtering()->SetSource(index, shares_, {delays.left * part, delays.right * part},
                            IsMuted(index) ? 0.f : 1.f, immediate ? 0.f : GlideMs());
+}
+
+float BinauralPanningContinuous::MeasuredDelay(unsigned index,
+                                               const tav::CartesianVector& position) {
+    if (!Itd().Measures()) return 0.f;
+    if (Set().Data().filterType == Hrtfs::FilterType::BiquadCells) {
+        const HrtfPoint& point = *Set().NearestPoint(position, nearest_[index]);
+        nearest_[index] = point.index;
+        return point.delay;
+    }
+    // Finite responses have lost their delays to the ring.
+    const auto& delaysMs = Filtering()->Ring().delaysMs;
+    return std::inner_product(shares_.begin(), shares_.end(), delaysMs.begin(), 0.f);
 }
 
 }  // namespace Quilo

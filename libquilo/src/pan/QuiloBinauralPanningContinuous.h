@@ -6,6 +6,7 @@
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloHrtfRingFiltering.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -26,12 +27,17 @@ private:
     void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_);
     void ComputeSource(unsigned index, bool immediate, bool force) override
         TAV_REQUIRES(controlLock_);
+    /// By how much the left ear is later, ms; 0 where another model says it.
+    /// @pre  shares_ are those of the source
+    float MeasuredDelay(unsigned index, const tav::CartesianVector& position)
+        TAV_REQUIRES(controlLock_);
     HrtfRingFiltering* Filtering() TAV_REQUIRES(controlLock_) {
         return static_cast<HrtfRingFiltering*>(Rendering());
     }
 
     const SpeakerRing ring_;
     std::vector<float> shares_ TAV_GUARDED_BY(controlLock_);  // of one source, while computed
+    std::vector<std::uint32_t> nearest_ TAV_GUARDED_BY(controlLock_);  // to each source, once
 };
 
 }  // namespace Quilo

@@ -40,11 +40,9 @@ void HrtfFirBank::Perform(HrtfVoices& voices,
     for (unsigned index = 0; index < voices_.size(); ++index) {
         if (!voices_[index].awake) continue;
         for (std::size_t e = 0; e < 2; ++e) {
-            const float* signal = voices.Piece(index);
-            if (delays_) {
-                voices.Delayed(index, e, std::span(delayed_).first(frames));
-                signal = delayed_.data();
-            }
+            const auto room = std::span(delayed_).first(frames);
+            const float* const signal =
+                delays_ ? voices.Delayed(index, e, room) : voices.Piece(index);
             voices_[index].ears[e].Perform(filtered_.data(), signal, frames);
             for (std::size_t k = 0; k < frames; ++k) outputs[e][k] += filtered_[k];
         }

@@ -77,8 +77,8 @@ void HrtfRingFiltering::Delay(const float* const* inputs,
         const bool isAwake = sources_[i].state == SourceState::Awake;
         if (isAwake) voices_.Take(i, {inputs[i] + done, frames});
         for (std::size_t ear = 0; ear < kNumEars; ++ear) {
-            sent_[ear][i] = isAwake ? delayed_[ear][i].data() : silence_.data();
-            if (isAwake) voices_.Delayed(i, ear, std::span(delayed_[ear][i]).first(frames));
+            const auto room = std::span(delayed_[ear][i]).first(frames);
+            sent_[ear][i] = isAwake ? voices_.Delayed(i, ear, room) : silence_.data();
         }
     }
 }

@@ -86,8 +86,8 @@ private:
     HrtfVoices voices_;
     HrtfRingFilters filters_;
     std::array<float, kPiece> silence_{};
-    std::array<std::vector<std::array<float, kPiece>>, kNumEars> delayed_;  // a row per source
-    std::array<std::vector<const float*>, kNumEars> sent_;  // those rows, or silence
+    std::array<std::vector<std::array<float, kPiece>>, kNumEars> delayed_;  // room for each source
+    std::array<std::vector<const float*>, kNumEars> sent_;  // the delayed sources, or silence
     HrtfRingFilters::Buses buses_{};
 };
 

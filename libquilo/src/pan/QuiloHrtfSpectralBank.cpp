@@ -130,7 +130,9 @@ void HrtfSpectralBank::Hear(unsigned index,
     for (std::size_t e = 0; e < 2; ++e) {
         float* const window = windows + e * windowLength_;
         if (isFull) std::copy_n(window + voice.end - past_, past_, window);
-        voices.Delayed(index, e, {window + (isFull ? past_ : voice.end), frames});
+        float* const piece = window + (isFull ? past_ : voice.end);
+        const float* const heard = voices.Delayed(index, e, {piece, frames});
+        if (heard != piece) std::copy_n(heard, frames, piece);
     }
     voice.piece = isFull ? past_ : voice.end;
     voice.end = voice.piece + frames;

@@ -192,12 +192,14 @@ PathReading HrtfVoices::PastOf(unsigned index,
     return Read(p, p.before, Piece(index, path) - before);
 }
 
-void HrtfVoices::Delayed(unsigned index,
-                         std::size_t path,
-                         std::span<float> output) noexcept TAV_NONBLOCKING {
+const float* HrtfVoices::Delayed(unsigned index,
+                                 std::size_t path,
+                                 std::span<float> room) noexcept TAV_NONBLOCKING {
     const PathReading from = ReadingOf(index, path);
-    fir_.fir(output.data(), from.signal, from.taps.data(), tav::kReadingTaps,
-             static_cast<int>(output.size()));
+    if (voices_[index].paths[path].moves) return from.signal;
+    fir_.fir(room.data(), from.signal, from.taps.data(), tav::kReadingTaps,
+             static_cast<int>(room.size()));
+    return room.data();
 }
 
 void HrtfVoices::Move(Path& path,

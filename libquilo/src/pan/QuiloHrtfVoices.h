@@ -107,10 +107,11 @@ public:
     PathReading PastOf(unsigned voice,
                        std::size_t path,
                        std::size_t before) noexcept TAV_NONBLOCKING;
-    /// The piece at the end of a path, copied.
-    void Delayed(unsigned voice,
-                 std::size_t path,
-                 std::span<float> output) noexcept TAV_NONBLOCKING;
+    /// The piece at the end of a path, in `room` or wherever it already stands.
+    /// @param room  as long as the piece
+    const float* Delayed(unsigned voice,
+                         std::size_t path,
+                         std::span<float> room) noexcept TAV_NONBLOCKING;
     /// The piece without delays.
     const float* Piece(unsigned voice, std::size_t path = 0) const noexcept TAV_NONBLOCKING {
         return samples_.data() + WindowOf(voice, path) * length_ + voices_[voice].piece;

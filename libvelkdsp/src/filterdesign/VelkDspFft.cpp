@@ -17,7 +17,7 @@ namespace {
 
 std::size_t CheckedHalf(std::size_t size) {
     if (!std::has_single_bit(size) || size < Fft::kMinSize || size > Fft::kMaxSize) {
-        throw Exception("Fourier transform of a size that is no power of two from 32 to 65536");
+        throw Exception("Fourier transform of a size that is no power of two from 32 to 1048576");
     }
     return size / 2;
 }

@@ -10,13 +10,13 @@
 
 namespace tav {
 
-/// Sizes are powers of two from 32 to 65536. A spectrum has size / 2 + 1 numbers, from 0 Hz to half
-/// the rate, real and imaginary parts in separate arrays.
-/// Thread: any, one at a time: an object owns the scratch of its transforms.
+/// Sizes are powers of two from 32 to 1048576. A spectrum has size / 2 + 1 numbers, from 0 Hz to
+/// half the rate, real and imaginary parts in separate arrays. Thread: any, one at a time: an
+/// object owns the scratch of its transforms.
 class Fft {
 public:
     static constexpr std::size_t kMinSize = 32;
-    static constexpr std::size_t kMaxSize = 65536;
+    static constexpr std::size_t kMaxSize = 1048576;
 
     /// Throws: tav::Exception for any other size.
     explicit Fft(std::size_t size,
