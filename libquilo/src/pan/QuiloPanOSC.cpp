@@ -6,6 +6,7 @@
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloPan.h"
+#include "pan/QuiloPanOscResolver.h"
 #include "pan/QuiloPanOscRoutes.h"
 #include "pan/QuiloRecursivePanning.h"
 #include "text/VelkDspException.h"
@@ -37,7 +38,7 @@ struct Gathered {
     std::vector<OscMessageView> errands;
 
     void Command(const OscCommand& command) { commands.Add(command); }
-    bool Errand(std::size_t, const OscMessageView& message) {
+    bool Errand(const PanOscRoute&, const OscMessageView& message) {
         // An errand looks at its address itself; a pattern may lead to it by several ways.
         if (errands.empty() || errands.back().address.data() != message.address.data()) {
             errands.push_back(message);
@@ -51,7 +52,7 @@ struct Shortness {
     bool isShort = true;
 
     void Command(const OscCommand&) noexcept {}
-    bool Errand(std::size_t, const OscMessageView&) noexcept { return isShort = false; }
+    bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return isShort = false; }
 };
 
 struct IntoQueue {
@@ -63,10 +64,14 @@ struct IntoQueue {
         numLost += queue.PutFromAudio({&command, 1});
         changes |= BitOf(command);
     }
-    bool Errand(std::size_t, const OscMessageView&) noexcept { return false; }
+    bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return false; }
 };
 
 }  // namespace
+
+PanOSCReceiver::PanOSCReceiver(Pan& pan) : pan_(pan) {
+    PanOscTree::Shared();  // made here rather than by a message in the audio thread
+}
 
 PanOSCReceiver::~PanOSCReceiver() { delete queue_.load(); }
 
@@ -86,8 +91,8 @@ struct AtOnce {
         const ControlGuard guard(lock);
         PanOscRoutes()[command.route].run(pan, receiver, command);
     }
-    bool Errand(std::size_t route, const OscMessageView& message) {
-        return PanOscRoutes()[route].runErrand(pan, message);
+    bool Errand(const PanOscRoute& route, const OscMessageView& message) {
+        return route.runErrand(pan, message);
     }
 };
 
@@ -112,9 +117,8 @@ namespace {
 
 struct Checking {
     static void Command(const OscCommand&) {}
-    static bool Errand(std::size_t route, const OscMessageView& message) {
-        const std::string_view arguments = PanOscRoutes()[route].arguments;
-        return arguments.empty() || tav::OscArgumentsFit(message, arguments, true);
+    static bool Errand(const PanOscRoute& route, const OscMessageView& message) {
+        return route.arguments.empty() || tav::OscArgumentsFit(message, route.arguments, true);
     }
 };
 

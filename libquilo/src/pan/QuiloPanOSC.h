@@ -63,7 +63,7 @@ void DocumentPanOsc(std::vector<tav::OscDocumentation::Entry>& entries);
 
 class PanOSCReceiver {
 public:
-    explicit PanOSCReceiver(Pan& pan) : pan_(pan) {}
+    explicit PanOSCReceiver(Pan& pan);
     ~PanOSCReceiver();
     PanOSCReceiver(const PanOSCReceiver&) = delete;
     PanOSCReceiver& operator=(const PanOSCReceiver&) = delete;

@@ -223,16 +223,10 @@ constexpr PanOscRoute kRoutes[] = {
 };
 // clang-format on
 
-template <std::size_t... kRows>
-constexpr std::array<OscParts, sizeof...(kRows)> SplitRoutes(std::index_sequence<kRows...>) {
-    return {OscParts(kRoutes[kRows].address)...};
-}
-constexpr auto kRouteParts = SplitRoutes(std::make_index_sequence<std::size(kRoutes)>());
 static_assert(std::size(kRoutes) <= 32, "OscChanges has one bit for each");
 
 }  // namespace
 
 std::span<const PanOscRoute> PanOscRoutes() { return kRoutes; }
-std::span<const OscParts> PanOscRouteParts() { return kRouteParts; }
 
 }  // namespace Quilo
