@@ -38,7 +38,8 @@ std::pair<float, float> Section(float upper, float lower, float cornerHz) {
 
 BinauralPanningNearfield::BinauralPanningNearfield(unsigned numInputs, unsigned numOutputs)
     : BinauralPanningDirect(numInputs, numOutputs),
-      filters_(std::make_shared<const NearfieldCompensationFilters>()) {
+      filters_(std::make_shared<const NearfieldCompensationFilters>()),
+      nearest_(numInputs) {
     switches_.fill(true);
     SphereShelves::Get();  // made now, not when a source is placed
 }
@@ -147,14 +148,14 @@ NearfieldEar BinauralPanningNearfield::EarFor(std::size_t ear,
     return result;
 }
 
-EarDelays BinauralPanningNearfield::DelaysOf(const CartesianVector& source) const {
+EarDelays BinauralPanningNearfield::DelaysOf(unsigned index, const CartesianVector& source) {
     const float distance = LengthOfVector(source);
     // What a model gives for a far source, and what nearness adds to it.
     const bool isNear = distance < kFarMetres;
     const CartesianVector far = isNear ? Scaled(source, kFarMetres / distance) : source;
     InterauralTimeDifference itd = Itd();
     std::optional<float> measured;
-    if (const HrtfPoint* const point = Set().NearestPoint(far)) measured = point->delay;
+    if (itd.Measures()) measured = NearestPoint(far, nearest_[index].fromAfar).delay;
     // Finite responses hold their delays; what is added to them remains.
     if (Set().Data().filterType == Hrtfs::FilterType::Fir) {
         itd.type = InterauralTimeDifference::Type::None;
@@ -168,9 +169,17 @@ EarDelays BinauralPanningNearfield::DelaysOf(const CartesianVector& source) cons
     return {delays.left * DelayPart(), delays.right * DelayPart()};
 }
 
+/// @param latest  the answer of the time before; overwritten
+const HrtfPoint& BinauralPanningNearfield::NearestPoint(const CartesianVector& position,
+                                                        std::uint32_t& latest) const {
+    const HrtfPoint& point = *Set().NearestPoint(position, latest);
+    latest = point.index;
+    return point;
+}
+
 void BinauralPanningNearfield::ComputeSource(unsigned index, bool immediate, bool) {
     auto* const filtering = static_cast<HrtfFiltering*>(Rendering());
-    if (filtering == nullptr) return;
+    if (filtering == nullptr || Set().Data().points.empty()) return;
     FreeRetired();
     CartesianVector source = RelativePosition(index);
     const float distance = LengthOfVector(source);
@@ -183,13 +192,14 @@ void BinauralPanningNearfield::ComputeSource(unsigned index, bool immediate, boo
     NearfieldEars ears;
     for (std::size_t ear = 0; ear < ears.size(); ++ear) {
         const CartesianVector seen = SeenFrom(ear, source);
-        const HrtfPoint* const point = Set().NearestPoint(seen);
-        if (point == nullptr) return;
-        points.ears[ear] = Has(Switch::HrtfFilters) ? point->index : HrtfResponses::kWire;
+        points.ears[ear] = Has(Switch::HrtfFilters)
+                               ? NearestPoint(seen, nearest_[index].fromEars[ear]).index
+                               : HrtfResponses::kWire;
         ears[ear] = EarFor(ear, source, seen);
     }
     const float glideMs = immediate ? 0.f : GlideMs();
-    filtering->SetSource(index, {points, DelaysOf(source), IsMuted(index) ? 0.f : 1.f}, glideMs);
+    filtering->SetSource(index, {points, DelaysOf(index, source), IsMuted(index) ? 0.f : 1.f},
+                         glideMs);
     filtering->SetNearfield(index, ears, glideMs);
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Quilo {
 
@@ -67,12 +68,22 @@ private:
     NearfieldEar EarFor(std::size_t ear,
                         const tav::CartesianVector& source,
                         const tav::CartesianVector& filtered) const TAV_REQUIRES(controlLock_);
-    EarDelays DelaysOf(const tav::CartesianVector& source) const TAV_REQUIRES(controlLock_);
+    EarDelays DelaysOf(unsigned index, const tav::CartesianVector& source)
+        TAV_REQUIRES(controlLock_);
+    const HrtfPoint& NearestPoint(const tav::CartesianVector& position, std::uint32_t& latest) const
+        TAV_REQUIRES(controlLock_);
+
+    /// Points of the set that were nearest to a source, seen from different places.
+    struct NearestPoints {
+        std::array<std::uint32_t, 2> fromEars{};
+        std::uint32_t fromAfar = 0;
+    };
 
     std::array<bool, kNumSwitches> switches_ TAV_GUARDED_BY(controlLock_){};
     float radius_ TAV_GUARDED_BY(controlLock_) = kSmallestRadius;
     float setRadius_ TAV_GUARDED_BY(controlLock_) = 0.f;  // where the points of the set stand
     std::shared_ptr<const NearfieldCompensationFilters> filters_ TAV_GUARDED_BY(controlLock_);
+    std::vector<NearestPoints> nearest_ TAV_GUARDED_BY(controlLock_);  // of each source
     std::uint64_t nearfieldInForce_ TAV_GUARDED_BY(controlLock_) = 0;  // its number
     std::atomic<std::uint64_t> numNearfieldLoads_ = 0;                 // begun, ever
 };

@@ -32,8 +32,9 @@ HrtfFiltering::HrtfFiltering(const std::shared_ptr<const HrtfResponses>& respons
               bank_->Past(),
               isNearfield ? 2 : 1) {
     if (!isNearfield) return;
-    nearfield_ = std::make_unique<NearfieldStage>(numSources, responses_->Format().rateHz);
-    for (auto& ear : ears_) ear.resize(bank_->LongestPiece());
+    const std::size_t longest = bank_->LongestPiece();
+    nearfield_ = std::make_unique<NearfieldStage>(numSources, responses_->Format().rateHz, longest);
+    silence_.resize(longest);
 }
 
 void HrtfFiltering::SetSource(unsigned index, const Source& source, float glideMs) noexcept {
@@ -60,9 +61,7 @@ void HrtfFiltering::Perform(float* left,
     for (unsigned done = 0; done < frames;) {
         if (done % kLongestChunk == 0) starts = StartsFor(NumSources());
         const unsigned count = std::min(frames - done, longest);
-        for (unsigned i = 0; i < sources_.size(); ++i) {
-            if (sources_[i].state == SourceState::Awake) TakeInput(i, {inputs[i] + done, count});
-        }
+        TakeInputs(inputs, done, count);
         bank_->Perform(voices_, {left + done, count}, {right + done, count}, starts);
         done += count;
     }
@@ -88,13 +87,30 @@ void HrtfFiltering::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLO
     if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, SourceState::Muted);
 }
 
-void HrtfFiltering::TakeInput(unsigned index,
-                              std::span<const float> input) noexcept TAV_NONBLOCKING {
-    if (!nearfield_) return voices_.Take(index, input);
-    const std::span<float> left = std::span(ears_[0]).first(input.size());
-    const std::span<float> right = std::span(ears_[1]).first(input.size());
-    nearfield_->Perform(index, input, left, right);
-    voices_.Take(index, left, right);
+void HrtfFiltering::TakeInputs(const float* const* inputs,
+                               unsigned done,
+                               unsigned frames) noexcept TAV_NONBLOCKING {
+    constexpr auto kLanes = static_cast<unsigned>(NearfieldStage::kLanes);
+    const auto isAwake = [this](unsigned i) { return sources_[i].state == SourceState::Awake; };
+    for (unsigned first = 0; first < NumSources(); first += kLanes) {
+        const unsigned end = std::min(first + kLanes, NumSources());
+        NearfieldStage::Signals signals;
+        signals.fill(silence_.data());
+        bool isAnyAwake = false;
+        for (unsigned i = first; i < end; ++i) {
+            if (!isAwake(i)) continue;
+            isAnyAwake = true;
+            signals[i - first] = inputs[i] + done;
+            if (!nearfield_) voices_.Take(i, {signals[i - first], frames});
+        }
+        if (!nearfield_ || !isAnyAwake) continue;
+        nearfield_->Perform(first / kLanes, signals, frames);
+        for (unsigned i = first; i < end; ++i) {
+            if (!isAwake(i)) continue;
+            voices_.Take(i, {nearfield_->Ear(0, i - first), frames},
+                         {nearfield_->Ear(1, i - first), frames});
+        }
+    }
 }
 
 void HrtfFiltering::Wake(unsigned index) noexcept TAV_NONBLOCKING {

@@ -72,7 +72,9 @@ private:
     };
 
     void TakeTarget(unsigned index, bool present) noexcept TAV_NONBLOCKING;
-    void TakeInput(unsigned index, std::span<const float> input) noexcept TAV_NONBLOCKING;
+    void TakeInputs(const float* const* inputs,
+                    unsigned done,
+                    unsigned frames) noexcept TAV_NONBLOCKING;
     void Wake(unsigned index) noexcept TAV_NONBLOCKING;
     void Sleep(unsigned index, SourceState state) noexcept TAV_NONBLOCKING;
     void SetDelays(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
@@ -86,7 +88,7 @@ private:
     std::unique_ptr<HrtfFilterBank> bank_;
     HrtfVoices voices_;
     std::unique_ptr<NearfieldStage> nearfield_;  // null for those without one
-    std::array<std::vector<float>, 2> ears_;     // a piece of a near source
+    std::vector<float> silence_;                 // a piece for near sources that sleep
 };
 
 }  // namespace Quilo

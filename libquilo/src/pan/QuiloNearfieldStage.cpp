@@ -6,132 +6,205 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <utility>
 
 namespace Quilo {
 
 namespace {
 
-constexpr std::uint32_t kStepSamples = 16;
-constexpr double kLargestState = 1e12;
-
-NearfieldEar Between(const NearfieldEar& a,
-                     const NearfieldEar& b,
-                     float part) noexcept TAV_NONBLOCKING {
-    const auto corner = [part](float from, float to) {
-        return from == to ? to : from * std::pow(to / from, part);
-    };
-    return {std::lerp(a.gain, b.gain, part), std::lerp(a.shelf, b.shelf, part),
-            corner(a.shelfHz, b.shelfHz), std::lerp(a.parallax, b.parallax, part),
-            corner(a.parallaxHz, b.parallaxHz)};
-}
-
-/// A first-order section in integrator form: the low-pass plus `ratio` times the high-pass.
-double Tick(double x, double step, double ratio, double& state) noexcept TAV_NONBLOCKING {
-    const double v = (x - state) * step;
-    const double low = v + state;
-    state = low + v;
-    return low + ratio * (x - low);
-}
+constexpr float kLargestState = 1e12f;
 
 }  // namespace
 
-NearfieldStage::NearfieldStage(unsigned numSources, float rateHz)
-    : rateHz_(static_cast<double>(rateHz)),
-      sources_(numSources) {
-    for (Source& source : sources_) Place(source);
+NearfieldStage::NearfieldStage(unsigned numSources, float rateHz, std::size_t longestPiece)
+    : rateHz_(rateHz),
+      longestPiece_(longestPiece),
+      sources_(numSources),
+      groups_((numSources + kLanes - 1) / kLanes) {
+    for (auto& ear : ears_) ear.resize(kLanes * longestPiece);
 }
 
 void NearfieldStage::SetSource(unsigned index, const NearfieldEars& ears, float glideMs) noexcept {
-    sources_[index].shared.Store({ears, glideMs});
-}
-
-void NearfieldStage::TakeTarget(Source& source) noexcept TAV_NONBLOCKING {
-    const NearfieldEars before = source.taken.ears;
-    if (!source.shared.Take(source.taken)) return;
-    // The target that is in force already does not start its glide again.
-    if (source.taken.glideMs > 0.f && source.taken.ears == before) return;
-    source.from = source.present;
-    source.position = 0;
-    source.length = tav::Ramp::GlideLength(source.taken.glideMs, static_cast<float>(rateHz_));
-    Place(source);
-}
-
-void NearfieldStage::Place(Source& source) const noexcept TAV_NONBLOCKING {
-    const bool isThere = source.position >= source.length;
-    const float part =
-        isThere ? 1.f : static_cast<float>(source.position) / static_cast<float>(source.length);
-    const auto stepOf = [this](float hz) {
-        const double g = tav::IntegratorGain(static_cast<double>(hz), rateHz_);
-        return g / (1.0 + g);
+    const auto gOf = [this](float hz) {
+        return static_cast<float>(
+            tav::IntegratorGain(static_cast<double>(hz), static_cast<double>(rateHz_)));
     };
-    for (std::size_t e = 0; e < 2; ++e) {
-        const NearfieldEar& to = source.taken.ears[e];
-        NearfieldEar& ear = source.present[e];
-        Coefficients& at = source.at[e];
-        ear = isThere ? to : Between(source.from[e], to, part);
-        at.gain = static_cast<double>(ear.gain);
-        at.shelf = static_cast<double>(ear.shelf);
-        at.parallax = static_cast<double>(ear.parallax);
-        // Where a block ends within a step the corners stay until the step is over.
-        if (!isThere && source.position % kStepSamples != 0) continue;
-        at.shelfStep = stepOf(ear.shelfHz);
-        at.parallaxStep = stepOf(ear.parallaxHz);
+    Target target;
+    for (std::size_t e = 0; e < kEars; ++e) {
+        const NearfieldEar& ear = ears[e];
+        target.ears[e] = {
+            ear.gain, {ear.shelf, ear.parallax}, {gOf(ear.shelfHz), gOf(ear.parallaxHz)}};
     }
+    target.numSteps = (tav::Ramp::GlideLength(glideMs, rateHz_) + kStep - 1) / kStep;
+    sources_[index].shared.Store(target);
 }
 
 void NearfieldStage::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     Source& source = sources_[index];
+    Group& group = groups_[index / kLanes];
+    const std::size_t lane = index % kLanes;
     source.shared.Take(source.taken);
-    source.position = source.length = 0;
-    source.states = {};
-    Place(source);
+    Rest(group, lane, source);
+    for (SectionRows& section : group.sections) {
+        for (Row& row : section.states) row.values[lane] = 0.f;
+    }
 }
 
-void NearfieldStage::Perform(unsigned index,
-                             std::span<const float> input,
-                             std::span<float> left,
-                             std::span<float> right) noexcept TAV_NONBLOCKING {
-    Source& source = sources_[index];
-    TakeTarget(source);
-    const std::array<float*, 2> outputs{left.data(), right.data()};
-    for (std::size_t done = 0; done < input.size();) {
-        auto count = input.size() - done;
-        std::array<Coefficients, 2> at = source.at, by{};  // by: what is added at each sample
-        if (source.position < source.length) {
-            const std::uint32_t rest = source.length - source.position;
-            const std::uint32_t toStep = kStepSamples - source.position % kStepSamples;
-            count = std::min<std::size_t>(count, std::min(rest, toStep));
-            source.position += static_cast<std::uint32_t>(count);
-            Place(source);
-            const double share = 1.0 / static_cast<double>(count);
-            for (std::size_t e = 0; e < 2; ++e) {
-                by[e].gain = (source.at[e].gain - at[e].gain) * share;
-                by[e].shelf = (source.at[e].shelf - at[e].shelf) * share;
-                by[e].parallax = (source.at[e].parallax - at[e].parallax) * share;
-            }
+void NearfieldStage::TakeTarget(Group& group,
+                                std::size_t lane,
+                                Source& source) noexcept TAV_NONBLOCKING {
+    const Ears before = source.taken.ears;
+    if (!source.shared.Take(source.taken)) return;
+    const std::uint32_t numSteps = source.taken.numSteps;
+    if (numSteps == 0) return Rest(group, lane, source);
+    // The target that is in force already does not start its glide again.
+    if (source.taken.ears == before) return;
+    source.from = source.next;
+    source.steps = 0;
+    for (std::size_t e = 0; e < kEars; ++e) {
+        for (std::size_t s = 0; s < kSections; ++s) {
+            const float from = source.from[e].g[s], to = source.taken.ears[e].g[s];
+            source.growth[e][s] =
+                from == to ? 1.f : std::pow(to / from, 1.f / static_cast<float>(numSteps));
         }
-        auto states = source.states;
-        for (std::size_t k = done; k < done + count; ++k) {
-            const auto x = static_cast<double>(input[k]);
-            for (std::size_t e = 0; e < 2; ++e) {
-                at[e].gain += by[e].gain;
-                at[e].shelf += by[e].shelf;
-                at[e].parallax += by[e].parallax;
-                const double shelved = Tick(x, at[e].shelfStep, at[e].shelf, states[e][0]);
-                const double y = Tick(shelved, at[e].parallaxStep, at[e].parallax, states[e][1]);
-                outputs[e][k] = static_cast<float>(at[e].gain * y);
-            }
+    }
+    if (!std::exchange(source.glides, true)) ++group.numGliding;
+}
+
+/// Everything is at its target.
+void NearfieldStage::Rest(Group& group, std::size_t lane, Source& source) noexcept TAV_NONBLOCKING {
+    source.next = source.taken.ears;
+    if (std::exchange(source.glides, false)) --group.numGliding;
+    SetLane(group, lane, source.next, source.next);
+}
+
+/// From one point of the grid to the next.
+void NearfieldStage::Advance(Group& group,
+                             std::size_t lane,
+                             Source& source) noexcept TAV_NONBLOCKING {
+    const std::uint32_t numSteps = source.taken.numSteps;
+    if (source.steps == numSteps) return Rest(group, lane, source);
+    const Ears before = source.next;
+    ++source.steps;
+    const float part = static_cast<float>(source.steps) / static_cast<float>(numSteps);
+    for (std::size_t e = 0; e < kEars; ++e) {
+        const Numbers &from = source.from[e], &to = source.taken.ears[e];
+        Numbers& next = source.next[e];
+        next.gain = std::lerp(from.gain, to.gain, part);
+        for (std::size_t s = 0; s < kSections; ++s) {
+            next.ratios[s] = std::lerp(from.ratios[s], to.ratios[s], part);
+            next.g[s] *= source.growth[e][s];
         }
-        source.states = states;
+    }
+    if (source.steps == numSteps) source.next = source.taken.ears;
+    SetLane(group, lane, before, source.next);
+}
+
+void NearfieldStage::SetLane(Group& group,
+                             std::size_t lane,
+                             const Ears& from,
+                             const Ears& to) noexcept TAV_NONBLOCKING {
+    for (std::size_t s = 0; s < kSections; ++s) {
+        SectionRows& rows = group.sections[s];
+        for (std::size_t e = 0; e < kEars; ++e) {
+            // lowpass + ratio * highpass, where the high-pass is what the low-pass leaves; the last
+            // section has the gain.
+            const auto mixOf = [s](const Numbers& ear) {
+                const float gain = s == Parallax ? ear.gain : 1.f;
+                return std::array{gain * ear.ratios[s], gain * (1.f - ear.ratios[s])};
+            };
+            const auto before = mixOf(from[e]), after = mixOf(to[e]);
+            for (std::size_t m = 0; m < before.size(); ++m) {
+                rows.mix[m * kEars + e].values[lane] = before[m];
+                rows.steps[m * kEars + e].values[lane] =
+                    (after[m] - before[m]) / static_cast<float>(kStep);
+            }
+            rows.gains[e].values[lane] = to[e].g[s] / (1.f + to[e].g[s]);
+        }
+    }
+}
+
+void NearfieldStage::Perform(std::size_t index,
+                             const Signals& inputs,
+                             std::size_t frames) noexcept TAV_NONBLOCKING {
+    Group& group = groups_[index];
+    for (std::size_t lane = 0; Source & source : MembersOf(index)) {
+        TakeTarget(group, lane++, source);
+    }
+    for (std::size_t done = 0; done < frames; done += kChunk) {
+        const std::size_t count = std::min(frames - done, kChunk);
+        const auto n = static_cast<int>(count);
+        Signals from = inputs;
+        for (const float*& signal : from) signal += done;
+        rowKernels_.toRows(from.data(), input_.front().values.data(), n);
+        RunRows(index, count);
+        for (std::size_t e = 0; e < kEars; ++e) {
+            std::array<float*, kLanes> to{};
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                to[lane] = ears_[e].data() + lane * longestPiece_ + done;
+            }
+            rowKernels_.fromRows(rows_[e].front().values.data(), to.data(), n);
+        }
+    }
+    Recover(group, frames);
+}
+
+/// From input_ to rows_.
+void NearfieldStage::RunRows(std::size_t index, std::size_t frames) noexcept TAV_NONBLOCKING {
+    Group& group = groups_[index];
+    for (std::size_t done = 0; done < frames;) {
+        if (group.untilStep == 0) {
+            for (std::size_t lane = 0; Source & source : MembersOf(index)) {
+                if (source.glides) Advance(group, lane, source);
+                ++lane;
+            }
+            group.untilStep = group.numGliding > 0 ? kStep : 0;
+        }
+        std::size_t count = frames - done;
+        if (group.untilStep > 0) count = std::min<std::size_t>(count, group.untilStep);
+        RunSections(group, done, count);
+        if (group.untilStep > 0) group.untilStep -= static_cast<unsigned>(count);
         done += count;
     }
-    double sum = 0.0;
-    for (const auto& ear : source.states) sum += std::abs(ear[0]) + std::abs(ear[1]);
-    if (sum <= kLargestState) return;
-    source.states = {};
-    std::ranges::fill(left, 0.f);
-    std::ranges::fill(right, 0.f);
+}
+
+void NearfieldStage::RunSections(Group& group,
+                                 std::size_t first,
+                                 std::size_t count) noexcept TAV_NONBLOCKING {
+    float* const input = input_[first].values.data();
+    const tav::EarRows ears{rows_[0][first].values.data(), rows_[1][first].values.data()};
+    const bool moves = group.untilStep > 0;
+    for (std::size_t s = 0; s < kSections; ++s) {
+        SectionRows& rows = group.sections[s];
+        kernels_.firstOrder(
+            {rows.gains.front().values.data(), rows.mix.front().values.data(),
+             moves ? rows.steps.front().values.data() : nullptr, rows.states.front().values.data()},
+            s == 0 ? tav::EarRows{input, input} : ears, ears, false, static_cast<int>(count));
+        for (std::size_t m = 0; moves && m < rows.mix.size(); ++m) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                rows.mix[m].values[lane] += static_cast<float>(count) * rows.steps[m].values[lane];
+            }
+        }
+    }
+}
+
+/// A source that has run away is silent and begins anew.
+void NearfieldStage::Recover(Group& group, std::size_t frames) noexcept TAV_NONBLOCKING {
+    Row sums;
+    for (const SectionRows& section : group.sections) {
+        for (const Row& state : section.states) {
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                sums.values[lane] += std::abs(state.values[lane]);
+            }
+        }
+    }
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        if (sums.values[lane] <= kLargestState) continue;
+        for (SectionRows& section : group.sections) {
+            for (Row& state : section.states) state.values[lane] = 0.f;
+        }
+        for (auto& ear : ears_) std::fill_n(ear.data() + lane * longestPiece_, frames, 0.f);
+    }
 }
 
 }  // namespace Quilo

@@ -220,6 +220,49 @@ TEST(BinauralPanningNearfield, EachEarSeesTheSourceItself) {
     }
 }
 
+// Sources glide in other lanes, at other times, in pieces of other lengths: none hears the others.
+TEST(NearfieldStage, GlidesAloneAsAmongOthersInAnyPieces) {
+    constexpr unsigned kSource = 18, kGlide = 1024;  // samples
+    constexpr float kAt = 48000.f;
+    std::vector<float> sweep(4096);
+    for (std::size_t k = 0; k < sweep.size(); ++k) {
+        sweep[k] = std::sin(3e-4f * static_cast<float>(k * k));
+    }
+    const std::vector<float> silence(64);
+    const auto play = [&](bool isAmongOthers, std::size_t piece, const NearfieldEars& target) {
+        NearfieldStage stage(20, kAt, 64);
+        stage.Wake(kSource);
+        std::vector<float> heard;
+        for (std::size_t at = 0; at < sweep.size(); at += piece) {
+            if (at == 1024) stage.SetSource(kSource, target, 1000.f * kGlide / kAt);
+            NearfieldStage::Signals inputs;
+            inputs.fill(silence.data());
+            inputs[kSource % 16] = sweep.data() + at;
+            if (isAmongOthers) {
+                inputs[1] = sweep.data() + (at + 512) % 2048;
+                const NearfieldEar other{0.5f, 0.25f, 300.f + static_cast<float>(at), 3.f, 900.f};
+                if (at % 64 == 0) stage.SetSource(17, {other, other}, 5.f);
+            }
+            stage.Perform(1, inputs, piece);
+            const float* const ear = stage.Ear(1, kSource % 16);
+            heard.insert(heard.end(), ear, ear + piece);
+        }
+        return heard;
+    };
+    const NearfieldEar near{3.f, 0.2f, 400.f, 2.f, 5000.f};
+    const auto alone = play(false, 64, {near, near});
+    EXPECT_EQ(play(true, 64, {near, near}), alone);
+    EXPECT_EQ(play(true, 16, {near, near}), alone);
+    const auto inOdd = play(true, 8, {near, near});
+    for (std::size_t k = 0; k < inOdd.size(); ++k) ASSERT_NEAR(inOdd[k], alone[k], 1e-5) << k;
+    // The gain of one without shelves is a straight line.
+    const auto louder = play(true, 32, {NearfieldEar{}, NearfieldEar{.gain = 3.f}});
+    for (std::size_t k = 0; k < sweep.size(); ++k) {
+        const double part = std::clamp((static_cast<double>(k) - 1023.0) / kGlide, 0.0, 1.0);
+        ASSERT_NEAR(louder[k], (1.0 + 2.0 * part) * static_cast<double>(sweep[k]), 2e-6) << k;
+    }
+}
+
 TEST(BinauralPanningNearfield, ComesNearUnderASineWithoutANoise) {
     for (const bool taps : {false, true}) {
         BinauralPanningNearfield pan(1, 2);
