@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Quilo {
 
@@ -18,8 +19,9 @@ struct Place {
 };
 
 Place PlaceOf(float delay) noexcept TAV_NONBLOCKING {
-    const float whole = std::ceil(delay);
-    return {static_cast<std::ptrdiff_t>(whole), whole - delay};
+    auto whole = static_cast<std::ptrdiff_t>(delay);
+    if (static_cast<float>(whole) < delay) ++whole;
+    return {whole, static_cast<float>(whole) - delay};
 }
 
 /// Four-point kernels need a sample after the next one: with less than a sample of delay there is
@@ -63,6 +65,9 @@ std::array<float, 4> TapsFor(tav::DelayKind kind, float delay) noexcept TAV_NONB
 void GroupReader::Set(std::size_t lane, const PathReading& reading) noexcept TAV_NONBLOCKING {
     lanes_.signals[lane] = reading.signal;
     for (std::size_t t = 0; t < reading.taps.size(); ++t) lanes_.taps[t][lane] = reading.taps[t];
+    lanes_.places[lane] = reading.place;
+    lanes_.steps[lane] = reading.step;
+    glides_ = glides_ || reading.step != 0.f;
 }
 
 void GroupReader::Read(std::size_t count,
@@ -70,7 +75,8 @@ void GroupReader::Read(std::size_t count,
                        std::size_t frames) noexcept TAV_NONBLOCKING {
     lanes_.lanes = static_cast<int>(count);
     for (; count < static_cast<std::size_t>(tav::kSourceLanes); ++count) SetSilent(count);
-    kernels_.read(lanes_, rows, static_cast<int>(frames));
+    const auto read = std::exchange(glides_, false) ? kernels_.readGliding : kernels_.read;
+    read(lanes_, rows, static_cast<int>(frames));
 }
 
 HrtfVoices::HrtfVoices(unsigned numVoices,
@@ -129,15 +135,13 @@ void HrtfVoices::Take(unsigned index,
                       std::span<const float> left,
                       std::span<const float> right) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
+    const std::size_t count = left.size();
     for (Path& path : voice.paths) {
-        if (path.moves && !path.isMoved) {  // nobody asked for the last piece
-            path.delay.Skip(static_cast<std::uint32_t>(voice.end - voice.piece));
-        }
         path.before = path.delay.Value();
-        path.moves = !path.delay.IsConstant() || kind_ == tav::DelayKind::Allpass;
+        path.glide = std::min(path.delay.SamplesLeft(), static_cast<std::uint32_t>(count));
+        path.delay.Skip(path.glide);
         path.isMoved = false;
     }
-    const std::size_t count = left.size();
     const bool isFull = voice.end + count + kGuard > length_;
     const bool rests = voice.gain.IsConstant();
     const float gain = voice.gain.Target();
@@ -172,17 +176,43 @@ PathReading HrtfVoices::Read(Path& path,
         path.tapsFor = delay;
         path.taps = TapsFor(kind_, delay);
     }
-    return {piece - PlaceOf(delay).whole + 2, path.taps};
+    const Place place = PlaceOf(delay);
+    return {piece - place.whole + 2, path.taps, place.fraction};
 }
 
 PathReading HrtfVoices::ReadingOf(unsigned index, std::size_t pathIndex) noexcept TAV_NONBLOCKING {
-    Voice& voice = voices_[index];
-    Path& path = voice.paths[pathIndex];
-    if (!path.moves) return Read(path, path.before, Piece(index, pathIndex));
+    const Voice& voice = voices_[index];
+    Path& path = voices_[index].paths[pathIndex];
+    const float* const piece = Piece(index, pathIndex);
+    const bool isLagrange = kind_ == tav::DelayKind::Lagrange;
+    // The kernel for places that move may pass one sample, and needs one after the next.
+    const float after = path.delay.Value();
+    if (isLagrange && path.glide > 0 && path.glide == voice.end - voice.piece &&
+        std::abs(after - path.before) <= 1.f && std::min(path.before, after) >= 1.f) {
+        const float step = (after - path.before) / static_cast<float>(path.glide);
+        const Place first = PlaceOf(path.before + step);
+        // A delay that grows may go back beyond the sample after which it begins.
+        const std::ptrdiff_t back = step > 0.f ? 1 : 0;
+        if (step != 0.f) {
+            return {.signal = piece - first.whole - back + 2,
+                    .taps = {},
+                    .place = first.fraction + static_cast<float>(back),
+                    .step = -step};
+        }
+    }
+    // Beside sources that glide, all have to be read by third-order Lagrange interpolation.
+    const bool isBetween = path.before > 0.f && path.before < 1.f;
+    if (Moves(path) || isBetween) return {Moved(index, pathIndex) + 2, {0.f, 0.f, 1.f}};
+    return Read(path, path.before, piece);
+}
+
+const float* HrtfVoices::Moved(unsigned index, std::size_t pathIndex) noexcept TAV_NONBLOCKING {
+    const Voice& voice = voices_[index];
+    Path& path = voices_[index].paths[pathIndex];
     float* const moved = MovedPiece(index, pathIndex);
     if (!path.isMoved) Move(path, Piece(index, pathIndex), {moved, voice.end - voice.piece});
     path.isMoved = true;
-    return {moved, {1.f}};
+    return moved;
 }
 
 PathReading HrtfVoices::PastOf(unsigned index,
@@ -195,8 +225,9 @@ PathReading HrtfVoices::PastOf(unsigned index,
 const float* HrtfVoices::Delayed(unsigned index,
                                  std::size_t path,
                                  std::span<float> room) noexcept TAV_NONBLOCKING {
-    const PathReading from = ReadingOf(index, path);
-    if (voices_[index].paths[path].moves) return from.signal;
+    Path& p = voices_[index].paths[path];
+    if (Moves(p)) return Moved(index, path);
+    const PathReading from = Read(p, p.before, Piece(index, path));
     fir_.fir(room.data(), from.signal, from.taps.data(), tav::kReadingTaps,
              static_cast<int>(room.size()));
     return room.data();
@@ -205,27 +236,28 @@ const float* HrtfVoices::Delayed(unsigned index,
 void HrtfVoices::Move(Path& path,
                       const float* piece,
                       std::span<float> output) noexcept TAV_NONBLOCKING {
-    const bool isShort = std::min(path.before, path.delay.Target()) < 1.f;
+    const float after = path.delay.Value();
+    const bool isShort = std::min(path.before, after) < 1.f;
     if (kind_ != tav::DelayKind::Lagrange || isShort) return MoveOneByOne(path, piece, output);
-    const auto count = std::min<std::size_t>(output.size(), path.delay.SamplesLeft());
-    path.delay.Skip(static_cast<std::uint32_t>(count));
-    const float step = (path.delay.Value() - path.before) / static_cast<float>(count);
+    const float step = (after - path.before) / static_cast<float>(path.glide);
     const Place first = PlaceOf(path.before + step);
     kernels_.glide(output.data(), piece - first.whole, first.fraction, -step,
-                   static_cast<int>(count));
-    if (count == output.size()) return;
-    const PathReading rest = Read(path, path.delay.Target(), piece + count);
-    fir_.fir(output.data() + count, rest.signal, rest.taps.data(), tav::kReadingTaps,
-             static_cast<int>(output.size() - count));
+                   static_cast<int>(path.glide));
+    if (path.glide == output.size()) return;
+    const PathReading rest = Read(path, after, piece + path.glide);
+    fir_.fir(output.data() + path.glide, rest.signal, rest.taps.data(), tav::kReadingTaps,
+             static_cast<int>(output.size() - path.glide));
 }
 
 void HrtfVoices::MoveOneByOne(Path& path,
                               const float* piece,
                               std::span<float> output) noexcept TAV_NONBLOCKING {
-    const auto delays = std::span(glide_).first(output.size());
-    path.delay.Fill(delays);
+    const float after = path.delay.Value();
+    const float step = (after - path.before) / static_cast<float>(std::max(path.glide, 1u));
     for (std::size_t k = 0; k < output.size(); ++k) {
-        const Place place = PlaceOf(delays[k]);
+        const auto done = static_cast<float>(k + 1);
+        const float delay = k + 1 < path.glide ? path.before + done * step : after;
+        const Place place = PlaceOf(delay);
         const float* const x = piece + k - place.whole;
         if (kind_ == tav::DelayKind::Allpass) {
             tav::AllpassKernel kernel{path.allpass};
@@ -233,7 +265,7 @@ void HrtfVoices::MoveOneByOne(Path& path,
             path.allpass = std::abs(kernel.previous) < 1e12f ? kernel.previous : 0.f;
             continue;
         }
-        output[k] = WithKernel(KindFor(kind_, delays[k]),
+        output[k] = WithKernel(KindFor(kind_, delay),
                                [&](const auto& kernel) { return kernel(x, place.fraction); });
     }
 }

@@ -17,9 +17,13 @@
 namespace Quilo {
 
 /// Where to read a signal: its sample k is the sum over t of taps[t] * signal[k - t].
+/// Readings that glide have no taps. Their sample k lies at place + k step, where 0 is
+/// signal[k - 2] and 1 is signal[k - 1]. What rests beside them is read at its place, too.
 struct PathReading {
     const float* signal;
     std::array<float, static_cast<std::size_t>(tav::kReadingTaps)> taps;
+    float place = 0.f;
+    float step = 0.f;  // other than 0: it glides
 };
 
 /// Reads what the sources of one group hear into rows.  Thread: audio.
@@ -39,6 +43,7 @@ private:
 
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
     tav::ReadingLanes lanes_{};
+    bool glides_ = false;  // one of the lanes
     std::array<float, kLongest + 2 * kAround> silence_{};
 };
 
@@ -119,12 +124,12 @@ public:
 
 private:
     struct Path {
-        tav::Ramp delay;       // samples
-        float before = 0.f;    // the delay before the newest piece
-        bool moves = false;    // within that piece, which stands in moved_ once it was asked for
-        bool isMoved = false;  // so that it does
-        float allpass = 0.f;   // what that kernel remembers
-        float tapsFor = -1.f;  // the delay that `taps` are for; none yet
+        tav::Ramp delay;          // samples; at the end of the newest piece
+        float before = 0.f;       // the delay before that piece
+        std::uint32_t glide = 0;  // samples of it in which the delay moves, from its start on
+        bool isMoved = false;     // it stands in moved_
+        float allpass = 0.f;      // what that kernel remembers
+        float tapsFor = -1.f;     // the delay that `taps` are for; none yet
         std::array<float, 4> taps{};
     };
     struct Voice {
@@ -139,6 +144,12 @@ private:
         return voice * numWindows_ + (numWindows_ == 2 ? path : 0);
     }
     float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
+    /// The delay moves, or the kind of delay remembers.
+    bool Moves(const Path& path) const noexcept TAV_NONBLOCKING {
+        return path.glide > 0 || kind_ == tav::DelayKind::Allpass;
+    }
+    /// The piece at the end of a path, sample by sample.
+    const float* Moved(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     PathReading Read(Path& path, float delay, const float* piece) const noexcept TAV_NONBLOCKING;
     void Move(Path& path, const float* piece, std::span<float> output) noexcept TAV_NONBLOCKING;
     void MoveOneByOne(Path& path,
@@ -156,7 +167,7 @@ private:
     std::vector<float> samples_;
     std::vector<float> moved_;  // of each path, the newest piece in which its delay moved
     std::vector<Voice> voices_;
-    std::vector<float> glide_;  // a piece of gains or delays
+    std::vector<float> glide_;  // a piece of gains
     tav::DelayKind kind_ = tav::DelayKind::Lagrange;
 };
 

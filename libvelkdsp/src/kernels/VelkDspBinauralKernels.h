@@ -25,11 +25,15 @@ struct CellLanes {
 /// How a source is read through four taps: sample k is the sum over t of taps[t] * signal[k - t].
 inline constexpr int kReadingTaps = 4;
 
-/// Sources that are read so, a tap of each in a row.
+/// Sources that are read, a number of each in a row.
 struct ReadingLanes {
     const float* signals[kSourceLanes];  // each from kReadingTaps samples before the first one to
-                                         // kReadingTaps - 1 samples behind the last one
+                                         // kReadingTaps samples behind the last one
     float taps[kReadingTaps][kSourceLanes];
+    // Of those that are read between samples: sample k lies at place + k step, where 0 is
+    // signal[k - 2] and 1 is signal[k - 1]. All places are within 0 .. 2.
+    float places[kSourceLanes];
+    float steps[kSourceLanes];
     int lanes;  // number of sources, in the first lanes; the other ones may be computed, too
 };
 
@@ -71,8 +75,10 @@ struct BinauralKernels {
                     const EarRows& sum,
                     const float* weights,
                     int n) noexcept TAV_NONBLOCKING;
-    /// Overwrites n rows with the samples that the sources are read at.
+    /// Overwrites n rows with the sources, each through its taps.
     void (*read)(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING;
+    /// The same by third-order Lagrange interpolation at the places of the sources.
+    void (*readGliding)(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING;
     /// y[k] is x at the place k + f + k step, by third-order Lagrange interpolation: where w is the
     /// integral part of f + k step, from x[k + w - 1] to x[k + w + 2].
     void (*glide)(float* y, const float* x, float f, float step, int n) noexcept TAV_NONBLOCKING;

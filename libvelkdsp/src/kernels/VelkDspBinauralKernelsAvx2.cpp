@@ -29,9 +29,9 @@ using Kernels = VectorBinauralKernels<Avx2Operations>;
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Avx2() noexcept {
-    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Read,
-                                              Kernels::Glide,   Kernels::FadeWeightsOf,
-                                              SumLanes,         Kernels::FirstOrder};
+    static constexpr BinauralKernels kKernels{
+        Kernels::Cascade,       Kernels::Read, Kernels::ReadGliding, Kernels::Glide,
+        Kernels::FadeWeightsOf, SumLanes,      Kernels::FirstOrder};
     return kKernels;
 }
 

@@ -42,9 +42,9 @@ using Kernels = VectorBinauralKernels<Avx512Operations>;
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Avx512() noexcept {
-    static constexpr BinauralKernels kKernels{Kernels::Cascade, Kernels::Read,
-                                              Kernels::Glide,   Kernels::FadeWeightsOf,
-                                              SumLanes,         Kernels::FirstOrder};
+    static constexpr BinauralKernels kKernels{
+        Kernels::Cascade,       Kernels::Read, Kernels::ReadGliding, Kernels::Glide,
+        Kernels::FadeWeightsOf, SumLanes,      Kernels::FirstOrder};
     return kKernels;
 }
 

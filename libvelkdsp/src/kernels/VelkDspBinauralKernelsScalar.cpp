@@ -72,6 +72,15 @@ void Glide(float* y, const float* x, float f, float step, int n) noexcept TAV_NO
     }
 }
 
+void ReadGliding(const ReadingLanes& sources, float* rows, int n) noexcept TAV_NONBLOCKING {
+    for (std::ptrdiff_t i = 0; i < sources.lanes; ++i) {
+        for (std::ptrdiff_t k = 0; k < n; ++k) {
+            const float place = sources.places[i] + static_cast<float>(k) * sources.steps[i];
+            Glide(rows + k * kSourceLanes + i, sources.signals[i] + k - 2, place, 0.f, 1);
+        }
+    }
+}
+
 void FadeWeightsOf(const FadeLanes& f, float* rows, int n) noexcept TAV_NONBLOCKING {
     for (std::ptrdiff_t i = 0; i < kSourceLanes; ++i) {
         float c = f.cosine[i], s = f.sine[i];
@@ -123,7 +132,7 @@ void FirstOrder(const FirstOrderLanes& lanes,
 }  // namespace
 
 const BinauralKernels& BinauralKernels::Scalar() noexcept {
-    static constexpr BinauralKernels kKernels{Cascade,       Read,     Glide,
+    static constexpr BinauralKernels kKernels{Cascade,       Read,     ReadGliding, Glide,
                                               FadeWeightsOf, SumLanes, FirstOrder};
     return kKernels;
 }

@@ -79,6 +79,29 @@ public:
         }
     }
 
+    static void ReadGliding(const ReadingLanes& sources,
+                            float* rows,
+                            int n) noexcept TAV_NONBLOCKING {
+        for (std::ptrdiff_t lane = 0; lane < sources.lanes; lane += S::kLanes) {
+            const float* const* const signals = sources.signals + lane;
+            const Vec start = S::Load(sources.places + lane);
+            const Vec step = S::Load(sources.steps + lane);
+            Vec x[8];  // samples k - 3 .. k + 4
+            LoadFourRows(signals, -3, x);
+            float* row = rows + lane;
+            for (std::ptrdiff_t k = 0; k < n; k += 4, row += 4 * kRow) {
+                LoadFourRows(signals, k + 1, x + 4);
+                Vec place = S::MultiplyAdd(step, S::Broadcast(static_cast<float>(k)), start);
+                for (std::ptrdiff_t j = 0; j < 4; ++j) {
+                    const Vec value = Between(x + j, place);
+                    if (k + j < n) S::Store(row + j * kRow, value);
+                    place = S::Add(place, step);
+                    x[j] = x[j + 4];
+                }
+            }
+        }
+    }
+
     static void Glide(float* y, const float* x, float f, float step, int n) noexcept
         TAV_NONBLOCKING {
         if (n < S::kLanes) return BinauralKernels::Scalar().glide(y, x, f, step, n);
@@ -153,10 +176,26 @@ private:
         return S::MultiplyAdd(g, S::MultiplyAdd(g, S::MultiplyAdd(g, cubic, square), linear), here);
     }
 
+    /// Third-order Lagrange between x[1] and x[2], or from place 1 on between x[2] and x[3], in
+    /// Newton's form.
+    static Vec Between(const Vec* x, Vec place) noexcept {
+        const Vec beyond = S::Subtract(place, S::Broadcast(1.f));
+        const auto chosen = [&](Vec near, Vec far) { return S::WhereNegative(beyond, near, far); };
+        Vec first[4], second[3], third[2];  // differences
+        for (int i = 0; i < 4; ++i) first[i] = S::Subtract(x[i + 1], x[i]);
+        for (int i = 0; i < 3; ++i) second[i] = S::Subtract(first[i + 1], first[i]);
+        for (int i = 0; i < 2; ++i) third[i] = S::Subtract(second[i + 1], second[i]);
+        const Vec g = chosen(place, beyond);
+        const Vec thirds = S::Broadcast(1.f / 3.f), half = S::Broadcast(0.5f);
+        // x + g (first + (g - 1) / 2 (second + (g + 1) / 3 third))
+        Vec sum = S::MultiplyAdd(S::MultiplyAdd(g, thirds, thirds), chosen(third[0], third[1]),
+                                 chosen(second[0], second[1]));
+        sum = S::MultiplyAdd(S::MultiplySubtract(g, half, half), sum, chosen(first[1], first[2]));
+        return S::MultiplyAdd(g, sum, chosen(x[1], x[2]));
+    }
+
     /// Samples k .. k + 3 of signals, a row of all of them each.
-    static void LoadFourRows(const float* const* signals,
-                             std::ptrdiff_t k,
-                             Vec (&rows)[4]) noexcept {
+    static void LoadFourRows(const float* const* signals, std::ptrdiff_t k, Vec* rows) noexcept {
         Vec four[4];
         S::LoadQuarters(signals, k, four);
         const Vec low01 = S::UnpackLow(four[0], four[1]), low23 = S::UnpackLow(four[2], four[3]);

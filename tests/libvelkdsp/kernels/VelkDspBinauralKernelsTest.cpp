@@ -66,7 +66,7 @@ TEST_P(BinauralKernelsOf, CascadeOfEveryKind) {
     }
 }
 
-TEST_P(BinauralKernelsOf, ReadThroughFourTaps) {
+TEST_P(BinauralKernelsOf, ReadThroughFourTapsOrAtPlaces) {
     ReadingLanes sources{};
     for (const std::size_t lanes : {3u, 8u, 11u, 16u}) {
         sources.lanes = static_cast<int>(lanes);
@@ -74,15 +74,22 @@ TEST_P(BinauralKernelsOf, ReadThroughFourTaps) {
             const auto count = static_cast<std::size_t>(n);
             std::vector<std::vector<float>> signals;
             for (unsigned i = 0; i < kRow; ++i) {
-                signals.push_back(Tests::Noise(count + 2 * kReadingTaps - 1, 20 + i));
+                signals.push_back(Tests::Noise(count + 2 * kReadingTaps, 20 + i));
                 sources.signals[i] = signals[i].data() + kReadingTaps;
+                // From 0 up or from 2 down, as far as to the other end, or resting.
+                const bool falls = i % 2 == 1;
+                const float way = (falls ? -0.49f : 0.49f) * static_cast<float>(i % 5);
+                sources.places[i] = (falls ? 2.f : 0.f) + 0.01f * way;
+                sources.steps[i] = way / static_cast<float>(std::max(n - 1, 1));
                 const auto taps = Tests::Noise(kReadingTaps, 50 + i);
                 for (std::size_t t = 0; t < kReadingTaps; ++t) sources.taps[t][i] = taps[t];
             }
-            ExpectTheTwins(lanes, 16 * Tests::kEpsilon, [&](const BinauralKernels& kernels) {
+            ExpectTheTwins(lanes, 64 * Tests::kEpsilon, [&](const BinauralKernels& kernels) {
                 Guarded<float> rows(start, std::vector<float>(kRow * count, 99.f));
                 kernels.read(sources, rows.Data(), n);
-                return Results{rows.Values()};
+                Guarded<float> gliding(start, std::vector<float>(kRow * count, 99.f));
+                kernels.readGliding(sources, gliding.Data(), n);
+                return Results{rows.Values(), gliding.Values()};
             });
         });
     }
