@@ -14,6 +14,7 @@
 #include <memory>
 #include <numbers>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -48,16 +49,41 @@ struct Channels {
     std::vector<double*> pointers;
 };
 
+/// A type with a number of outputs that it takes.
+struct ShowRow {
+    const char* type;
+    const char* subtype;
+    unsigned outputs;
+    Quilo::LayoutKind layout;
+};
+
+// Ambisonic rows are of order 7. Panners for headphones have benchmarks of their own.
+constexpr auto kRing = Quilo::LayoutKind::Horizontal;
+constexpr auto kSphere = Quilo::LayoutKind::Periphonic;
+constexpr ShowRow kShows[] = {
+    {"vbap", "direct", 64, kSphere},     {"knn", "direct", 64, kSphere},
+    {"hoa3d", "direct", 64, kSphere},    {"dbap3d", "direct", 64, kSphere},
+    {"nfchoa3d", "direct", 64, kSphere}, {"vbip", "direct", 64, kSphere},
+    {"vdbap", "direct", 64, kSphere},    {"angular", "direct", 64, kRing},
+    {"vbap2d", "direct", 64, kRing},     {"vbip2d", "direct", 64, kRing},
+    {"dbap", "direct", 64, kRing},       {"spcap", "direct", 64, kRing},
+    {"subwoofers", "direct", 64, kRing}, {"panr", "direct", 12, kRing},
+    {"surround", "direct", 4, kRing},    {"xy", "direct", 2, kRing},
+    {"ms", "direct", 2, kRing},          {"ab", "direct", 2, kRing},
+    {"bformat", "direct", 4, kRing},     {"hoa2d", "direct", 15, kRing},
+    {"nfchoa2d", "direct", 15, kRing},   {"vbap2d", "diffuse", 64, kRing},
+};
+
 class Show {
 public:
-    Show(const char* type, unsigned sources, unsigned outputs, unsigned frames)
-        : pan_(Quilo::Pan::Create(sources, outputs, type, "direct")),
+    Show(const ShowRow& row, unsigned sources, unsigned frames)
+        : pan_(Quilo::Pan::Create(sources, row.outputs, row.type, row.subtype)),
           frames_(frames),
           inputs_(sources, frames, 1),
-          outputs_(outputs, frames, 2) {
+          outputs_(row.outputs, frames, 2) {
         pan_->SetSampleRate(kRate);
         pan_->SetBufferSize(frames);
-        pan_->SetSpeakersPositions(Quilo::DefaultSpeakers(Quilo::LayoutKind::Periphonic, outputs));
+        pan_->SetSpeakersPositions(Quilo::DefaultSpeakers(row.layout, row.outputs));
         MoveAll(true);
         for (int block = 0; block < 100; ++block) Play();  // all glides have ended
     }
@@ -90,10 +116,9 @@ private:
     unsigned moves_ = 0;
 };
 
-void Run(benchmark::State& state, const char* type, bool moves) {
+void Run(benchmark::State& state, const ShowRow& row, bool moves) {
     const auto frames = static_cast<unsigned>(state.range(2));
-    Show show(type, static_cast<unsigned>(state.range(0)), static_cast<unsigned>(state.range(1)),
-              frames);
+    Show show(row, static_cast<unsigned>(state.range(0)), frames);
     for (auto _ : state) {
         if (moves) show.Move();
         show.Play();
@@ -106,13 +131,15 @@ void Run(benchmark::State& state, const char* type, bool moves) {
 }
 
 [[maybe_unused]] const bool kShowsAreRegistered = [] {
-    for (const char* type : {"vbap", "knn", "hoa3d", "dbap3d", "nfchoa3d"}) {
+    for (const ShowRow& row : kShows) {
+        const bool isPlain = row.subtype == std::string_view("direct");
         for (const bool moves : {true, false}) {
-            const std::string name = std::string(moves ? "Show" : "ShowRest") + "/type:" + type;
+            const std::string name = std::string(moves ? "Show" : "ShowRest") +
+                                     "/type:" + (isPlain ? row.type : row.subtype);
             benchmark::RegisterBenchmark(
-                name.c_str(), [type, moves](benchmark::State& state) { Run(state, type, moves); })
+                name.c_str(), [&row, moves](benchmark::State& state) { Run(state, row, moves); })
                 ->ArgNames({"sources", "outputs", "frames"})
-                ->Args({64, 64, 64});
+                ->Args({64, row.outputs, 64});
         }
     }
     return true;
