@@ -12,7 +12,7 @@ import array
 import math
 
 from played import play
-from svg import FAINT, GREY, LIGHT, drawing_options, headline, page, text, write
+from svg import COLOURS, FAINT, GREY, LIGHT, drawing_options, headline, page, text, write
 
 # name, title, what to look at, box text, statements before the turn, elevation, labels of outlets that are
 # no loudspeakers
@@ -63,8 +63,6 @@ LAWS = (
 STEP_DEG = 2
 FRAMES = 2048  # of one step: a vector, long enough for every filter and ramp to settle
 RATE = 48000
-COLOURS = ("#d55e00", "#0072b2", "#009e73", "#cc79a7", "#e69f00", "#56b4e9", "#333333",
-           "#8c564b", "#7f7f00", "#6a3d9a", "#b15928", "#1b6b93")
 WIDTH, HEIGHT, CENTRE_X, CENTRE_Y, RADIUS = 460, 430, 200, 232, 150
 
 
@@ -147,13 +145,12 @@ def gallery():
              "How loud each outlet plays a source that goes once round the listener, for every panning law.",
              "The azimuth of the source runs clockwise from the front, the distance from the centre is the gain,",
              "dashed where it is negative. The values are those that the module itself plays:", "",
-             "    scripts/pictures", "",
+             "```sh", "# not run: its tests run it with --check", "scripts/pictures", "```", "",
              "`nfchoa2d` and `nfchoa3d` play the gains of `hoa2d` and `hoa3d` for a source as far as the",
              "loudspeakers, and with the subtype `diffuse` a source has no direction; they are not drawn.", ""]
     for name, title, remark, box, before, _, _ in LAWS:
-        lines += [f"## {title}", "", remark, "", f"    object quilo.pan~ {box}"]
-        lines += [f"    {statement}" for statement in before]
-        lines += ["", f"![{title}](polar/{name}.svg)", ""]
+        lines += [f"## {title}", "", remark, "", "```quilo", f"object quilo.pan~ {box}", *before, "```", "",
+                  f"![{title}](polar/{name}.svg)", ""]
     return "\n".join(lines)
 
 

@@ -8,6 +8,8 @@ from pathlib import Path
 
 BLACK, GREY, LIGHT, FAINT = "#1f2933", "#66727f", "#c3ccd5", "#e4e9ee"
 BLUE, GREEN, ORANGE = "#0072b2", "#009e73", "#d55e00"
+COLOURS = (ORANGE, BLUE, GREEN, "#cc79a7", "#e69f00", "#56b4e9", "#333333",
+           "#8c564b", "#7f7f00", "#6a3d9a", "#b15928", "#1b6b93")  # of the outlets
 WIDTH, LEFT, RIGHT, PANEL = 760, 64, 40, 210  # of pages with panels: the page, its margins, the height of a panel
 
 
@@ -32,9 +34,10 @@ class Panel:
     """Curves over a horizontal axis whose places run from 0 to 1; `ticks` are (place, words).
 
     @param rules whether a thin line stands over each tick
+    @param numbers whether the values of the vertical axis are written
     """
 
-    def __init__(self, top, title, low, high, step, ticks, rules=False):
+    def __init__(self, top, title, low, high, step, ticks, rules=False, numbers=True):
         self.top, self.low, self.high = top, low, high
         self.bottom = top + PANEL
         self.lines = [text(LEFT, top - 10, title, 13, weight="bold")]
@@ -42,7 +45,8 @@ class Panel:
             value = low + k * step
             y = self._y(value)
             self.lines.append(f'<line x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" y2="{y:.1f}" stroke="{FAINT}"/>')
-            self.lines.append(text(LEFT - 8, y + 4, f"{round(value, 9):g}", 11, "end", GREY))
+            if numbers:
+                self.lines.append(text(LEFT - 8, y + 4, f"{round(value, 9):g}", 11, "end", GREY))
         for place, words in ticks:
             x = self._x(place)
             if rules:
