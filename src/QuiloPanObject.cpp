@@ -100,7 +100,7 @@ void PanObject::Complete() {
     for (const VelkMax::MaxAttribute& attribute : VelkMax::ListAttributes(&header_.z_ob)) {
         longest += attribute.NumAtoms();
     }
-    door_.Open(longest);
+    door_.Open(longest, &PanOsc::LookAfter);
 }
 
 // ---- Positions

@@ -173,14 +173,18 @@ void PanOsc::Receive(std::span<const std::byte> packet) {
     if (systhread_isaudiothread() != 0) return ReceiveInAudio(packet);
     PanOSCReceiver& receiver = object_.Engine()->Osc();
     const OscChanges changes = receiver.Enqueue(packet);
-    if (sys_getdspstate() == 0) receiver.CarryOut();
+    if (sys_getdspstate() == 0 || object_.IsDisabled()) receiver.CarryOut();
+    if (receiver.IsWaiting()) AnnounceLater(changes);
     const Door::Visit inside(object_.TheDoor());
     Announce(changes);
 }
 
 void PanOsc::ReceiveInAudio(std::span<const std::byte> packet) {
     OscChanges changes = 0;
-    if (object_.Engine()->Osc().EnqueueInAudio(packet, changes)) {
+    // A short packet overtakes no long one that was kept before it.
+    if (!object_.TheDoor().HasLetters() &&
+        object_.Engine()->Osc().EnqueueInAudio(packet, changes)) {
+        AnnounceLater(changes);
         const Door::Visit inside(object_.TheDoor(), Door::Patience::WaitsOutsideAudio);
         if (inside) Announce(changes);
         return;
@@ -218,6 +222,22 @@ void PanOsc::Announce(OscChanges changes) {
     }
     const unsigned numLost = object_.Engine()->Osc().TakeNumLost();
     if (numLost > 0) object_.TheDoor().CountOutrun(static_cast<int>(numLost));
+}
+
+void PanOsc::AnnounceLater(OscChanges changes) noexcept {
+    waiting_ |= changes;
+    object_.TheDoor().Remind();
+}
+
+void PanOsc::LookAfter(void* record) noexcept {
+    PanObject& object = PanObject::Of(record);
+    Guarded(object, &object_error, [&] {
+        PanOSCReceiver& receiver = object.Engine()->Osc();
+        receiver.CarryOutIfStill();
+        if (receiver.IsWaiting()) return object.TheDoor().Remind();
+        const Door::Visit inside(object.TheDoor());
+        object.Osc()->Announce(object.Osc()->waiting_.exchange(0));
+    });
 }
 
 // ---- Errands

@@ -8,6 +8,7 @@
 //     Max                        loudspeakers, attributes, presets
 //   in the audio interrupt       short packets straight to the queue; others are kept as letters
 //   anything while audio is off  is carried out where it arrives
+//   what no block of audio takes by the reminder of the door, in the scheduler or the main thread
 #pragma once
 
 #include "max/VelkMaxHandlers.h"
@@ -15,6 +16,7 @@
 #include "pan/QuiloPanOSC.h"
 #include "processors/VelkDspControlLock.h"
 
+#include <atomic>
 #include <deque>
 #include <optional>
 #include <vector>
@@ -31,6 +33,10 @@ public:
     /// Takes a copy of what it needs.  Thread: any, outside the door.
     /// Throws: tav::Exception for a faulty packet, which changes nothing.
     void Receive(std::span<const std::byte> packet);
+
+    /// Some 100 ms after a packet: carries out what waits for a block of audio that does not come,
+    /// and announces what has taken effect meanwhile.
+    static void LookAfter(void* record) noexcept;
 
     bool Owns(std::string_view address) const noexcept override;
     void PutOff(const tav::OscMessageView& message) override;
@@ -49,10 +55,12 @@ private:
     std::optional<tav::OSCMessage> TakeErrand();
     void ReceiveInAudio(std::span<const std::byte> packet);
     void Announce(OscChanges changes);
+    void AnnounceLater(OscChanges changes) noexcept;
     bool HasAttribute(const char* name) const;
 
     PanObject& object_;
-    std::vector<t_symbol*> attributes_;  // of each bit of OscChanges; null for none
+    std::vector<t_symbol*> attributes_;    // of each bit of OscChanges; null for none
+    std::atomic<OscChanges> waiting_ = 0;  // to be announced by LookAfter
     tav::ControlLock lock_;
     std::deque<tav::OSCMessage> errands_ TAV_GUARDED_BY(lock_);
 };

@@ -19,7 +19,7 @@ namespace {
 bool InAudioThread() noexcept { return systhread_isaudiothread() != 0; }
 
 /// How long after it was put off each duty is done, milliseconds.
-constexpr double kDelaysMs[] = {0, 40, 1000};
+constexpr double kDelaysMs[] = {0, 40, 1000, 100};
 
 }  // namespace
 
@@ -83,6 +83,7 @@ Door::Door(void* record)
     clocks_[0].clock = clock_new(&handle_, AsMethod(&Ring<Duty::CarryOutLetters>));
     clocks_[1].clock = clock_new(&handle_, AsMethod(&Ring<Duty::Announce>));
     clocks_[2].clock = clock_new(&handle_, AsMethod(&Ring<Duty::ReportLosses>));
+    clocks_[3].clock = clock_new(&handle_, AsMethod(&Ring<Duty::Remind>));
     qelem_ = qelem_new(&handle_, AsMethod(&Serve));
     const auto isMade = [](const Clock& clock) { return clock.clock != nullptr; };
     if (qelem_ != nullptr && std::ranges::all_of(clocks_, isMade)) return;
@@ -92,7 +93,8 @@ Door::Door(void* record)
 
 Door::~Door() { Close(); }
 
-void Door::Open(std::size_t longestLetter) {
+void Door::Open(std::size_t longestLetter, void (*reminder)(void* record)) {
+    reminder_ = reminder;
     const std::size_t longest = std::max(kLongestLetter, longestLetter);
     letters_.emplace(tav::Mailbox<LetterKey, t_atom>::Room{
         kLetters, std::max(kLetterAtoms, 4 * longest), longest});
@@ -171,7 +173,7 @@ void Door::Enter(const Letter& letter) {
         if (state_ != State::Closed) letter.run(record_, letter.name, letter.atoms);
         return;
     }
-    if (letter.pace == Pace::Prompt && (!letters_ || letters_->IsEmpty())) {
+    if (letter.pace == Pace::Prompt && !HasLetters()) {
         if (const Visit inside(*this, Patience::WaitsOutsideAudio); inside) {
             return letter.run(record_, letter.name, letter.atoms);
         }
@@ -180,6 +182,11 @@ void Door::Enter(const Letter& letter) {
 }
 
 // ---- Letters
+
+bool Door::HasLetters() const noexcept {
+    // In this order: a letter is marked as being carried out before it leaves the box.
+    return letters_ && (!letters_->IsEmpty() || isCarryingOut_);
+}
 
 void Door::KeepLetter(const Letter& letter) noexcept {
     if (state_ != State::Open || !letters_) return;
@@ -322,6 +329,9 @@ void Door::Do(Duty duty) {
         }
             return Announce();
         case Duty::ReportLosses: return ReportLosses();
+        case Duty::Remind:
+            if (reminder_ != nullptr) reminder_(record_);
+            return;
     }
 }
 
@@ -342,9 +352,8 @@ void Door::Ring(void* handle) {
 void Door::Serve(void* handle) {
     Door* const door = static_cast<Handle*>(handle)->Knock();
     if (door == nullptr) return;
-    for (const Duty duty : {Duty::CarryOutLetters, Duty::Announce, Duty::ReportLosses}) {
-        Clock& clock = door->clocks_[static_cast<std::size_t>(duty)];
-        if (clock.isDue.exchange(false)) door->Do(duty);
+    for (std::size_t duty = 0; duty < kNumDuties; ++duty) {
+        if (door->clocks_[duty].isDue.exchange(false)) door->Do(static_cast<Duty>(duty));
     }
     const std::vector<Errand> errands = door->TakeErrands();
     void* const record = door->record_;

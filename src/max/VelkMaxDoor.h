@@ -15,6 +15,7 @@
 //   changes               whoever is inside      scheduler or main, at most every 40 ms
 //   lost letters          audio                  scheduler or main, at most once a second
 //   errands               any but audio          main
+//   reminders             any                    scheduler or main, after 100 ms
 //
 // Pattern: Open, then anything, Close while all that visitors use still stands.
 #pragma once
@@ -78,8 +79,9 @@ public:
     /// From now on changes are announced and letters of the audio thread kept.
     /// @param longestLetter  atoms that the object needs; one that is longer than them and than
     /// 1024 atoms is lost when it comes from the audio thread
+    /// @param reminder  what Remind puts off; lets nothing escape
     /// Throws: std::bad_alloc.
-    void Open(std::size_t longestLetter);
+    void Open(std::size_t longestLetter, void (*reminder)(void* record) = nullptr);
     /// Ends all that was put off: letters and errands are dropped, no clock comes back. Waits for
     /// those who are inside; nobody enters any more.  Thread: main, once audio has let go.
     void Close() noexcept;
@@ -95,6 +97,13 @@ public:
     /// Runs the letter in the main thread, outside the door, once the current message is over:
     /// only then dialogs may open.  Thread: any but audio, not inside
     void SendToMain(const Letter& letter) noexcept TAV_EXCLUDES(lock_);
+
+    /// Whether the audio thread has left letters that are not carried out yet. Thread: audio
+    bool HasLetters() const noexcept;
+
+    /// Calls the reminder in a while, outside the door; several calls until then count as one.
+    /// Thread: any
+    void Remind() noexcept { Set(Duty::Remind); }
 
     /// An attribute has another value now and Max does not know of it.
     /// @param attribute  its name.  Thread: any, inside
@@ -147,7 +156,8 @@ private:
     enum class State : std::uint8_t { New, Open, Closed };
 
     /// What is put off, each with a clock of its own.
-    enum class Duty : std::uint8_t { CarryOutLetters, Announce, ReportLosses };
+    enum class Duty : std::uint8_t { CarryOutLetters, Announce, ReportLosses, Remind };
+    static constexpr std::size_t kNumDuties = 4;
     struct Clock {
         t_clock* clock = nullptr;
         std::atomic<bool> isSet = false;  // and its duty not done yet
@@ -183,8 +193,9 @@ private:
     std::atomic<State> state_ = State::New;
 
     bool isLate_ TAV_GUARDED_BY(lock_) = false;  // what runs now is a letter that was kept
-    // Somebody carries out letters, even while he is outside.
-    bool isCarryingOut_ TAV_GUARDED_BY(lock_) = false;
+    // Somebody carries out letters, even while he is outside. Written inside.
+    std::atomic<bool> isCarryingOut_ = false;
+    void (*reminder_)(void* record) = nullptr;
     Changes changes_ TAV_GUARDED_BY(lock_);
     std::vector<Line> said_ TAV_GUARDED_BY(lock_);
     CutLine cutLine_ TAV_GUARDED_BY(lock_);
@@ -196,7 +207,7 @@ private:
     std::atomic<int> numOutrun_ = 0;  // messages of other ways than letters
 
     Handle& handle_;
-    std::array<Clock, 3> clocks_;
+    std::array<Clock, kNumDuties> clocks_;
     t_qelem* qelem_ = nullptr;  // runs Serve in the main thread
 };
 

@@ -48,11 +48,15 @@ TEST(PanObjectOsc, RefusesAMessageThatIsTooLong) {
               std::vector<std::string>{"error: message too long : /source/1/xyz"});
 }
 
-/// The first packet of all, and one that is an errand, come in the audio interrupt as letters.
+/// Packets with patterns and errands come in the audio interrupt as letters.
 TEST(PanObjectOsc, ArrivesInTheAudioInterrupt) {
     OscBox box("2 4 vbap2d");
+    box.SendPacket(LoMessage("/elsewhere", {}));  // makes the queue
     {
         const HostApi::ThreadScope interrupt(HostApi::ThreadKind::Audio);
+        // A pattern takes memory; what comes after it stays behind it.
+        box.SendPacket(LoFloats("/source/*/xyz", {0, 0, 1}));
+        box.SendPacket(LoFloats("/source/2/xyz", {4, 5, 6}));
         box.SendPacket(LoBundle({{"/source/1/xyz", {{'f', 1}, {'f', 2}, {'f', 3}}},
                                  {"/attribute/interpolationtime", {{'f', 77}}}}));
         box.SendPacket(LoMessage("/source/5/x", {{'f', 1}}));
@@ -61,7 +65,26 @@ TEST(PanObjectOsc, ArrivesInTheAudioInterrupt) {
     EXPECT_EQ(box.AfterAll(),
               std::vector<std::string>{"error: exception : invalid /source index : 5"});
     EXPECT_EQ(box.Ask("interpolationtime"), "77");
+    EXPECT_EQ(box.Ask("sourcespositions"), "1 2 3 4 5 6");
+}
+
+/// Audio is on but does not come here, or stops before it has taken what waits.
+TEST(PanObjectOsc, TakesEffectWithoutAudio) {
+    OscBox box("2 4 vbap2d");
+    HostApi::SetAudioSettings({48000, 64, true});
+    box.Send("/source/1/xyz 1 2 3");
+    EXPECT_FALSE(box.Ask("sourcespositions").starts_with("1 2 3 "));
+    box.AfterAll();
     EXPECT_TRUE(box.Ask("sourcespositions").starts_with("1 2 3 "));
+    box.Send("enable 0");
+    box.Send("/source/1/x++ 1");
+    EXPECT_TRUE(box.Ask("sourcespositions").starts_with("2 2 3 "));
+    box.Send("enable 1");
+    box.Send("/source/1/x 7");
+    HostApi::SetAudioSettings({48000, 64, false});
+    box.Send("/source/1/x++ 1");  // after what waited
+    EXPECT_TRUE(box.Ask("sourcespositions").starts_with("8 2 3 "));
+    HostApi::SetAudioSettings({});
 }
 
 TEST(PanObjectOsc, DocumentsEveryAddress) {

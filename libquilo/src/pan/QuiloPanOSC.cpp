@@ -55,13 +55,13 @@ struct Shortness {
     bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return isShort = false; }
 };
 
-struct IntoQueue {
-    OscQueue& queue;
+struct IntoBox {
+    tav::OscBox& box;
     OscChanges& changes;
     unsigned numLost = 0;
 
     void Command(const OscCommand& command) noexcept TAV_NONBLOCKING {
-        numLost += queue.PutFromAudio({&command, 1});
+        if (box.Put(command) != tav::OscBox::Outcome::Kept) ++numLost;
         changes |= BitOf(command);
     }
     bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return false; }
@@ -194,20 +194,23 @@ bool PanOSCReceiver::EnqueueInAudio(std::span<const std::byte> packet,
         resolver.Resolve();
     });
     if (!isRead || !shortness.isShort) return false;
-    IntoQueue sink{*queue, changes};
-    tav::OscReader again(packet);
-    again.ReadPacket([&](const OscMessageView& message) noexcept {
-        PanOscResolver<false, IntoQueue>(message, pan_.NumInputs(), sink).Resolve();
+    return queue->PutInAudio([&](tav::OscBox& box) noexcept {
+        IntoBox sink{box, changes};
+        tav::OscReader again(packet);
+        again.ReadPacket([&](const OscMessageView& message) noexcept {
+            PanOscResolver<false, IntoBox>(message, pan_.NumInputs(), sink).Resolve();
+        });
+        if (sink.numLost > 0) numLost_ += sink.numLost;
     });
-    numLost_ += sink.numLost;
-    return true;
 }
 
 // The one door through which work of the control side enters the audio thread. What it calls takes
 // no memory, which the tests of all panners see to.
 void PanOSCReceiver::TakeInAudio(unsigned frames) noexcept TAV_NONBLOCKING TAV_UNCHECKED {
     OscQueue* const queue = queue_.load(std::memory_order_acquire);
-    if (queue == nullptr || !pan_.controlLock_.TryLock()) return;
+    if (queue == nullptr) return;
+    numBlocks_.store(numBlocks_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+    if (!queue->IsWaiting() || !pan_.controlLock_.TryLock()) return;
     pan_.isInAudio_ = true;
     queue->RunInAudio(kCommandsPerFrame * frames, [this](const OscCommand& command) noexcept {
         PanOscRoutes()[command.route].run(pan_, *this, command);
@@ -223,6 +226,18 @@ void PanOSCReceiver::CarryOut() {
     queue->RunAll([this](const OscCommand& command) {
         PanOscRoutes()[command.route].run(pan_, *this, command);
     });
+}
+
+bool PanOSCReceiver::CarryOutIfStill() {
+    const unsigned numBlocks = numBlocks_.load(std::memory_order_relaxed);
+    if (numBlocksSeen_.exchange(numBlocks) != numBlocks || !IsWaiting()) return false;
+    CarryOut();
+    return true;
+}
+
+bool PanOSCReceiver::IsWaiting() const noexcept TAV_NONBLOCKING {
+    const OscQueue* const queue = queue_.load(std::memory_order_acquire);
+    return queue != nullptr && queue->IsWaiting();
 }
 
 // ---- Documentation and state

@@ -88,7 +88,8 @@ public:
     OscChanges Enqueue(std::span<const std::byte> packet);
     /// The same in the audio thread.
     /// @return false: it has to be enqueued by another thread, for a fault, an errand or an address
-    /// pattern, or since nobody has enqueued anything yet; nothing is queued then
+    /// pattern, since nobody has enqueued anything yet, or since somebody is enqueuing just now;
+    /// nothing is queued then
     bool EnqueueInAudio(std::span<const std::byte> packet,
                         OscChanges& changes) noexcept TAV_NONBLOCKING;
     /// The name of the attribute that shows setting k; empty for none.
@@ -101,8 +102,14 @@ public:
     /// At most 16 commands for every frame of the block: of 333 ns each, a quarter of the block at
     /// 48 kHz.  Thread: audio.
     void TakeInAudio(unsigned frames) noexcept TAV_NONBLOCKING;
-    /// Runs all that waits, where audio stands still.  Thread: control.
+    /// Runs all that waits now.  Thread: control.
     void CarryOut();
+    /// Runs all that waits, unless a block of audio has begun since the last call: nobody else does
+    /// while audio stands still or the object is not part of it.
+    /// @return whether anything was run.  Thread: control.
+    bool CarryOutIfStill();
+    /// Whether anything waits for the next block.  Thread: any.
+    bool IsWaiting() const noexcept TAV_NONBLOCKING;
 
     void Document(std::vector<tav::OscDocumentation::Entry>& entries) const;
     void AddState(tav::OSCBundle& state) const;
@@ -114,7 +121,9 @@ private:
     PanOscExtension* extension_ = nullptr;
     std::atomic<tav::OscQueue*> queue_ = nullptr;  // owned; made by the first packet
     std::atomic<unsigned> numLost_ = 0;
-    float admMetres_ = 1.f;  // of a distance of 1; guarded by the panner's lock
+    std::atomic<unsigned> numBlocks_ = 0;      // that have begun; only audio writes it
+    std::atomic<unsigned> numBlocksSeen_ = 0;  // by CarryOutIfStill
+    float admMetres_ = 1.f;                    // of a distance of 1; guarded by the panner's lock
 };
 
 }  // namespace Quilo

@@ -9,8 +9,10 @@
 #include "processors/VelkDspOscQueue.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -92,7 +94,7 @@ private:
         if (!ReadArguments(node, command)) return false;
         command.route = static_cast<std::uint16_t>(&route - PanOscRoutes().data());
         command.variant = static_cast<std::uint16_t>(node.format);
-        command.isAbsolute = IsAbsolute(node);
+        command.isAbsolute = IsAbsolute(node) && AreSurelyTaken(command.values);
         return ForEachSource([&](unsigned source) {
             command.subject = static_cast<std::uint16_t>(source);
             sink_.Command(command);
@@ -116,6 +118,11 @@ private:
                 isFlag ? (tav::OscFlag(value) ? 1.f : 0.f) : static_cast<float>(value.number);
         }
         return true;
+    }
+
+    /// Whether no panner refuses the values: others must not take the place of good ones.
+    static bool AreSurelyTaken(std::span<const float> values) noexcept {
+        return std::ranges::all_of(values, [](float value) { return std::abs(value) <= 1e18f; });
     }
 
     /// Whether a position says where the source is, wherever it was. A spread or a mute always

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <utility>
 #include <vector>
@@ -43,30 +44,38 @@ public:
     enum class Outcome : std::uint8_t { Kept, Replaced, Dropped };
 
     /// @param capacity  a power of two.  Throws: std::bad_alloc.
-    explicit OscBox(std::size_t capacity) : commands_(capacity), places_(2 * capacity) {}
+    explicit OscBox(std::size_t capacity)
+        : capacity_(capacity),
+          commands_(2 * capacity),
+          places_(2 * capacity) {}
 
-    /// When the box is full, the command replaces the newest one about the same subject, if any.
+    /// Nobody hears a position that another one follows before the next block: an absolute command
+    /// removes the one with the same key that waits. Any other command replaces that one only when
+    /// the box is full, and is dropped when there is none.
+    /// Cost: constant on average; once in `capacity` calls proportional to that.
     Outcome Put(const OscCommand& command) noexcept TAV_NONBLOCKING {
+        if (end_ == commands_.size()) Compact();
         Place& place = PlaceOf(command.Key());
         const bool isKnown = place.round == round_;
-        if (count_ == commands_.size()) {
+        if (isKnown && command.isAbsolute) {
+            commands_[place.index].route = OscCommand::kVoid;
+            --count_;
+        } else if (count_ == capacity_) {
             if (!isKnown) return Outcome::Dropped;
             commands_[place.index] = command;
             return Outcome::Replaced;
         }
-        // Nobody hears a position that another one follows before the next block.
-        if (isKnown && command.isAbsolute) commands_[place.index].route = OscCommand::kVoid;
-        place = {round_, static_cast<std::uint32_t>(count_), command.Key()};
-        commands_[count_++] = command;
+        Append(command, place);
         return Outcome::Kept;
     }
 
+    /// Those with the route kVoid have been removed.
     std::span<const OscCommand> Commands() const noexcept TAV_NONBLOCKING {
-        return std::span(commands_).first(count_);
+        return std::span(commands_).first(end_);
     }
 
     void Clear() noexcept TAV_NONBLOCKING {
-        count_ = 0;
+        count_ = end_ = 0;
         // Places of older rounds count as empty. In the round after the largest number they are
         // made empty one by one, once in four thousand million.
         if (++round_ == 0) {
@@ -82,8 +91,8 @@ private:
         std::uint64_t key = 0;
     };
 
-    /// Where the newest command with this key is noted, or where it would be. At most half of the
-    /// places are taken, so the search ends.
+    /// Where the newest command with this key is noted, or where it would be. Every key that is
+    /// noted has a command that waits, so at most half of the places are taken and the search ends.
     Place& PlaceOf(std::uint64_t key) noexcept TAV_NONBLOCKING {
         // Multiplicative hashing ("The Art of Computer Programming", vol. 3, D. Knuth, 6.4).
         std::size_t at = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15u) >> 32);
@@ -93,9 +102,28 @@ private:
         }
     }
 
-    std::vector<OscCommand> commands_;
+    void Append(const OscCommand& command, Place& place) noexcept TAV_NONBLOCKING {
+        place = {round_, static_cast<std::uint32_t>(end_), command.Key()};
+        commands_[end_++] = command;
+        ++count_;
+    }
+
+    /// Closes the gaps of removed commands, which are half of the commands at least.
+    void Compact() noexcept TAV_NONBLOCKING {
+        const auto all = Commands();
+        Clear();
+        for (const OscCommand& command : all) {
+            if (command.route == OscCommand::kVoid) continue;
+            // Written at or before the place where it stands, so nothing is overwritten unread.
+            Append(command, PlaceOf(command.Key()));
+        }
+    }
+
+    std::size_t capacity_;
+    std::vector<OscCommand> commands_;  // the first end_: those that wait, and gaps
     std::vector<Place> places_;
-    std::size_t count_ = 0;
+    std::size_t end_ = 0;
+    std::size_t count_ = 0;  // that wait, at most capacity_
     std::uint32_t round_ = 1;
 };
 
@@ -126,49 +154,67 @@ private:
 /// Any thread puts, one at a time runs. Commands of one packet are run in one go unless they are
 /// too many for that.
 ///
-///   pending_   filled by control threads, under the lock
-///   taken_     being run: the runner's; exchanged with pending_ when it is done
-///   fromAudio_ what arrived in the audio interrupt: the audio thread's alone
+///   pending_  filled by whoever puts, under the lock
+///   taken_    being run: the runner's; exchanged with pending_ when all of it has been run
 class OscQueue {
 public:
     static constexpr std::size_t kCapacity = 4096;
-    static constexpr std::size_t kAudioCapacity = 1024;
+
+    /// @param capacity  a power of two.  Throws: std::bad_alloc.
+    explicit OscQueue(std::size_t capacity = kCapacity) : pending_(capacity), taken_(capacity) {}
 
     /// @return how many commands are lost: were replaced, or found no place
     /// Thread: any but audio.
     unsigned Put(std::span<const OscCommand> commands) {
         const ControlGuard guard(lock_);
-        const unsigned lost = PutInto(pending_, commands);
-        isPending_.store(true, std::memory_order_release);
-        return lost;
+        unsigned numLost = 0;
+        for (const OscCommand& command : commands) {
+            if (pending_.Put(command) != OscBox::Outcome::Kept) ++numLost;
+        }
+        isWaiting_.store(true, std::memory_order_release);
+        return numLost;
     }
-    /// The same.  Thread: audio.
-    unsigned PutFromAudio(std::span<const OscCommand> commands) noexcept TAV_NONBLOCKING {
-        return PutInto(fromAudio_.box, commands);
+    /// Calls `fill(box)`, which puts commands into the box.
+    /// @return false: somebody else puts or takes just now, and nothing has been put
+    /// Thread: audio.
+    template <class Fill>
+    bool PutInAudio(const Fill& fill) noexcept TAV_NONBLOCKING {
+        if (!lock_.TryLock()) return false;
+        OscBox& box = pending_;
+        fill(box);
+        isWaiting_.store(true, std::memory_order_release);
+        lock_.Unlock();
+        return true;
+    }
+
+    /// False when a run would find nothing to do.  Thread: any.
+    bool IsWaiting() const noexcept TAV_NONBLOCKING {
+        return isWaiting_.load(std::memory_order_acquire);
     }
 
     /// Calls `run(command)` for at most `most` commands in their order; the rest is for the next
-    /// time. What cannot be had without waiting stays where it is.  Thread: audio.
+    /// time. What cannot be had without waiting stays where it is.
+    /// Thread: audio, when no other one runs.
     template <class Run>
     void RunInAudio(std::size_t most, const Run& run) noexcept TAV_NONBLOCKING {
-        if (taken_.IsDone() && isPending_.load(std::memory_order_acquire) && lock_.TryLock()) {
+        taken_.RunSome(most, run);
+        if (taken_.IsDone() && lock_.TryLock()) {
             Take();
             lock_.Unlock();
+            taken_.RunSome(most, run);
         }
-        taken_.RunSome(most, run);
-        fromAudio_.RunSome(most, run);
+        if (!taken_.IsDone()) isWaiting_.store(true, std::memory_order_relaxed);
     }
-    /// The same for all that waits, when there is no audio thread.  Thread: control, one at a time.
+    /// The same for all that waits.  Thread: control, when no other one runs.
     template <class Run>
     void RunAll(const Run& run) {
-        std::size_t all = kCapacity;
-        taken_.RunSome(all, run);
+        std::size_t most = std::numeric_limits<std::size_t>::max();
+        taken_.RunSome(most, run);
         {
             const ControlGuard guard(lock_);
             Take();
         }
-        all = kCapacity;
-        taken_.RunSome(all, run);
+        taken_.RunSome(most, run);
     }
 
 private:
@@ -179,12 +225,12 @@ private:
         template <class Run>
         void RunSome(std::size_t& most, const Run& run) noexcept TAV_NONBLOCKING {
             const auto commands = box.Commands();
-            for (; next < commands.size() && most > 0; ++next) {
+            for (; next < commands.size(); ++next) {
                 if (commands[next].route == OscCommand::kVoid) continue;
+                if (most == 0) return;
                 run(commands[next]);
                 --most;
             }
-            if (!IsDone()) return;
             box.Clear();
             next = 0;
         }
@@ -193,25 +239,17 @@ private:
         std::size_t next = 0;  // to be run
     };
 
-    static unsigned PutInto(OscBox& box,
-                            std::span<const OscCommand> commands) noexcept TAV_NONBLOCKING {
-        unsigned lost = 0;
-        for (const OscCommand& command : commands) {
-            if (box.Put(command) != OscBox::Outcome::Kept) ++lost;
-        }
-        return lost;
-    }
-
     void Take() noexcept TAV_NONBLOCKING TAV_REQUIRES(lock_) {
         std::swap(taken_.box, pending_);
-        isPending_.store(false, std::memory_order_relaxed);
+        isWaiting_.store(false, std::memory_order_relaxed);
     }
 
     ControlLock lock_;
-    OscBox pending_ TAV_GUARDED_BY(lock_){kCapacity};
-    std::atomic<bool> isPending_ = false;
-    Course taken_{kCapacity};
-    Course fromAudio_{kAudioCapacity};
+    OscBox pending_ TAV_GUARDED_BY(lock_);
+    Course taken_;
+    // Something is pending, or taken and not run yet. Set by whoever leaves something, reset where
+    // all that is pending is taken.
+    std::atomic<bool> isWaiting_ = false;
 };
 
 }  // namespace tav

@@ -177,15 +177,24 @@ TEST(PanOsc, KeepsTheNewestOfEachAddressInAFlood) {
     for (unsigned source = 0; source < kSources; ++source) {
         EXPECT_EQ(pan->SourcePosition(source).x, kMessages - kSources + source);
     }
-    // What is about another address finds no place in the full box, and afterwards it does.
-    for (int k = 0; k < 4096; ++k) pan->Osc().Enqueue(LoFloats("/source/1/x", {1}));
-    pan->Osc().Enqueue(LoFloats("/source/1/y", {8}));
-    EXPECT_EQ(pan->Osc().TakeNumLost(), 1u);
-    pan->Osc().CarryOut();
-    pan->Osc().Enqueue(LoFloats("/source/1/z", {8}));
+    // Whole positions replace each other without loss; one that is refused replaces none.
+    for (int k = 0; k < 5000; ++k) pan->Osc().Enqueue(LoFloats("/source/1/xyz", {1, 2, k * 1.0}));
+    pan->Osc().Enqueue(LoFloats("/source/1/xyz", {1, NAN, 1}));
+    EXPECT_EQ(pan->Osc().TakeNumLost(), 0u);
     PlayOneBlock(*pan);
-    EXPECT_NE(pan->SourcePosition(0).y, 8);
-    EXPECT_EQ(pan->SourcePosition(0).z, 8);
+    EXPECT_EQ(pan->SourcePosition(0), (tav::CartesianVector{1, 2, 4999}));
+}
+
+TEST(PanOsc, CarriesOutWhatNoBlockTakes) {
+    const auto pan = OnDefaultSpeakers(1, 4, "angular");
+    pan->Osc().Enqueue(LoFloats("/source/1/x", {4}));
+    PlayOneBlock(*pan);
+    pan->Osc().Enqueue(LoFloats("/source/1/x", {5}));
+    EXPECT_FALSE(pan->Osc().CarryOutIfStill());  // a block has begun since the last call
+    EXPECT_TRUE(pan->Osc().IsWaiting());
+    EXPECT_TRUE(pan->Osc().CarryOutIfStill());
+    EXPECT_EQ(pan->SourcePosition(0).x, 5);
+    EXPECT_FALSE(pan->Osc().IsWaiting() || pan->Osc().CarryOutIfStill());
 }
 
 TEST(PanOsc, SpeaksAdm) {
