@@ -22,6 +22,11 @@ function(quilo_target name)
             -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion
             -Wold-style-cast -Woverloaded-virtual -Wnon-virtual-dtor -Werror)
     endif()
+    if(WIN32 AND NOT MSVC)
+        # What ships is the same wherever and whenever it is built.
+        target_compile_options(${name} PRIVATE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+        target_link_options(${name} PRIVATE LINKER:--no-insert-timestamp)
+    endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
         # Optimising, g++ 12 sees overlapping memory in every "text" + std::string.
         target_compile_options(${name} PRIVATE -Wno-restrict)

@@ -73,9 +73,9 @@ constexpr char kTypeHelp[] =
     "For loudspeakers anywhere in a room: <m> dbap </m>, <m> dbap3d </m>, <m> vdbap </m> and "
     "<m> knn </m>. <br/> For bass: <m> subwoofers </m>. <br/> For the components of an ambisonic "
     "field: <m> bformat </m> (3 or 4 outputs), <m> hoa2d </m> and <m> nfchoa2d </m> (3, 5, 7 and "
-    "so "
-    "on), <m> hoa3d </m> and <m> nfchoa3d </m> (4, 9, 16 and so on). In these a source in front is "
-    "encoded in the component Y. <br/> A type that does not fit the numbers of inputs and outputs "
+    "so on), <m> hoa3d </m> and <m> nfchoa3d </m> (4, 9, 16 and so on). In these a source in front "
+    "is encoded in the component Y. <br/> A type that does not fit the numbers of inputs and "
+    "outputs "
     "gives a silent object whose type reads <m> null </m>. <br/> Example: "
     "<m> quilo.pan~ 2 8 vbap2d </m> pans two sources over a ring of eight loudspeakers.";
 constexpr char kSubTypeHelp[] =
@@ -131,16 +131,16 @@ constexpr char kListenerHelp[] =
     "Where the listener's head is, in metres: x (right), y (front) and z (up). Sources stay where "
     "they are. <br/> Example: <m> listenerposition 0 1 0 </m> takes the listener a metre forward.";
 constexpr char kHrtfFileHelp[] =
-    "The set of head-related filters: the name of a file in the search path, or <m> kemar </m> for "
-    "the built-in set, with which the object begins. A set that cannot be loaded changes nothing.";
+    "The set of head-related filters: the name of a file with the extension hrtf in the search "
+    "path, or <m> kemar </m> for the built-in set, with which the object begins. A set that cannot "
+    "be loaded changes nothing.";
 constexpr char kCrossfadeHelp[] =
-    "How long the filters of a source take to change when it moves, in milliseconds. With 0 they "
-    "are exchanged at once.";
+    "How long the filters of a source take to change when it moves, in milliseconds from 0 to "
+    "10000. With 0 they are exchanged at once.";
 constexpr char kItdTypeHelp[] =
     "How the difference between the times of arrival at both ears is computed: "
     "<m> measurement </m> takes what was measured with the filters, <m> NoITD </m> none, the "
-    "others "
-    "models of a head.";
+    "others models of a head.";
 constexpr char kItdLatencyHelp[] =
     "With <m> fixedlatency </m> both ears are a millisecond late, the nearer one less and the "
     "farther one more. With <m> nolatency </m> the farther ear alone is delayed.";
@@ -156,14 +156,14 @@ constexpr char kNearfieldFileHelp[] =
     "The near-field compensation filters: the name of a file with the extension near in the search "
     "path, or <m> none </m> for the built-in ones, with which the object begins.";
 constexpr char kRadiusHelp[] =
-    "Sources nearer to the listener than this are heard from this distance, in metres from 0.2.";
+    "Sources nearer to the listener than this are heard from this distance, in metres from 0.2 to "
+    "100.";
 constexpr char kAttenuationHelp[] =
     "When it is 1 a source gets louder as it comes near: its gain is 1 at one metre, 2 at half a "
     "metre.";
 constexpr char kCrossEarsHelp[] =
     "When it is 1 each ear takes the filter of the direction in which it sees a near source "
-    "itself, "
-    "when it is 0 both take that of the direction from the middle of the head.";
+    "itself, when it is 0 both take that of the direction from the middle of the head.";
 constexpr char kCompensationHelp[] =
     "When it is 1 filters add what nearness does to the spectrum at each ear.";
 constexpr char kHrtfFiltersHelp[] =

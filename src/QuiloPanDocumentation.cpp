@@ -12,7 +12,7 @@ using VelkMax::ArgumentDoc;
 
 namespace {
 
-constexpr const char* kSeeAlso[] = {"pan~", "matrix~", "mc.mixdown~", "udpreceive", "dict"};
+constexpr const char* kSeeAlso[] = {"matrix~", "mc.mixdown~", "pattrstorage", "udpreceive", "dict"};
 
 // clang-format off
 constexpr ArgumentDoc kArguments[] = {

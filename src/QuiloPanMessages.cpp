@@ -143,13 +143,17 @@ constexpr char kListenerMessageHelp[] =
     "values.";
 constexpr char kImplementationHelp[] =
     "Chooses how binaural types filter (binaural types only): pairs of a keyword and a value. "
-    "<m>realisation</m> auto, cells or fir; <m>delay</m> 0 to 8, how delays read between samples; "
+    "<m>realisation</m> auto, cells or fir; <m>delay</m> 0 nearest, 1 linear, 2 Lagrange, 3 "
+    "all-pass, 5 Hermite, 6 quadratic, 7 B-spline or 8 cardinal, how delays read between samples; "
     "<m>length</m> 16 to 8192, at which responses are cut; <m>reduction</m> 0 to 100, percent "
-    "taken "
-    "off the delays of the ears. <br/> Example: <m>implementation realisation fir length 64</m>.";
+    "taken off the delays of the ears. <br/> Example: "
+    "<m>implementation realisation fir length 64</m>.";
+constexpr char kLoadHelp[] =
+    "Loads filters from a file with the extension hrtf in the search path; <m>kemar</m> stands for "
+    "the built-in ones. Without a name a dialog asks for the file (binaural types only).";
 constexpr char kLoadNearfieldHelp[] =
-    "Loads filters from a file with the extension near (binaural, subtype nearfield only). Without "
-    "a name the built-in ones come back.";
+    "Loads filters from a file with the extension near in the search path; <m>none</m> brings the "
+    "built-in ones back (binaural, subtype nearfield only).";
 constexpr char kInfoHelp[] =
     "Posts the type, the settings and the state of the signal processing to the Max window.";
 constexpr char kClearHelp[] = "Clears what is still on its way in delay lines and filters.";
@@ -176,7 +180,7 @@ std::span<const VelkMax::MessageRow> PanMessages() {
         {"implementation", DeferredHandler<&ImplementationMessage>, "Choose the filters for headphones",      kImplementationHelp,   kImplementationArguments},
         {"crossfadetype",  Handler<&CrossfadeTypeMessage>,          "Choose how filters fade",                "Shape of the fade between two filters: <m>linear</m>, <m>cosine</m> or <m>squareCosine</m> (binaural types only).", kWordArgument},
         {"listener",       Handler<&ListenerMessage>,               "Set the position of the listener",       kListenerMessageHelp,                                         kPositionsArguments},
-        {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "Loads filters from a file, <m>kemar</m> stands for the built-in ones (binaural types only).", kFileArgument},
+        {"load",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     kLoadHelp,                                                    kFileArgument},
         {"read",           DeferredHandler<&LoadMessage>,           "Load a set of head-related filters",     "The same as <m>load</m>.",                                   kFileArgument},
         {"loadnf",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   kLoadNearfieldHelp,        kFileArgument},
         {"loadNF",         Handler<&LoadNearfieldMessage>,          "Load near-field compensation filters",   "The same as <m>loadnf</m>.",                                 kFileArgument},

@@ -6,7 +6,8 @@
 
 Its imports from MaxAPI.dll and MaxAudio.dll are names that Max exports, and exactly those of our
 import lists; all else comes from libraries that every 64-bit Windows has; both entries are exported
-and are one function; the version resource is there. Ends with "N passed, M failed".
+and are one function; the version resource is there; the bytes depend neither on the folder nor on the
+time of the build. Ends with "N passed, M failed".
 """
 import os
 import struct
@@ -27,7 +28,7 @@ class Module:
         pe = self.number("<I", 0x3C)
         if self.data[:2] != b"MZ" or self.data[pe:pe + 4] != b"PE\0\0":
             sys.exit(f"{path}: not a PE file")
-        self.machine, num_sections = struct.unpack_from("<HH", self.data, pe + 4)
+        self.machine, num_sections, self.time = struct.unpack_from("<HHI", self.data, pe + 4)
         optional = pe + 24
         if self.number("<H", optional) != 0x20B:
             sys.exit(f"{path}: not a 64-bit module")
@@ -103,6 +104,8 @@ def main():
     checks.append(("exports the two entries alone", set(exports) == {"ext_main", "main"}, sorted(exports)))
     checks.append(("both entries are one function", exports.get("ext_main") == exports.get("main"), exports))
     checks.append(("has a version resource", module.has_version(), "none"))
+    checks.append(("holds no path of this machine", ROOT.encode() not in module.data, ROOT))
+    checks.append(("holds no time", module.time == 0, module.time))
     for name, good, seen in checks:
         if not good:
             print(f"FAIL {name}: {seen}")

@@ -50,6 +50,7 @@ MISTAKES = (
     (lambda p: box(p, 1).update(patching_rect=[60.0, 20.0, 80.0, 22.0]), "lies over"),
     (lambda p: box(p, 0).update(patching_rect=[2000.0, 20.0, 80.0, 22.0]), "outside of the window"),
     (lambda p: box(p, 0).update(text="noize~"), "is an object that is not known here"),
+    (lambda p: box(p, 1).update(patching_rect=[120.0, 10.0, 80.0, 22.0]), "too narrow for its text"),
     (lambda p: box(p, 0).update(outlettype=[]), "the types of its outlets"),
     (lambda p: cord(p, 0).update(destination=["obj-4", 2]), "has no outlet or no inlet"),
     (lambda p: cord(p, 0).update(destination=["obj-2", 0]), "where none is taken"),

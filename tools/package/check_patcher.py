@@ -22,6 +22,7 @@ FOREIGN_PLACE = re.compile(r'/Volumes|/Users/|/home/|"[A-Za-z]:[/\\]|\\\\')
 SAMPLES = {"$1": "30"}
 SURROUNDINGS = ("host dictionary quilo-state set interpolationtime 20",)  # what the patchers' messages refer to
 GAP = 0.5  # pixels by which boxes may overlap
+LETTER = 6.0  # pixels of a letter in a box, on average
 
 
 class Checker:
@@ -70,6 +71,8 @@ class Checker:
         x, y, width, height = box["patching_rect"]
         if width <= 0 or height <= 0 or x < 0 or y < 0:
             self.fault(where, "has no size or no place")
+        if box["maxclass"] in ("newobj", "message") and len(box.get("text", "")) * LETTER > width:
+            self.fault(where, "is too narrow for its text")
         words = box.get("text", "").split()
         if box["maxclass"] == "newobj" and words[0] == "p":
             if "patcher" not in box:

@@ -40,8 +40,8 @@ class Tab:
 TABS = (
     Tab("basic", "Sources, outlets and a law", (
         Station("1 2 binaural",
-                "Two clicks: the loudspeaker below switches audio on, the toggle sends the source round your head. "
-                "Headphones, please. The arguments are the numbers of sources and outlets, a type and a subtype.",
+                "Headphones, please. Click 1, which switches audio on, then 2, which sends the source round your head. The "
+                "arguments of the object are the numbers of sources and outlets, a type and a subtype.",
                 ("source 1 aed 30 0 1 | azimuth, elevation, distance", "source 1 azim 90 | to the right, as far as before",
                  "source 1 xyz -1 1 0 | right, front, up, in metres", "source 1 mute 1 | this source glides to silence",
                  "source 1 mute 0 | and back", "clear", "info", "version"),
@@ -56,8 +56,8 @@ TABS = (
                  "speaker 2 aed 60 0 1.5 | the second one alone", "loudspeaker 2 azim 45 | its azimuth alone"),
                 ("speakerspositions",), ("pink~", "cycle~ 330"), ROUND),)),
     Tab("laws", "One sound, many laws", (
-        Station("", "A click on a number sends the sound into that object. All answer the same messages. Most cords are "
-                    "hidden: unlock the patcher to see them.", extra="laws"),)),
+        Station("", "A click on a number sends the sound into that object, at first into the third. All take the same messages. "
+                    "Most cords are hidden: unlock the patcher to see them.", extra="laws"),)),
     Tab("distance", "Every loudspeaker, the nearer the louder", (
         Station("1 4 dbap3d", "The loudspeakers may stand anywhere in a room. The spread makes a source wide.",
                 ("source 1 xyz 0.5 0.2 0 | between the loudspeakers", "source 1 spread 40 | 0 (a point) to 100",
@@ -73,8 +73,9 @@ TABS = (
                 "x points to the right, y to the front, z up. A position is set as a whole, one coordinate at a time, or by "
                 "steps from where it is. Loudspeakers take the same words.",
                 ("source 1 xyz 1 1 0 | three coordinates", "source 1 xy -1 1 | two, z becomes 0",
-                 "source 1 x 0.5 | one, the others stay", "source 1 y 2 | one", "source 1 z 0 | one", "source 1 x++ 0.1 | a step to the right",
-                 "source 1 y++ -0.1 | to the back", "source 1 z++ 0.1 | up", "source 1 ade 30 2 0 | azimuth, distance, elevation",
+                 "source 1 x 0.5 | x alone, the others stay", "source 1 y 2 | y alone", "source 1 z 0 | z alone",
+                 "source 1 x++ 0.1 | a step to the right", "source 1 y++ -0.1 | a step to the back", "source 1 z++ 0.1 | a step up",
+                 "source 1 ade 30 2 0 | azimuth, distance, elevation",
                  "source 1 aed 30 0 2 | azimuth, elevation, distance", "source 1 ae 30 10 | at a metre",
                  "source 1 ad 30 2 | on the horizon", "source 1 az -90 | at a metre on the horizon", "source 1 azim 90 | the azimuth alone",
                  "source 1 azim++ 10 | a step clockwise", "source 1 elev 20 | the elevation alone",
@@ -84,14 +85,15 @@ TABS = (
                  "source 1 wfs 30 2 | as ad, azimuth positive to the left")),)),
     Tab("HOA", "Ambisonics of any order", (
         Station("1 4 hoa3d",
-                "The outlets are the components of a sound field, 4, 9, 16 and so on (3, 5, 7 for hoa2d); a decoder follows. A "
-                "source in front is encoded in the component Y.",
+                "The outlets are the components of a sound field, 4, 9, 16 and so on (3, 5, 7 for hoa2d), for a decoder of your "
+                "choice. A source in front is encoded in the component Y. Here W and X alone are heard, as by two cardioid "
+                "microphones that look to the left and to the right.",
                 ("source 1 aed 30 20 1 | directions count, distances do not",), ("encoding", "hoamode"), motion=ROUND),
         Station("1 3 nfchoa2d", "The same with the curvature of near sources.",
                 ("source 1 dist 0.5 | nearer than the loudspeakers", "source 1 dist 4 | behind them"),
                 ("speakersradius", "nfchighpass"), motion=ROUND))),
     Tab("binaural", "Two ears", (
-        Station("1 2 binaural", "A measured head is built in; other sets are files that end in .hrtf.",
+        Station("1 2 binaural", "Headphones, please. A measured head is built in; other sets are files that end in .hrtf.",
                 ("load kemar | the built-in set, or the name of a file", "read kemar | the same",
                  "listener aed 0 0 0 | where the head is", "crossfadetype cosine | linear, cosine or squareCosine",
                  "implementation realisation auto | auto, cells or fir"),
@@ -113,16 +115,20 @@ TABS = (
         Station("2 4 vbap2d",
                 "Messages whose name is an OSC address, and packets of udpreceive, take effect with the next signal vector. "
                 "postosc lists every address.",
-                ("/source/1/aed 30 0 2 | as source 1 aed 30 0 2", "/source/2/mute 1", "/source/2/mute 0",
-                 "/speakers/az -45 45 135 -135", "/dsp/mute 1", "/dsp/mute 0", "/attribute/interpolationtime 20",
-                 "/adm/obj/1/azim 30 | ADM-OSC: left is positive", "/adm/config/dmax 5",
-                 "postosc"), extra="network", motion="/source/1/azim $1"),)),
+                ("/source/1/aed 30 0 2 | as source 1 aed 30 0 2", "/source/2/mute 1 | the second source glides to silence",
+                 "/source/2/mute 0 | and back", "/speakers/az -45 45 135 -135 | as speakers az -45 45 135 -135",
+                 "/dsp/mute 1 | the whole object is silent", "/dsp/mute 0 | and sounds again",
+                 "/attribute/interpolationtime 20 | any attribute",
+                 "/adm/obj/1/azim 30 | ADM-OSC: left is positive", "/adm/config/dmax 5 | ADM-OSC: a distance of 1 is five metres",
+                 "postosc"), sources=("pink~", "cycle~ 330"), extra="network", motion="/source/1/azim $1"),)),
     Tab("state", "What the object knows, and how to keep it", (
         Station("2 4 vbap2d",
-                "The dump outlet answers get messages and dumps. pattr, preset and dictionaries keep the state.",
+                "The dump outlet answers get messages and dumps. Dictionaries, presets and pattr keep the state. The four attributes on "
+                "the right are set by the arguments of the box, and fixed from then on.",
                 ("getinterpolationtime | any attribute answers so", "dump | all attributes", "dump sourcespositions | one of them",
                  "dumpdict | everything as a dictionary", "dictionary quilo-state | and back",
-                 "exportdict", "readdict", "postattributes", "postdspstatus", "postdspstate", "generatexml"),
+                 "exportdict", "readdict", "postattributes", "postdspstatus", "postdspstate",
+                 "generatexml | for developers: writes a file"),
                 ("numinputs", "numoutputs", "type", "subtype"), extra="state"),)),
 )
 
@@ -147,6 +153,7 @@ class HelpPatcher:
 
     def __init__(self, facts, class_name):
         self.class_name = class_name
+        self.see_also = facts.see_also
         self.messages = {message.name: message for message in facts.messages}
         self.attributes = {a.name: a for a in facts.attributes if not a.get("alias")}
         self.shown = set()
@@ -159,7 +166,21 @@ class HelpPatcher:
         unknown = self.shown - set(self.messages) - set(self.attributes)
         if unknown:
             raise ValueError("the help patcher shows what the object has not: " + ", ".join(sorted(unknown)))
-        return tabbed(tabs + [("?", Patcher())])
+        return tabbed(tabs + [("?", self.more())])
+
+    def more(self):
+        """The last tab: where to go from here."""
+        tab = Patcher()
+        comment(tab, LEFT - 16.0, 10.0, f"{self.class_name}: where to go from here", WIDTH - LEFT, 18.0)
+        comment(tab, LEFT, 44.0, "Examples, each a patcher to start from:", 500.0)
+        opener = tab.add("newobj", LEFT, 70.0 + (len(EXAMPLES) + 0.5) * ROW, text="pcontrol")
+        for k, (name, (title, _)) in enumerate(EXAMPLES.items()):
+            message = tab.add("message", LEFT, 70.0 + k * ROW, text=f"loadunique {name}.maxpat")
+            comment(tab, LEFT + 260.0, message.rectangle[1] + 1.0, title, 400.0)
+            tab.connect(message, 0, opener, 0, bus=LEFT - 14.0)
+        comment(tab, LEFT, opener.bottom + 20.0, "All messages, attributes and types: the reference page of the object. All types on "
+                "one page: Extras, quilo. Related objects: " + ", ".join(self.see_also) + ".", WIDTH - 2 * LEFT)
+        return tab
 
     def tab(self, topic):
         tab = Patcher()
@@ -167,10 +188,10 @@ class HelpPatcher:
         comment(tab, LEFT - 16.0, 10.0, f"{self.class_name}: {topic.title}", WIDTH - LEFT, 18.0)
         y = 44.0
         for station in topic.stations:
-            y = self.station(tab, y, station) + 20.0
+            y = self.station(tab, y, station, is_alone=len(topic.stations) == 1) + 20.0
         return tab
 
-    def station(self, tab, y, station):
+    def station(self, tab, y, station, is_alone):
         y = comment(tab, LEFT, y, station.about, WIDTH - 2 * LEFT).bottom + 8.0
         if not station.box:
             return getattr(self, station.extra)(tab, y, station)
@@ -180,9 +201,11 @@ class HelpPatcher:
         if half:
             attributes, right = self.message_rows(tab, RIGHT - 70.0, y, station.messages[half:])
         if station.motion:
-            mover, right = motion_boxes(tab, right + 6.0, station.motion, RIGHT)
+            mover, right = motion_boxes(tab, right + 6.0, station.motion, RIGHT, "2" if is_alone else "3")
             attributes.append(mover)
-        sources, left = source_boxes(tab, left + 6.0, station.sources)
+        ports = self.target(Patcher(), 0.0, station)  # where its inlets will lie
+        sources, left = source_boxes(tab, left + 6.0, [(text, ports.port(k, ports.inlets) - 9.5)
+                                                       for k, text in enumerate(station.sources)], not is_alone)
         target = self.target(tab, max(left, right) + 20.0, station)
         for box in messages:
             tab.connect(box, 0, target, 0, bus=LEFT - 14.0)
@@ -225,21 +248,41 @@ class HelpPatcher:
     def outputs(self, tab, target, station):
         outlets = len(target.outlets) - 1
         y = target.bottom + 24.0
-        if outlets == 2:
-            out = tab.add("ezdac~", LEFT, y + 30.0)
-        else:
-            out = tab.add("newobj", LEFT, y + 60.0, text="dac~ " + " ".join(str(k + 1) for k in range(outlets)),
-                          inlets=outlets, size=(70.0 * outlets, 22.0))
-            start = tab.add("toggle", LEFT, y + 24.0)
-            tab.connect(start, 0, out, 0)
-            comment(tab, start.right + 6.0, y + 26.0, "audio on and off", 200.0)
         for k in range(outlets):
             meter = tab.add("meter~", target.port(k, outlets + 1) - 9.5, y, size=(56.0, 12.0))
             tab.connect(target, k, meter, 0)
-            tab.connect(target, k, out, k)
         printer = tab.add("newobj", target.right + 20.0, y, text="print quilo")
         tab.connect(target, outlets, printer, 0)
-        return out.bottom
+        heard = [(target, k) for k in range(outlets)]
+        if "hoa" in station.box:
+            heard, y = self.cardioids(tab, target, y + 30.0)
+        if outlets > 2 and len(heard) > 2:
+            # As wide as the outlets of the object, so that the cords run straight.
+            width = 19.0 + target.port(outlets - 1, outlets + 1) - target.port(0, outlets + 1)
+            dac = tab.add("newobj", LEFT, y + 36.0, text="dac~ " + " ".join(str(k + 1) for k in range(outlets)),
+                          inlets=outlets, size=(width, 22.0))
+            for k, (box, outlet) in enumerate(heard):
+                tab.connect(box, outlet, dac, k)
+            return audio_switch(tab, dac.bottom + 10.0).bottom
+        switch = audio_switch(tab, y + 30.0)
+        for k, (box, outlet) in enumerate(heard):
+            tab.connect(box, outlet, switch, k)
+        return switch.bottom
+
+    @staticmethod
+    def cardioids(tab, target, y):
+        """First-order components, W first and X last, heard to the left and to the right.
+        @return the ends, and the y below them"""
+        ends = []
+        for k, sign in enumerate("-+"):
+            mixed = tab.add("newobj", LEFT + 110.0 * k, y, text=f"{sign}~", size=(80.0, 22.0))
+            half = tab.add("newobj", LEFT + 110.0 * k, y + ROW + 4.0, text="*~ 0.5", size=(80.0, 22.0))
+            tab.connect(target, 0, mixed, 0)
+            tab.connect(target, len(target.outlets) - 2, mixed, 1)
+            tab.connect(mixed, 0, half, 0)
+            comment(tab, half.rectangle[0], half.bottom + 2.0, ("left", "right")[k], 60.0)
+            ends.append((half, 0))
+        return ends, y + 2 * ROW
 
     def laws(self, tab, y, station):
         """A grid of laws behind one switch."""
@@ -247,15 +290,13 @@ class HelpPatcher:
                  "subwoofers")
         noise = tab.add("newobj", 400.0, y, text="pink~")
         quiet = tab.add("newobj", 400.0, y + ROW, text="*~ 0.1")
-        gate = tab.add("newobj", LEFT, y + 3 * ROW, text=f"gate~ {len(names)}", size=(430.0, 22.0),
+        gate = tab.add("newobj", LEFT, y + 3 * ROW, text=f"gate~ {len(names)} 3", size=(430.0, 22.0),
                        outlets=["signal"] * len(names))
         tab.connect(noise, 0, quiet, 0)
         tab.connect(quiet, 0, gate, 1)
-        mover, _ = motion_boxes(tab, y, ROUND, 640.0)
-        dac = tab.add("newobj", LEFT, y + 17 * ROW, text="dac~ 1 2 3 4", inlets=4, size=(280.0, 22.0))
-        start = tab.add("toggle", LEFT, y + 16 * ROW - 4.0)
-        comment(tab, start.right + 6.0, y + 16 * ROW - 2.0, "audio on and off", 200.0)
-        tab.connect(start, 0, dac, 0)
+        mover, _ = motion_boxes(tab, y, ROUND, 640.0, "2")
+        dac = tab.add("newobj", LEFT, y + 15 * ROW, text="dac~ 1 2 3 4", inlets=4, size=(280.0, 22.0))
+        switch = audio_switch(tab, dac.bottom + 10.0)
         for k, name in enumerate(names):
             pick = tab.add("message", LEFT + 30.0 * k, y, text=str(k + 1), size=(28.0, 22.0))
             tab.connect(pick, 0, gate, 0, bus=LEFT - 14.0)
@@ -269,7 +310,7 @@ class HelpPatcher:
                 meter = tab.add("meter~", law.port(outlet, 5) - 9.5, law.bottom + 4.0, size=(44.0, 10.0))
                 tab.connect(law, outlet, meter, 0)
                 tab.connect(law, outlet, dac, outlet, hidden=True)
-        return dac.bottom
+        return switch.bottom
 
     def network(self, tab, target, bottom):
         """Where packets come in."""
@@ -289,28 +330,58 @@ class HelpPatcher:
         tab.connect(target, len(target.outlets) - 1, route, 0)
         tab.connect(route, 0, name, 0)
         tab.connect(name, 0, kept, 1)
-        bound = tab.add("newobj", x, y + 4 * ROW, text="pattr quilo-pan @bindto panner-state")
-        comment(tab, bound.right + 6.0, y + 4 * ROW + 1.0, "the whole state", 110.0)
-        tab.add("newobj", x, y + 5 * ROW + 4.0, text="autopattr", varname="u-autopattr")
-        memory = tab.add("preset", x, y + 6 * ROW + 8.0)
-        comment(tab, memory.right + 6.0, y + 6 * ROW + 8.0, "shift-click stores, click recalls", 220.0)
-        return max(bottom, memory.bottom)
+        memory = tab.add("preset", x, y + 3.5 * ROW + 8.0)
+        comment(tab, memory.right + 6.0, memory.rectangle[1], "shift-click stores, click recalls", 260.0)
+        tab.connect(memory, 0, target, 0, bus=x - 12.0)
+        y = memory.bottom + 16.0
+        bound = tab.add("newobj", x, y, text="pattr quilo-pan @bindto panner-state")
+        comment(tab, bound.right + 6.0, y + 1.0, "the whole state", 130.0)
+        storage = tab.add("newobj", x, y + 2 * ROW + 8.0, text="pattrstorage quilo-states @savemode 0")
+        for k, (text, about) in enumerate((("store 1", "keeps it"), ("1", "recalls it"))):
+            message = tab.add("message", x + 150.0 * k, y + ROW + 4.0, text=text)
+            comment(tab, message.right + 4.0, y + ROW + 5.0, about, 100.0)
+            tab.connect(message, 0, storage, 0)
+        return max(bottom, storage.bottom)
 
 
-def source_boxes(tab, y, sources):
-    """Quiet sounds, one an inlet. @return their last boxes, and the y below them"""
+def step(tab, x, y, number):
+    """A numbered mark beside what is to be clicked."""
+    return tab.add("textbutton", x, y, text=number, rounded=60.0, ignoreclick=1, fontface=1)
+
+
+def audio_switch(tab, y):
+    """A loudspeaker that starts the audio of its own tab, not that of the others."""
+    switch = tab.add("ezdac~", LEFT, y, local=1)
+    mark = step(tab, switch.right + 8.0, y + 12.0, "1")
+    comment(tab, mark.right + 4.0, y + 12.0, "audio on and off", 200.0)
+    return switch
+
+
+def source_boxes(tab, y, sources, is_gated):
+    """Quiet sounds, pairs of an object and the x of its inlet; gated ones wait for a click.
+    @return their last boxes, and the y below them"""
     ends = []
-    for k, text in enumerate(sources):
-        sound = tab.add("newobj", LEFT + 90.0 * k, y, text=text, size=(80.0, 22.0))
-        ends.append(tab.add("newobj", LEFT + 90.0 * k, y + ROW + 4.0, text="*~ 0.1", size=(80.0, 22.0)))
-        tab.connect(sound, 0, ends[-1], 0)
-    return ends, y + 2 * ROW + 4.0
+    for text, x in sources:
+        sound = tab.add("newobj", x, y, text=text, size=(80.0, 22.0))
+        quiet = tab.add("newobj", x, sound.bottom + 8.0, text="*~ 0.1", size=(80.0, 22.0))
+        tab.connect(sound, 0, quiet, 0)
+        ends.append(quiet)
+        if is_gated:
+            gate = tab.add("newobj", x, quiet.bottom + 16.0, text="gate~ 1", size=(80.0, 22.0), outlets=["signal"])
+            toggle = tab.add("toggle", x + 120.0, sound.rectangle[1])
+            mark = step(tab, toggle.right + 8.0, toggle.rectangle[1] + 2.0, "2")
+            comment(tab, mark.right + 4.0, mark.rectangle[1], "this sound", 100.0)
+            tab.connect(quiet, 0, gate, 1)
+            tab.connect(toggle, 0, gate, 0, bus=x + 100.0)
+            ends[-1] = gate
+    return ends, max(box.bottom for box in ends) + 4.0
 
 
-def motion_boxes(tab, y, statement, x):
+def motion_boxes(tab, y, statement, x, number):
     """A toggle that lets a value run round the circle. @return the box that says where, and the y below"""
     toggle = tab.add("toggle", x, y)
-    comment(tab, x + 30.0, y + 2.0, "go round", 200.0)
+    mark = step(tab, toggle.right + 8.0, y + 2.0, number)
+    comment(tab, mark.right + 4.0, y + 2.0, "go round", 200.0)
     metro = tab.add("newobj", x, y + ROW + 2.0, text="metro 20", size=(70.0, 22.0))
     counter = tab.add("newobj", x, y + 2 * ROW + 2.0, text="counter 0 359", size=(100.0, 22.0))
     message = tab.add("message", x, y + 3 * ROW + 2.0, text=statement)
@@ -336,7 +407,8 @@ EXAMPLES = {
          "source 1 spread 30 | wider", "source 1 spread 0 | a point"), ("spreadmode",), motion=ROUND)),
     "keeping-state": ("pattr, preset and dictionaries", Station(
         "2 4 vbap2d", "Move the source, store a preset, move it again, recall.",
-        ("source 1 azim 30", "source 1 azim -120", "dumpdict | everything as a dictionary",
+        ("source 1 azim 30 | in front, on the right", "source 1 azim -120 | behind, on the left",
+         "dumpdict | everything as a dictionary",
          "dictionary quilo-state | and back"), extra="state")),
 }
 

@@ -20,8 +20,9 @@ from pathlib import Path
 
 from check_patcher import check
 from facts import CLASS, Host, read_facts
-from help import EXAMPLES, HelpPatcher, comment, example
-from patcher import Patcher, file_text
+from help import EXAMPLES, HelpPatcher, example
+from overview import overview
+from patcher import file_text
 from reference import TAGS, reference_page
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -45,23 +46,14 @@ def lookup(facts):
     return {CLASS: {"digest": facts.digest, "module": "msp", "category": ["MSP Panning"]}}
 
 
-def overview(facts):
-    """The patcher of the Extras menu: what there is, and the way to the help."""
-    patcher = Patcher()
-    title = comment(patcher, 20.0, 14.0, f"{CLASS} {facts.version}", 400.0, 20.0)
-    about = comment(patcher, 20.0, title.bottom + 6.0, facts.digest + ". Open the help of any of these objects.", 640.0)
-    picture = patcher.add("fpic", 20.0, about.bottom + 10.0, pic="orbit-quad.png", size=(640.0, 300.0), autofit=1)
-    y = picture.bottom + 14.0
-    for k, (name, box) in enumerate(sorted(facts.boxes.items())):
-        inlets, outlets = (int(n) for n in box.split()[1:3])
-        patcher.add("newobj", 20.0 + 330.0 * (k % 2), y + 30.0 * (k // 2), text=box, size=(300.0, 22.0), inlets=inlets,
-                    outlets=["signal"] * outlets + [""])
-    return patcher.content()
+def database():
+    """The names of the package's externals, for Max's completion of object names."""
+    return {"maxdb": {"externals": {CLASS: CLASS}}}
 
 
-def icon():
-    return subprocess.run(["rsvg-convert", "--width", "500", "--height", "500", HERE / "icon.svg"], check=True,
-                          capture_output=True).stdout
+def icon(pixels):
+    return subprocess.run(["rsvg-convert", "--width", str(pixels), "--height", str(pixels), HERE / "icon.svg"],
+                          check=True, capture_output=True).stdout
 
 
 def contents(facts, module):
@@ -76,13 +68,14 @@ def contents(facts, module):
         "package-info.json": data(package_info(facts)),
         "readme.md": (HERE / "readme.md").read_bytes(),
         "license.md": (ROOT / "LICENSE").read_bytes(),
-        "icon.png": icon(),
+        "icon.png": icon(500),
         f"externals/{CLASS}.mxe64": module.read_bytes(),
         f"help/{CLASS}.maxhelp": text(file_text(HelpPatcher(facts, CLASS).content())),
         f"docs/{CLASS}.maxref.xml": text(reference_page(facts, CLASS)),
-        f"extras/{NAME}.maxpat": text(file_text(overview(facts))),
+        f"extras/{NAME}.maxpat": text(file_text(overview(facts, CLASS, "quilo.png"))),
         f"interfaces/{NAME}-obj-qlookup.json": data(lookup(facts)),
-        "media/orbit-quad.png": (ROOT / "docs/orbit-quad.png").read_bytes(),
+        "interfaces/max.db.json": data(database()),
+        "media/quilo.png": icon(224),
     }
     for name in EXAMPLES:
         files[f"examples/{name}.maxpat"] = text(file_text(example(facts, CLASS, name)))

@@ -5,6 +5,7 @@ import json
 # Objects by the first word of their text: numbers of inlets, types of the outlets.
 OBJECTS = {
     "noise~": (1, ["signal"]), "pink~": (1, ["signal"]), "cycle~": (2, ["signal"]), "*~": (2, ["signal"]),
+    "+~": (2, ["signal"]), "-~": (2, ["signal"]), "pcontrol": (1, [""]),
     "dac~": (None, []), "route": (2, ["", ""]), "gate~": (2, None), "metro": (2, ["bang"]), "loadbang": (1, ["bang"]),
     "counter": (5, ["int", "", "", "int"]), "print": (1, []), "prepend": (1, [""]), "udpreceive": (1, [""]),
     "udpsend": (1, []), "pattr": (1, ["", "", ""]), "autopattr": (1, ["", "", "", ""]),
@@ -16,6 +17,7 @@ WIDGETS = {
     "button": (1, ["bang"], (24, 24)), "number": (1, ["", "bang"], (60, 22)), "flonum": (1, ["", "bang"], (60, 22)),
     "attrui": (1, [""], (220, 22)), "ezdac~": (2, [], (45, 45)), "meter~": (1, ["float"], (60, 12)),
     "preset": (1, ["preset", "int", "preset", "int"], (100, 40)), "dict.view": (1, [], (300, 120)),
+    "textbutton": (1, ["", "", "int"], (20, 20)),
     "fpic": (1, ["jit_matrix"], (400, 200)), "panel": (1, [], None),
 }
 MARGIN = 15.0

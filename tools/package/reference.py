@@ -9,6 +9,8 @@ from xml.sax.saxutils import quoteattr
 
 CATEGORIES = "MSP Panning, MSP Spatialization"
 TAGS = ("spatial audio", "panning", "surround", "ambisonics", "vbap", "dbap", "binaural", "hrtf", "loudspeakers")
+# Messages that may come without their arguments.
+WITHOUT_ARGUMENTS = ("postattributes", "dumpdict", "readdict", "dump", "load", "read")
 # Properties that stand elsewhere in the page.
 ELSEWHERE = ("enumvals", "description")
 
@@ -64,7 +66,7 @@ def attribute_entry(attribute, all_types):
 
 
 def message_entry(message):
-    arguments = [element("arg", name=name, type=kind, optional=0, id=k)
+    arguments = [element("arg", name=name, type=kind, optional=int(message.name in WITHOUT_ARGUMENTS), id=k)
                  for k, (name, kind) in enumerate(message.arguments)]
     return block("method", block("arglist", arguments) + told(message.digest, message.description), name=message.name)
 
