@@ -138,7 +138,8 @@ void* New(t_symbol*, max_long argc, t_atom* argv) {
     if (!Is(x, "misplaced")) outlet_new(x, "signal");
     if (Is(x, "leaking")) sysmem_newptr(10);
     if (!Is(x, "unclipped"))
-        attr_addfilter_clip(class_attr_get(FaultyClass(), gensym("gain")), 0, 1, 1, 1);
+        attr_addfilter_clip(class_attr_get(FaultyClass(), gensym("gain")), 0, 1, 1,
+                            Is(x, "unceiled") ? 0 : 1);
     return x;
 }
 

@@ -70,6 +70,9 @@ TEST(HoaDiffusePanning, OrderAndNormalizationAreThoseOfTheDimension) {
     for (unsigned c = 1; c < 16; ++c) EXPECT_EQ(powers[c], 0.0);
     pan.SetOrder(1);
     EXPECT_NEAR(ChannelPowers(pan)[3], 1.0 / 3.0, 0.001);
+    pan.SetInterpolationTime(0.f);
+    pan.SetOrder(0);  // at once
+    EXPECT_EQ(Tests::Energy(PanPlayer(pan).Play(4800, Impulse)[3]), 0.0);
     HoaDiffusePanning2D mono(2, 1);  // order 0: the sum of the sources as it is
     PanPlayer player(mono);
     EXPECT_EQ(player.Play(64, Impulse)[0][0], 2.0);
