@@ -3,9 +3,9 @@
 
 #include "QuiloPanEngine.h"
 #include "QuiloPanPositions.h"
+#include "QuiloPanSetLoading.h"
 #include "QuiloPanSymbols.h"
 #include "max/VelkMaxFiles.h"
-#include "max/VelkMaxStateTexts.h"
 #include "pan/QuiloBinauralModelPanning.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloKeywords.h"
@@ -16,7 +16,6 @@
 namespace Quilo {
 
 using VelkMax::Error;
-using VelkMax::Post;
 using VelkMax::Reject;
 
 namespace {
@@ -35,55 +34,39 @@ void SetTorso(PanObject& object, void (BinauralPanningSnowmanModel::*set)(float)
 /// A word; a number is its own text. No symbol is made of it.
 std::string WordOf(Atoms atoms) { return atoms.First(1).Text(); }
 
-// ---- Loading. Each load takes its turn inside the door and leaves it to search and to read.
+// ---- Loading
 
-using HrtfLoad = BinauralPanningDirect::HrtfLoad;
+struct HrtfKind {
+    using Load = BinauralPanningDirect::HrtfLoad;
+    static constexpr const auto& kLoaded = kHrtfLoaded;
+    static constexpr const auto& kNotLoaded = kHrtfNotLoaded;
 
-/// The words for the built-in set are kept as they are; a file is looked up.
-/// Thread: main, outside the door
-std::optional<std::string> PathOf(const PanObject& object, const std::string& name) {
-    const PanSymbols& words = PanSymbols::Get();
-    if (name.empty() || name == words.builtInHrtf->s_name || name == words.noHrtf->s_name) {
-        return words.builtInHrtf->s_name;
+    /// Panners by a model of the listener are for headphones, too, but load nothing.
+    static BinauralPanningDirect* PannerFor(const PanObject& object, const std::string& name) {
+        if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return nullptr;
+        return PannerOrRefusal<BinauralPanningDirect>(object, kHrtfNotLoaded, name.c_str());
     }
-    auto place = VelkMax::LocateFile(name.c_str());
-    if (!place) place = VelkMax::LocateFile((name + ".sofa").c_str());
-    if (place) return VelkMax::FullPath(*place);
-    Error(object, VelkMax::kNotLocated, name.c_str());
-    return std::nullopt;
-}
-
-/// What `hrtffile` reads for a set. Makes a symbol: outside the door.
-t_symbol* SourceOf(const Hrtf& set) {
-    const auto url = set.Data().infos.find(HrtfInfo::kUrl);
-    if (url != set.Data().infos.end()) return gensym(url->second.c_str());
-    return PanSymbols::Get().builtInHrtf;
-}
-
-/// @param name  as the user wrote it, for the console
-void Finish(PanObject& object, HrtfLoad& load, const std::string& path, const std::string& name) {
-    t_symbol* source = nullptr;  // of a set that was read
-    object.TheDoor().StepOutside([&] {
-        VelkMax::Guarded(object, &object_error, [&] {
-            if (load.Read(path)) source = SourceOf(load.Set());
-        });
-    });
-    if (source == nullptr) return Error(object, kHrtfNotLoaded, name.c_str());
-    // A load that was asked for later is in force and has been announced.
-    if (!load.Install()) return;
-    object.SetHrtfSource(source);
-    Post(object, kHrtfLoaded, name.c_str());
-    object.TheDoor().Changed(PanSymbols::Get().hrtfFile);
-}
-
-void LoadNamed(PanObject& object, const std::string& name) {
-    auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
-    if (panner == nullptr) return;
-    HrtfLoad load(*panner);
-    std::optional<std::string> path;
-    object.TheDoor().StepOutside([&] { path = PathOf(object, name); });
-    if (path) Finish(object, load, *path, name);
-}
+    /// The words for the built-in set are kept as they are; a file is looked up.
+    static std::optional<std::string> PathOf(const PanObject& object, const std::string& name) {
+        const PanSymbols& words = PanSymbols::Get();
+        if (name.empty() || name == words.builtInHrtf->s_name || name == words.noHrtf->s_name) {
+            return words.builtInHrtf->s_name;
+        }
+        auto place = VelkMax::LocateFile(name.c_str());
+        if (!place) place = VelkMax::LocateFile((name + ".sofa").c_str());
+        if (place) return VelkMax::FullPath(*place);
+        Error(object, VelkMax::kNotLocated, name.c_str());
+        return std::nullopt;
+    }
+    static t_symbol* SourceOf(const Load& load, const std::string&) {
+        const auto& infos = load.Set().Data().infos;
+        const auto url = infos.find(HrtfInfo::kUrl);
+        return url != infos.end() ? gensym(url->second.c_str()) : PanSymbols::Get().builtInHrtf;
+    }
+    static void SetSource(PanObject& object, t_symbol* source) { object.SetHrtfSource(source); }
+    static t_symbol* Attribute() { return PanSymbols::Get().hrtfFile; }
+};
+using HrtfLoading = SetLoading<HrtfKind>;
 
 /// An errand: loads what the user chooses.
 void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
@@ -93,19 +76,7 @@ void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
         if (!place) return;
         const std::string path = VelkMax::FullPath(*place);
         const VelkMax::Door::Visit inside(object.TheDoor());
-        auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
-        if (panner == nullptr) return;
-        HrtfLoad load(*panner);
-        Finish(object, load, path, place->name);
-    });
-}
-
-/// An errand: loads what the atoms name.
-void LoadInMain(void* x, t_symbol*, Atoms name) noexcept {
-    PanObject& object = PanObject::Of(x);
-    VelkMax::Guarded(object, &object_error, [&] {
-        const VelkMax::Door::Visit inside(object.TheDoor());
-        LoadNamed(object, WordOf(name));
+        HrtfLoading::LoadFile(object, path, place->name);
     });
 }
 
@@ -130,27 +101,17 @@ void SetListenerPosition(PanObject& object, const std::vector<float>& xyz) {
 }
 
 void SetHrtfFile(PanObject& object, std::string_view name) {
-    if (PannerOrRefuse<BinauralPanningDirect>(object) == nullptr) return;
+    if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return;
     // A state says again what is in force.
-    if (name == object.HrtfSource()->s_name) return;
-    const std::string file(name);
-    if (systhread_ismainthread() != 0) return LoadNamed(object, file);
-    // The scheduler waits for no disk: the main thread reads the file.
-    object.TheDoor().StepOutside([&] {
-        t_atom atom{};
-        atom_setsym(&atom, gensym(file.c_str()));
-        object.TheDoor().SendToMain(
-            {&LoadInMain, VelkMax::Letter::Pace::InMain, nullptr, Atoms(1, &atom)});
-    });
+    if (name != object.HrtfSource()->s_name) HrtfLoading::LoadSoon(object, std::string(name));
 }
 
 float CrossfadeTime(const PanObject& object) {
-    return Answer(object, &BinauralPanningDirect::CrossfadeTime,
-                  BinauralPanningDirect::kDefaultCrossfadeMs);
+    return Answer(object, &BinauralPanning::CrossfadeTime, BinauralSettings().fadeMs);
 }
 
 void SetCrossfadeTime(PanObject& object, float ms) {
-    auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
+    auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner != nullptr) panner->SetCrossfadeTime(ms);
 }
 
@@ -228,13 +189,13 @@ void ListenerMessage(PanObject& object, Atoms atoms) {
 }
 
 void LoadMessage(PanObject& object, Atoms atoms) {
-    if (!atoms.Empty()) return LoadNamed(object, WordOf(atoms));
-    if (PannerOrRefuse<BinauralPanningDirect>(object) == nullptr) return;
+    if (!atoms.Empty()) return HrtfLoading::LoadNamed(object, WordOf(atoms));
+    if (HrtfKind::PannerFor(object, {}) == nullptr) return;
     object.TheDoor().StepOutside([&] { object.TheDoor().SendToMain({&AskAndLoad}); });
 }
 
 void CrossfadeTypeMessage(PanObject& object, t_symbol* shape) {
-    auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
+    auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner == nullptr) return;
     const auto code = ReadKeyword(object, FadeShapeKeywords(), shape->s_name, kInvalidFadeShape);
     if (code) panner->SetCrossfadeShape(*code);
@@ -242,35 +203,39 @@ void CrossfadeTypeMessage(PanObject& object, t_symbol* shape) {
 
 namespace {
 
-/// What `implementation` can be told; false: the value does not serve.
+/// What `implementation` can be told; false: the value does not serve, or the panner has no filters
+/// that it would be for.
 struct ImplementationRow {
     std::string_view keyword;
-    bool (*apply)(BinauralPanningDirect& panner, Atoms value);
+    bool (*apply)(BinauralPanning& panner, Atoms value);
 };
 
-bool ApplyRealisation(BinauralPanningDirect& panner, Atoms value) {
+bool ApplyRealisation(BinauralPanning& panner, Atoms value) {
+    auto* const filtering = dynamic_cast<BinauralPanningDirect*>(&panner);
     const auto realisation = HrtfRealisationKeywords().Parse(WordOf(value));
-    if (realisation) panner.SetRealisation(*realisation);
-    return realisation.has_value();
+    if (filtering == nullptr || !realisation) return false;
+    filtering->SetRealisation(*realisation);
+    return true;
 }
 
-bool ApplyDelayKind(BinauralPanningDirect& panner, Atoms value) {
+bool ApplyDelayKind(BinauralPanning& panner, Atoms value) {
     const t_atom_long code = value.IsLong(0) ? value.Long(0) : -1;
     if (code < 0 || code > static_cast<t_atom_long>(tav::DelayKind::Cardinal)) return false;
     panner.SetDelayKind(static_cast<unsigned>(code));
     return true;
 }
 
-bool ApplyLength(BinauralPanningDirect& panner, Atoms value) {
+bool ApplyLength(BinauralPanning& panner, Atoms value) {
+    using Filtering = BinauralPanningDirect;
+    auto* const filtering = dynamic_cast<Filtering*>(&panner);
     const t_atom_long taps = value.IsLong(0) ? value.Long(0) : 0;
-    if (taps < BinauralPanningDirect::kShortestCut || taps > BinauralPanningDirect::kLongestCut) {
-        return false;
-    }
-    panner.SetResponseLength(static_cast<unsigned>(taps));
+    const bool fits = taps >= Filtering::kShortestCut && taps <= Filtering::kLongestCut;
+    if (filtering == nullptr || !fits) return false;
+    filtering->SetResponseLength(static_cast<unsigned>(taps));
     return true;
 }
 
-bool ApplyReduction(BinauralPanningDirect& panner, Atoms value) {
+bool ApplyReduction(BinauralPanning& panner, Atoms value) {
     if (!value.AreNumbers(1)) return false;
     panner.SetDelayReduction(static_cast<float>(value.Float(0)));
     return true;
@@ -286,7 +251,7 @@ constexpr ImplementationRow kImplementation[] = {
 }  // namespace
 
 void ImplementationMessage(PanObject& object, Atoms atoms) {
-    auto* const panner = PannerOrRefuse<BinauralPanningDirect>(object);
+    auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner == nullptr) return;
     for (; !atoms.Empty(); atoms = atoms.From(2)) {
         const Atoms pair = atoms.First(2);

@@ -46,14 +46,18 @@ void AddObjectState(const PanObject& object, tav::OSCBundle& state) {
             AddAttribute(x, attribute, state);
         }
     }
-    if (const auto* const direct = EngineAs<BinauralPanningDirect>(object)) {
-        const auto shape = FadeShapeKeywords().Print(direct->CrossfadeShape());
-        state.Add(tav::OSCMessage("/crossfadetype", std::string(shape)));
-        const auto realisation = HrtfRealisationKeywords().Print(direct->Realisation());
+    const auto* const binaural = EngineAs<BinauralPanning>(object);
+    if (binaural == nullptr) return;
+    const auto shape = FadeShapeKeywords().Print(binaural->CrossfadeShape());
+    state.Add(tav::OSCMessage("/crossfadetype", std::string(shape)));
+    state.Add(tav::OSCMessage("/implementation", "delay",
+                              static_cast<std::int32_t>(binaural->DelayKind()), "reduction",
+                              binaural->DelayReduction()));
+    if (const auto* const filtering = dynamic_cast<const BinauralPanningDirect*>(binaural)) {
+        const auto realisation = HrtfRealisationKeywords().Print(filtering->Realisation());
         state.Add(tav::OSCMessage("/implementation", "realisation", std::string(realisation),
-                                  "delay", static_cast<std::int32_t>(direct->DelayKind()), "length",
-                                  static_cast<std::int32_t>(direct->ResponseLength()), "reduction",
-                                  direct->DelayReduction()));
+                                  "length",
+                                  static_cast<std::int32_t>(filtering->ResponseLength())));
     }
 }
 

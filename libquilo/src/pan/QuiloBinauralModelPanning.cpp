@@ -36,8 +36,8 @@ EarDelays BinauralModelPanning::DelaysFrom(const tav::CartesianVector& position,
     InterauralTimeDifference itd = Itd();
     if (itd.Measures()) itd.type = substitute;
     // As on the right, so that both sides are the same to the last bit.
-    const EarDelays delays =
-        itd.Delays({std::abs(position.x), position.y, position.z}, std::nullopt);
+    EarDelays delays = itd.Delays({std::abs(position.x), position.y, position.z}, std::nullopt);
+    for (float* const ms : {&delays.left, &delays.right}) *ms *= DelayShare();
     return position.x < 0.f ? EarDelays{delays.right, delays.left} : delays;
 }
 
@@ -45,6 +45,7 @@ void BinauralModelPanning::ApplySampleRate() {
     if (newest_->RateHz() == SampleRate()) return;
     auto bank = std::make_unique<DelayAndFilterBank>(NumInputs(), SampleRate(), hasTorso_);
     newest_ = bank.get();
+    PublishSettings();
     RecomputeAll(true);
     // Audio takes it with its next block, and the sources begin in it with nothing behind them.
     banks_.Publish(std::move(bank));

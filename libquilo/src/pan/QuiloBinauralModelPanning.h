@@ -38,6 +38,9 @@ private:
         TAV_REQUIRES(controlLock_) = 0;
     virtual ShadowCorners Corners() const TAV_REQUIRES(controlLock_) { return {}; }
 
+    void PublishSettings() override TAV_REQUIRES(controlLock_) {
+        newest_->SetDelayKind(Settings().delayKind);
+    }
     void ApplySampleRate() override TAV_REQUIRES(controlLock_);
     void ApplyReset() override TAV_REQUIRES(controlLock_) { newest_->Reset(); }
     void ApplyInterpolationTime(float ms) override TAV_REQUIRES(controlLock_) { glideMs_ = ms; }

@@ -13,6 +13,12 @@ using tav::ControlGuard;
 
 using Itd = InterauralTimeDifference;
 
+namespace {
+
+constexpr float kLongestCrossfadeMs = 10000.f;
+
+}  // namespace
+
 BinauralPanning::BinauralPanning(unsigned numInputs, unsigned numOutputs)
     : Pan(numInputs, numOutputs) {}
 
@@ -91,6 +97,53 @@ void BinauralPanning::SetItdLatencyMode(std::string_view keyword) {
 Itd::LatencyMode BinauralPanning::ItdLatencyMode() const {
     const ControlGuard guard(controlLock_);
     return itd_.latencyMode;
+}
+
+void BinauralPanning::SetCrossfadeTime(float ms) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(ms)) return;
+    settings_.fadeMs = std::clamp(ms, 0.f, kLongestCrossfadeMs);
+    PublishSettings();
+}
+
+float BinauralPanning::CrossfadeTime() const {
+    const ControlGuard guard(controlLock_);
+    return settings_.fadeMs;
+}
+
+void BinauralPanning::SetCrossfadeShape(tav::FadeShape shape) {
+    const ControlGuard guard(controlLock_);
+    settings_.fadeShape = shape;
+    PublishSettings();
+}
+
+tav::FadeShape BinauralPanning::CrossfadeShape() const {
+    const ControlGuard guard(controlLock_);
+    return settings_.fadeShape;
+}
+
+void BinauralPanning::SetDelayReduction(float percent) {
+    const ControlGuard guard(controlLock_);
+    if (!std::isfinite(percent)) return;
+    delayReduction_ = std::clamp(percent, 0.f, 100.f);
+    RecomputeSources();
+}
+
+float BinauralPanning::DelayReduction() const {
+    const ControlGuard guard(controlLock_);
+    return delayReduction_;
+}
+
+unsigned BinauralPanning::DelayKind() const {
+    const ControlGuard guard(controlLock_);
+    return static_cast<unsigned>(settings_.delayKind);
+}
+
+void BinauralPanning::SetDelayKind(unsigned code) {
+    const ControlGuard guard(controlLock_);
+    settings_.delayKind = static_cast<tav::DelayKind>(code);
+    PublishSettings();
+    RecomputeSources();
 }
 
 tav::CartesianVector BinauralPanning::RelativePosition(unsigned index) const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "laws/QuiloInterauralTimeDifference.h"
+#include "pan/QuiloBinauralSettings.h"
 #include "pan/QuiloPan.h"
 
 #include <string_view>
@@ -36,6 +37,19 @@ public:
     /// An unknown word is "fixedlatency".
     void SetItdLatencyMode(std::string_view keyword);
     InterauralTimeDifference::LatencyMode ItdLatencyMode() const;
+    /// What is taken off the delays of the ears.  @param percent  clamped to 0 .. 100
+    void SetDelayReduction(float percent);
+    float DelayReduction() const;
+    /// What delays read between samples.  @param code  of tav::DelayKind
+    void SetDelayKind(unsigned code);
+    unsigned DelayKind() const;
+
+    /// How long filters take to change, and how; where there are none it is only kept.
+    /// @param ms  0 or more, clamped
+    void SetCrossfadeTime(float ms);
+    float CrossfadeTime() const;
+    void SetCrossfadeShape(tav::FadeShape shape);
+    tav::FadeShape CrossfadeShape() const;
 
 protected:
     BinauralPanning(unsigned numInputs, unsigned numOutputs);
@@ -47,6 +61,13 @@ protected:
     /// Samples: one millisecond, or none where nearer ears are not delayed.
     unsigned BaseLatency() const;
     const InterauralTimeDifference& Itd() const TAV_REQUIRES(controlLock_) { return itd_; }
+    const BinauralSettings& Settings() const TAV_REQUIRES(controlLock_) { return settings_; }
+    /// The settings have changed; sources are recomputed next where that is needed.
+    virtual void PublishSettings() TAV_REQUIRES(controlLock_) {}
+    /// What the reduction leaves of the delays of the ears, 0 .. 1.
+    float DelayShare() const TAV_REQUIRES(controlLock_) {
+        return (100.f - delayReduction_) * 0.01f;
+    }
 
 private:
     void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}
@@ -56,6 +77,8 @@ private:
     double angleCos_ TAV_GUARDED_BY(controlLock_) = 1.0;      // of listenerAngle_
     double angleSin_ TAV_GUARDED_BY(controlLock_) = 0.0;
     InterauralTimeDifference itd_ TAV_GUARDED_BY(controlLock_);
+    float delayReduction_ TAV_GUARDED_BY(controlLock_) = 0.f;  // percent
+    BinauralSettings settings_ TAV_GUARDED_BY(controlLock_);
 };
 
 }  // namespace Quilo

@@ -16,7 +16,6 @@ constexpr auto kRelaxed = std::memory_order_relaxed;
 constexpr std::uint32_t kNoPoint = ~std::uint32_t{0};
 constexpr float kWarmUpMs = 10.f;  // of a new set, before it is heard
 constexpr float kShortestChangeMs = 20.f;
-constexpr float kLongestCrossfadeMs = 10000.f;
 
 bool IsForTwoEars(const HrtfData& set) {
     using enum Hrtfs::FilterType;
@@ -117,8 +116,8 @@ void BinauralPanningDirect::RefitSet(bool atOnce) {
 }
 
 void BinauralPanningDirect::PublishSettings() {
-    crossfadeMs_.store(settings_.fadeMs, kRelaxed);
-    if (newest_ != nullptr) newest_->rendering->SetSettings(settings_);
+    crossfadeMs_.store(Settings().fadeMs, kRelaxed);
+    if (newest_ != nullptr) newest_->rendering->SetSettings(Settings());
 }
 
 void BinauralPanningDirect::ApplyReset() {
@@ -142,29 +141,6 @@ void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool f
             immediate ? 0.f : glideMs_);
 }
 
-void BinauralPanningDirect::SetCrossfadeTime(float ms) {
-    const ControlGuard guard(controlLock_);
-    if (!std::isfinite(ms)) return;
-    settings_.fadeMs = std::clamp(ms, 0.f, kLongestCrossfadeMs);
-    PublishSettings();
-}
-
-float BinauralPanningDirect::CrossfadeTime() const {
-    const ControlGuard guard(controlLock_);
-    return settings_.fadeMs;
-}
-
-void BinauralPanningDirect::SetCrossfadeShape(tav::FadeShape shape) {
-    const ControlGuard guard(controlLock_);
-    settings_.fadeShape = shape;
-    PublishSettings();
-}
-
-tav::FadeShape BinauralPanningDirect::CrossfadeShape() const {
-    const ControlGuard guard(controlLock_);
-    return settings_.fadeShape;
-}
-
 void BinauralPanningDirect::SetDelayScale(float percent) {
     const ControlGuard guard(controlLock_);
     if (!std::isfinite(percent)) return;
@@ -177,18 +153,6 @@ float BinauralPanningDirect::DelayScale() const {
     return delayScale_;
 }
 
-void BinauralPanningDirect::SetDelayReduction(float percent) {
-    const ControlGuard guard(controlLock_);
-    if (!std::isfinite(percent)) return;
-    delayReduction_ = std::clamp(percent, 0.f, 100.f);
-    RecomputeSources();
-}
-
-float BinauralPanningDirect::DelayReduction() const {
-    const ControlGuard guard(controlLock_);
-    return delayReduction_;
-}
-
 HrtfRealisation BinauralPanningDirect::Realisation() const {
     const ControlGuard guard(controlLock_);
     return realisation_;
@@ -197,11 +161,6 @@ HrtfRealisation BinauralPanningDirect::Realisation() const {
 unsigned BinauralPanningDirect::ResponseLength() const {
     const ControlGuard guard(controlLock_);
     return maxTaps_ > 0 ? maxTaps_ : kLongestCut;
-}
-
-unsigned BinauralPanningDirect::DelayKind() const {
-    const ControlGuard guard(controlLock_);
-    return static_cast<unsigned>(settings_.delayKind);
 }
 
 void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
@@ -219,13 +178,6 @@ void BinauralPanningDirect::SetResponseLength(unsigned taps) {
         if (std::exchange(maxTaps_, clamped) == clamped) return;
     }
     RefitSet(false);
-}
-
-void BinauralPanningDirect::SetDelayKind(unsigned code) {
-    const ControlGuard guard(controlLock_);
-    settings_.delayKind = static_cast<tav::DelayKind>(code);
-    PublishSettings();
-    RecomputeSources();
 }
 
 void BinauralPanningDirect::Describe(std::vector<std::string>& lines) const {

@@ -25,7 +25,6 @@ namespace Quilo {
 /// while it moves within what is nearest to one point, nothing changes.
 class BinauralPanningDirect : public BinauralPanning {
 public:
-    static constexpr float kDefaultCrossfadeMs = 5.f;
     static constexpr unsigned kShortestCut = 16;  // taps
     static constexpr unsigned kLongestCut = 8192;
 
@@ -44,18 +43,9 @@ public:
     /// The empty set before the first load.
     std::shared_ptr<const Hrtf> GetHrtf() const override;
 
-    /// How long filters take to change, and how.  @param ms  0 or more, clamped
-    void SetCrossfadeTime(float ms);
-    float CrossfadeTime() const;
-    void SetCrossfadeShape(tav::FadeShape shape);
-    tav::FadeShape CrossfadeShape() const;
-
     /// Of the delays of the ears, percent.  @param percent  clamped to 50 .. 200
     void SetDelayScale(float percent);
     float DelayScale() const;
-    /// What is taken off them before.  @param percent  clamped to 0 .. 100
-    void SetDelayReduction(float percent);
-    float DelayReduction() const;
 
     /// How cells run.
     void SetRealisation(HrtfRealisation realisation);
@@ -64,9 +54,6 @@ public:
     void SetResponseLength(unsigned taps);
     /// kLongestCut where nothing is cut.
     unsigned ResponseLength() const;
-    /// What delays read between samples.  @param code  of tav::DelayKind
-    void SetDelayKind(unsigned code);
-    unsigned DelayKind() const;
 
 protected:
     /// Computes filters.  Thread: control, without the lock.
@@ -89,7 +76,7 @@ protected:
     float GlideMs() const TAV_REQUIRES(controlLock_) { return glideMs_; }
     /// What the delays of the ears are multiplied by.
     float DelayPart() const TAV_REQUIRES(controlLock_) {
-        return (100.f - delayReduction_) * 0.01f * (delayScale_ / 100.f);
+        return DelayShare() * (delayScale_ / 100.f);
     }
 
 private:
@@ -122,18 +109,16 @@ private:
     bool Install(HrtfLoad& load);
     /// For what the responses depend on, when it has changed: computes without the lock.
     void RefitSet(bool atOnce);
-    void PublishSettings() TAV_REQUIRES(controlLock_);
+    void PublishSettings() override TAV_REQUIRES(controlLock_);
 
     void TakeBundle() noexcept TAV_NONBLOCKING;
     void PerformPiece(const EarPointers& outputs, unsigned frames) noexcept TAV_NONBLOCKING;
     const std::vector<float>* Render(Bundle* bundle, unsigned frames) noexcept TAV_NONBLOCKING;
 
     std::shared_ptr<const Hrtf> set_ TAV_GUARDED_BY(controlLock_);
-    HrtfRendering::Settings settings_ TAV_GUARDED_BY(controlLock_);
     HrtfRealisation realisation_ TAV_GUARDED_BY(controlLock_) = HrtfRealisation::Auto;
     unsigned maxTaps_ TAV_GUARDED_BY(controlLock_) = 0;  // 0: whole responses
     float delayScale_ TAV_GUARDED_BY(controlLock_) = 100.f;
-    float delayReduction_ TAV_GUARDED_BY(controlLock_) = 0.f;
     float glideMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
     std::vector<std::uint32_t> points_ TAV_GUARDED_BY(controlLock_);  // of each source
     Bundle* newest_ TAV_GUARDED_BY(controlLock_) = nullptr;
@@ -141,7 +126,7 @@ private:
     std::atomic<std::uint64_t> numLoads_ = 0;                     // begun, ever
     // shared: control writes, audio reads
     tav::SlowHandOver<Bundle> bundles_;
-    std::atomic<float> crossfadeMs_{kDefaultCrossfadeMs};
+    std::atomic<float> crossfadeMs_{BinauralSettings().fadeMs};
     // audio only
     bool hasPlayed_ = false;
     unsigned changeFrames_ = 0;  // since a bundle began to come in

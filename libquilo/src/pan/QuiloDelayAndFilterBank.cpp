@@ -49,6 +49,8 @@ void DelayAndFilterBank::Perform(float* left,
                                  const float* const* inputs,
                                  unsigned frames) noexcept TAV_NONBLOCKING {
     TakeCorners();
+    const tav::DelayKind kind = kind_.load(std::memory_order_relaxed);
+    if (std::exchange(kindInForce_, kind) != kind) voices_.SetKind(kind);
     const std::uint32_t resets = resets_.load(std::memory_order_relaxed);
     const bool forget = std::exchange(resetsDone_, resets) != resets;
     for (unsigned i = 0; i < sources_.size(); ++i) {

@@ -50,6 +50,10 @@ public:
     void SetCorners(const ShadowCorners& corners, float glideMs) noexcept;
     /// @param gain  glides over 5 ms      @param glideMs  0: the paths change at once
     void SetSource(unsigned index, const EarPaths& paths, float gain, float glideMs) noexcept;
+    /// From the next block on.
+    void SetDelayKind(tav::DelayKind kind) noexcept {
+        kind_.store(kind, std::memory_order_relaxed);
+    }
     /// Silence behind all sources from the next block on.
     void Reset() noexcept { resets_.fetch_add(1, std::memory_order_relaxed); }
 
@@ -140,8 +144,10 @@ private:
     std::vector<Voice> sources_;
     tav::SharedCell<CornersTarget> corners_;
     std::atomic<std::uint32_t> resets_{0};
+    std::atomic<tav::DelayKind> kind_{tav::DelayKind::Lagrange};
     // audio only
     std::uint32_t resetsDone_ = 0;
+    tav::DelayKind kindInForce_ = tav::DelayKind::Lagrange;
     bool hasCorners_ = false;
     tav::Ramp headLog_, torsoLog_;  // of the corners in Hz
     unsigned untilCorners_ = 0;     // frames until they move by a step

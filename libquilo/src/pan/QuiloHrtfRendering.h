@@ -4,8 +4,7 @@
 #pragma once
 
 #include "hrtf/QuiloHrtfResponses.h"
-#include "processors/VelkDspCrossfade.h"
-#include "processors/VelkDspDelayKernels.h"
+#include "pan/QuiloBinauralSettings.h"
 
 #include <memory>
 #include <utility>
@@ -16,11 +15,7 @@ namespace Quilo {
 /// derived classes.
 class HrtfRendering {
 public:
-    struct Settings {
-        float fadeMs = 5.f;  // of filters that change
-        tav::FadeShape fadeShape = tav::FadeShape::SquareCosine;
-        tav::DelayKind delayKind = tav::DelayKind::Lagrange;
-    };
+    using Settings = BinauralSettings;
 
     virtual ~HrtfRendering() = default;
 

@@ -183,6 +183,24 @@ TEST(BinauralSubtypes, HearsTheCentreOfTheHeadAhead) {
     }
 }
 
+TEST(BinauralSubtypes, TakesDelaysAwayAndReadsThemAsToldAtAnyRate) {
+    for (const char* subtype : kModels) {
+        const auto reduced = Make(subtype), bare = Make(subtype);
+        dynamic_cast<BinauralPanning&>(*reduced).SetDelayReduction(100.f);
+        dynamic_cast<BinauralPanning&>(*bare).SetItdModel("NoITD");
+        dynamic_cast<BinauralPanning&>(*bare).SetItdLatencyMode("nolatency");
+        EXPECT_EQ(Responses(*reduced, 48000.f, Towards(50)), Responses(*bare, 48000.f, Towards(50)))
+            << subtype;
+    }
+    const auto early = Make("early");
+    dynamic_cast<BinauralPanning&>(*early).SetDelayKind(0);  // the nearest sample, and no other one
+    for (const float rate : {44100.f, 96000.f}) {
+        for (const auto& ear : Responses(*early, rate, Towards(50))) {
+            EXPECT_EQ(std::ranges::count(ear, 0.0), static_cast<int>(ear.size()) - 1) << rate;
+        }
+    }
+}
+
 TEST(BinauralSubtypes, TurnsWithoutANoise) {
     for (const char* subtype : kModels) {
         const auto pan = Make(subtype);
