@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Draws the pictures of the user's guide.
+"""Draws the pictures of the user's guide, and that of the walk through the code.
 
     draw_guide_pictures.py [--docs docs]
 
 guide/coordinates.svg: axes, angles and signs in one picture. guide/room-NAME.svg: kinds of rooms, from above.
+guide/walk.svg: the way of a message through the code.
 """
 import math
 
@@ -145,8 +146,52 @@ def room(name):
     return page(220, 180, f"A room: {name}", lines)
 
 
+# Steps of a message and of a block of audio: number, what happens, where.
+MESSAGE = (
+    ("source 2 aed 30 0 2", "Max looks the name up in the table of messages", "src/QuiloPanMessages.cpp"),
+    ("PromptHandler, Door", "one at a time; catches everything", "src/max"),
+    ("SourceMessage", "index, property, format, values; or one clear line", "src/QuiloPanSource.cpp"),
+    ("Coordinates::Apply", "format and values become x, y, z", "libvelkdsp/src/math"),
+    ("Pan::SetSourcePosition", "stores the place, under the engine's lock", "libquilo/src/pan/QuiloPan.cpp"),
+    ("ComputeGains, a law", "a place becomes a row of gains", "libquilo/src/laws"),
+    ("SignalMatrix::SetRow", "atomics under a sequence number", "libvelkdsp/src/processors"),
+)
+BLOCK = (
+    ("quilo_pan_perform64", "Max brings vectors of doubles", "src/quilo.pan~.cpp"),
+    ("ProcessHost", "OSC that waits, mute, bypass", "libvelkdsp/src/processors"),
+    ("Process", "active inlets become finite floats", "libvelkdsp/src/processors"),
+    ("SignalMatrix", "at a segment's end takes new rows; gains glide", "libvelkdsp/src/processors"),
+    ("kernels", "inputs times gains: scalar, AVX2, AVX-512", "libvelkdsp/src/kernels"),
+    ("HostDrain", "finite doubles, every outlet", "libvelkdsp/src/processors"),
+)
+
+
+def walk():
+    width, height, step, top = 350, 52, 68, 92
+    columns = ((24, 0, MESSAGE, BLUE, "a message: main thread or scheduler"),
+               (446, len(MESSAGE) - 4, BLOCK, GREEN, "a block of audio: audio thread"))
+    lines = headline("How a message becomes sound", "each box: what is called, what happens, where it stands", 24)
+    for x, first, boxes, colour, title in columns:
+        y = top + first * step
+        lines.append(text(x, y - 12, title, 13, colour=colour, weight="bold"))
+        for k, (name, about, where) in enumerate(boxes):
+            lines += [f'<rect x="{x}" y="{y}" width="{width}" height="{height}" rx="6" fill="#f6f8fa" stroke="{colour}"/>',
+                      text(x + 12, y + 19, name, 13, weight="bold"), text(x + width - 12, y + 19, where, 10, "end", GREY),
+                      text(x + 12, y + 39, about, 12)]
+            if k + 1 < len(boxes):
+                lines += arrow(x + 24, y + height, x + 24, y + step - 10, colour)
+            y += step
+    y = top + (len(MESSAGE) - 1) * step + height / 2
+    lines += arrow(24 + width, y, 446 - 10, y, ORANGE, 2.5)
+    lines += [text(24, y + 62, "Orange: the hand-over, without a lock or waiting.", 13, colour=ORANGE, weight="bold"),
+              text(24, y + 82, "A row starts to glide within one interpolation time", 12, colour=GREY),
+              text(24, y + 98, "and has arrived within two.", 12, colour=GREY)]
+    return page(820, top + (len(MESSAGE) + 2) * step + 6, "How a message becomes sound", lines)
+
+
 if __name__ == "__main__":
     docs = drawing_options(__doc__).docs
     write(docs / "guide/coordinates.svg", coordinates())
+    write(docs / "guide/walk.svg", walk())
     for name in ROOMS:
         write(docs / f"guide/room-{name}.svg", room(name))

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Checks the links of the documents and runs the commands and scenes that they show.
+"""Checks the links of the documents and the names in them, and runs the commands and scenes that they show.
 
     tests/tools/documents_test.py FOLDER_OF_QUILO_HOST
 
@@ -28,6 +28,7 @@ ROOT = Path(__file__).resolve().parents[2]
 BINARIES = Path(sys.argv[1]).resolve()
 TOPS = sorted(p.name for p in ROOT.iterdir() if p.name not in ("build", "out", ".git"))
 NAMED = re.compile(r"`((?:%s)/[\w.~/+-]+)`" % "|".join(map(re.escape, TOPS)))
+IDENTIFIER = re.compile(r"`((?:\w+::)+\w+|[A-Z]\w*[a-z]\w*[A-Z]\w*)`")
 LINK = re.compile(r"\]\(([^)\s]+)\)|\b(?:src|href)=\"([^\"]+)\"")
 
 
@@ -59,8 +60,11 @@ def prose(page):
     return "\n".join(text for _, language, text in parts(page.read_text(encoding="utf-8").splitlines()) if not language)
 
 
-def check_links(page):
-    """What is wrong with links and named files. @return (number of those looked at, faults)"""
+def check_names(page, words):
+    """What is wrong with links, and with the files and identifiers that are named.
+
+    @param words all words of the sources      @return (number of those looked at, faults)
+    """
     faults, count = [], 0
     text = prose(page)
     for link in (a or b for a, b in LINK.findall(text)):
@@ -77,6 +81,9 @@ def check_links(page):
         count += 1
         if not (ROOT / name).exists():
             faults.append(f"{name}: no such file")
+    for name in IDENTIFIER.findall(text):
+        count += 1
+        faults += [f"{name}: {part} is not in the sources" for part in name.split("::") if part not in words]
     return count, faults
 
 
@@ -134,11 +141,15 @@ def run_blocks(page):
 
 def main():
     os.environ["PATH"] = f"{BINARIES}{os.pathsep}{os.environ['PATH']}"
-    listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", "*.md"], cwd=ROOT, check=True,
-                            capture_output=True, text=True).stdout.split()
+    def listed(*patterns):
+        lines = subprocess.run(["git", "ls-files", "-co", "--exclude-standard", *patterns], cwd=ROOT, check=True,
+                               capture_output=True, text=True).stdout.splitlines()
+        return [ROOT / line for line in lines if (ROOT / line).is_file()]
+
+    words = {word for file in listed("*.cpp", "*.h") for word in re.findall(r"\w+", file.read_text(encoding="utf-8"))}
     passed, faults, left = 0, [], []
-    for page in map(ROOT.joinpath, listed):
-        links, wrong = check_links(page)
+    for page in listed("*.md"):
+        links, wrong = check_names(page, words)
         blocks, failed, omitted = run_blocks(page)
         passed += links - len(wrong) + blocks - len(failed)
         faults += [f"{page.relative_to(ROOT)}: {fault}" for fault in wrong] + failed
