@@ -147,9 +147,11 @@ def gallery():
              "dashed where it is negative. The values are those that the module itself plays:", "",
              "```sh", "# not run: its tests run it with --check", "scripts/pictures", "```", "",
              "`nfchoa2d` and `nfchoa3d` play the gains of `hoa2d` and `hoa3d` for a source as far as the",
-             "loudspeakers, and with the subtype `diffuse` a source has no direction; they are not drawn.", ""]
+             "loudspeakers, with the subtype `diffuse` a source has no direction, and ears hear more than gains:",
+             "the pictures of these are on their pages, [types/](types/README.md), as is all else about a type.", ""]
     for name, title, remark, box, before, _, _ in LAWS:
-        lines += [f"## {title}", "", remark, "", "```quilo", f"object quilo.pan~ {box}", *before, "```", "",
+        page_name = box.split()[2]
+        lines += [f"## {title}", "", f"{remark} Its page: [{page_name}](types/{page_name}.md).", "", "```quilo", f"object quilo.pan~ {box}", *before, "```", "",
                   f"![{title}](polar/{name}.svg)", ""]
     return "\n".join(lines)
 

@@ -32,7 +32,14 @@ MESSAGES = {
 # Other types keep what these messages set, and nothing is heard of it.
 WITH_SPREAD = ("dbap", "dbap3d", "spcap")
 WITHOUT_LOUDSPEAKERS = ("xy", "ms", "ab", "bformat", "hoa2d", "hoa3d", "nfchoa2d", "nfchoa3d", "diffuse")
-DIFFUSE = f"{CLASS} 2 4 vbap2d diffuse"
+PLAIN = f"{CLASS} 2 4 vbap2d"
+
+
+def filled(page, *stretches):
+    """The text of a page with new lines between its marks, stretch after stretch."""
+    parts = re.split(f"{BEGIN}.*?{END}", (PAGES / f"{page}.md").read_text(encoding="utf-8"), flags=re.DOTALL)
+    made = ["\n".join([BEGIN, *lines, END]) for lines in stretches]
+    return "".join(prose + stretch for prose, stretch in zip(parts, [*made, ""], strict=True))
 
 
 def page_names():
@@ -40,18 +47,13 @@ def page_names():
 
 
 def answers(program, box, statements):
-    """The lines of the console for each statement, and what the host said besides."""
-    script = [f"object {box}"] + [line for k, statement in enumerate(statements)
-                                  for line in (statement, "host sync", f"separator{k}")]
+    """The lines of the console for each statement, and what the host said besides.
+
+    Behind each statement stands a message that no object has: its refusal ends the lines of that statement.
+    """
+    script = [f"object {box}"] + [line for statement in statements for line in (statement, "host sync", "separator")]
     run = subprocess.run([program, "--duration", "0", "-"], input="\n".join(script) + "\n", capture_output=True, text=True)
-    parts, held = [], []
-    for line in run.stdout.splitlines():
-        if re.search(r'"separator\d+"', line):
-            parts.append(held)
-            held = []
-        else:
-            held.append(line)
-    return parts, run.stderr
+    return [part.splitlines() for part in re.split(r'.*"separator"\n', run.stdout)], run.stderr
 
 
 def outlets(program, words):
@@ -122,12 +124,15 @@ def attribute_table(attributes, begin):
     return rows
 
 
-def facts_of(page, facts, host, program):
+def facts_of(page, facts, common, host, program):
+    """What a page says between its marks, as lines, and the numbers of outlets.
+
+    @param common  the attributes of all types, which pages leave out
+    """
     name = page.replace("-", " ")
-    box = DIFFUSE if name == "diffuse" else facts.boxes[name]
+    box = f"{PLAIN} diffuse" if name == "diffuse" else facts.boxes[name]
     _, begin = host.ask(box)
-    everywhere = [a for a in facts.attributes if len(a.types) == len(facts.boxes)]
-    own = [a for a in facts.attributes if a not in everywhere and name in a.types and a.name != "speakerspositions"]
+    own = [a for a in facts.attributes if a not in common and name in a.types and a.name != "speakerspositions"]
     own = [a for a in own if a.name != "spread" or name in WITH_SPREAD]
     taken = messages(program, box, name)
     count = outlets(program, " ".join(box.split()[3:]))
@@ -143,21 +148,16 @@ def main():
     options = drawing_options(__doc__)
     facts = read_facts(options.host)
     host = Host(options.host)
+    common = [a for a in facts.attributes if len(a.types) == len(facts.boxes)]
     index = ["| type | | outlets |", "|---|---|---|"]
     for page in page_names():
-        text = (PAGES / f"{page}.md").read_text(encoding="utf-8")
-        lines, count = facts_of(page, facts, host, options.host)
-        before, after = text.split(BEGIN)[0], text.split(END)[1]
-        write(options.docs / "types" / f"{page}.md", "\n".join([before + BEGIN, *lines, END]) + after)
+        lines, count = facts_of(page, facts, common, host, options.host)
+        text = filled(page, lines)
+        write(options.docs / "types" / f"{page}.md", text)
         about = " ".join(text.split("\n\n")[1].split())
         index.append(f"| [`{page.replace('-', ' ')}`]({page}.md) | {about} | {count} |")
-    text = (PAGES / "README.md").read_text(encoding="utf-8")
-    everywhere = [a for a in facts.attributes if len(a.types) == len(facts.boxes)]
-    _, begin = host.ask(DIFFUSE.removesuffix(" diffuse"))
-    first, second = text.split(BEGIN)[0], text.split(END)
-    write(options.docs / "types/README.md",
-          "\n".join([first + BEGIN, *index, END]) + second[1].split(BEGIN)[0] +
-          "\n".join([BEGIN, *attribute_table(everywhere, begin), END]) + second[2])
+    _, begin = host.ask(PLAIN)
+    write(options.docs / "types/README.md", filled("README", index, attribute_table(common, begin)))
 
 
 if __name__ == "__main__":
