@@ -205,9 +205,13 @@ def main(arguments):
         return 2
     if not arguments:
         TARGET.write_text(text_of(make()), encoding="utf-8")
-    faults = 0
+    expected = [(name, len(points)) for name, points in platonic()] + [(f"sphere-{n}", n) for n in COUNTS]
+    sets = read_back()
+    faults = int([(name, len(rows)) for name, _, rows in sets] != expected)
+    if faults:
+        print(f"the file does not hold these sets, and no others: {expected}")
     print("set  points  design  smallest angle  (of the best packing at most)  error up to it  error one degree beyond")
-    for name, degree, rows in read_back():
+    for name, degree, rows in sets:
         points = points_of(rows)
         # No set of n points has all distances above this (L. Fejes Toth, 1943).
         a = len(rows) * math.pi / (6 * (len(rows) - 2))

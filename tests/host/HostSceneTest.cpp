@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "picture/HostScene.h"
 
+#include "picture/HostPlanPanel.h"
+#include "picture/HostTimePanel.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -30,6 +33,39 @@ TEST(SceneRecorder, KeepsThePowerOfItsOutlets) {
         const std::vector<double> power = recorder.Finish().power[0];
         EXPECT_EQ(power, std::vector<double>(power.size(), 1.0)) << numFrames;
         EXPECT_LE(power.size(), 1000u);
+    }
+}
+
+TEST(ScenePicture, StripsAreInDecibel) {
+    Scene scene = EmptyScene();
+    scene.seconds = 1;
+    scene.power = {{1e-3, 1e-6, 1.0}};  // in the middle, at the bottom and at the top of the strip
+    Svg svg;
+    DrawLevels(svg, scene, {0, 0}, 60, 1);
+    EXPECT_NE(svg.Document(60, 60, "").find("10,25.5 30,48 50,3 "), std::string::npos);
+}
+
+TEST(ScenePicture, DistancesAreDrawnWhereOneChanges) {
+    for (const auto& [metres, isDrawn] : {std::pair(2.1f, true), {2.03f, false}, {1.9f, true}}) {
+        Scene scene = EmptyScene();
+        scene.seconds = 1;
+        scene.path = {{0, {{0, 2, 0}}}, {0.5, {{metres, 0, 0}}}};
+        Svg svg;
+        DrawTraces(svg, scene, {0, 0}, 100, 1);
+        const std::string text = svg.Document(100, 400, "");
+        EXPECT_EQ(text.find("Distance of the sources") != std::string::npos, isDrawn) << metres;
+    }
+}
+
+TEST(ScenePicture, ALabelStandsForUpToFourLoudspeakersOfOnePlace) {
+    for (const auto& [count, label] :
+         {std::pair(3, ">1, 2, 3<"), {4, ">1, 2, 3, 4<"}, {5, ">1, 2, 3, 4 \u2026<"}}) {
+        Scene scene = EmptyScene();
+        scene.speakers.assign(static_cast<std::size_t>(count), {0, 1, 0});
+        scene.path = {{0, {{1, 1, 0}}}};
+        Svg svg;
+        DrawPlan(svg, scene, kFromAbove, {50, 50}, 300, 300, 1);
+        EXPECT_NE(svg.Document(400, 400, "").find(label), std::string::npos) << label;
     }
 }
 

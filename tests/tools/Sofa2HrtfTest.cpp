@@ -15,9 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <mysofa.h>
 #include <numbers>
@@ -28,11 +26,6 @@ namespace {
 
 constexpr char kShippedSet[] = "/usr/share/libmysofa/MIT_KEMAR_normal_pinna.sofa";
 constexpr unsigned kTaps = 256;
-
-std::string BytesOfFile(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// A rigid sphere in five directions, as libmysofa hands it over: ahead, left, up, right, and up
 /// with another azimuth.
@@ -71,21 +64,14 @@ struct SphereFile {
     }
 
     static constexpr double kLeftward[] = {0, 1, 0, -1, 0};
-    std::string words[10] = {"Type",
-                             "spherical",
-                             "cartesian",
-                             "Conventions",
-                             "SOFA",
-                             "SOFAConventions",
-                             "SimpleFreeFieldHRIR",
-                             "DataType",
-                             "FIR",
-                             ""};
-    MYSOFA_ATTRIBUTE spherical{nullptr, words[0].data(), words[1].data()};
-    MYSOFA_ATTRIBUTE cartesian{nullptr, words[0].data(), words[2].data()};
-    MYSOFA_ATTRIBUTE dataType{nullptr, words[7].data(), words[8].data()};
-    MYSOFA_ATTRIBUTE kind{&dataType, words[5].data(), words[6].data()};
-    MYSOFA_ATTRIBUTE conventions{&kind, words[3].data(), words[4].data()};
+    char words[11][20] = {"Type", "spherical",       "cartesian",           "Conventions",
+                          "SOFA", "SOFAConventions", "SimpleFreeFieldHRIR", "DataType",
+                          "FIR",  "GeneralFIR",      "cartesian2"};
+    MYSOFA_ATTRIBUTE spherical{nullptr, words[0], words[1]};
+    MYSOFA_ATTRIBUTE cartesian{nullptr, words[0], words[2]};
+    MYSOFA_ATTRIBUTE dataType{nullptr, words[7], words[8]};
+    MYSOFA_ATTRIBUTE kind{&dataType, words[5], words[6]};
+    MYSOFA_ATTRIBUTE conventions{&kind, words[3], words[4]};
     std::vector<float> responses, delays{0, 0}, rate{44100};
     std::vector<float> positions{0, 0, 1.4f, 90, 0, 1.4f, 0, 90, 1.4f, 270, 0, 1.4f, 120, 90, 1.4f};
     std::vector<float> receivers{0, 0.09f, 0, 0, -0.09f, 0};
@@ -157,37 +143,25 @@ TEST(Sofa2Hrtf, SaysOfEveryFieldWhatIsWrongWithIt) {
         std::function<void(SphereFile&)> damage;
     };
     const auto nan = std::numeric_limits<float>::quiet_NaN();
+    // clang-format off
     const Row rows[] = {
-        {"SOFAConventions is \"GeneralFIR\"",
-         [](auto& f) {
-             f.words[6] = "GeneralFIR";
-             f.kind.value = f.words[6].data();
-         }},
-        {"DataType is \"TF\"",
-         [](auto& f) {
-             f.words[8] = "TF";
-             f.dataType.value = f.words[8].data();
-         }},
+        {"SOFAConventions is \"GeneralFIR\"", [](auto& f) { f.kind.value = f.words[9]; }},
+        {"DataType is \"SOFA\"", [](auto& f) { f.dataType.value = f.words[4]; }},
         {"dimension R is 3", [](auto& f) { f.hrtf.R = 3; }},
         {"dimension M is 0", [](auto& f) { f.hrtf.M = 0; }},
         {"dimension N is 4000000000", [](auto& f) { f.hrtf.N = 4000000000; }},
         {"Data.IR has 2560 numbers, expected 2570", [](auto& f) { f.hrtf.N = 257; }},
         {"Data.IR holds a number that is not finite", [=](auto& f) { f.responses[9] = nan; }},
-        {"Data.IR of measurement 2 is silent",
-         [](auto& f) { std::fill_n(f.responses.begin() + 512, 256, 0.f); }},
+        {"Data.IR of measurement 2 is silent", [](auto& f) { std::fill_n(f.responses.begin() + 512, 256, 0.f); }},
         {"Data.Delay is out of range", [](auto& f) { f.delays[1] = -1.f; }},
         {"Data.SamplingRate is out of range", [](auto& f) { f.rate[0] = 100.f; }},
         {"Data.SamplingRate has 0 numbers", [](auto& f) { f.hrtf.DataSamplingRate = {}; }},
-        {"SourcePosition holds a number that is not finite",
-         [=](auto& f) { f.positions[0] = nan; }},
+        {"SourcePosition holds a number that is not finite", [=](auto& f) { f.positions[0] = nan; }},
         {"SourcePosition holds the centre", [](auto& f) { f.positions[2] = 0.f; }},
-        {"SourcePosition has the coordinate type \"cartesian2\"",
-         [](auto& f) {
-             f.words[1] = "cartesian2";
-             f.spherical.value = f.words[1].data();
-         }},
+        {"SourcePosition has the coordinate type \"cartesian2\"", [](auto& f) { f.spherical.value = f.words[10]; }},
         {"ReceiverPosition tells no left ear", [](auto& f) { f.receivers[4] = 0.09f; }},
     };
+    // clang-format on
     for (const Row& row : rows) {
         SphereFile file;
         row.damage(file);
@@ -203,7 +177,7 @@ TEST(Sofa2Hrtf, SaysOfEveryFieldWhatIsWrongWithIt) {
 // The set that comes with libmysofa.
 
 TEST(Sofa2Hrtf, TheShippedSetSoundsAsItWasMeasured) {
-    const std::string bytes = BytesOfFile(kShippedSet);
+    const std::string bytes = Tests::ReadText(kShippedSet);
     if (bytes.empty()) GTEST_SKIP() << "not installed";
     const SofaSet sofa = ReadSofa(bytes);
     const Tests::TemporaryFolder folder;
@@ -233,7 +207,7 @@ TEST(Sofa2Hrtf, TheShippedSetSoundsAsItWasMeasured) {
 // The built-in set reaches these figures with 6 cells, for levels from which what all directions
 // have in common was taken off. Here all of it is left in, the loudspeaker included.
 TEST(Sofa2Hrtf, CellsFollowTheShippedSet) {
-    const std::string bytes = BytesOfFile(kShippedSet);
+    const std::string bytes = Tests::ReadText(kShippedSet);
     if (bytes.empty()) GTEST_SKIP() << "not installed";
     const SofaSet sofa = ReadSofa(bytes);
     std::vector<double> errors;
@@ -262,7 +236,7 @@ TEST(Sofa2Hrtf, TheProgramSurvivesDamagedFiles) {
         EXPECT_EQ(run(words), 2) << words;
         EXPECT_EQ(Tests::Lines(Tests::ReadText(folder / "error.txt")).size(), 1u) << words;
     }
-    const std::string whole = BytesOfFile(kShippedSet);
+    const std::string whole = Tests::ReadText(kShippedSet);
     if (whole.empty()) GTEST_SKIP() << "not installed";
     unsigned random = 1;
     for (int k = 0; k < 8; ++k) {
@@ -272,7 +246,7 @@ TEST(Sofa2Hrtf, TheProgramSurvivesDamagedFiles) {
             random = random * 1664525u + 1013904223u;
             bytes[random % 20000] = static_cast<char>(random >> 24);
         }
-        std::ofstream(folder / "a.sofa", std::ios::binary) << bytes;
+        Tests::WriteText(folder / "a.sofa", bytes);
         const int status = run("a.sofa b.hrtf");
         EXPECT_TRUE(status == 0 || status == 2) << status;
         EXPECT_EQ(std::filesystem::exists(folder / "b.hrtf"), status == 0)

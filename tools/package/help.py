@@ -242,8 +242,9 @@ class HelpPatcher:
     def target(self, tab, y, station):
         inlets, outlets = (int(n) for n in station.box.split()[:2])
         text = f"{self.class_name} {station.box}"
+        name = {"varname": "panner-state"} if station.extra == "state" else {}  # for the pattr beside it
         return tab.add("newobj", LEFT, y, text=text, size=(max(300.0, 70.0 * (outlets + 1)), 22.0), inlets=inlets,
-                       outlets=["signal"] * outlets + [""], varname=f"panner{station.extra and '-' + station.extra}")
+                       outlets=["signal"] * outlets + [""], **name)
 
     def outputs(self, tab, target, station):
         outlets = len(target.outlets) - 1
@@ -256,7 +257,7 @@ class HelpPatcher:
         heard = [(target, k) for k in range(outlets)]
         if "hoa" in station.box:
             heard, y = self.cardioids(tab, target, y + 30.0)
-        if outlets > 2 and len(heard) > 2:
+        if len(heard) > 2:
             # As wide as the outlets of the object, so that the cords run straight.
             width = 19.0 + target.port(outlets - 1, outlets + 1) - target.port(0, outlets + 1)
             dac = tab.add("newobj", LEFT, y + 36.0, text="dac~ " + " ".join(str(k + 1) for k in range(outlets)),

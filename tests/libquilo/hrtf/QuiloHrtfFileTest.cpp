@@ -4,6 +4,7 @@
 #include "hrtf/QuiloHrtf.h"
 #include "hrtf/QuiloNearfieldCompensationFilters.h"
 #include "libquilo/hrtf/HrtfFiles.h"
+#include "support/HostProgram.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -166,13 +167,12 @@ TEST(HrtfFile, NoPrefixOfAFileIsTakenForAWholeOne) {
 }
 
 TEST(HrtfFile, TheNameChoosesTheLoader) {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "hrtf-names";
+    const Tests::TemporaryFolder folder;
     std::filesystem::create_directories(folder / "folder.hrtf");
     const auto name = [&](const char* file) { return (folder / file).generic_string(); };
-    for (const char* file : {"set.hrtf", "set.near"}) {
-        std::ofstream(folder / file, std::ios::binary) << SmallCellSet().Bytes();
-    }
-    std::ofstream(folder / "text.hrtf") << "A text that is no set of filters.";
+    for (const char* file : {"set.hrtf", "set.near"})
+        Tests::WriteText(folder / file, SmallCellSet().Bytes());
+    Tests::WriteText(folder / "text.hrtf", "A text that is no set of filters.");
 
     Hrtf set(name("set.hrtf"));
     const auto fault = [&](const std::string& path) { return FaultOf([&] { set.Load(path); }); };
@@ -190,7 +190,6 @@ TEST(HrtfFile, TheNameChoosesTheLoader) {
     filters.Load(name("set.near"));
     EXPECT_EQ(filters.Set().Data().points.size(), 2u);
     EXPECT_EQ(FaultOf([&] { filters.Load("set.hrtf"); }), "invalid file extension set.hrtf");
-    std::filesystem::remove_all(folder);
 }
 
 TEST(Hrtfs, CodesWithoutATextAreRefused) {

@@ -4,6 +4,7 @@
 
 #include "audiofiles/VelkDspAudioFile.h"
 #include "audiofiles/VelkDspStoredSamples.h"
+#include "support/HostProgram.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +14,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <string>
 #include <vector>
@@ -103,26 +103,10 @@ struct Case {
 
 class WavFileTest : public testing::Test {
 protected:
-    WavFileTest() {
-        const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-        folder_ = std::filesystem::path(testing::TempDir()) / ("wav-" + name);
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-        path_ = folder_ / "subject.wav";
-    }
-    ~WavFileTest() override {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    void Store(const std::string& bytes) const { Tests::WriteText(path_, bytes); }
+    std::string Stored() const { return Tests::ReadText(path_); }
 
-    void Store(const std::string& bytes) const { std::ofstream(path_, std::ios::binary) << bytes; }
-
-    std::string Stored() const {
-        std::ifstream stream(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-    std::string FaultOf(const std::function<void()>& operation) const {
+    static std::string FaultOf(const std::function<void()>& operation) {
         try {
             operation();
         } catch (const tav::Exception& fault) {
@@ -131,10 +115,8 @@ protected:
         return {};
     }
 
-    bool FolderIsEmpty() const { return std::filesystem::is_empty(folder_); }
-
-    std::filesystem::path folder_;
-    std::filesystem::path path_;
+    const Tests::TemporaryFolder folder_;
+    const std::filesystem::path path_ = folder_ / "subject.wav";
 };
 
 const std::string kFloats =
@@ -296,7 +278,7 @@ TEST_F(WavFileTest, AFileAppearsWholeOrNotAtAll) {
         writer.Write(channels, samples.size());
         EXPECT_FALSE(std::filesystem::exists(path_));
     }
-    EXPECT_TRUE(FolderIsEmpty());
+    EXPECT_TRUE(folder_.Names().empty());
 
     tav::WavFileWriter writer(path_, 1, 48000.0);
     writer.Write(channels, 600);
@@ -318,12 +300,12 @@ TEST_F(WavFileTest, WritersRefuseWhatNoFileCanHold) {
                                   faultFor(1, 0.0),
                                   faultFor(1, std::numeric_limits<double>::quiet_NaN()),
                                   FaultOf([&] { tav::ReadAudioFile(path_); }),
-                                  FaultOf([&] { tav::ReadAudioFile(folder_); }),
-                                  FaultOf([&] { tav::WavFileWriter(folder_, 1, 48000.0); })};
+                                  FaultOf([&] { tav::ReadAudioFile(folder_.Path()); }),
+                                  FaultOf([&] { tav::WavFileWriter(folder_.Path(), 1, 48000.0); })};
     for (const std::string& fault : faults) {
-        EXPECT_NE(fault.find(folder_.string()), std::string::npos) << fault;
+        EXPECT_NE(fault.find(folder_.Path().string()), std::string::npos) << fault;
     }
-    EXPECT_TRUE(FolderIsEmpty());
+    EXPECT_TRUE(folder_.Names().empty());
 }
 
 /// Only the header of a file beyond 4 GiB is written; the rest is a hole.
