@@ -36,7 +36,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 TABLE = ROOT / "tools/mutations.tsv"
-PRODUCT = ("src", "libquilo/src", "libvelkdsp/src", "libsdif/src", "host")
+PRODUCT = ("src", "libquilo/src", "libvelkdsp/src", "libsdif/src", "host", "tools/sofa2hrtf")
 PROGRAMS = {"": "quilo-tests", "storm": "quilo-races"}
 CONFIGURE = {
     "": ["-DCMAKE_CXX_FLAGS=-O1", "-DQUILO_BUILD_TESTS=ON"],

@@ -123,6 +123,9 @@ TEST(Sofa2Hrtf, ReceiversDelaysAndRatesAreThoseOfTheFile) {
     SphereFile file;
     const Quilo::HrtfData plain = Loaded(SetOf(file.hrtf), {});
     std::swap(file.receivers[1], file.receivers[4]);
+    file.delays = {16000, 16000};  // the onset is looked for wherever it is
+    EXPECT_NEAR(OnsetOf(SetOf(file.hrtf).measurements[0].ears[0]),
+                16000.0 + OnsetOf(std::span(file.responses).subspan(kTaps, kTaps)), 0.2);
     file.delays = {0, 10};
     const Quilo::HrtfData turned = Loaded(SetOf(file.hrtf), {});
     for (std::size_t k = 0; k < 64; ++k) {

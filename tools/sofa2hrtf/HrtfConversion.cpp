@@ -16,9 +16,10 @@ namespace SofaTool {
 
 namespace {
 
-constexpr std::size_t kFiner = 8;             // of the grid on which onsets are looked for
-constexpr std::size_t kLongestLooked = 8192;  // samples
-constexpr double kOnsetShare = 0.1;           // of the peak: -20 dB
+constexpr std::size_t kFiner = 8;    // of the grid on which onsets are looked for
+constexpr double kOnsetShare = 0.1;  // of the peak: -20 dB
+/// Samples of a response that onsets are looked for in: the finer grid has to fit a transform.
+constexpr std::size_t kLongestLooked = tav::Fft::kMaxSize / kFiner - 1;
 constexpr double kLargestItdMs = 1.2;
 constexpr double kCorrelatedHz = 1500.0;
 constexpr double kKeptEnergy = 0.9999;

@@ -18,7 +18,6 @@ namespace SofaTool {
 
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 constexpr unsigned kMostMeasurements = 100000;
 constexpr unsigned kMostTaps = 16384;
 constexpr double kMostNumbers = 1 << 28;
@@ -39,11 +38,12 @@ std::uint64_t LittleEndian(std::span<const char> bytes, std::size_t at) {
     return value;
 }
 
-/// The signature of HDF5, sizes of 8 bytes, and an announced end that is there.
+}  // namespace
+
 void CheckContainer(std::span<const char> bytes) {
     constexpr char kSignature[] = {'\x89', 'H', 'D', 'F', '\r', '\n', '\x1a', '\n'};
     constexpr std::size_t kLongestSuperblock = 96;
-    if (bytes.size() > kLargestFile) Fail("the file is larger than 1 GB");
+    CheckFileSize(bytes.size());
     if (bytes.size() < kLongestSuperblock ||
         !std::equal(std::begin(kSignature), std::end(kSignature), bytes.begin())) {
         Fail("this is no SOFA file (no HDF5 signature)");
@@ -57,6 +57,13 @@ void CheckContainer(std::span<const char> bytes) {
     if (LittleEndian(bytes, base) != 0) Fail("HDF5 that does not begin with the file");
     if (LittleEndian(bytes, base + 16) > bytes.size()) Fail("the file is truncated");
 }
+
+void CheckFileSize(std::uintmax_t numBytes) {
+    constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30;
+    if (numBytes > kLargestFile) Fail("the file is larger than 1 GB");
+}
+
+namespace {
 
 struct FreeSofa {
     void operator()(MYSOFA_HRTF* hrtf) const noexcept { mysofa_free(hrtf); }

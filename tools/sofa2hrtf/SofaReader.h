@@ -5,6 +5,7 @@
 #include "math/VelkDspCartesian.h"
 
 #include <array>
+#include <cstdint>
 #include <map>
 #include <span>
 #include <string>
@@ -27,6 +28,12 @@ struct SofaSet {
     std::vector<std::string> warnings;
 };
 
+/// Throws: tav::Exception for a file that is too large to be read.
+void CheckFileSize(std::uintmax_t numBytes);
+/// The signature of HDF5, addresses of 8 bytes, and an announced end that is there: what has to be
+/// right before libmysofa looks at the bytes of a file.
+/// Throws: tav::Exception.
+void CheckContainer(std::span<const char> bytes);
 /// Reads the bytes of a file that follows the convention SimpleFreeFieldHRIR. What libmysofa is
 /// given has been checked for signature and size; what it returns is checked field by field.
 /// Throws: tav::Exception that names the field and what is wrong with it; std::bad_alloc.

@@ -13,11 +13,16 @@
 #include "text/VelkDspStringHelper.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -108,6 +113,8 @@ std::string BytesOf(const std::string& file) {
     std::error_code fault;
     if (!std::filesystem::is_regular_file(file, fault))
         throw tav::Exception("there is no such file");
+    const std::uintmax_t size = std::filesystem::file_size(file, fault);
+    if (!fault) CheckFileSize(size);
     std::ifstream stream(file, std::ios::binary);
     std::string bytes((std::istreambuf_iterator<char>(stream)), {});
     if (!stream && !stream.eof()) throw tav::Exception("cannot be read");
@@ -142,11 +149,34 @@ int Run(const Command& command) {
         return kGood;
     } catch (const tav::Exception& fault) {
         std::fprintf(stderr, "%s: %s\n", file.c_str(), fault.Message().c_str());
+    } catch (const std::bad_alloc&) {
+        std::fprintf(stderr, "%s: not enough memory\n", file.c_str());
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "%s: %s\n", file.c_str(), fault.what());
     }
     return kRefused;
 }
+
+#ifndef _WIN32
+/// What ended a process, for a sentence that begins with "the conversion".
+std::string EndBySignal(int signal) {
+    struct Row {
+        int signal;
+        const char* text;
+    };
+    static constexpr Row kRows[] = {
+        {SIGINT, "was interrupted"},
+        {SIGTERM, "was stopped"},
+        {SIGHUP, "was stopped"},
+        {SIGKILL, "was killed, as systems do that run out of memory"},
+        {SIGXCPU, "took more time than it was allowed"},
+        {SIGXFSZ, "made a larger file than it was allowed"},
+    };
+    const Row* const row = std::ranges::find(kRows, signal, &Row::signal);
+    if (row != std::end(kRows)) return row->text;
+    return "crashed on it (" + std::string(strsignal(signal)) + ")";
+}
+#endif
 
 /// Files of strangers have crashed libraries before: the work is done in a process of its own,
 /// whose end by a signal is one more reason to refuse the file.
@@ -163,8 +193,12 @@ int RunApart(const Command& command) {
         _exit(status);
     }
     int status = 0;
-    if (waitpid(child, &status, 0) == child && WIFEXITED(status)) return WEXITSTATUS(status);
-    std::fprintf(stderr, "%s: libmysofa crashes on it\n", command.input.c_str());
+    while (waitpid(child, &status, 0) != child) {
+        if (errno != EINTR) return kRefused;
+    }
+    if (WIFEXITED(status)) return WEXITSTATUS(status);
+    std::fprintf(stderr, "%s: the conversion %s\n", command.input.c_str(),
+                 EndBySignal(WTERMSIG(status)).c_str());
     return kRefused;
 #endif
 }

@@ -37,7 +37,7 @@ EarDelays BinauralModelPanning::DelaysFrom(const tav::CartesianVector& position,
     if (itd.Measures()) itd.type = substitute;
     // As on the right, so that both sides are the same to the last bit.
     EarDelays delays = itd.Delays({std::abs(position.x), position.y, position.z}, std::nullopt);
-    for (float* const ms : {&delays.left, &delays.right}) *ms *= DelayShare();
+    for (float* const ms : {&delays.left, &delays.right}) *ms *= DelayPart();
     return position.x < 0.f ? EarDelays{delays.right, delays.left} : delays;
 }
 

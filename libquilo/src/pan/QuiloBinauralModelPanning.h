@@ -18,7 +18,6 @@ namespace Quilo {
 /// of the head is heard as from ahead. Distance delays nothing and takes nothing away.
 class BinauralModelPanning : public BinauralPanning {
 public:
-    unsigned Latency() const override { return BaseLatency(); }
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;

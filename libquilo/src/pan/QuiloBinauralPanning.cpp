@@ -167,9 +167,10 @@ tav::CartesianVector BinauralPanning::HeardPosition(unsigned index) const {
     return tav::Distance(position) < kCentre ? tav::CartesianVector{0.f, 1.f, 0.f} : position;
 }
 
-unsigned BinauralPanning::BaseLatency() const {
-    if (ItdLatencyMode() != Itd::LatencyMode::FixedLatency) return 0;
-    return static_cast<unsigned>(std::lround(0.001f * SampleRate()));
+unsigned BinauralPanning::Latency() const {
+    const ControlGuard guard(controlLock_);
+    if (itd_.latencyMode != Itd::LatencyMode::FixedLatency || !HasDelays()) return 0;
+    return static_cast<unsigned>(std::lround(0.001f * SampleRate() * DelayPart()));
 }
 
 }  // namespace Quilo

@@ -18,6 +18,8 @@ public:
 
     std::string OutputLabel(unsigned output) const override;
     bool IsPlanar() const override { return false; }
+    /// Samples: what is left of the common millisecond; none where nearer ears are not delayed.
+    unsigned Latency() const override;
 
     /// Metres, in the frame of the sources.
     void SetListenerPosition(const tav::CartesianVector& position);
@@ -58,16 +60,16 @@ protected:
     tav::CartesianVector RelativePosition(unsigned index) const TAV_REQUIRES(controlLock_);
     /// The same; ahead where it is too near to the centre of the head to have a direction.
     tav::CartesianVector HeardPosition(unsigned index) const TAV_REQUIRES(controlLock_);
-    /// Samples: one millisecond, or none where nearer ears are not delayed.
-    unsigned BaseLatency() const;
     const InterauralTimeDifference& Itd() const TAV_REQUIRES(controlLock_) { return itd_; }
     const BinauralSettings& Settings() const TAV_REQUIRES(controlLock_) { return settings_; }
     /// The settings have changed; sources are recomputed next where that is needed.
     virtual void PublishSettings() TAV_REQUIRES(controlLock_) {}
-    /// What the reduction leaves of the delays of the ears, 0 .. 1.
-    float DelayShare() const TAV_REQUIRES(controlLock_) {
+    /// What the delays of the ears are multiplied by.
+    virtual float DelayPart() const TAV_REQUIRES(controlLock_) {
         return (100.f - delayReduction_) * 0.01f;
     }
+    /// Sources go through delays.
+    virtual bool HasDelays() const TAV_REQUIRES(controlLock_) { return true; }
 
 private:
     void ApplySpeakersPositions(SpeakersLayout&) override TAV_REQUIRES(controlLock_) {}

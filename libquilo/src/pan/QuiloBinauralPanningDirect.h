@@ -30,7 +30,6 @@ public:
 
     BinauralPanningDirect(unsigned numInputs, unsigned numOutputs);
 
-    unsigned Latency() const override { return BaseLatency(); }
     void Perform(float* const* outputs,
                  const float* const* inputs,
                  unsigned frames) noexcept TAV_NONBLOCKING override;
@@ -74,9 +73,11 @@ protected:
     }
     const Hrtf& Set() const TAV_REQUIRES(controlLock_) { return *set_; }
     float GlideMs() const TAV_REQUIRES(controlLock_) { return glideMs_; }
-    /// What the delays of the ears are multiplied by.
-    float DelayPart() const TAV_REQUIRES(controlLock_) {
-        return DelayShare() * (delayScale_ / 100.f);
+    float DelayPart() const override TAV_REQUIRES(controlLock_) {
+        return BinauralPanning::DelayPart() * (delayScale_ / 100.f);
+    }
+    bool HasDelays() const override TAV_REQUIRES(controlLock_) {
+        return newest_ != nullptr && newest_->rendering->HasDelays();
     }
 
 private:

@@ -52,6 +52,7 @@ private:
         std::array<LaneValues, kMaxSections> states_{};
     };
 
+    bool HasDelays() const override TAV_REQUIRES(controlLock_) { return false; }
     void ComputeSource(unsigned, bool, bool) override TAV_REQUIRES(controlLock_) {}
     void ApplySampleRate() override TAV_REQUIRES(controlLock_);
     void ApplyReset() override TAV_REQUIRES(controlLock_);

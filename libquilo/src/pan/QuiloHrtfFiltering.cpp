@@ -134,7 +134,7 @@ void HrtfFiltering::Sleep(unsigned index, SourceState state) noexcept TAV_NONBLO
 
 void HrtfFiltering::SetDelays(unsigned index, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
     // Finite responses hold their delays, but not what nearness adds to them.
-    if (!responses_->NeedDelays() && nearfield_ == nullptr) return;
+    if (!HasDelays()) return;
     voices_.SetDelay(index, 0, sources_[index].taken.leftMs, glideSamples);
     voices_.SetDelay(index, 1, sources_[index].taken.rightMs, glideSamples);
 }

@@ -40,6 +40,10 @@ public:
 
     unsigned NumSources() const noexcept { return static_cast<unsigned>(sources_.size()); }
 
+    bool HasDelays() const noexcept override {
+        return responses_->NeedDelays() || nearfield_ != nullptr;
+    }
+
     // Thread: control.
     void SetSettings(const Settings& settings) noexcept override { settings_.Store(settings); }
     /// The response fades, the delays glide, the gain glides over 5 ms.

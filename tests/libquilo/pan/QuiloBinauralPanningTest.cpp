@@ -191,6 +191,7 @@ TEST(BinauralPanningDirect, KeepsTheLoadThatWasBegunLast) {
         EXPECT_NEAR(ears[0][tap], static_cast<double>(tap + 1), 1e-6);
         EXPECT_NEAR(ears[1][tap], static_cast<double>(tap + 4), 1e-6);
     }
+    EXPECT_EQ(pan->Latency(), 0u) << "delays are in the responses";
 }
 
 TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {
@@ -213,10 +214,13 @@ TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {
     pan->SetListenerPosition({-1, 1, 0});
     louderEar();
     EXPECT_EQ(louderEar(), 1);
-    pan->SetItdLatencyMode("nolatency");
-    EXPECT_EQ(pan->Latency(), 0u);
+    pan->SetDelayReduction(75.f);
+    EXPECT_EQ(pan->Latency(), 12u);
     pan->SetDelayScale(300.f);
     EXPECT_EQ(pan->DelayScale(), 200.f);
+    EXPECT_EQ(pan->Latency(), 24u);
+    pan->SetItdLatencyMode("nolatency");
+    EXPECT_EQ(pan->Latency(), 0u);
     pan->SetCrossfadeTime(-1.f);
     EXPECT_EQ(pan->CrossfadeTime(), 0.f);
 }
