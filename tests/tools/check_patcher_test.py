@@ -28,6 +28,7 @@ def sound_patcher():
     for source in (noise, message, attribute):
         tab.connect(source, 0, panner, 0)
     tab.connect(panner, 0, meter, 0)
+    tab.connect(panner, 0, tab.add("ezdac~", 20, 130), 0)
     return tabbed([("tab", tab)])
 
 
@@ -55,6 +56,9 @@ MISTAKES = (
     (lambda p: cord(p, 0).update(destination=["obj-4", 2]), "has no outlet or no inlet"),
     (lambda p: cord(p, 0).update(destination=["obj-2", 0]), "where none is taken"),
     (lambda p: cord(p, 1).update(destination=["obj-4", 1]), "to an inlet of signals"),
+    (lambda p: cord(p, 0).update(source=["obj-4", 0]), "is given no sound"),
+    (lambda p: cord(p, 4).update(destination=["obj-5", 0]), "or none is heard"),
+    (lambda p: box(p, 5).update(maxclass="button", numinlets=1, numoutlets=1, outlettype=["bang"]), "nothing switches audio on"),
     (lambda p: cord(p, 0).update(source=["obj-77", 0]), "not both there"),
     (lambda p: p["boxes"][0]["box"]["patcher"].update(showontab=0), "is no tab"),
     (lambda p: box(p, 1).update(hint="/home/someone/file.wav"), "path of some machine"),

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Checks patcher files: well-formed, legible, and every box and message of the object accepted by it.
+"""Checks patcher files: well-formed, legible, tabs that sound, every box and message of the object accepted by it.
 
     check_patcher.py --host HOST FILE...
 
@@ -18,6 +18,8 @@ from patcher import OBJECTS, WIDGETS
 
 REQUIRED = ("fileversion", "appversion", "rect", "boxes", "lines")
 WITH_TEXT = ("newobj", "message", "comment")
+SOUNDS = ("pink~", "noise~", "cycle~")
+LOUDSPEAKERS = ("dac~", "ezdac~")
 FOREIGN_PLACE = re.compile(r'/Volumes|/Users/|/home/|"[A-Za-z]:[/\\]|\\\\')
 SAMPLES = {"$1": "30"}
 SURROUNDINGS = ("host dictionary quilo-state set interpolationtime 20",)  # what the patchers' messages refer to
@@ -57,9 +59,22 @@ class Checker:
         cords = [line["patchline"] for line in patcher["lines"]]
         for cord in cords:
             self.cord(where, boxes, cord)
-        for box in boxes.values():
-            if box["maxclass"] == "newobj" and box["text"].split()[0] == CLASS:
-                self.object(f"{where} {box['text']!r}", box, self.senders(boxes, cords, box))
+        panners = [box for box in boxes.values() if class_of(box) == CLASS]
+        if patcher.get("showontab"):
+            self.sound(where, boxes, cords, panners)
+        for box in panners:
+            self.object(f"{where} {box['text']!r}", box, self.senders(boxes, cords, box))
+
+    def sound(self, where, boxes, cords, panners):
+        """In a tab every object is given a sound and heard, and something switches audio on."""
+        ways = [(cord["source"][0], cord["destination"][0]) for cord in cords if carries_signal(boxes, cord)]
+        fed = reached({key for key, box in boxes.items() if class_of(box) in SOUNDS}, ways)
+        heard = reached({key for key, box in boxes.items() if class_of(box) in LOUDSPEAKERS}, [way[::-1] for way in ways])
+        for box in panners:
+            if box["id"] not in fed or box["id"] not in heard:
+                self.fault(where, f"{box['text']!r} is given no sound, or none is heard of it")
+        if panners and not any(class_of(box) == "ezdac~" for box in boxes.values()):
+            self.fault(where, "nothing switches audio on")
 
     def box(self, where, box, is_help):
         if box["maxclass"] != "newobj" and box["maxclass"] not in WIDGETS:
@@ -143,6 +158,21 @@ class Checker:
                   if answer and not any(line.startswith(f"outlet: {answer} ") for line in lines)]
         return lines, ([line for line in lines if line.startswith(("error:", "warn:", "bug:"))] +
                        [f"no attribute {answer} answers" for answer in silent])
+
+
+def class_of(box):
+    return box["text"].split()[0] if box["maxclass"] == "newobj" else box["maxclass"]
+
+
+def carries_signal(boxes, cord):
+    key, outlet = cord["source"]
+    return "signal" in boxes.get(key, {}).get("outlettype", [])[outlet:outlet + 1]
+
+
+def reached(found, ways):
+    """All boxes to which ways lead from those that are `found`; a way is a pair of boxes."""
+    more = {end for start, end in ways if start in found} - found
+    return reached(found | more, ways) if more else found
 
 
 def check(host, paths):
