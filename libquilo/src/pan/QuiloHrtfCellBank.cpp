@@ -11,16 +11,23 @@ namespace {
 
 constexpr auto kCoefficients = static_cast<std::size_t>(tav::kCellCoefficients);
 constexpr auto kStates = static_cast<std::size_t>(tav::kCellStates);
-constexpr auto kCells = static_cast<std::size_t>(tav::kCellsInPair);
 constexpr float kLargestSignal = 1e12f;
+constexpr float kLeastFirst = 1e-6f;  // of the largest b; nobody hears 120 dB below
 
 /// Samples that cells have to run over until they sound as if they had always run.
 std::size_t PastLength(float rateHz) {
     return 128 * static_cast<std::size_t>(std::ceil(rateHz / 48000.f));
 }
 
-std::size_t NumPairs(const HrtfResponses& responses) {
-    return std::max<std::size_t>((responses.MaxCells() + 1) / 2, 1);
+std::size_t NumCells(const HrtfResponses& responses) {
+    return std::max<std::size_t>(responses.MaxCells(), 1);
+}
+
+/// The b0 that the other b are divided by: never so small that they grow without bound.
+float FirstOf(const tav::BiquadCell& cell) noexcept TAV_NONBLOCKING {
+    const float largest = std::max(std::abs(cell.b1), std::abs(cell.b2));
+    const float first = std::max(std::abs(cell.b0), kLeastFirst * largest);
+    return std::copysign(first, cell.b0);
 }
 
 bool IsSane(std::span<const float> signal) noexcept TAV_NONBLOCKING {
@@ -55,42 +62,44 @@ double TurnOf(const tav::Crossfade<EarCells>::Progress& fade) noexcept TAV_NONBL
 
 }  // namespace
 
-LaneFilters::LaneFilters(std::size_t numPairs)
-    : numPairs_(numPairs),
-      coefficients_(numPairs * kCells * kCoefficients),
-      states_(numPairs * kCells * kStates) {}
+LaneFilters::LaneFilters(std::size_t numCells)
+    : numCells_(numCells),
+      coefficients_(2 * numCells * kCoefficients),
+      states_(2 * (numCells + 1) * kStates) {}
 
-void LaneFilters::Set(std::size_t lane, const EarCells& cells) noexcept TAV_NONBLOCKING {
-    for (std::size_t cell = 0; cell < 2 * numPairs_; ++cell) {
-        for (std::size_t ear = 0; ear < 2; ++ear) {
-            // Beyond the cells the signal passes; where there are none it ends.
-            tav::BiquadCell values;
-            const tav::BiquadCells* const own = cells.ears[ear];
-            if (own == nullptr || own->empty()) {
-                values.b0 = 0.f;
-            } else if (cell < own->size()) {
-                values = (*own)[cell];
-            }
-            LaneRow* const rows = coefficients_.data() + (2 * cell + ear) * kCoefficients;
-            rows[0].values[lane] = values.b0;
-            rows[1].values[lane] = values.b1;
-            rows[2].values[lane] = values.b2;
-            rows[3].values[lane] = values.a1;
-            rows[4].values[lane] = values.a2;
-        }
+void LaneFilters::Set(Chain chain, const tav::BiquadCells* cells) noexcept TAV_NONBLOCKING {
+    const auto [lane, ear] = chain;
+    const std::size_t count = cells != nullptr ? cells->size() : 0;
+    float gain = count > 0 ? 1.f : 0.f;
+    LaneRow* rows = coefficients_.data() + ear * NumCoefficients();
+    for (std::size_t cell = 0; cell < numCells_; ++cell, rows += kCoefficients) {
+        const tav::BiquadCell values = cell < count ? (*cells)[cell] : tav::BiquadCell();
+        const float first = FirstOf(values);
+        const float scale = first != 0.f ? 1.f / first : 0.f;
+        gain *= first;
+        rows[0].values[lane] = values.b1 * scale;
+        rows[1].values[lane] = values.b2 * scale;
+        rows[2].values[lane] = values.a1;
+        rows[3].values[lane] = values.a2;
     }
-    ClearStates(lane);
+    gains_[ear].values[lane] = gain;
+    LaneRow* const states = states_.data() + ear * NumStates();
+    for (std::size_t i = 0; i < NumStates(); ++i) states[i].values[lane] = 0.f;
 }
 
-void LaneFilters::Copy(std::size_t lane,
+void LaneFilters::Copy(Chain chain,
                        const LaneFilters& from,
-                       std::size_t fromLane) noexcept TAV_NONBLOCKING {
-    for (std::size_t i = 0; i < coefficients_.size(); ++i) {
-        coefficients_[i].values[lane] = from.coefficients_[i].values[fromLane];
-    }
-    for (std::size_t i = 0; i < states_.size(); ++i) {
-        states_[i].values[lane] = from.states_[i].values[fromLane];
-    }
+                       Chain fromChain) noexcept TAV_NONBLOCKING {
+    const auto copy = [&](LaneRow* rows, const LaneRow* others, std::size_t count) {
+        rows += chain.ear * count;
+        others += fromChain.ear * count;
+        for (std::size_t i = 0; i < count; ++i) {
+            rows[i].values[chain.lane] = others[i].values[fromChain.lane];
+        }
+    };
+    copy(coefficients_.data(), from.coefficients_.data(), NumCoefficients());
+    copy(gains_.data(), from.gains_.data(), 1);
+    copy(states_.data(), from.states_.data(), NumStates());
 }
 
 void LaneFilters::ClearStates(std::size_t lane) noexcept TAV_NONBLOCKING {
@@ -110,8 +119,8 @@ void LaneFilters::Recover() noexcept TAV_NONBLOCKING {
 }
 
 tav::CellLanes LaneFilters::Lanes(std::size_t count) noexcept TAV_NONBLOCKING {
-    return {coefficients_.front().values.data(), states_.front().values.data(),
-            static_cast<int>(numPairs_), static_cast<int>(count)};
+    return {coefficients_.front().values.data(), gains_.front().values.data(),
+            states_.front().values.data(), static_cast<int>(numCells_), static_cast<int>(count)};
 }
 
 LaneList::LaneList(const LaneFilters& filters, unsigned numVoices)
@@ -148,7 +157,7 @@ HrtfCellBank::HrtfCellBank(const HrtfResponses& responses, unsigned numVoices)
     : responses_(responses),
       past_(PastLength(responses.Format().rateHz)),
       voices_(numVoices, {tav::Crossfade<EarCells>(responses.Format().rateHz)}),
-      unheard_(NumPairs(responses)),
+      unheard_(NumCells(responses)),
       sounding_(unheard_, numVoices),
       coming_(unheard_, numVoices) {
     queue_.reserve(numVoices);
@@ -203,15 +212,13 @@ void HrtfCellBank::LeaveComing(unsigned index) noexcept TAV_NONBLOCKING {
     voices_[coming_.Leave(seat)].comingSeat = seat;
 }
 
-/// Rows of what members hear at both ears: `reading(voice, ear)`.
-template <class Reading>
 void HrtfCellBank::FillRows(std::span<const unsigned> members,
-                            std::size_t frames,
-                            Reading reading) noexcept TAV_NONBLOCKING {
+                            HrtfVoices& voices,
+                            std::size_t frames) noexcept TAV_NONBLOCKING {
     const tav::EarRows rows = rows_.Pointers();
     for (std::size_t ear = 0; ear < 2; ++ear) {
         for (std::size_t lane = 0; lane < members.size(); ++lane) {
-            reader_.Set(lane, reading(members[lane], ear));
+            reader_.Set(lane, voices.ReadingOf(members[lane], ear));
         }
         reader_.Read(members.size(), ear == 0 ? rows.left : rows.right, frames);
     }
@@ -250,8 +257,7 @@ void HrtfCellBank::Run(LaneList& list,
     for (std::size_t first = 0; first < list.Voices().size(); first += kLanes) {
         const auto rest = list.Voices().subspan(first);
         const auto members = rest.first(std::min(kLanes, rest.size()));
-        FillRows(members, frames,
-                 [&](unsigned voice, std::size_t ear) { return voices.ReadingOf(voice, ear); });
+        FillRows(members, voices, frames);
         kernels_.cascade(list.At(first).filters.Lanes(members.size()), rows_.Pointers(),
                          sum_.Pointers(), FillWeights(members, side, frames),
                          static_cast<int>(frames));
@@ -262,9 +268,9 @@ void HrtfCellBank::TurnFades() noexcept TAV_NONBLOCKING {
     for (const unsigned index : coming_.Voices()) {
         Voice& voice = voices_[index];
         const auto fade = voice.fade.Under();
-        const double angle = TurnOf(fade) * static_cast<double>(fade.position + 1);
-        voice.cosine = static_cast<float>(std::cos(angle));
-        voice.sine = static_cast<float>(std::sin(angle));
+        const auto angle = static_cast<float>(TurnOf(fade) * (fade.position + 1));
+        voice.cosine = std::cos(angle);
+        voice.sine = std::sin(angle);
     }
 }
 
@@ -308,9 +314,9 @@ const float* HrtfCellBank::FillWeights(std::span<const unsigned> members,
 void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING {
     std::size_t looked = 0;
     while (starts > 0 && looked < queue_.size()) {
-        std::array<unsigned, kLanes> batch{};
+        std::array<unsigned, kLanes / 2> batch{};
         std::size_t count = 0;
-        for (; starts > 0 && looked < queue_.size() && count < kLanes; ++looked) {
+        for (; starts > 0 && looked < queue_.size() && count < batch.size(); ++looked) {
             Voice& voice = voices_[queue_[looked]];
             voice.queued = false;
             if (!voice.awake || !voice.fade.Waiting()) continue;
@@ -318,34 +324,43 @@ void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV
             --starts;
         }
         RunOverPast(voices, std::span(batch).first(count));
-        for (std::size_t lane = 0; lane < count; ++lane) BeginFade(batch[lane], lane);
+        for (std::size_t i = 0; i < count; ++i) BeginFade(batch[i], i);
     }
     queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(looked));
 }
 
+// Both ears of a voice are lanes of one ear's row here: few filters begin to fade at a time.
 void HrtfCellBank::RunOverPast(HrtfVoices& voices,
                                std::span<const unsigned> batch) noexcept TAV_NONBLOCKING {
-    for (std::size_t lane = 0; lane < batch.size(); ++lane) {
-        unheard_.Set(lane, *voices_[batch[lane]].fade.Incoming());
-    }
-    for (std::size_t before = past_; before > 0 && !batch.empty(); before -= kPiece) {
-        FillRows(batch, kPiece, [&](unsigned voice, std::size_t ear) {
-            return voices.PastOf(voice, ear, before);
+    const auto forEach = [&](auto action) {
+        for (std::size_t i = 0; i < batch.size(); ++i) {
+            for (std::size_t ear = 0; ear < 2; ++ear) action(2 * i + ear, batch[i], ear);
+        }
+    };
+    forEach([&](std::size_t lane, unsigned voice, std::size_t ear) {
+        unheard_.Set({lane, 0}, voices_[voice].fade.Incoming()->ears[ear]);
+    });
+    float* const rows = rows_.Pointers().left;
+    const std::size_t count = 2 * batch.size();
+    for (std::size_t before = past_; before > 0 && count > 0; before -= kPiece) {
+        forEach([&](std::size_t lane, unsigned voice, std::size_t ear) {
+            reader_.Set(lane, voices.PastOf(voice, ear, before));
         });
-        kernels_.cascade(unheard_.Lanes(batch.size()), rows_.Pointers(), {nullptr, nullptr},
-                         nullptr, static_cast<int>(kPiece));
+        reader_.Read(count, rows, kPiece);
+        kernels_.cascade(unheard_.Lanes(count), {rows, nullptr}, {nullptr, nullptr}, nullptr,
+                         static_cast<int>(kPiece));
     }
 }
 
-void HrtfCellBank::BeginFade(unsigned index, std::size_t lane) noexcept TAV_NONBLOCKING {
+void HrtfCellBank::BeginFade(unsigned index, std::size_t place) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
-    if (!voice.fade.Begin()) {
-        const LaneList::Seat seat = sounding_.At(voice.seat);
-        return seat.filters.Copy(seat.lane, unheard_, lane);
+    const bool fades = voice.fade.Begin();
+    if (fades) voice.comingSeat = coming_.Sit(index);
+    const LaneList::Seat seat = fades ? coming_.At(voice.comingSeat) : sounding_.At(voice.seat);
+    for (std::size_t ear = 0; ear < 2; ++ear) {
+        seat.filters.Copy({seat.lane, ear}, unheard_, {2 * place + ear, 0});
     }
-    voice.comingSeat = coming_.Sit(index);
-    const LaneList::Seat seat = coming_.At(voice.comingSeat);
-    seat.filters.Copy(seat.lane, unheard_, lane);
+    if (!fades) return;
     const double turn = TurnOf(voice.fade.Under());
     voice.turnCos = static_cast<float>(std::cos(turn));
     voice.turnSin = static_cast<float>(std::sin(turn));

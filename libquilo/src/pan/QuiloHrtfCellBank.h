@@ -41,22 +41,42 @@ struct EarCells {
 /// The cells of one group and their states.
 class LaneFilters {
 public:
-    explicit LaneFilters(std::size_t numPairs);
+    /// @param numCells  of each ear, at least 1
+    explicit LaneFilters(std::size_t numCells);
 
-    /// Null and no cells: silence. States are cleared.
-    void Set(std::size_t lane, const EarCells& cells) noexcept TAV_NONBLOCKING;
+    /// The cells of one ear in series.
+    struct Chain {
+        std::size_t lane, ear;
+    };
+
+    /// Null and no cells: silence. Where there are fewer cells, the signal passes the others.
+    /// States are cleared.
+    void Set(Chain chain, const tav::BiquadCells* cells) noexcept TAV_NONBLOCKING;
+    void Set(std::size_t lane, const EarCells& cells) noexcept TAV_NONBLOCKING {
+        for (std::size_t ear = 0; ear < 2; ++ear) Set({lane, ear}, cells.ears[ear]);
+    }
     /// Cells and states.
+    void Copy(Chain chain, const LaneFilters& from, Chain fromChain) noexcept TAV_NONBLOCKING;
     void Copy(std::size_t lane,
               const LaneFilters& from,
-              std::size_t fromLane) noexcept TAV_NONBLOCKING;
+              std::size_t fromLane) noexcept TAV_NONBLOCKING {
+        for (std::size_t ear = 0; ear < 2; ++ear) Copy({lane, ear}, from, {fromLane, ear});
+    }
     void ClearStates(std::size_t lane) noexcept TAV_NONBLOCKING;
     /// Clears the states of lanes that have run away.
     void Recover() noexcept TAV_NONBLOCKING;
     tav::CellLanes Lanes(std::size_t count) noexcept TAV_NONBLOCKING;
 
 private:
-    std::size_t numPairs_;
+    std::size_t NumCoefficients() const noexcept TAV_NONBLOCKING {
+        return coefficients_.size() / 2;
+    }
+    std::size_t NumStates() const noexcept TAV_NONBLOCKING { return states_.size() / 2; }
+
+    std::size_t numCells_;
+    // as tav::CellLanes
     std::vector<LaneRow> coefficients_;
+    std::array<LaneRow, 2> gains_{};
     std::vector<LaneRow> states_;
 };
 
@@ -134,14 +154,15 @@ private:
     void Queue(unsigned voice) noexcept TAV_NONBLOCKING;
     void BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV_NONBLOCKING;
     void RunOverPast(HrtfVoices& voices, std::span<const unsigned> batch) noexcept TAV_NONBLOCKING;
-    void BeginFade(unsigned voice, std::size_t lane) noexcept TAV_NONBLOCKING;
+    /// @param place  in the batch that has just run over the past
+    void BeginFade(unsigned voice, std::size_t place) noexcept TAV_NONBLOCKING;
     void LeaveComing(unsigned voice) noexcept TAV_NONBLOCKING;
     void AdvanceFades(std::size_t frames) noexcept TAV_NONBLOCKING;
 
-    template <class Reading>
+    /// Rows of what members hear at both ears.
     void FillRows(std::span<const unsigned> members,
-                  std::size_t frames,
-                  Reading reading) noexcept TAV_NONBLOCKING;
+                  HrtfVoices& voices,
+                  std::size_t frames) noexcept TAV_NONBLOCKING;
     void TurnFades() noexcept TAV_NONBLOCKING;
     const float* FillWeights(std::span<const unsigned> members,
                              Side side,

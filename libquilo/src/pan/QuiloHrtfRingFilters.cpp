@@ -25,8 +25,7 @@ HrtfRingFilters::HrtfRingFilters(std::shared_ptr<const HrtfResponses> responses)
       tail_(TailOf(*responses_)) {
     quiet_.fill(tail_ + 1);
     if (responses_->AreCells()) {
-        cells_.assign(kNumGroups,
-                      LaneFilters(std::max<std::size_t>((responses_->MaxCells() + 1) / 2, 1)));
+        cells_.assign(kNumGroups, LaneFilters(std::max<std::size_t>(responses_->MaxCells(), 1)));
         for (std::size_t bus = 0; bus < kNumBuses; ++bus) {
             const auto& ears = responses_->CellsOf(bus)->ears;
             cells_[bus / kLanes].Set(bus % kLanes, {.ears = {&ears[0], &ears[1]}});

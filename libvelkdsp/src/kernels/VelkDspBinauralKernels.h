@@ -6,19 +6,18 @@
 
 namespace tav {
 
-/// Rows of coefficients of a cell: b0 b1 b2 a1 a2.
-inline constexpr int kCellCoefficients = 5;
-/// Rows of states of a cell.
+/// Rows of coefficients of a cell: b1 b2 a1 a2. Its b0 is 1.
+inline constexpr int kCellCoefficients = 4;
+/// Rows of a signal's past: its last sample and the one before.
 inline constexpr int kCellStates = 2;
-/// Cells that run in one loop: two in series for each ear.
-inline constexpr int kCellsInPair = 4;
 
 /// Cells in series, for both ears of up to kSourceLanes sources.
 struct CellLanes {
-    const float* coefficients;  // pairs x (first left, first right, second left, second right)
-                                // x kCellCoefficients rows
-    float* states;              // likewise x kCellStates rows
-    int numPairs;
+    const float* coefficients;  // ears x cells x kCellCoefficients rows
+    const float* gains;         // two rows: what the left and the right ear is multiplied by
+    float* states;              // ears x (numCells + 1) x kCellStates rows: what came into the
+                                // first cell, what came out of it, out of the second and so on
+    int numCells;               // at least 1
     int lanes;  // number of sources, in the first lanes; the other lanes may hold anything
 };
 
@@ -65,9 +64,10 @@ struct FirstOrderLanes {
 };
 
 struct BinauralKernels {
-    /// sum[k] += weights[k] * (rows[k] through all cells), for k = 0 .. n - 1.
-    /// Transposed direct form II; vector sets may fuse multiplication and addition.
-    /// @param rows     n rows for each ear, overwritten
+    /// sum[k] += weights[k] * gains * (rows[k] through all cells), for k = 0 .. n - 1.
+    /// Direct form I, where the past of what leaves a cell is that of what enters the next one:
+    /// four multiplications a cell, all fused with an addition by vector sets.
+    /// @param rows     n rows for each ear, overwritten; right null: only the left ear's cells run
     /// @param sum      null pointers where only the states are to be advanced
     /// @param weights  n rows; null if all weights are 1
     void (*cascade)(const CellLanes& cells,

@@ -1,30 +1,41 @@
 // SPDX-License-Identifier: MIT
 #include "kernels/VelkDspBinauralKernels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace tav {
 namespace {
 
-/// Runs one cell of one ear of one source. @param coefficients, states  at the lane of the source
+/// Runs one cell of one ear of one source. All pointers are at the lane of the source.
+/// @param past  of what enters, then of what leaves; only the first is updated
 void RunCell(const float* coefficients,
-             float* states,
+             float* past,
              float* signal,
              int n) noexcept TAV_NONBLOCKING {
     const auto row = [](auto* rows, std::ptrdiff_t i) { return rows + i * kSourceLanes; };
-    const float b0 = *row(coefficients, 0), b1 = *row(coefficients, 1), b2 = *row(coefficients, 2);
-    const float a1 = *row(coefficients, 3), a2 = *row(coefficients, 4);
-    float s1 = *row(states, 0), s2 = *row(states, 1);
+    const float b1 = *row(coefficients, 0), b2 = *row(coefficients, 1);
+    const float a1 = *row(coefficients, 2), a2 = *row(coefficients, 3);
+    float x1 = *row(past, 0), x2 = *row(past, 1), y1 = *row(past, 2), y2 = *row(past, 3);
     for (int k = 0; k < n; ++k) {
         const float x = *row(signal, k);
-        const float y = b0 * x + s1;
-        s1 = b1 * x - a1 * y + s2;
-        s2 = b2 * x - a2 * y;
+        const float y = x + b1 * x1 + b2 * x2 - a2 * y2 - a1 * y1;
+        x2 = std::exchange(x1, x);
+        y2 = std::exchange(y1, y);
         *row(signal, k) = y;
     }
-    *row(states, 0) = s1;
-    *row(states, 1) = s2;
+    *row(past, 0) = x1;
+    *row(past, 1) = x2;
+}
+
+/// The past of a signal after n more samples of it.
+void Remember(float* past, const float* signal, int n) noexcept TAV_NONBLOCKING {
+    for (std::ptrdiff_t k = std::max(n - kCellStates, 0); k < n; ++k) {
+        past[kSourceLanes] = past[0];
+        past[0] = signal[k * kSourceLanes];
+    }
 }
 
 void Cascade(const CellLanes& cells,
@@ -34,17 +45,23 @@ void Cascade(const CellLanes& cells,
              int n) noexcept TAV_NONBLOCKING {
     float* const signals[] = {rows.left, rows.right};
     float* const sums[] = {sum.left, sum.right};
-    for (int e = 0; e < 2; ++e) {
-        float* const signal = signals[e];
+    constexpr std::ptrdiff_t kCell = kCellCoefficients * kSourceLanes;
+    constexpr std::ptrdiff_t kPast = kCellStates * kSourceLanes;
+    for (std::ptrdiff_t e = 0; e < 2 && signals[e] != nullptr; ++e) {
         for (std::ptrdiff_t lane = 0; lane < cells.lanes; ++lane) {
-            for (int c = 0; c < 2 * cells.numPairs; ++c) {
-                const std::ptrdiff_t cell = (2 * c + e) * kSourceLanes;
-                RunCell(cells.coefficients + cell * kCellCoefficients + lane,
-                        cells.states + cell * kCellStates + lane, signal + lane, n);
+            const float* coefficients = cells.coefficients + e * cells.numCells * kCell + lane;
+            float* past = cells.states + e * (cells.numCells + 1) * kPast + lane;
+            float* const signal = signals[e] + lane;
+            for (int c = 0; c < cells.numCells; ++c, coefficients += kCell, past += kPast) {
+                RunCell(coefficients, past, signal, n);
             }
+            Remember(past, signal, n);
             if (sums[e] == nullptr) continue;
-            for (std::ptrdiff_t k = lane; k < n * kSourceLanes; k += kSourceLanes) {
-                sums[e][k] += weights != nullptr ? weights[k] * signal[k] : signal[k];
+            const float gain = cells.gains[e * kSourceLanes + lane];
+            for (std::ptrdiff_t k = 0; k < n; ++k) {
+                const std::ptrdiff_t at = k * kSourceLanes;
+                const float weight = weights != nullptr ? weights[at + lane] : 1.f;
+                sums[e][at + lane] += weight * gain * signal[at];
             }
         }
     }

@@ -28,27 +28,32 @@ public:
                         const EarRows& sum,
                         const float* weights,
                         int n) noexcept TAV_NONBLOCKING {
+        const std::ptrdiff_t numEars = rows.right != nullptr ? 2 : 1;
         for (std::ptrdiff_t lane = 0; lane < cells.lanes; lane += S::kLanes) {
-            const float* coefficients = cells.coefficients + lane;
-            float* states = cells.states + lane;
-            Span span{rows.left + lane,  rows.right + lane, rows.left + lane,
-                      rows.right + lane, nullptr,           n * kRow};
-            for (int p = 1; p < cells.numPairs; ++p) {
-                RunPair<Sink::Store>(coefficients, states, span);
-                coefficients += kRow * kCellsInPair * kCellCoefficients;
-                states += kRow * kCellsInPair * kCellStates;
-            }
-            if (sum.left == nullptr) {
-                RunPair<Sink::Store>(coefficients, states, span);
-                continue;
-            }
-            span.outLeft = sum.left + lane;
-            span.outRight = sum.right + lane;
-            if (weights == nullptr) {
-                RunPair<Sink::Add>(coefficients, states, span);
-            } else {
-                span.weights = weights + lane;
-                RunPair<Sink::AddWeighted>(coefficients, states, span);
+            for (std::ptrdiff_t ear = 0; ear < numEars; ++ear) {
+                float* const signal = (ear == 0 ? rows.left : rows.right) + lane;
+                Chain chain{
+                    .coefficients =
+                        cells.coefficients + ear * cells.numCells * kCellCoefficients * kRow + lane,
+                    .past = cells.states + ear * (cells.numCells + 1) * kCellStates * kRow + lane,
+                    .in = signal,
+                    .out = signal,
+                    .end = n * kRow};
+                int left = cells.numCells;
+                for (; left > kMostInLoop; left -= kMostInLoop) {
+                    RunCells<kMostInLoop, Sink::Store, false>(chain);
+                    chain.coefficients += kMostInLoop * kCellCoefficients * kRow;
+                    chain.past += kMostInLoop * kCellStates * kRow;
+                }
+                if (sum.left == nullptr) {
+                    RunLast<Sink::Store>(left, chain);
+                    continue;
+                }
+                chain.out = (ear == 0 ? sum.left : sum.right) + lane;
+                chain.gain = cells.gains + ear * kRow + lane;
+                chain.weights = weights + (weights != nullptr ? lane : 0);
+                weights == nullptr ? RunLast<Sink::Add>(left, chain)
+                                   : RunLast<Sink::AddWeighted>(left, chain);
             }
         }
     }
@@ -157,8 +162,7 @@ public:
                              : (adds ? RunFirstOrder<false, true> : RunFirstOrder<false, false>);
         for (std::ptrdiff_t lane = 0; lane < kRow; lane += S::kLanes) {
             run(lanes, lane,
-                {in.left + lane, in.right + lane, out.left + lane, out.right + lane, nullptr,
-                 n * kRow});
+                {in.left + lane, in.right + lane, out.left + lane, out.right + lane, n * kRow});
         }
     }
 
@@ -209,39 +213,93 @@ private:
 
     enum class Sink { Store, Add, AddWeighted };
 
-    /// The part of the lanes that one vector holds, for all samples.
+    /// Cells that run in one loop: their coefficients and pasts fit the registers of AVX-512.
+    static constexpr int kMostInLoop = 3;
+
+    /// Cells of one ear, for the lanes of one vector and all samples.
+    struct Chain {
+        const float* coefficients;
+        float* past;  // of what enters
+        const float* in;
+        float* out;
+        std::ptrdiff_t end;  // of the samples, in floats
+        const float* gain = nullptr;
+        const float* weights = nullptr;
+    };
+
+    /// The newest two samples of a signal.
+    struct Past {
+        Vec last, before;
+
+        void Push(Vec x) noexcept {
+            before = last;
+            last = x;
+        }
+        void Save(float* past) const noexcept {
+            S::Store(past, last);
+            S::Store(past + kRow, before);
+        }
+    };
+
+    /// The last cells, at most kMostInLoop.
+    template <Sink kSink>
+    static void RunLast(int numCells, const Chain& chain) noexcept TAV_NONBLOCKING {
+        static_assert(kMostInLoop == 3);
+        numCells == 1   ? RunCells<1, kSink, true>(chain)
+        : numCells == 2 ? RunCells<2, kSink, true>(chain)
+                        : RunCells<3, kSink, true>(chain);
+    }
+
+    /// Runs cells in series, with coefficients and pasts in registers. A sample waits for the one
+    /// before it only in the last of four additions.
+    template <std::size_t kCells, Sink kSink, bool kIsLast>
+    static void RunCells(const Chain& chain) noexcept TAV_NONBLOCKING {
+        Vec b1[kCells], b2[kCells], a1[kCells], a2[kCells];
+        Past past[kCells + 1];
+        for (std::size_t c = 0; c < kCells; ++c) {
+            const float* const rows = chain.coefficients + c * kCellCoefficients * kRow;
+            b1[c] = S::Load(rows);
+            b2[c] = S::Load(rows + kRow);
+            a1[c] = S::Load(rows + 2 * kRow);
+            a2[c] = S::Load(rows + 3 * kRow);
+        }
+        for (std::size_t c = 0; c <= kCells; ++c) {
+            const float* const rows = chain.past + c * kCellStates * kRow;
+            past[c] = {S::Load(rows), S::Load(rows + kRow)};
+        }
+        const Vec gain = kSink == Sink::Store ? S::Zero() : S::Load(chain.gain);
+        for (std::ptrdiff_t k = 0; k < chain.end; k += kRow) {
+            Vec x = S::Load(chain.in + k);
+            for (std::size_t c = 0; c < kCells; ++c) {
+                const Past &entered = past[c], &left = past[c + 1];
+                Vec y = S::MultiplyAdd(b1[c], entered.last, x);
+                y = S::MultiplyAdd(b2[c], entered.before, y);
+                y = S::NegativeMultiplyAdd(a2[c], left.before, y);
+                y = S::NegativeMultiplyAdd(a1[c], left.last, y);
+                past[c].Push(x);
+                x = y;
+            }
+            past[kCells].Push(x);
+            if constexpr (kSink == Sink::Store) {
+                S::Store(chain.out + k, x);
+            } else {
+                const Vec weight =
+                    kSink == Sink::Add ? gain : S::Multiply(gain, S::Load(chain.weights + k));
+                S::Store(chain.out + k, S::MultiplyAdd(weight, x, S::Load(chain.out + k)));
+            }
+        }
+        // What leaves here enters the next loop, which needs its past as it was.
+        for (std::size_t c = 0; c < kCells; ++c) past[c].Save(chain.past + c * kCellStates * kRow);
+        if constexpr (kIsLast) past[kCells].Save(chain.past + kCells * kCellStates * kRow);
+    }
+
+    /// Rows of both ears, for the lanes of one vector and all samples.
     struct Span {
         const float* inLeft;
         const float* inRight;
         float* outLeft;
         float* outRight;
-        const float* weights;
         std::ptrdiff_t end;  // of the samples, in floats
-    };
-
-    struct Cell {
-        Vec b0, b1, b2, a1, a2, s1, s2;
-
-        Cell(const float* coefficients, const float* states, std::ptrdiff_t index) noexcept {
-            const float* const c = coefficients + index * kCellCoefficients * kRow;
-            b0 = S::Load(c);
-            b1 = S::Load(c + kRow);
-            b2 = S::Load(c + 2 * kRow);
-            a1 = S::Load(c + 3 * kRow);
-            a2 = S::Load(c + 4 * kRow);
-            s1 = S::Load(states + index * kCellStates * kRow);
-            s2 = S::Load(states + index * kCellStates * kRow + kRow);
-        }
-        Vec Take(Vec x) noexcept {
-            const Vec y = S::MultiplyAdd(b0, x, s1);
-            s1 = S::NegativeMultiplyAdd(a1, y, S::MultiplyAdd(b1, x, s2));
-            s2 = S::NegativeMultiplyAdd(a2, y, S::Multiply(b2, x));
-            return y;
-        }
-        void Save(float* states, std::ptrdiff_t index) const noexcept {
-            S::Store(states + index * kCellStates * kRow, s1);
-            S::Store(states + index * kCellStates * kRow + kRow, s2);
-        }
     };
 
     /// One ear of a first-order section, in registers.
@@ -287,35 +345,6 @@ private:
         }
         S::Store(lanes.states + lane, leftEar.s);
         S::Store(lanes.states + lane + kRow, rightEar.s);
-    }
-
-    /// Runs two cells in series for each ear, with states and coefficients in registers. The
-    /// latencies of the four recursions overlap.
-    template <Sink kSink>
-    static void RunPair(const float* coefficients,
-                        float* states,
-                        const Span& span) noexcept TAV_NONBLOCKING {
-        Cell left1(coefficients, states, 0), right1(coefficients, states, 1);
-        Cell left2(coefficients, states, 2), right2(coefficients, states, 3);
-        for (std::ptrdiff_t k = 0; k < span.end; k += kRow) {
-            const Vec left = left2.Take(left1.Take(S::Load(span.inLeft + k)));
-            const Vec right = right2.Take(right1.Take(S::Load(span.inRight + k)));
-            if constexpr (kSink == Sink::Store) {
-                S::Store(span.outLeft + k, left);
-                S::Store(span.outRight + k, right);
-            } else if constexpr (kSink == Sink::Add) {
-                S::Store(span.outLeft + k, S::Add(left, S::Load(span.outLeft + k)));
-                S::Store(span.outRight + k, S::Add(right, S::Load(span.outRight + k)));
-            } else {
-                const Vec w = S::Load(span.weights + k);
-                S::Store(span.outLeft + k, S::MultiplyAdd(w, left, S::Load(span.outLeft + k)));
-                S::Store(span.outRight + k, S::MultiplyAdd(w, right, S::Load(span.outRight + k)));
-            }
-        }
-        left1.Save(states, 0);
-        right1.Save(states, 1);
-        left2.Save(states, 2);
-        right2.Save(states, 3);
     }
 };
 

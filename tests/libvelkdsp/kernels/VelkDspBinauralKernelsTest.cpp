@@ -34,15 +34,14 @@ protected:
     }
 };
 
-// Poles are within 0.8 of the centre: rounding grows by less than 20 a cell, as signals do.
+// A cell makes rounding, as signals, at most (1 + 0.6) / (1 - 0.6) = 4 times as large.
 TEST_P(BinauralKernelsOf, CascadeOfEveryKind) {
-    for (const std::size_t numPairs : {1u, 3u}) {
-        auto coefficients = Tests::Noise(numPairs * kCellsInPair * kCellCoefficients * kRow, 1);
-        for (std::size_t at = 0; at < coefficients.size(); ++at) {
-            if (at / kRow % kCellCoefficients > 2) coefficients[at] *= 0.3f;
-        }
-        const auto states = Tests::Noise(numPairs * kCellsInPair * kCellStates * kRow, 2);
-        const double bound = 200.0 * Tests::kEpsilon * (numPairs > 1 ? 50.0 : 1.0);
+    for (const std::size_t numCells : {1u, 2u, 3u, 6u, 8u}) {
+        const auto coefficients =
+            Tests::Noise(2 * numCells * kCellCoefficients * kRow, 1, -0.3f, 0.3f);
+        const auto gains = Tests::Noise(2 * kRow, 8);
+        const auto states = Tests::Noise(2 * (numCells + 1) * kCellStates * kRow, 2);
+        const double bound = 10.0 * Tests::kEpsilon * std::pow(4.0, numCells);
         for (const std::size_t lanes : {1u, 8u, 9u, 16u}) {
             for (const bool heard : {false, true}) {
                 Tests::ForEveryLength(Tests::kLongestRun, [&](int n, int start) {
@@ -53,9 +52,9 @@ TEST_P(BinauralKernelsOf, CascadeOfEveryKind) {
                             right(3, Tests::Noise(size, 5)), sumLeft(start, Tests::Noise(size, 6)),
                             sumRight(5, Tests::Noise(size, 7)), s(start, states);
                         kernels.cascade(
-                            {coefficients.data(), s.Data(), static_cast<int>(numPairs),
-                             static_cast<int>(lanes)},
-                            {left.Data(), right.Data()},
+                            {coefficients.data(), gains.data(), s.Data(),
+                             static_cast<int>(numCells), static_cast<int>(lanes)},
+                            {left.Data(), heard || n % 3 > 0 ? right.Data() : nullptr},
                             heard ? EarRows{sumLeft.Data(), sumRight.Data()} : EarRows{},
                             n % 2 == 1 ? weights.data() : nullptr, n);
                         return {sumLeft.Values(), sumRight.Values(), s.Values()};
