@@ -28,7 +28,7 @@ DelayAndFilterBank::DelayAndFilterBank(unsigned numSources, float rateHz, bool h
     : rateHz_(rateHz),
       hasTorso_(hasTorso),
       sources_(numSources),
-      voices_(numSources, rateHz, kPiece, 0),
+      voices_(numSources, rateHz, kPiece, 0, 1, (hasTorso ? 2 : 1) * kEars),
       groups_((numSources + kLanes - 1) / kLanes) {}
 
 void DelayAndFilterBank::SetCorners(const ShadowCorners& corners, float glideMs) noexcept {

@@ -9,8 +9,8 @@ namespace Quilo {
 
 namespace {
 
-constexpr std::size_t kGuard = 8;     // samples that kernels read beyond
-constexpr std::size_t kSlack = 1024;  // samples until a window is moved
+constexpr std::size_t kGuard = 8;    // samples that kernels read beyond
+constexpr std::size_t kSlack = 512;  // samples until a window is moved
 
 /// A delay as a place between two samples: `whole` samples back, then `fraction` forward.
 struct Place {
@@ -83,15 +83,19 @@ HrtfVoices::HrtfVoices(unsigned numVoices,
                        float rateHz,
                        std::size_t longestPiece,
                        std::size_t past,
-                       std::size_t numWindows)
+                       std::size_t numWindows,
+                       std::size_t numPaths)
     : samplesPerMs_(rateHz * 0.001f),
       longestDelay_(std::ceil(kLongestDelayMs * samplesPerMs_)),
-      kept_(static_cast<std::size_t>(longestDelay_) + past + kGuard),
-      length_(kept_ + longestPiece + kSlack + kGuard),
+      usualDelay_(std::ceil(kUsualDelayMs * samplesPerMs_)),
+      saved_(static_cast<std::size_t>(longestDelay_ - usualDelay_)),
+      longestKept_(static_cast<std::size_t>(longestDelay_) + past + kGuard),
+      length_(longestKept_ + longestPiece + kSlack + kGuard),
       numWindows_(numWindows),
+      numPaths_(numPaths),
       movedLength_(longestPiece + 2 * kGuard),
       samples_(numVoices * numWindows * length_),
-      moved_(numVoices * kMostPaths * movedLength_),
+      moved_(numVoices * numPaths * movedLength_),
       voices_(numVoices),
       glide_(longestPiece) {}
 
@@ -106,8 +110,22 @@ void HrtfVoices::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     voice = Voice();
     // Windows of different sources are moved at different times.
-    voice.end = kept_ + std::size_t{index} * 64 % kSlack;
-    std::fill_n(samples_.data() + WindowOf(index, 0) * length_, numWindows_ * length_, 0.f);
+    voice.end = Kept(voice) + std::size_t{index} * 64 % kSlack;
+    for (std::size_t w = 0; w < numWindows_; ++w) {
+        std::fill_n(samples_.data() + (index * numWindows_ + w) * length_, length_ - saved_, 0.f);
+    }
+}
+
+void HrtfVoices::Lengthen(unsigned index) noexcept TAV_NONBLOCKING {
+    Voice& voice = voices_[index];
+    for (std::size_t w = 0; w < numWindows_; ++w) {
+        float* const window = samples_.data() + (index * numWindows_ + w) * length_;
+        std::copy_backward(window, window + length_ - saved_, window + length_);
+        std::fill_n(window, saved_, 0.f);
+    }
+    voice.piece += saved_;
+    voice.end += saved_;
+    voice.isLong = true;
 }
 
 void HrtfVoices::SetGain(unsigned voice,
@@ -123,12 +141,13 @@ void HrtfVoices::SetDelay(unsigned voice,
                           float ms,
                           std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
     const float samples = std::clamp(ms * samplesPerMs_, 0.f, longestDelay_);
+    if (samples > usualDelay_ && !voices_[voice].isLong) Lengthen(voice);
     tav::Ramp& delay = voices_[voice].paths[path].delay;
     if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
 }
 
 bool HrtfVoices::IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING {
-    return voices_[voice].silence > kept_;
+    return voices_[voice].silence > Kept(voices_[voice]);
 }
 
 void HrtfVoices::Take(unsigned index,
@@ -136,22 +155,23 @@ void HrtfVoices::Take(unsigned index,
                       std::span<const float> right) noexcept TAV_NONBLOCKING {
     Voice& voice = voices_[index];
     const std::size_t count = left.size();
-    for (Path& path : voice.paths) {
-        path.before = path.delay.Value();
+    for (Path& path : std::span(voice.paths).first(numPaths_)) {
+        path.before = path.delay.IsConstant() ? path.delay.Target() : path.delay.Value();
         path.glide = std::min(path.delay.SamplesLeft(), static_cast<std::uint32_t>(count));
         path.delay.Skip(path.glide);
         path.isMoved = false;
     }
-    const bool isFull = voice.end + count + kGuard > length_;
+    const std::size_t kept = Kept(voice);
+    const bool isFull = voice.end + count + kGuard > length_ - (longestKept_ - kept);
     const bool rests = voice.gain.IsConstant();
     const float gain = voice.gain.Target();
     const auto gains = std::span(glide_).first(count);
     if (!rests) voice.gain.Fill(gains);
     for (std::size_t w = 0; w < numWindows_; ++w) {
         float* const window = samples_.data() + (index * numWindows_ + w) * length_;
-        if (isFull) std::copy_n(window + voice.end - kept_, kept_, window);
+        if (isFull) std::copy_n(window + voice.end - kept, kept, window);
         const auto input = w == 0 ? left : right;
-        float* const piece = window + (isFull ? kept_ : voice.end);
+        float* const piece = window + (isFull ? kept : voice.end);
         if (!rests) {
             for (std::size_t k = 0; k < count; ++k) piece[k] = gains[k] * input[k];
         } else if (gain == 1.f) {
@@ -160,13 +180,13 @@ void HrtfVoices::Take(unsigned index,
             std::ranges::transform(input, piece, [gain](float x) { return gain * x; });
         }
     }
-    voice.piece = isFull ? kept_ : voice.end;
+    voice.piece = isFull ? kept : voice.end;
     voice.end = voice.piece + count;
     voice.silence = rests && gain == 0.f ? voice.silence + count : 0;
 }
 
 float* HrtfVoices::MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING {
-    return moved_.data() + (voice * kMostPaths + path) * movedLength_ + kGuard;
+    return moved_.data() + (voice * numPaths_ + path) * movedLength_ + kGuard;
 }
 
 PathReading HrtfVoices::Read(Path& path,
@@ -184,16 +204,15 @@ PathReading HrtfVoices::ReadingOf(unsigned index, std::size_t pathIndex) noexcep
     const Voice& voice = voices_[index];
     Path& path = voices_[index].paths[pathIndex];
     const float* const piece = Piece(index, pathIndex);
-    const bool isLagrange = kind_ == tav::DelayKind::Lagrange;
     // The kernel for places that move may pass one sample, and needs one after the next.
-    const float after = path.delay.Value();
-    if (isLagrange && path.glide > 0 && path.glide == voice.end - voice.piece &&
-        std::abs(after - path.before) <= 1.f && std::min(path.before, after) >= 1.f) {
-        const float step = (after - path.before) / static_cast<float>(path.glide);
-        const Place first = PlaceOf(path.before + step);
-        // A delay that grows may go back beyond the sample after which it begins.
-        const std::ptrdiff_t back = step > 0.f ? 1 : 0;
-        if (step != 0.f) {
+    if (path.glide > 0 && path.glide == voice.end - voice.piece &&
+        kind_ == tav::DelayKind::Lagrange) {
+        const float after = path.delay.Value(), way = after - path.before;
+        const float step = way / static_cast<float>(path.glide);
+        if (step != 0.f && std::abs(way) <= 1.f && std::min(path.before, after) >= 1.f) {
+            const Place first = PlaceOf(path.before + step);
+            // A delay that grows may go back beyond the sample after which it begins.
+            const std::ptrdiff_t back = step > 0.f ? 1 : 0;
             return {.signal = piece - first.whole - back + 2,
                     .taps = {},
                     .place = first.fraction + static_cast<float>(back),

@@ -69,19 +69,25 @@ constexpr SourceState NextState(SourceState now, bool present, bool sounds, bool
 /// Thread: the constructor control, the rest audio.
 class HrtfVoices {
 public:
+    /// The largest head, of 1 m, gives 8 ms, or 15 ms at a scale of 200 %.
     static constexpr float kLongestDelayMs = 20.f;
-    /// Delays of a voice, each a path to an ear. A panner uses the first ones.
+    /// Windows hold this much until a longer delay is set; then they hold kLongestDelayMs. What was
+    /// before the shorter window is forgotten.
+    static constexpr float kUsualDelayMs = 5.f;
+    /// Delays of a voice, each a path to an ear.
     static constexpr std::size_t kMostPaths = 4;
 
     /// @param longestPiece  samples that Take may be given
     /// @param past  the farthest that PastOf goes back, in samples
     /// @param numWindows  1, or 2 where what reaches the ears differs in more than delay
+    /// @param numPaths  2 to kMostPaths
     /// Throws: std::bad_alloc.
     HrtfVoices(unsigned numVoices,
                float rateHz,
                std::size_t longestPiece,
                std::size_t past,
-               std::size_t numWindows = 1);
+               std::size_t numWindows = 1,
+               std::size_t numPaths = 2);
 
     void SetKind(tav::DelayKind kind) noexcept TAV_NONBLOCKING;
 
@@ -138,11 +144,17 @@ private:
         std::size_t piece = 0;    // where the newest piece begins in the window
         std::size_t end = 0;      // and where it ends
         std::size_t silence = 0;  // samples since the gain became 0
+        bool isLong = false;      // the window holds kLongestDelayMs
     };
 
     std::size_t WindowOf(unsigned voice, std::size_t path) const noexcept TAV_NONBLOCKING {
         return voice * numWindows_ + (numWindows_ == 2 ? path : 0);
     }
+    /// Samples before a piece that somebody may read.
+    std::size_t Kept(const Voice& voice) const noexcept TAV_NONBLOCKING {
+        return longestKept_ - (voice.isLong ? 0 : saved_);
+    }
+    void Lengthen(unsigned voice) noexcept TAV_NONBLOCKING;
     float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     /// The delay moves, or the kind of delay remembers.
     bool Moves(const Path& path) const noexcept TAV_NONBLOCKING {
@@ -159,10 +171,13 @@ private:
     const tav::BinauralKernels& kernels_ = tav::BestKernels<tav::BinauralKernels>();
     const tav::ConvolutionKernels& fir_ = tav::BestKernels<tav::ConvolutionKernels>();
     float samplesPerMs_;
-    float longestDelay_;      // samples
-    std::size_t kept_;        // samples before a piece that somebody may read
-    std::size_t length_;      // of a window: it is moved back to its start when it is full
-    std::size_t numWindows_;  // of a voice
+    float longestDelay_;  // samples
+    float usualDelay_;
+    std::size_t saved_;        // samples that a usual window is shorter than a long one
+    std::size_t longestKept_;  // of a long window
+    std::size_t length_;       // of a long window: it is moved back to its start when it is full
+    std::size_t numWindows_;   // of a voice
+    std::size_t numPaths_;     // of a voice
     std::size_t movedLength_;
     std::vector<float> samples_;
     std::vector<float> moved_;  // of each path, the newest piece in which its delay moved

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Finite responses of moving sources against convolution sample by sample.
+// Sources that move, sample by sample: finite responses against convolution, delays against a line
+// that forgets nothing.
 #include "pan/QuiloHrtfFiltering.h"
 
+#include "reference/PlainDelay.h"
 #include "reference/Signals.h"
 #include "support/AllocationTrap.h"
 #include "support/ByName.h"
@@ -227,6 +229,38 @@ TEST(HrtfFiltering, DelayedResponsesInSpectraAreThoseTapByTap) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Hosts, FirsOfBlocks, testing::ValuesIn(kBlocks), Tests::kByName);
+
+// Windows grow with the delays that are set, and what they cannot hold is clamped.
+TEST(HrtfVoices, ReadDelaysOfAnyLength) {
+    constexpr float kMs[] = {1.f, 4.f, 16.f, 50.f, 0.5f};  // one after the other, by glides
+    for (const float rate : {8000.f, 192000.f}) {
+        HrtfVoices voices(1, rate, GroupReader::kLongest, 0);
+        GroupReader reader;
+        voices.Wake(0);
+        std::vector<Plain::Delay> plain(2, Plain::Delay(static_cast<double>(rate)));
+        const auto blocks = static_cast<unsigned>(0.04f * rate) / GroupReader::kLongest;
+        for (unsigned block = 0; block < std::size(kMs) * blocks; ++block) {
+            const auto input = Tests::Noise(GroupReader::kLongest, block);
+            for (std::size_t p = 0; p < 2 && block % blocks == 0; ++p) {
+                const float ms = kMs[(block / blocks + p) % std::size(kMs)];
+                const float clamped = std::min(ms, HrtfVoices::kLongestDelayMs);
+                voices.SetDelay(0, p, ms, block == 0 ? 0 : tav::Ramp::GlideLength(30.f, rate));
+                plain[p].SetDelay(clamped * 0.001f * rate, block == 0);
+            }
+            voices.Take(0, input);
+            for (std::size_t p = 0; p < 2; ++p) {
+                std::vector<float> rows(GroupReader::kLongest * tav::kSourceLanes);
+                reader.Set(0, voices.ReadingOf(0, p));
+                reader.Read(1, rows.data(), input.size());
+                for (std::size_t k = 0; k < input.size(); ++k) {
+                    const double expected = plain[p].Process(static_cast<double>(input[k]));
+                    // Delays of thousands of samples are rounded to parts of 2^-12 of one.
+                    ASSERT_NEAR(rows[k * tav::kSourceLanes], expected, 1e-2) << block << " " << k;
+                }
+            }
+        }
+    }
+}
 
 }  // namespace
 }  // namespace Quilo
