@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Joins recorded speech files into one mono WAV file, a short pause after each.
+"""Joins recordings into one mono WAV file, a short pause after each.
 
-    join_speech.py OUT.wav SECONDS IN.wav...
+    join_recordings.py OUT.wav SECONDS IN.wav...
 
 The inputs are 16-bit mono files of one rate; they repeat until SECONDS are filled.
 """
@@ -24,11 +24,11 @@ def main():
             rate = f.getframerate()
             pieces.append(f.readframes(f.getnframes()) + b"\0\0" * int(PAUSE_SECONDS * rate))
     wanted = int(seconds * rate) * 2
-    speech = b"".join(pieces)
-    speech = (speech * (wanted // len(speech) + 1))[:wanted]
+    joined = b"".join(pieces)
+    joined = (joined * (wanted // len(joined) + 1))[:wanted]
     with wave.open(out, "wb") as f:
         f.setparams((1, 2, rate, 0, "NONE", ""))
-        f.writeframes(speech)
+        f.writeframes(joined)
 
 
 if __name__ == "__main__":
