@@ -140,7 +140,7 @@ void HrtfVoices::SetDelay(unsigned voice,
                           std::size_t path,
                           float ms,
                           std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
-    const float samples = std::clamp(ms * samplesPerMs_, 0.f, longestDelay_);
+    const float samples = std::clamp(ms, 0.f, kLongestDelayMs) * samplesPerMs_;
     if (samples > usualDelay_ && !voices_[voice].isLong) Lengthen(voice);
     tav::Ramp& delay = voices_[voice].paths[path].delay;
     if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
