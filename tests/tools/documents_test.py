@@ -121,7 +121,7 @@ def run_blocks(page):
         for number, language, text in parts(page.read_text(encoding="utf-8").splitlines()):
             where = f"{page.relative_to(ROOT)}:{number}"
             if language is None:
-                hidden = re.search(r"\n\n    \S.*", text)
+                hidden = re.search(r"(\A|\n)\n    \S.*", text)
                 faults += [f"{where}: code without fences: {hidden.group().strip()}"] if hidden else []
             elif language not in ("sh", "quilo"):
                 faults += [] if language in ("text", "math", "cpp", "json", "xml") else [f"{where}: language {language}"]
