@@ -8,12 +8,11 @@ For each subtype one object is made and a click is played from every elevation o
 front of the listener, from below to above; what comes out is drawn as level over frequency and
 elevation. Needs Debian's python3-numpy.
 """
-from played import play
+from played import answers, spectrum
 from svg import GREY, drawing_options, headline, page, text, write
 
 import numpy as np
 
-RATE, FRAMES = 48000, 4800  # of one elevation
 STEP_DEG, LOWEST_HZ, HIGHEST_HZ = 3, 100.0, 12000.0
 ELEVATIONS = np.arange(-90, 91, STEP_DEG)
 FREQUENCIES = np.geomspace(LOWEST_HZ, HIGHEST_HZ, 120)
@@ -25,15 +24,8 @@ WIDTH, LEFT, RIGHT, PANEL, TOP = 760, 84, 100, 230, 70
 
 def levels(host, subtype):
     """Decibels at the right ear, a row per elevation."""
-    script = [f"object quilo.pan~ 1 2 binaural {subtype}", "interpolationtime 0"]
-    script += [f"at {k * FRAMES / RATE:.3f} source 1 aed 0 {elevation} 2" for k, elevation in enumerate(ELEVATIONS)]
-    clicks = np.zeros(FRAMES * len(ELEVATIONS), dtype="<i2")
-    clicks[FRAMES // 2::FRAMES] = 16384
-    channels, samples, _ = play(host, script, clicks.tobytes(), RATE)
-    right = np.frombuffer(samples, dtype=np.float32)[1::channels][:FRAMES * len(ELEVATIONS)]
-    responses = right.reshape(len(ELEVATIONS), FRAMES)[:, FRAMES // 2:] * 2.0
-    times = np.arange(FRAMES - FRAMES // 2) / RATE
-    return 20.0 * np.log10(np.abs(responses @ np.exp(-2j * np.pi * np.outer(times, FREQUENCIES))) + 1e-6)
+    heard = answers(host, f"1 2 binaural {subtype}", (), [f"aed 0 {elevation} 2" for elevation in ELEVATIONS])
+    return 20.0 * np.log10(np.abs(spectrum(heard[:, 1], FREQUENCIES)) + 1e-6)
 
 
 def colour(level):

@@ -8,28 +8,14 @@ binaural-nearfield.svg: level at both ears and delay between them over the dista
 the right. binaural-coherence.svg: the coherence of the ears for two independent sources, and its
 target. Needs Debian's python3-numpy.
 """
-from played import play
+from played import answers, spectrum
 from svg import BLACK, BLUE, GREEN, ORANGE, RIGHT, WIDTH, Panel, drawing_options, headline, page, text, write
 
 import numpy as np
 
-FRAMES = 4800  # of one click
+RATE = 44100  # that of the built-in set
 DISTANCES = np.geomspace(0.2, 2.0, 40)
 TONES = ((200.0, BLUE), (1000.0, GREEN), (6000.0, ORANGE))
-
-
-def answers(host, box, lines, clicks, rate=44100):
-    """What both ears hear of clicks: clicks x ears x samples. `clicks` are inlets, one a stretch of FRAMES."""
-    inputs = np.zeros((FRAMES * len(clicks), max(clicks) + 1), dtype="<i2")
-    inputs[np.arange(len(clicks)) * FRAMES + FRAMES // 2, clicks] = 16384
-    channels, samples, _ = play(host, [f"object quilo.pan~ {box}", "interpolationtime 0", *lines], inputs.tobytes(), rate,
-                                inputs.shape[1])
-    ears = np.frombuffer(samples, dtype=np.float32).reshape(-1, channels)[:FRAMES * len(clicks)]
-    return 2.0 * ears.reshape(len(clicks), FRAMES, 2)[:, FRAMES // 2:].transpose(0, 2, 1)
-
-
-def spectrum(responses, hz, rate=44100):
-    return responses @ np.exp(-2j * np.pi * np.outer(np.arange(responses.shape[-1]) / rate, hz))
 
 
 def along(values):
@@ -37,11 +23,10 @@ def along(values):
 
 
 def draw_nearfield(host):
-    lines = ["distanceattenuation 0"]
-    lines += [f"at {k * FRAMES / 44100:.4f} source 1 aed 90 0 {r:.4f}" for k, r in enumerate(DISTANCES)]
-    heard = answers(host, "1 2 binaural nearfield", lines, [0] * len(DISTANCES))
+    places = [f"aed 90 0 {r:.4f}" for r in DISTANCES]
+    heard = answers(host, "1 2 binaural nearfield", ["distanceattenuation 0"], places, rate=RATE)
     tones = np.array([hz for hz, _ in TONES])
-    levels = 20.0 * np.log10(np.abs(spectrum(heard, tones)))
+    levels = 20.0 * np.log10(np.abs(spectrum(heard, tones, RATE)))
     ticks = [(along([r])[0], f"{r:g} m") for r in (0.2, 0.3, 0.5, 0.7, 1.0, 1.4, 2.0)]
     level = Panel(104, "Level, dB: right ear lines, left ear dashes", -30, 20, 10, ticks)
     for k, (_, colour) in enumerate(TONES):
@@ -50,8 +35,8 @@ def draw_nearfield(host):
     level.legend([(f"{hz:g} Hz", colour) for hz, colour in TONES])
     # Without filters the delay is what is left; its phase at a low frequency is short of a turn.
     bare = answers(host, "1 2 binaural nearfield", [f"{word} 0" for word in (
-        "hrtffilters", "nfcompensationfilters", "gainscorrection")] + lines, [0] * len(DISTANCES))
-    ears = spectrum(bare, np.array([300.0]))[:, :, 0]
+        "hrtffilters", "nfcompensationfilters", "gainscorrection", "distanceattenuation")], places, rate=RATE)
+    ears = spectrum(bare, np.array([300.0]), RATE)[:, :, 0]
     delay = np.angle(ears[:, 1] / ears[:, 0]) / (2 * np.pi * 300.0) * 1e3
     time = Panel(level.bottom + 70, "Arrival at the left ear minus arrival at the right one, ms", 0.6, 0.8, 0.05, ticks)
     time.line(along(DISTANCES), delay, BLACK)
@@ -66,7 +51,7 @@ def draw_coherence(host):
     ticks = [(f / highest, f"{f / 1000:g} kHz") for f in (0, 1000, 2000, 3000, 4000, 6000, 8000, 10000, 12000)]
     panel = Panel(94, "Coherence of the ears for two independent sources", -0.5, 1.0, 0.25, ticks)
     for rate, colour in ((48000, BLUE), (96000, ORANGE)):
-        heard = spectrum(answers(host, "2 2 binaural diffuse", [], [0, 1], rate), hz, rate)
+        heard = spectrum(answers(host, "2 2 binaural diffuse", (), inlets=(0, 1), rate=rate), hz, rate)
         cross = np.sum(heard[:, 0] * np.conj(heard[:, 1]), axis=0)
         powers = np.sum(np.abs(heard) ** 2, axis=0)
         panel.line(hz / highest, np.real(cross) / np.sqrt(powers[0] * powers[1]), colour)

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 """Draws the gains of every panning law round the circle, as the module plays them, and their gallery.
 
@@ -6,7 +6,7 @@
 
 For each law one object is made, a source with a constant signal goes once round the listener in steps
 of 2 degrees, and what has settled at the outlets after each step is drawn: docs/polar/NAME.svg and
-docs/gallery.md.
+docs/gallery.md. Needs Debian's python3-numpy.
 """
 import array
 import math

@@ -9,13 +9,11 @@ types/binaural-SUBTYPE.svg: levels at both ears and the delay between them round
 types/ab-delay.svg, subwoofers-filter.svg, nfchoa-orders.svg, diffuse-clicks.svg: delays and filters.
 Needs Debian's python3-numpy.
 """
-from played import play
+from played import answers, spectrum
 from svg import BLACK, BLUE, COLOURS, GREEN, ORANGE, WIDTH, Panel, drawing_options, headline, page, write
 
 import numpy as np
 
-RATE = 48000
-FRAMES = 4096  # of one place of a source
 ROUND = np.arange(-180, 181, 5)
 ROUND_TICKS = [((a + 180) / 360, f"{a}° {word}") for a, word in
                ((-180, "back"), (-90, "left"), (0, "front"), (90, "right"), (180, "back"))]
@@ -41,21 +39,6 @@ HEADS = (
     ("snowman", 2.0, "the sphere with a torso"),
     ("early", 2.0, "a delay and a gain for each ear: all frequencies alike"),
 )
-
-
-def answers(host, statements, places, channel=0, channels=1, frames=FRAMES):
-    """What every outlet answers to a click at each place: places x outlets x samples."""
-    clicks = np.zeros((len(places), frames, channels), dtype="<i2")
-    clicks[:, frames // 2, channel] = 16384
-    script = [*statements, "interpolationtime 0"]
-    script += [f"at {k * frames / RATE:.6f} source 1 {place}" for k, place in enumerate(places)]
-    outlets, samples, _ = play(host, script, clicks.tobytes(), RATE, channels)
-    heard = np.frombuffer(samples, dtype=np.float32)[:len(places) * frames * outlets]
-    return 2.0 * heard.reshape(len(places), frames, outlets)[:, frames // 2:].transpose(0, 2, 1)
-
-
-def spectrum(responses, hz):
-    return responses @ np.exp(-2j * np.pi * np.outer(np.arange(responses.shape[-1]) / RATE, hz))
 
 
 def decibels(values):
@@ -87,7 +70,7 @@ def single(title, subtitle, panel):
 
 def draw_line(host, box, statements, remark):
     xs = np.linspace(-2.0, 2.0, 81)
-    gains = answers(host, [f"object quilo.pan~ {box}", *statements], [f"xyz {x:.4f} 0.3 0" for x in xs], frames=256).max(axis=2)
+    gains = answers(host, box, statements, [f"xyz {x:.4f} 0.3 0" for x in xs], frames=256).max(axis=2)
     ticks = [((x + 2) / 4, f"{x:g} m") for x in (-2, -1, 0, 1, 2)]
     panel = Panel(94, "Gain of each outlet", 0, 1, 0.25, ticks, rules=True)
     for k, row in enumerate(gains.T):
@@ -97,7 +80,7 @@ def draw_line(host, box, statements, remark):
 
 
 def draw_head(host, subtype, distance, remark):
-    heard = answers(host, [f"object quilo.pan~ 1 2 binaural {subtype}"], [f"aed {a} 0 {distance}" for a in ROUND])
+    heard = answers(host, f"1 2 binaural {subtype}", (), [f"aed {a} 0 {distance}" for a in ROUND])
     tones = np.array([hz for hz, _ in LEVEL_HZ])
     levels = decibels(spectrum(heard, tones))
     places = (ROUND + 180) / 360
@@ -114,7 +97,7 @@ def draw_head(host, subtype, distance, remark):
 
 
 def draw_ab(host):
-    heard = answers(host, ["object quilo.pan~ 1 2 ab"], [f"aed {a} 0 1" for a in ROUND])
+    heard = answers(host, "1 2 ab", (), [f"aed {a} 0 1" for a in ROUND])
     both = np.abs(heard).max(axis=2).min(axis=1) > 1e-3  # at 135 degrees one output is silent
     panel = Panel(94, "Arrival at output 1 minus arrival at output 2, ms", -0.6, 0.6, 0.2, ROUND_TICKS, rules=True)
     panel.line((ROUND[both] + 180) / 360, delays(heard[both], 100.0, 600.0), BLACK)
@@ -127,7 +110,7 @@ def draw_subwoofers(host):
     panel = Panel(94, "Level of a source in front of output 1, dB", -60, 0, 10, frequency_ticks(low, high), rules=True)
     cutoffs = ((60, BLUE), (125, BLACK), (250, ORANGE))
     for cutoff, colour in cutoffs:
-        heard = answers(host, ["object quilo.pan~ 1 4 subwoofers", f"cutoff {cutoff}"], ["azim -45"], frames=48000)
+        heard = answers(host, "1 4 subwoofers", [f"cutoff {cutoff}"], ["azim -45"], frames=48000)
         panel.line(octaves(hz, low, high), decibels(spectrum(heard, hz))[0, 0], colour)
     panel.legend([(f"{cutoff} Hz", colour) for cutoff, colour in cutoffs])
     return single("subwoofers: the low-pass of every source, by its cut-off frequency", AS_PLAYED, panel)
@@ -137,14 +120,14 @@ def draw_nfchoa(host):
     low, high = 20.0, 5000.0
     hz = np.geomspace(low, high, 200)
     colours = (BLACK, BLUE, GREEN, ORANGE)
+    plain = decibels(spectrum(answers(host, "1 7 hoa2d", (), ["azim 90"]), hz))[0]
     panels, top = [], 104
     for distance, words in ((0.5, "source at 0.5 m, nearer"), (4.0, "source at 4 m, farther")):
         panel = Panel(top, f"Level, dB: {words}", -30, 30, 10, frequency_ticks(low, high), rules=True)
         for switch, dash in ((0, "5 4"), (1, "")):
-            heard = answers(host, ["object quilo.pan~ 1 7 nfchoa2d", "speakersradius 2", f"nfchighpass {switch}"],
-                            [f"aed 90 0 {distance}"], frames=96000)
+            heard = answers(host, "1 7 nfchoa2d", ["speakersradius 2", f"nfchighpass {switch}"], [f"aed 90 0 {distance}"],
+                            frames=96000)
             levels = decibels(spectrum(heard, hz))[0]
-            plain = decibels(spectrum(answers(host, ["object quilo.pan~ 1 7 hoa2d"], ["aed 90 0 1"], frames=96000), hz))[0]
             for order, channel in enumerate((0, 2, 4, 6)):  # cosines: not 0 on the right
                 panel.line(octaves(hz, low, high), levels[channel] - plain[channel], colours[order], dash)
         panel.legend([(f"order {k}", colours[k]) for k in range(4)], step=70)
@@ -157,8 +140,8 @@ def draw_nfchoa(host):
 
 
 def draw_diffuse(host):
-    heard = answers(host, ["object quilo.pan~ 1 4 vbap2d diffuse"], ["azim 0"], frames=9600)[0]
-    shown = int(0.03 * RATE)
+    heard = answers(host, "1 4 vbap2d diffuse", (), ["azim 0"])[0]
+    shown = 1440  # samples: 30 ms
     ticks = [(t / 30, f"{t} ms") for t in (0, 5, 10, 15, 20, 25, 30)]
     panel = Panel(94, "What four outlets make of one click, one above the other", 0, 4, 1, ticks, rules=True, numbers=False)
     for k, row in enumerate(heard[:, :shown]):

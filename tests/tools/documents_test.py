@@ -17,7 +17,6 @@ A block of commands or a scene that cannot be run begins with "# not run: REASON
 import os
 import random
 import re
-import shutil
 import subprocess
 import sys
 import tempfile
