@@ -140,6 +140,16 @@ bool Bench::Understands(const std::string& message) const {
            messages.end();
 }
 
+std::vector<std::string> Bench::Messages() const {
+    std::vector<std::string> names;
+    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(Get()))) {
+        const bool isPrivate = !message.types.empty() && message.types[0] == A_CANT;
+        const std::string name = message.name->s_name;
+        if (!isPrivate && name != "generatexml") names.push_back(name);
+    }
+    return names;
+}
+
 std::vector<HostApi::AttributeInfo> Bench::Settable() const {
     std::vector<HostApi::AttributeInfo> found = HostApi::Attributes(Get());
     std::erase_if(found, [](const auto& attribute) { return !IsSettable(attribute); });

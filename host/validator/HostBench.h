@@ -63,6 +63,8 @@ public:
     Sound Play(unsigned vectors, std::uint64_t seed = 1);
 
     bool Understands(const std::string& message) const;
+    /// The messages that a user can send, without generatexml, which writes a file.
+    std::vector<std::string> Messages() const;
     std::vector<HostApi::AttributeInfo> Settable() const;
     Values Read() const;  // the values of all settable attributes
 

@@ -91,10 +91,8 @@ std::string MessageFault(Validation& v, const std::string& words, unsigned& numF
 }
 
 void CheckHandlers(Validation& v) {
-    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
-        if (!message.types.empty() && message.types[0] == A_CANT) continue;
-        const std::string name = message.name->s_name;
-        if (name == "generatexml" || name == "enable") continue;
+    for (const std::string& name : v.bench.Messages()) {
+        if (name == "enable") continue;
         unsigned numFailed = 0;
         const std::string why = MessageFault(v, v.Sensible(name), numFailed);
         v.report.Refute(name + ", " + std::to_string(numFailed) + " of its allocations failing",
@@ -117,10 +115,7 @@ void CheckHandlers(Validation& v) {
 /// Checks that an object frees what it allocated for messages. Counts objects and blocks of the
 /// API; other allocations are not counted, because symbols are never freed.
 void CheckThatMessagesLeaveNothing(Validation& v) {
-    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
-        if (!message.types.empty() && message.types[0] == A_CANT) continue;
-        const std::string name = message.name->s_name;
-        if (name == "generatexml") continue;
+    for (const std::string& name : v.bench.Messages()) {
         const auto round = [&] {
             for (int k = 0; k < 10; ++k) v.bench.Send(v.Sensible(name));
             v.bench.Remake();
@@ -142,12 +137,7 @@ void CheckCalls(Validation& v) {
             v.bench.Remake();
             v.bench.Take();
             HostApi::FailCall(function, n, MAX_ERR_OUT_OF_MEM);
-            for (const HostApi::MessageInfo& message :
-                 HostApi::Messages(object_class(v.bench.Get()))) {
-                if (!message.types.empty() && message.types[0] == A_CANT) continue;
-                if (std::string(message.name->s_name) != "generatexml")
-                    v.bench.Send(v.Sensible(message.name->s_name));
-            }
+            for (const std::string& name : v.bench.Messages()) v.bench.Send(v.Sensible(name));
             v.Walk();
             v.bench.MakeAndFree();
             HostApi::FailCall(function, 0, 0);
@@ -186,18 +176,16 @@ void CheckFailures(Validation& v) {
 
 void CheckStorm(Validation& v) {
     constexpr int kSteps = 3000;
-    const auto messages = HostApi::Messages(object_class(v.bench.Get()));
+    const auto messages = v.bench.Messages();
     std::string why;
     for (int step = 0; step < kSteps && why.empty(); ++step) {
-        const HostApi::MessageInfo& message = messages[v.random.Below(messages.size())];
-        const std::string name = message.name->s_name;
-        const bool isPrivate = !message.types.empty() && message.types[0] == A_CANT;
+        const std::string& name = messages[v.random.Below(messages.size())];
         if (v.random.Once(25) && CanSweep())
             FailAllocation(1 + static_cast<unsigned>(v.random.Below(30)));
         try {
             const HostApi::ThreadScope elsewhere(v.random.Once(4) ? HostApi::ThreadKind::Scheduler
                                                                   : HostApi::ThreadKind::Main);
-            if (!isPrivate && name != "generatexml") v.bench.Send(v.Sensible(name));
+            v.bench.Send(v.Sensible(name));
             if (v.random.Once(20)) v.Walk();
         } catch (const std::exception& escaped) {
             why = name + ": an exception left the module: " + escaped.what();

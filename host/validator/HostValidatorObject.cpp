@@ -190,10 +190,7 @@ void CheckAttributes(Validation& v) {
 }
 
 void CheckMessages(Validation& v) {
-    for (const HostApi::MessageInfo& message : HostApi::Messages(object_class(v.bench.Get()))) {
-        if (!message.types.empty() && message.types[0] == A_CANT) continue;
-        const std::string name = message.name->s_name;
-        if (name == "generatexml") continue;  // it writes a file
+    for (const std::string& name : v.bench.Messages()) {
         v.bench.Send(v.Sensible(name));
         std::string why = v.Faults(3);
         for (int k = 0; k < 60 && why.empty(); ++k) {
