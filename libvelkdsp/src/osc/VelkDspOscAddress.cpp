@@ -4,7 +4,10 @@
 #include "text/VelkDspException.h"
 
 #include <algorithm>
+#include <array>
+#include <bitset>
 #include <cstddef>
+#include <cstdint>
 
 namespace tav {
 
@@ -29,76 +32,80 @@ std::vector<std::string> SplitAtSlashes(std::string_view text) {
 /// left to right finds all states that they reach.
 class PartMatcher {
 public:
-    explicit PartMatcher(std::string_view pattern)
-        : pattern_(pattern),
-          close_(pattern.size(), std::string_view::npos),
-          states_(pattern.size() + 1),
-          next_(pattern.size() + 1) {}
+    /// @param pattern  of kLongestPattern characters at most
+    explicit PartMatcher(std::string_view pattern) noexcept : pattern_(pattern) {}
 
-    bool Matches(std::string_view text) {
+    bool Matches(std::string_view text) noexcept {
         if (!FindBrackets()) return false;
-        states_[0] = true;
-        Spread(states_);
+        States states, next;
+        states.set(0);
+        Spread(states);
         for (const char c : text) {
-            std::ranges::fill(next_, false);
+            if (states.none()) return false;
+            next.reset();
             for (std::size_t k = 0; k < pattern_.size(); ++k) {
-                if (states_[k]) Read(k, c);
+                if (states[k]) Read(k, c, next);
             }
-            Spread(next_);
-            states_.swap(next_);
+            Spread(next);
+            states = next;
         }
-        return states_.back();
+        return states[pattern_.size()];
     }
 
 private:
-    static constexpr std::size_t kNone = std::string_view::npos;
+    using States = std::bitset<kLongestPattern + 1>;
 
     /// Notes for every character inside brackets where these end.
-    bool FindBrackets() {
+    bool FindBrackets() noexcept {
         for (std::size_t k = 0; k < pattern_.size(); ++k) {
-            if (pattern_[k] != '[' && pattern_[k] != '{') continue;
-            const std::size_t end = pattern_.find(pattern_[k] == '[' ? ']' : '}', k);
-            if (end == kNone) return false;
-            for (; k <= end; ++k) close_[k] = end;
-            k = end;
+            close_[k] = kNone;
+            const char open = pattern_[k];
+            if (open != '[' && open != '{') continue;
+            const std::size_t end = pattern_.find(open == '[' ? ']' : '}', k);
+            if (end == std::string_view::npos) return false;
+            // Braces inside of braces have no meaning.
+            if (open == '{' && pattern_.substr(k + 1, end - k).find('{') < end - k) return false;
+            for (; k < end; ++k) close_[k] = static_cast<std::uint16_t>(end);
+            close_[end] = static_cast<std::uint16_t>(end);
         }
         return true;
     }
 
-    bool IsInBraces(std::size_t k) const {
+    bool IsInBraces(std::size_t k) const noexcept {
         return close_[k] != kNone && pattern_[close_[k]] == '}';
     }
 
-    void Spread(std::vector<char>& states) const {
+    void Spread(States& states) const noexcept {
         for (std::size_t k = 0; k < pattern_.size(); ++k) {
             if (!states[k]) continue;
             const char c = pattern_[k];
             if (IsInBraces(k)) {
-                if (c == ',' || c == '}') states[close_[k] + 1] = true;
+                if (c == ',' || c == '}') states.set(close_[k] + 1U);
                 if (c == '{') EnterBraces(k, states);
             } else if (c == '*') {
-                states[k + 1] = true;
+                states.set(k + 1);
             }
         }
     }
 
-    void EnterBraces(std::size_t open, std::vector<char>& states) const {
+    void EnterBraces(std::size_t open, States& states) const noexcept {
         for (std::size_t k = open; k < close_[open]; ++k) {
-            if (k == open || pattern_[k] == ',') states[k + 1] = true;
+            if (k == open || pattern_[k] == ',') states.set(k + 1);
         }
     }
 
     /// From state k with the character c.
-    void Read(std::size_t k, char c) {
+    void Read(std::size_t k, char c, States& next) const noexcept {
         const char p = pattern_[k];
         if (IsInBraces(k)) {
-            if (p == c && p != ',' && p != '}' && p != '{') next_[k + 1] = true;
+            if (p == c && p != ',' && p != '}' && p != '{') next.set(k + 1);
         } else if (p == '[' && close_[k] != kNone) {
-            if (IsInSet(pattern_.substr(k + 1, close_[k] - k - 1), c)) next_[close_[k] + 1] = true;
+            const auto set = pattern_.substr(k + 1, close_[k] - k - 1);
+            if (IsInSet(set, c)) next.set(close_[k] + 1U);
         } else if (p == '*') {
-            next_[k] = true;
+            next.set(k);
         } else if (p == '?' || p == c) {
-            next_[k + 1] = true;
+            next.set(k + 1);
         }
     }
 
@@ -114,10 +121,11 @@ private:
         return isNegated;
     }
 
+    static constexpr std::uint16_t kNone = 0xFFFF;
+
     std::string_view pattern_;
-    std::vector<std::size_t> close_;  // for characters in brackets: the index of their end
-    std::vector<char> states_;
-    std::vector<char> next_;
+    // For characters in brackets the index of their end, kNone for others.
+    std::array<std::uint16_t, kLongestPattern> close_{};
 };
 
 }  // namespace
@@ -148,7 +156,7 @@ bool IsOscPattern(std::string_view text) noexcept {
     });
 }
 
-bool OscPartMatches(std::string_view pattern, std::string_view text) {
+bool OscPartMatches(std::string_view pattern, std::string_view text) noexcept {
     if (!IsOscPattern(pattern)) return pattern == text;
     return pattern.size() <= kLongestPattern && PartMatcher(pattern).Matches(text);
 }

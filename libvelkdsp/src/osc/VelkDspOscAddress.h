@@ -36,10 +36,10 @@ bool IsOscPattern(std::string_view text) noexcept;
 
 /// Whether one part of a pattern stands for one part of an address ("OSC Address Patterns", Open
 /// Sound Control 1.0, M. Wright, 2002): ? any character, * any number of them, [a-z] and [!a-z] one
-/// of a set or one outside it, {one,other} either text. A pattern with an open bracket, or longer
-/// than 256 characters, matches nothing.
-/// Cost: length of the pattern times length of the text.  Throws: std::bad_alloc.
-bool OscPartMatches(std::string_view pattern, std::string_view text);
+/// of a set or one outside it, {one,other} either text. A pattern with an open bracket, with braces
+/// inside of braces, or longer than 256 characters, matches nothing.
+/// Cost: length of the pattern times length of the text, at most.  Thread: any.
+bool OscPartMatches(std::string_view pattern, std::string_view text) noexcept;
 
 /// The same for whole addresses: as many parts, each of which matches.
 bool OscAddressMatches(const OSCAddress& pattern, const OSCAddress& address);

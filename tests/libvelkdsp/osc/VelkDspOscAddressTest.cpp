@@ -104,6 +104,8 @@ TEST(OscPattern, MatchesPartByPart) {
         {"/dsp/m[ute", "/dsp/mute", false},  // another
         {"/dsp/mut}e", "/dsp/mut}e", true},  // a bracket that closes nothing is itself
         {"/a/[a-]", "/a/-", true},
+        {"/a/{b,{c,d}}", "/a/b", false},  // braces inside of braces
+        {"/a/{b}{c}", "/a/bc", true},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(OscAddressMatches(OSCAddress(row.pattern), OSCAddress(row.address)), row.matches)
