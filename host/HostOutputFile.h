@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// A file that appears only when it is complete.
+// What the host writes.
 #pragma once
 
+#include "files/VelkDspFileReplacement.h"
+
 #include <filesystem>
-#include <fstream>
 #include <ostream>
 #include <string>
 
@@ -12,25 +13,19 @@ namespace Quilo::Host {
 /// The path that UTF-8 text names.
 std::filesystem::path PathOf(const std::string& utf8);
 
-/// Writes a temporary file beside `name` and renames it in Close; without Close it is removed. A
-/// device or a pipe is written directly.
+/// A file that appears only when it is complete, in Close.
 class OutputFile {
 public:
     /// Throws: Fault (WrongInput) that names the file.
     explicit OutputFile(const std::string& name);
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
 
-    std::ostream& Stream() { return stream_; }
+    std::ostream& Stream() { return file_.Stream(); }
     /// Throws: Fault (WrongInput) when writing failed.
     void Close();
 
 private:
     std::string name_;
-    std::filesystem::path written_;
-    bool isDirect_;
-    std::ofstream stream_;
+    tav::FileReplacement file_;
 };
 
 }  // namespace Quilo::Host

@@ -29,7 +29,7 @@ ROOMS = {
     "libvelkdsp/src/math": velkdsp(*FOUNDATION),
     "libvelkdsp/src/kernels": velkdsp(*FOUNDATION, "math"),
     "libvelkdsp/src/files": velkdsp(*SIGNAL),
-    "libvelkdsp/src/osc": velkdsp(*SIGNAL),
+    "libvelkdsp/src/osc": velkdsp(*SIGNAL, "files"),
     "libvelkdsp/src/filterdesign": velkdsp(*SIGNAL),
     "libvelkdsp/src/processors": velkdsp(*FILING),
     "libvelkdsp/src/audiofiles": velkdsp(*PROCESSING),

@@ -2,6 +2,7 @@
 #include "HrtfSetWriter.h"
 
 #include "SdifWriter.h"
+#include "files/VelkDspFileReplacement.h"
 #include "hrtf/QuiloHrtfData.h"
 #include "text/VelkDspException.h"
 
@@ -9,9 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 #include <sstream>
-#include <system_error>
 
 namespace SofaTool {
 
@@ -108,18 +107,7 @@ std::string HrtfBytes(const ConvertedSet& set,
 }
 
 void WriteWhole(const std::filesystem::path& file, const std::string& bytes) {
-    std::filesystem::path part = file;
-    part += ".part";
-    std::error_code fault;
-    {
-        std::ofstream stream(part, std::ios::binary | std::ios::trunc);
-        stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        stream.close();
-        if (stream) std::filesystem::rename(part, file, fault);
-        if (stream && !fault) return;
-    }
-    std::filesystem::remove(part, fault);
-    throw tav::Exception("cannot be written");
+    if (!tav::ReplaceFile(file, bytes)) throw tav::Exception("cannot be written");
 }
 
 }  // namespace SofaTool

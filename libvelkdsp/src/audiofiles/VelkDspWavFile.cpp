@@ -23,16 +23,14 @@ std::size_t FramesPerBlock(const WavHeader& header) noexcept {
     return std::max<std::size_t>(1, kBlockBytes / static_cast<std::size_t>(header.FrameBytes()));
 }
 
-/// The file to replace: for a symbolic link its target, so that the link stays.
+/// Headers are written again at the end, which devices and pipes do not allow.
 std::filesystem::path WritablePath(const std::filesystem::path& path) {
-    std::error_code fault;
-    const std::filesystem::file_status status = std::filesystem::status(path, fault);
-    if (!std::filesystem::exists(status)) return path;
-    if (!std::filesystem::is_regular_file(status)) {
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Exception(NameOf(path) + ": is no regular file");
     }
-    const std::filesystem::path target = std::filesystem::canonical(path, fault);
-    return fault ? path : target;
+    return path;
 }
 
 WavHeader HeaderFor(const std::string& name,
@@ -61,42 +59,26 @@ WavFileWriter::WavFileWriter(const std::filesystem::path& path,
                              double sampleRateHz,
                              WavFormat format)
     : path_(WritablePath(path)),
-      temporaryPath_(path_),
-      header_(HeaderFor(NameOf(path), numChannels, sampleRateHz, format)) {
-    temporaryPath_ += ".part";
-    stream_.open(temporaryPath_, std::ios::binary | std::ios::trunc);
-    if (!stream_) throw Exception(NameOf(path_) + ": cannot be written");
-    try {
-        PutBytes(ComposeWavHeader(header_));
-    } catch (...) {
-        Abandon();
-        throw;
-    }
-}
-
-WavFileWriter::~WavFileWriter() { Abandon(); }
-
-void WavFileWriter::Abandon() noexcept {
-    if (!stream_.is_open()) return;
-    stream_.close();
-    std::error_code ignored;
-    std::filesystem::remove(temporaryPath_, ignored);
+      header_(HeaderFor(NameOf(path), numChannels, sampleRateHz, format)),
+      file_(path_) {
+    if (!file_.IsOpen()) throw Exception(NameOf(path_) + ": cannot be written");
+    PutBytes(ComposeWavHeader(header_));
 }
 
 void WavFileWriter::PutBytes(const ByteBlock& bytes) {
-    stream_.write(reinterpret_cast<const char*>(bytes.data()),
-                  static_cast<std::streamsize>(bytes.size()));
-    if (!stream_) throw Exception(NameOf(path_) + ": cannot be written, is the disk full?");
+    file_.Stream().write(reinterpret_cast<const char*>(bytes.data()),
+                         static_cast<std::streamsize>(bytes.size()));
+    if (!file_.Stream()) throw Exception(NameOf(path_) + ": cannot be written, is the disk full?");
 }
 
 void WavFileWriter::SetChannelMask(std::uint32_t mask) {
     header_.channelMask = mask;
-    stream_.seekp(0);
+    file_.Stream().seekp(0);
     PutBytes(ComposeWavHeader(header_));
 }
 
 void WavFileWriter::Write(const float* const* channels, std::size_t frames) {
-    if (!stream_.is_open()) throw Exception(NameOf(path_) + ": is closed already");
+    if (!file_.IsOpen()) throw Exception(NameOf(path_) + ": is closed already");
     for (std::size_t start = 0; start < frames;) {
         const std::size_t count = std::min(frames - start, FramesPerBlock(header_));
         block_.resize(count * static_cast<std::size_t>(header_.FrameBytes()));
@@ -108,18 +90,12 @@ void WavFileWriter::Write(const float* const* channels, std::size_t frames) {
 }
 
 void WavFileWriter::Close() {
-    if (!stream_.is_open()) return;
+    if (!file_.IsOpen()) return;
     const std::uint64_t dataBytes = header_.numFrames * header_.FrameBytes();
     if (dataBytes % 2 == 1) PutBytes({0});  // chunks have even lengths
-    stream_.seekp(0);
+    file_.Stream().seekp(0);
     PutBytes(ComposeWavHeader(header_));
-    stream_.close();
-    std::error_code fault;
-    if (stream_) std::filesystem::rename(temporaryPath_, path_, fault);
-    if (stream_ && !fault) return;
-    std::error_code ignored;
-    std::filesystem::remove(temporaryPath_, ignored);
-    throw Exception(NameOf(path_) + ": cannot be written");
+    if (!file_.Commit()) throw Exception(NameOf(path_) + ": cannot be written");
 }
 
 void WriteWavFile(const std::filesystem::path& path, const AudioBuffer& audio, WavFormat format) {

@@ -4,16 +4,15 @@
 
 #include "audiofiles/VelkDspWavHeader.h"
 #include "containers/VelkDspAudioBuffer.h"
+#include "files/VelkDspFileReplacement.h"
 
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 namespace tav {
 
-/// Writes a WAV file under a temporary name beside its own. The file appears only when it is
-/// complete, in Close; a writer that is destroyed before leaves no file.
+/// Writes a WAV file that appears only when it is complete, in Close.
 /// Pattern: Write* Close.  Thread: control.  Throws: tav::Exception "FILE: FAULT".
 class WavFileWriter {
 public:
@@ -23,9 +22,6 @@ public:
                   unsigned numChannels,
                   double sampleRateHz,
                   WavFormat format = WavFormat::Float32);
-    WavFileWriter(const WavFileWriter&) = delete;
-    WavFileWriter& operator=(const WavFileWriter&) = delete;
-    ~WavFileWriter();
 
     /// Names the loudspeakers of the channels. @param mask  one bit a channel, or 0
     /// Before the first Write only.
@@ -36,12 +32,10 @@ public:
 
 private:
     void PutBytes(const ByteBlock& bytes);
-    void Abandon() noexcept;
 
     std::filesystem::path path_;
-    std::filesystem::path temporaryPath_;
     WavHeader header_;
-    std::ofstream stream_;
+    FileReplacement file_;
     ByteBlock block_;
 };
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "osc/VelkDspOscPreset.h"
 
+#include "files/VelkDspFileReplacement.h"
 #include "osc/VelkDspOscInputStream.h"
 #include "osc/VelkDspOscOutputStream.h"
 #include "osc/VelkDspOscPresetText.h"
 #include "text/VelkDspException.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -63,6 +65,20 @@ OscPresetFormat FormatOrThrow(const std::filesystem::path& file) {
     return *format;
 }
 
+/// A packet can hold what the other formats cannot write.
+void CheckThatItCanBeKept(const OSCMessage& message, std::int64_t number) {
+    const auto fail = [&](const char* what) {
+        throw Exception("message " + std::to_string(number) + ": " + what);
+    };
+    // Each time an address is read it loses a slash at its end.
+    const std::string& address = message.AddressText();
+    if (address.empty() || address.ends_with('/')) fail("the end of its address is missing");
+    for (const OSCArgument& value : message.Arguments()) {
+        if (value.Tag() == 'b') fail("presets hold no blobs");
+        if (!std::isfinite(value.Number())) fail("a number is not finite");
+    }
+}
+
 }  // namespace
 
 std::optional<OscPresetFormat> OscPresetFormatOf(const std::filesystem::path& file) {
@@ -93,6 +109,7 @@ OSCBundle ReadOscPreset(std::string_view content, OscPresetFormat format) {
     read.ForEachMessage([&](const OSCMessage& message) {
         if (message.AddressText() != kBegin) {
             ++count;
+            CheckThatItCanBeKept(message, count);
             messages.Add(message);
         } else {
             announced = message.TypeTags() == "i" ? message.Arguments()[0].Int64() : -1;
@@ -112,18 +129,8 @@ OSCBundle ReadOscPreset(std::string_view content, OscPresetFormat format) {
 
 void SaveOscPreset(const std::filesystem::path& file, const OSCBundle& state) {
     const std::string content = WriteOscPreset(state, FormatOrThrow(file));
-    std::filesystem::path part = file;
-    part += ".part";
-    std::error_code error;
-    {
-        std::ofstream stream(part, std::ios::binary | std::ios::trunc);
-        stream.write(content.data(), static_cast<std::streamsize>(content.size()));
-        stream.close();
-        if (stream) std::filesystem::rename(part, file, error);
-        if (stream && !error) return;
-    }
-    std::filesystem::remove(part, error);
-    throw Exception(NameOf(file) + ": the preset cannot be written");
+    if (!ReplaceFile(file, content))
+        throw Exception(NameOf(file) + ": the preset cannot be written");
 }
 
 OSCBundle LoadOscPreset(const std::filesystem::path& file) {

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// A file that appears only when it is complete.
+//
+// Whoever reads it, or loses power while it is written, has the old file or the new one.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <string_view>
+
+namespace tav {
+
+/// Writes a temporary file beside the one that is to be replaced, and renames it in Commit. Without
+/// Commit the temporary file is removed and the other one stays as it was. Of a symbolic link the
+/// target is replaced; a device or a pipe is written directly.  Thread: control.  Throws:
+/// std::bad_alloc.
+class FileReplacement {
+public:
+    /// The temporary file gets a name that no other file has.
+    explicit FileReplacement(const std::filesystem::path& file);
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+    ~FileReplacement();
+
+    /// Whether anything can be written: the folder is there, and so on.
+    bool IsOpen() const { return stream_.is_open(); }
+    /// What is written here is the new content.
+    std::ostream& Stream() noexcept { return stream_; }
+    /// @return false: it could not be written to its end, and the file is as it was
+    bool Commit();
+
+private:
+    void Abandon() noexcept;
+
+    std::filesystem::path file_;
+    std::filesystem::path written_;  // the same as file_ for a device or a pipe
+    std::ofstream stream_;
+};
+
+/// All at once.  @return as Commit
+bool ReplaceFile(const std::filesystem::path& file, std::string_view content);
+
+}  // namespace tav
