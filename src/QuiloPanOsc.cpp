@@ -11,6 +11,7 @@
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
 #include "osc/VelkDspOscInputStream.h"
+#include "pan/QuiloBinauralPanningDirect.h"
 
 #include <algorithm>
 #include <array>
@@ -31,24 +32,37 @@ namespace {
 
 constexpr std::string_view kAttributePrefix = "/attribute/";
 
+template <class Panner>
+bool Is(const PanObject& object) {
+    return EngineAs<Panner>(object) != nullptr;
+}
+
 /// Addresses that stand for a message of the object, with the same arguments. With an F the
 /// coordinate format is the first of them.
 struct OwnRow {
     std::string_view address;
     const char* message;
+    std::string_view arguments;       // type tags; "*": any number of numbers; "?": anything
+    bool (*isFor)(const PanObject&);  // null: every object has it
     std::string_view hint;
     std::string_view help;  // empty: the engine documents the address
 };
 // clang-format off
 constexpr OwnRow kOwnRows[] = {
-    // address          message           hint                                help
-    {"/load",           "load",           "",                                 ""},
-    {"/speakers/F",     "speakers",       "",                                 ""},
-    {"/listener/F",     "listener",       "[number]...",                      "sets the position of the listener, in a coordinate format (binaural types)"},
-    {"/crossfadetype",  "crossfadetype",  "[string]",                         "chooses how filters fade (binaural types)"},
-    {"/implementation", "implementation", "[string][value]...",               "chooses how binaural types filter, in pairs of a keyword and a value"},
+    // address          message           arguments  is for                     hint                 help
+    {"/load",           "load",           "s",       Is<BinauralPanningDirect>, "",                  ""},
+    {"/speakers/F",     "speakers",       "*",       nullptr,                   "",                  ""},
+    {"/listener/F",     "listener",       "*",       Is<BinauralPanning>,       "[number]...",       "sets the position of the listener, in a coordinate format (binaural types)"},
+    {"/crossfadetype",  "crossfadetype",  "s",       Is<BinauralPanningDirect>, "[string]",          "chooses how filters fade (binaural types)"},
+    {"/implementation", "implementation", "?",       Is<BinauralPanningDirect>, "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
 };
 // clang-format on
+
+bool ArgumentsFit(const OwnRow& row, const tav::OSCMessage& message) {
+    const std::string tags = message.TypeTags();
+    if (row.arguments == "*") return tags.find_first_not_of("fih") == std::string::npos;
+    return row.arguments == "?" || row.arguments == tags;
+}
 
 /// The word in the place of the F; empty where the row has none, nothing when it does not fit.
 std::optional<std::string_view> FormatIn(std::string_view address, const OwnRow& row) noexcept {
@@ -307,8 +321,8 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
     for (const OwnRow& row : kOwnRows) {
         const auto format = FormatIn(address, row);
         if (!format) continue;
-        const bool takesOneWord = row.address == "/load" || row.hint == "[string]";
-        if (takesOneWord && message.TypeTags() != "s") return false;
+        if (!ArgumentsFit(row, message)) return false;
+        if (row.arguments == "*" && message.Arguments().empty()) return true;  // no layout at all
         std::vector<t_atom> atoms = AtomsOf(message, *format);
         t_atom result{};
         return object_method_typed(x, gensym(row.message), static_cast<max_long>(atoms.size()),
@@ -324,8 +338,13 @@ bool PanOsc::HasAttribute(const char* name) const {
 
 bool PanOsc::AcceptsOwn(const tav::OSCMessage& message) const {
     const std::string& address = message.AddressText();
-    if (!address.starts_with(kAttributePrefix)) return true;
-    return HasAttribute(address.c_str() + kAttributePrefix.size()) && !message.Arguments().empty();
+    if (address.starts_with(kAttributePrefix)) {
+        return HasAttribute(address.c_str() + kAttributePrefix.size()) &&
+               !message.Arguments().empty();
+    }
+    const auto* const row = std::ranges::find_if(
+        kOwnRows, [&](const OwnRow& own) { return FormatIn(address, own).has_value(); });
+    return ArgumentsFit(*row, message) && (row->isFor == nullptr || row->isFor(object_));
 }
 
 std::filesystem::path PanOsc::FindFile(const std::string& name) const {

@@ -98,45 +98,51 @@ struct AtOnce {
 
 }  // namespace
 
-bool PanOSCReceiver::Process(const OSCMessage& message) {
-    if (extension_ != nullptr && extension_->Owns(message.AddressText())) {
-        return extension_->ProcessOwn(message);
-    }
+/// @return whether a row took it.  Throws: tav::Exception for a source that does not exist.
+template <class Sink>
+bool PanOSCReceiver::Resolve(const OSCMessage& message, Sink& sink) const {
     tav::OSCOutputStream stream;
     stream.WriteMessage(message);
     tav::OscReader reader(stream.Bytes());
     OscMessageView view;
     if (!reader.ReadMessage(view)) return false;
-    AtOnce sink{pan_, *this, pan_.controlLock_};
-    PanOscResolver<true, AtOnce> resolver(view, pan_.NumInputs(), sink);
+    PanOscResolver<true, Sink> resolver(view, pan_.NumInputs(), sink);
     if (const auto part = resolver.BadSource()) ThrowBadSource(*part);
     return resolver.Resolve();
+}
+
+bool PanOSCReceiver::IsOwned(std::string_view address) const noexcept {
+    return extension_ != nullptr && extension_->Owns(address);
+}
+
+bool PanOSCReceiver::Process(const OSCMessage& message) {
+    if (IsOwned(message.AddressText())) return extension_->ProcessOwn(message);
+    AtOnce sink{pan_, *this, pan_.controlLock_};
+    return Resolve(message, sink);
 }
 
 namespace {
 
 struct Checking {
-    static void Command(const OscCommand&) {}
-    static bool Errand(const PanOscRoute& route, const OscMessageView& message) {
-        return route.arguments.empty() || tav::OscArgumentsFit(message, route.arguments, true);
+    const Pan& pan;
+    bool isTaken = false;
+
+    void Command(const OscCommand& command) { Look(PanOscRoutes()[command.route]); }
+    bool Errand(const PanOscRoute& route, const OscMessageView&) {
+        if (!route.address.starts_with("/preset/")) Look(route);
+        return true;
+    }
+    void Look(const PanOscRoute& route) {
+        isTaken = isTaken || route.isFor == nullptr || route.isFor(pan);
     }
 };
 
 }  // namespace
 
 bool PanOSCReceiver::Accepts(const OSCMessage& message) const {
-    if (extension_ != nullptr && extension_->Owns(message.AddressText())) {
-        return extension_->AcceptsOwn(message);
-    }
-    tav::OSCOutputStream stream;
-    stream.WriteMessage(message);
-    tav::OscReader reader(stream.Bytes());
-    OscMessageView view;
-    if (!reader.ReadMessage(view)) return false;
-    Checking sink;
-    PanOscResolver<true, Checking> resolver(view, pan_.NumInputs(), sink);
-    if (const auto part = resolver.BadSource()) ThrowBadSource(*part);
-    return resolver.Resolve();
+    if (IsOwned(message.AddressText())) return extension_->AcceptsOwn(message);
+    Checking sink{pan_};
+    return Resolve(message, sink) && sink.isTaken;
 }
 
 std::filesystem::path PanOSCReceiver::FindFile(const std::string& name) const {
@@ -150,7 +156,7 @@ OscChanges PanOSCReceiver::Enqueue(std::span<const std::byte> packet) {
     Gathered gathered;
     tav::OscReader reader(packet);
     const bool isRead = reader.ReadPacket([&](const OscMessageView& message) {
-        if (extension_ != nullptr && extension_->Owns(message.address)) {
+        if (IsOwned(message.address)) {
             gathered.errands.push_back(message);
             return;
         }
@@ -189,8 +195,8 @@ bool PanOSCReceiver::EnqueueInAudio(std::span<const std::byte> packet,
     tav::OscReader reader(packet);
     const bool isRead = reader.ReadPacket([&](const OscMessageView& message) noexcept {
         PanOscResolver<false, Shortness> resolver(message, pan_.NumInputs(), shortness);
-        const bool isOwned = extension_ != nullptr && extension_->Owns(message.address);
-        if (isOwned || resolver.HasPatterns() || resolver.BadSource()) shortness.isShort = false;
+        if (IsOwned(message.address) || resolver.HasPatterns() || resolver.BadSource())
+            shortness.isShort = false;
         resolver.Resolve();
     });
     if (!isRead || !shortness.isShort) return false;

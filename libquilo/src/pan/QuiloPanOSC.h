@@ -27,7 +27,8 @@
 
 namespace tav {
 class OscQueue;
-}
+struct OscMessageView;
+}  // namespace tav
 
 namespace Quilo {
 
@@ -76,7 +77,8 @@ public:
     /// Throws: tav::Exception for a source that does not exist; what setters throw.
     /// Thread: control.
     bool Process(const tav::OSCMessage& message);
-    /// Whether Process would take it.  Throws: as that.  Thread: control.
+    /// Whether Process would take it, and this panner has what it sets. Presets are not accepted
+    /// inside of presets.  Throws: as Process.  Thread: control.
     bool Accepts(const tav::OSCMessage& message) const;
 
     /// Where a file is that a message names.
@@ -116,6 +118,10 @@ public:
 
 private:
     friend class PanOscActions;
+
+    template <class Sink>
+    bool Resolve(const tav::OSCMessage& message, Sink& sink) const;
+    bool IsOwned(std::string_view address) const noexcept;
 
     Pan& pan_;
     PanOscExtension* extension_ = nullptr;

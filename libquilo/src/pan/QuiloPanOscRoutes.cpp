@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloPanOscRoutes.h"
 
+#include "pan/QuiloBinauralPanningDirect.h"
+#include "pan/QuiloDbapPanning.h"
+#include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloPan.h"
 #include "pan/QuiloPanOSC.h"
 #include "pan/QuiloRecursivePanning.h"
@@ -93,72 +96,55 @@ public:
         if (std::isfinite(metres) && metres > 0.f) receiver.admMetres_ = metres;
     }
 
-    // ---- Errands: they may take memory, files and time
+    // ---- Errands: they may take memory, files and time. Their arguments fit.
 
-    static bool Clear(Pan& pan, const OscMessageView& message) {
-        if (!message.tags.empty()) return false;
+    static bool Clear(Pan& pan, const OscMessageView&) {
         pan.Reset();
         return true;
     }
     static bool Corners(Pan& pan, const OscMessageView& message) {
         auto* const panr = dynamic_cast<RecursivePanning*>(&pan);
-        if (panr == nullptr || !tav::OscArgumentsFit(message, "nnnn", true)) return false;
+        if (panr == nullptr) return false;
         std::array<float, 4> azimuths{};
-        tav::OscReader reader(message.arguments);
-        for (std::size_t k = 0; k < azimuths.size(); ++k) {
-            tav::OscValue value;
-            reader.ReadArgument(message.tags[k], value);
-            azimuths[k] = static_cast<float>(value.number);
-        }
+        tav::ReadOscNumbers(message, "nnnn", azimuths);
         panr->SetCorners(azimuths);
         return true;
     }
     static bool LoadPreset(Pan& pan, const OscMessageView& message) {
-        if (!tav::OscArgumentsFit(message, "s", true)) return false;
-        tav::OscValue file;
-        tav::OscReader(message.arguments).ReadArgument('s', file);
         pan.Osc().CarryOut();  // what was sent before comes before
-        pan.LoadPreset(pan.Osc().FindFile(std::string(file.text)));
+        pan.LoadPreset(pan.Osc().FindFile(Word(message)));
         return true;
     }
     static bool ExportPreset(Pan& pan, const OscMessageView& message) {
-        if (!tav::OscArgumentsFit(message, "s", true)) return false;
-        tav::OscValue file;
-        tav::OscReader(message.arguments).ReadArgument('s', file);
+        const std::string file = Word(message);
         pan.Osc().CarryOut();
-        pan.ExportPreset(std::u8string(file.text.begin(), file.text.end()));
+        pan.ExportPreset(std::u8string(file.begin(), file.end()));
         return true;
     }
     static bool SampleRate(Pan& pan, const OscMessageView& message) {
-        const auto hz = OneNumber(message);
-        if (hz) pan.SetSampleRate(static_cast<float>(std::clamp(*hz, 8000.0, 384000.0)));
-        return hz.has_value();
+        const double hz = Number(message);
+        if (std::isnan(hz)) return false;
+        pan.SetSampleRate(static_cast<float>(std::clamp(hz, 8000.0, 384000.0)));
+        return true;
     }
     static bool BufferSize(Pan& pan, const OscMessageView& message) {
-        const auto frames = OneNumber(message);
-        if (frames) pan.SetBufferSize(static_cast<unsigned>(std::clamp(*frames, 1.0, 81920.0)));
-        return frames.has_value();
+        const double frames = Number(message);
+        if (std::isnan(frames)) return false;
+        pan.SetBufferSize(static_cast<unsigned>(std::clamp(frames, 1.0, 81920.0)));
+        return true;
     }
     static bool Load(Pan& pan, const OscMessageView& message) {
-        if (!tav::OscArgumentsFit(message, "s", true)) return false;
-        tav::OscValue file;
-        tav::OscReader(message.arguments).ReadArgument('s', file);
-        pan.LoadHrtf(std::string(file.text));
+        pan.LoadHrtf(Word(message));
         return true;
     }
     /// A layout in one format, in which values that are no whole position are left out.
     static bool Speakers(Pan& pan, const OscMessageView& message) {
-        const auto format = Coordinates::ParseFormat(OscParts(message.address)[1]);
+        OscPath path(message.address);
+        path.Take();
+        const auto format = Coordinates::ParseFormat(path.Take());
         if (!format) return false;
-        const std::string allNumbers(message.tags.size(), 'n');
-        if (!tav::OscArgumentsFit(message, allNumbers, true)) return false;
-        std::vector<float> values;
-        tav::OscReader reader(message.arguments);
-        for (const char tag : message.tags) {
-            tav::OscValue value;
-            reader.ReadArgument(tag, value);
-            values.push_back(static_cast<float>(value.number));
-        }
+        std::vector<float> values(message.tags.size());
+        tav::ReadOscNumbers(message, std::string(values.size(), 'n'), values);
         const std::size_t numValues = Coordinates::NumValues(*format);
         tav::CartesianArray speakers(values.size() / numValues);
         for (std::size_t k = 0; k < speakers.Size(); ++k) {
@@ -169,19 +155,29 @@ public:
         return true;
     }
 
+    // ---- Which panners have a setting
+
+    static bool HasSpread(const Pan& pan) { return pan.SupportsSpread(); }
+    template <class Panner>
+    static bool Is(const Pan& pan) {
+        return dynamic_cast<const Panner*>(&pan) != nullptr;
+    }
+
 private:
     static void SpreadSource(Pan& pan, unsigned index, float spread) TAV_UNCHECKED {
         if (!std::isfinite(spread)) return;
         pan.ApplySourceSpread(index, std::clamp(spread, 0.f, 100.f));
     }
-    /// Nothing for other arguments, and for one that is not a number.
-    static std::optional<double> OneNumber(const OscMessageView& message) {
-        if (!tav::OscArgumentsFit(message, "n", true)) return std::nullopt;
+    /// The only argument.
+    static tav::OscValue Only(const OscMessageView& message) {
         tav::OscValue value;
         tav::OscReader(message.arguments).ReadArgument(message.tags[0], value);
-        if (std::isnan(value.number)) return std::nullopt;
-        return value.number;
+        return value;
     }
+    static std::string Word(const OscMessageView& message) {
+        return std::string(Only(message).text);
+    }
+    static double Number(const OscMessageView& message) { return Only(message).number; }
 };
 
 namespace {
@@ -191,35 +187,35 @@ using F = Coordinates::Format;
 
 // clang-format off
 constexpr PanOscRoute kRoutes[] = {
-    // address                 arguments  format   attribute           hint                       help                                                                    run               errand
-    {"/source/N/F",            "F",       F::None, "sourcespositions", "[number]...",             "moves a source, in a coordinate format such as xyz or aed",            A::Move,          nullptr},
-    {"/source/N/spread",       "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 100)",                                A::Spread,        nullptr},
-    {"/source/N/spreadxyz",    "nnn",     F::None, "spreadxyz",        "[number][number][number]", "sets the width of a source along x, y and z (0 to 100)",               A::SpreadXyz,     nullptr},
-    {"/source/N/mute",         "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                       A::Mute,          nullptr},
-    {"/source/N/numneighbors", "u",       F::None, "",                 "[integer]",               "sets the number of loudspeakers that play a source (type knn)",        A::NumNeighbors,  nullptr},
-    {"/speakers/F",            "",        F::None, "",                 "[number][number]...",     "sets the positions of all loudspeakers, in a coordinate format",       nullptr,          A::Speakers},
-    {"/corners",               "",        F::None, "",                 "[number][number][number][number]", "sets the azimuths of the four corners (type panr)",             nullptr,          A::Corners},
-    {"/load",                  "s",       F::None, "",                 "[string]",                "loads a set of head-related filters from a file",                      nullptr,          A::Load},
-    {"/dsp/samplerate",        "n",       F::None, "",                 "[number]",                "sets the sampling rate (in Hz)",                                       nullptr,          A::SampleRate},
-    {"/dsp/buffersize",        "n",       F::None, "",                 "[number]",                "sets the buffer size (in samples)",                                    nullptr,          A::BufferSize},
-    {"/dsp/clear",             "",        F::None, "",                 "",                        "clears the internal state of the audio processor",                     nullptr,          A::Clear},
-    {"/dsp/mute",              "b",       F::None, "mute",             "[boolean]",               "mutes the DSP rendering",                                              A::MuteAll,       nullptr},
-    {"/dsp/bypass",            "b",       F::None, "bypass",           "[boolean]",               "bypass the DSP rendering",                                             A::Bypass,        nullptr},
-    {"/dsp/automute/active",   "b",       F::None, "automute",         "[boolean]",               "enables/disables the auto-mute",                                       A::AutoMute,      nullptr},
-    {"/dsp/automute/attack",   "n",       F::None, "automute",         "[number]",                "sets the duration (in seconds) before auto-muting",                    A::AutoMuteTime,  nullptr},
-    {"/adm/obj/N/aed",         "nnn",     F::Aed,  "sourcespositions", "[number][number][number]", "moves a source: azimuth to the left and elevation in degrees, distance 0 to 1", A::AdmPosition, nullptr},
-    {"/adm/obj/N/azim",        "n",       F::Azim, "sourcespositions", "[number]",                "sets the azimuth of a source (in degrees, to the left)",               A::AdmPosition,   nullptr},
-    {"/adm/obj/N/elev",        "n",       F::Elev, "sourcespositions", "[number]",                "sets the elevation of a source (in degrees)",                          A::AdmPosition,   nullptr},
-    {"/adm/obj/N/dist",        "n",       F::Dist, "sourcespositions", "[number]",                "sets the distance of a source (0 to 1)",                               A::AdmPosition,   nullptr},
-    {"/adm/obj/N/xyz",         "nnn",     F::Xyz,  "sourcespositions", "[number][number][number]", "moves a source (-1 to 1 each)",                                        A::AdmPosition,   nullptr},
-    {"/adm/obj/N/x",           "n",       F::X,    "sourcespositions", "[number]",                "moves a source to the right (-1 to 1)",                                A::AdmPosition,   nullptr},
-    {"/adm/obj/N/y",           "n",       F::Y,    "sourcespositions", "[number]",                "moves a source to the front (-1 to 1)",                                A::AdmPosition,   nullptr},
-    {"/adm/obj/N/z",           "n",       F::Z,    "sourcespositions", "[number]",                "moves a source up (-1 to 1)",                                          A::AdmPosition,   nullptr},
-    {"/adm/obj/N/w",           "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 1)",                                  A::AdmWidth,      nullptr},
-    {"/adm/obj/N/mute",        "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                       A::Mute,          nullptr},
-    {"/adm/config/dmax",       "n",       F::None, "",                 "[number]",                "sets the distance (in metres) that 1 stands for in /adm/obj",          A::AdmMetres,     nullptr},
-    {"/preset/load",           "s",       F::None, "",                 "[string]",                "loads a preset from file (.txt, .xml, .osc)",                          nullptr,          A::LoadPreset},
-    {"/preset/export",         "s",       F::None, "",                 "[string]",                "exports a preset to file (.txt, .xml, .osc, .json)",                   nullptr,          A::ExportPreset},
+    // address                 arguments  format   attribute           hint                       help                                                                              run               errand           is for
+    {"/source/N/F",            "F",       F::None, "sourcespositions", "[number]...",             "moves a source, in a coordinate format such as xyz or aed",                      A::Move,          nullptr,         nullptr},
+    {"/source/N/spread",       "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 100)",                                          A::Spread,        nullptr,         A::HasSpread},
+    {"/source/N/spreadxyz",    "nnn",     F::None, "spreadxyz",        "[number][number][number]", "sets the width of a source along x, y and z (0 to 100)",                        A::SpreadXyz,     nullptr,         A::Is<DbapPanning>},
+    {"/source/N/mute",         "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                                 A::Mute,          nullptr,         nullptr},
+    {"/source/N/numneighbors", "u",       F::None, "",                 "[integer]",               "sets the number of loudspeakers that play a source (type knn)",                  A::NumNeighbors,  nullptr,         A::Is<KnnPanning>},
+    {"/speakers/F",            "*",       F::None, "",                 "[number][number]...",     "sets the positions of all loudspeakers, in a coordinate format",                 nullptr,          A::Speakers,     nullptr},
+    {"/corners",               "nnnn",    F::None, "",                 "[number][number][number][number]", "sets the azimuths of the four corners (type panr)",                     nullptr,          A::Corners,      A::Is<RecursivePanning>},
+    {"/load",                  "s",       F::None, "",                 "[string]",                "loads a set of head-related filters from a file",                                nullptr,          A::Load,         A::Is<BinauralPanningDirect>},
+    {"/dsp/samplerate",        "n",       F::None, "",                 "[number]",                "sets the sampling rate (in Hz)",                                                 nullptr,          A::SampleRate,   nullptr},
+    {"/dsp/buffersize",        "n",       F::None, "",                 "[number]",                "sets the buffer size (in samples)",                                              nullptr,          A::BufferSize,   nullptr},
+    {"/dsp/clear",             "",        F::None, "",                 "",                        "clears the internal state of the audio processor",                               nullptr,          A::Clear,        nullptr},
+    {"/dsp/mute",              "b",       F::None, "mute",             "[boolean]",               "mutes the DSP rendering",                                                        A::MuteAll,       nullptr,         nullptr},
+    {"/dsp/bypass",            "b",       F::None, "bypass",           "[boolean]",               "bypass the DSP rendering",                                                       A::Bypass,        nullptr,         nullptr},
+    {"/dsp/automute/active",   "b",       F::None, "automute",         "[boolean]",               "enables/disables the auto-mute",                                                 A::AutoMute,      nullptr,         nullptr},
+    {"/dsp/automute/attack",   "n",       F::None, "automute",         "[number]",                "sets the duration (in seconds) before auto-muting",                              A::AutoMuteTime,  nullptr,         nullptr},
+    {"/adm/obj/N/aed",         "nnn",     F::Aed,  "sourcespositions", "[number][number][number]", "moves a source: azimuth to the left and elevation in degrees, distance 0 to 1", A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/azim",        "n",       F::Azim, "sourcespositions", "[number]",                "sets the azimuth of a source (in degrees, to the left)",                         A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/elev",        "n",       F::Elev, "sourcespositions", "[number]",                "sets the elevation of a source (in degrees)",                                    A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/dist",        "n",       F::Dist, "sourcespositions", "[number]",                "sets the distance of a source (0 to 1)",                                         A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/xyz",         "nnn",     F::Xyz,  "sourcespositions", "[number][number][number]", "moves a source (-1 to 1 each)",                                                 A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/x",           "n",       F::X,    "sourcespositions", "[number]",                "moves a source to the right (-1 to 1)",                                          A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/y",           "n",       F::Y,    "sourcespositions", "[number]",                "moves a source to the front (-1 to 1)",                                          A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/z",           "n",       F::Z,    "sourcespositions", "[number]",                "moves a source up (-1 to 1)",                                                    A::AdmPosition,   nullptr,         nullptr},
+    {"/adm/obj/N/w",           "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 1)",                                            A::AdmWidth,      nullptr,         A::HasSpread},
+    {"/adm/obj/N/mute",        "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                                 A::Mute,          nullptr,         nullptr},
+    {"/adm/config/dmax",       "n",       F::None, "",                 "[number]",                "sets the distance (in metres) that 1 stands for in /adm/obj",                    A::AdmMetres,     nullptr,         nullptr},
+    {"/preset/load",           "s",       F::None, "",                 "[string]",                "loads a preset from file (.txt, .xml, .osc)",                                    nullptr,          A::LoadPreset,   nullptr},
+    {"/preset/export",         "s",       F::None, "",                 "[string]",                "exports a preset to file (.txt, .xml, .osc, .json)",                             nullptr,          A::ExportPreset, nullptr},
 };
 // clang-format on
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "math/VelkDspCoordinates.h"
+#include "osc/VelkDspOscArguments.h"
 #include "osc/VelkDspOscInterface.h"
 #include "processors/VelkDspOscQueue.h"
 
@@ -20,26 +21,26 @@ namespace Quilo {
 class Pan;
 class PanOSCReceiver;
 
-/// An address in pieces, found in one pass; those beyond the capacity are not kept. A "/" at the
-/// end does not count.
-struct OscParts {
-    static constexpr std::size_t kMost = 5;
-
-    constexpr explicit OscParts(std::string_view address) noexcept {
-        if (address.ends_with('/')) address.remove_suffix(1);
-        std::size_t begin = address.starts_with('/') ? 1 : 0;
-        for (std::size_t k = begin; k < address.size() && count < kMost; ++k) {
-            const bool isLast = k + 1 == address.size();
-            if (address[k] != '/' && !isLast) continue;
-            const std::size_t end = address[k] == '/' ? k : k + 1;
-            parts[count++] = address.substr(begin, end - begin);
-            begin = k + 1;
-        }
+/// The parts of an address between its slashes, one after the other. A slash at the end does not
+/// count.
+class OscPath {
+public:
+    explicit OscPath(std::string_view address) noexcept : rest_(address) {
+        if (rest_.starts_with('/')) rest_.remove_prefix(1);
+        if (rest_.ends_with('/')) rest_.remove_suffix(1);
     }
-    constexpr std::string_view operator[](std::size_t k) const { return parts[k]; }
+    bool AtEnd() const noexcept { return rest_.empty(); }
+    /// "" at the end.
+    std::string_view Take() noexcept {
+        std::size_t size = 0;
+        while (size < rest_.size() && rest_[size] != '/') ++size;
+        const std::string_view part = rest_.substr(0, size);
+        rest_.remove_prefix(std::min(size + 1, rest_.size()));
+        return part;
+    }
 
-    std::array<std::string_view, kMost> parts{};
-    std::size_t count = 0;
+private:
+    std::string_view rest_;
 };
 
 struct PanOscRoute {
@@ -47,7 +48,8 @@ struct PanOscRoute {
 
     /// N: the number of a source, from 1.  F: a coordinate format.
     std::string_view address;
-    /// As OscArgumentsFit; with an F the values of the format, at least as many.
+    /// A format as of OscArgumentsFit, exactly; "F": at least the values of the coordinate format;
+    /// "*": any number of numbers.
     std::string_view arguments;
     /// Of an address without F that takes a position.
     Format format;
@@ -57,8 +59,11 @@ struct PanOscRoute {
     std::string_view help;
     /// Thread: audio or control, with the panner's lock.  Null for an errand.
     void (*run)(Pan& pan, PanOSCReceiver& receiver, const tav::OscCommand& command);
-    /// Thread: control, without the lock.  @return false: the arguments do not fit
+    /// Thread: control, without the lock.  @return false: the values do not serve
     bool (*runErrand)(Pan& pan, const tav::OscMessageView& message);
+    /// Whether a panner has what the row sets; null: all have it. Messages to those that have not
+    /// do nothing.
+    bool (*isFor)(const Pan& pan);
 };
 
 std::span<const PanOscRoute> PanOscRoutes();

@@ -7,6 +7,21 @@
 
 namespace Quilo {
 
+namespace {
+
+using Format = tav::Coordinates::Format;
+
+/// Some positions say where the source is, wherever it was. A spread or a mute always does; what
+/// later positions refer to does not, so that each one counts.
+bool IsAbsolute(const PanOscRoute& route, Format format) {
+    constexpr Format kWhole[] = {Format::Xyz, Format::Xy, Format::Ade,    Format::Aed, Format::Ae,
+                                 Format::Ad,  Format::Az, Format::Quilo3, Format::Wfs};
+    if (format == Format::None) return !route.address.starts_with("/adm/config/");
+    return std::ranges::find(kWhole, format) != std::end(kWhole);
+}
+
+}  // namespace
+
 const PanOscTree& PanOscTree::Shared() {
     static const PanOscTree tree(PanOscRoutes());
     return tree;
@@ -14,24 +29,31 @@ const PanOscTree& PanOscTree::Shared() {
 
 PanOscTree::PanOscTree(std::span<const PanOscRoute> routes) : nodes_(1) {
     for (const PanOscRoute& route : routes) {
-        const OscParts parts(route.address);
         std::size_t node = 0;
-        for (std::size_t k = 0; k < parts.count && parts[k] != "F"; ++k) {
-            node = Target(node, parts[k]);
-        }
-        if (parts[parts.count - 1] != "F") {
-            nodes_[node].route = &route;
-            nodes_[node].format = route.format;
+        OscPath path(route.address);
+        std::string_view part = path.Take();
+        for (; !path.AtEnd(); part = path.Take()) node = Target(node, part);
+        if (part != "F") {
+            SetEnd(Target(node, part), route, route.format);
             continue;
         }
         for (auto format = Format::Xyz; format < Format::None;
              format = static_cast<Format>(static_cast<int>(format) + 1)) {
-            Node& end = nodes_[Target(node, tav::Coordinates::FormatText(format))];
-            end.route = &route;
-            end.format = format;
-            end.endsWithFormat = true;
+            const std::size_t end = Target(node, tav::Coordinates::FormatText(format));
+            SetEnd(end, route, format);
+            nodes_[end].endsWithFormat = true;
         }
     }
+}
+
+void PanOscTree::SetEnd(std::size_t node, const PanOscRoute& route, Format format) {
+    constexpr std::string_view kNumbers = "nnn";
+    Node& end = nodes_[node];
+    end.route = &route;
+    end.format = format;
+    end.arguments = route.arguments == "F" ? kNumbers.substr(0, tav::Coordinates::NumValues(format))
+                                           : route.arguments;
+    end.isAbsolute = IsAbsolute(route, format);
 }
 
 /// The node behind a part, which is made if it is new.

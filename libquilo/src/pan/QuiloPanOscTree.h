@@ -33,8 +33,12 @@ public:
         const PanOscRoute* route = nullptr;
         /// Of the position that the row takes; None for other rows.
         Format format = Format::None;
-        /// Whether the format came from an F. Parts behind it are then passed over.
+        /// As the row's; for "F" as many numbers as the format has.
+        std::string_view arguments;
+        /// Whether the format came from an F. Parts and arguments behind are then passed over.
         bool endsWithFormat = false;
+        /// Whether whatever an earlier message of this format set is gone after this one.
+        bool isAbsolute = false;
         std::vector<Edge> edges;  // in the order of the table
         std::size_t number = 0;   // the node behind the number of a source; 0 for none
     };
@@ -49,6 +53,7 @@ public:
 
 private:
     explicit PanOscTree(std::span<const PanOscRoute> routes);
+    void SetEnd(std::size_t node, const PanOscRoute& route, Format format);
     std::size_t Target(std::size_t node, std::string_view part);
     static std::uint64_t HeadOf(std::string_view part) noexcept TAV_NONBLOCKING;
 

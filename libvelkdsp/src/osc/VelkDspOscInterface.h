@@ -3,12 +3,9 @@
 #pragma once
 
 #include "osc/VelkDspOscBundle.h"
-#include "osc/VelkDspOscReader.h"
 
-#include <atomic>
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace tav {
@@ -34,42 +31,23 @@ public:
     /// @return false: there is no such address, or it has other arguments
     /// Throws: tav::Exception.
     virtual bool ProcessOsc(const OSCMessage& message) = 0;
-    /// Whether ProcessOsc would take it.  Throws: as that.
+    /// Whether a preset may hold it: ProcessOsc would take it, and it sets something of this
+    /// object. Messages about presets are not accepted.  Throws: as ProcessOsc.
     virtual bool AcceptsOsc(const OSCMessage& message) const = 0;
     /// Appends an entry for every address.
     virtual void DocumentOsc(std::vector<OscDocumentation::Entry>& entries) const = 0;
     /// The whole state as messages that ProcessOsc takes.
     virtual OSCBundle OscState() const = 0;
 
-    /// Carries out all messages of a preset, or none when one of them is not for this object. A
-    /// preset that loads another one is refused there.
-    /// Throws: tav::Exception that names the file; the first one of the messages, after the last.
+    /// Carries out all messages of a preset, or none when one of them is not accepted.
+    /// Throws: tav::Exception that names the file and the message; what the first message throws
+    /// whose values are refused, after the last one.
     void LoadPreset(const std::filesystem::path& file);
     /// Writes the whole state.  Throws: tav::Exception that names the file.
     void ExportPreset(const std::filesystem::path& file) const;
 
 protected:
     OscInterface() = default;
-
-private:
-    std::atomic<bool> isLoading_ = false;
 };
-
-// ---- Arguments
-
-/// Whether one argument fits one character of a format.
-bool OscValueFits(const OscValue& value, char format) noexcept TAV_NONBLOCKING;
-
-/// Whether arguments fit a format, one character each:
-///     b  T, F, i or h      f  f          i, l  i or h     s  s
-///     d  d                 n  f i h d    u     i or h, 0 or more
-/// Any other character fits nothing.
-/// @param isExact  no more arguments than characters, either
-bool OscArgumentsFit(const OscMessageView& message,
-                     std::string_view format,
-                     bool isExact) noexcept TAV_NONBLOCKING;
-
-/// T is true; so are i and h when they are exactly 1; all else is false.
-bool OscFlag(const OscValue& value) noexcept TAV_NONBLOCKING;
 
 }  // namespace tav

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "osc/VelkDspOscReader.h"
 
-#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -38,7 +38,25 @@ constexpr const char* kTexts[] = {
 };
 static_assert(std::size(kTexts) == static_cast<std::size_t>(OscFault::PacketInvalid) + 1);
 
-constexpr std::string_view kTypeTags = "FINTbdfhis";
+/// What is known of a type tag: the bytes of its argument, or that these tell themselves how many
+/// they are, or that there is no way to read it, or that there is no such tag.
+enum : std::uint8_t { kTellsItself = 0xFD, kUnreadable = 0xFE, kUnknown = 0xFF };
+
+constexpr auto kArgumentBytes = [] {
+    std::array<std::uint8_t, 256> sizes{};
+    sizes.fill(kUnknown);
+    sizes['F'] = sizes['T'] = 0;
+    sizes['i'] = sizes['f'] = 4;
+    sizes['h'] = sizes['d'] = 8;
+    sizes['s'] = sizes['b'] = kTellsItself;
+    sizes['I'] = sizes['N'] = kUnreadable;
+    return sizes;
+}();
+
+std::uint8_t ArgumentBytes(char tag) noexcept TAV_NONBLOCKING {
+    return kArgumentBytes[static_cast<unsigned char>(tag)];
+}
+
 constexpr std::size_t kSmallestBundle = 16;  // "#bundle" with its zero, and the time tag
 
 const char* Chars(std::span<const std::byte> bytes) noexcept TAV_NONBLOCKING {
@@ -62,11 +80,12 @@ bool OscReader::Take(std::size_t count,
 }
 
 bool OscReader::SkipPadding(std::size_t itemSize) noexcept TAV_NONBLOCKING {
-    std::span<const std::byte> zeros;
-    if (!Take((4 - itemSize % 4) % 4, zeros)) return Fail(OscFault::Padding);
-    for (const std::byte zero : zeros) {
-        if (zero != std::byte{0}) return Fail(OscFault::Padding);
+    const std::size_t count = (0 - itemSize) % 4;
+    if (rest_.size() < count) return Fail(OscFault::Padding);
+    for (std::size_t k = 0; k < count; ++k) {
+        if (rest_[k] != std::byte{0}) return Fail(OscFault::Padding);
     }
+    rest_ = rest_.subspan(count);
     return true;
 }
 
@@ -81,13 +100,6 @@ bool OscReader::ReadInt64(std::int64_t& value) noexcept TAV_NONBLOCKING {
     std::uint64_t word = 0;
     if (!ReadWord(word, OscFault::NoInt64)) return false;
     value = std::bit_cast<std::int64_t>(word);
-    return true;
-}
-
-bool OscReader::ReadFloat(float& value) noexcept TAV_NONBLOCKING {
-    std::uint32_t word = 0;
-    if (!ReadWord(word, OscFault::NoFloat)) return false;
-    value = std::bit_cast<float>(word);
     return true;
 }
 
@@ -130,7 +142,7 @@ bool OscReader::ReadTypeTags(std::string_view& tags) noexcept TAV_NONBLOCKING {
     if (text.front() != ',') return Fail(OscFault::TypeTagsExpected);
     std::size_t end = 1;
     for (; end < text.size() && text[end] != '\0'; ++end) {
-        if (kTypeTags.find(text[end]) != std::string_view::npos) continue;
+        if (ArgumentBytes(text[end]) != kUnknown) continue;
         unknownTag_ = text[end];
         return Fail(OscFault::UnknownTypeTag);
     }
@@ -172,8 +184,13 @@ bool OscReader::ReadArgument(char tag, OscValue& value) noexcept TAV_NONBLOCKING
 bool OscReader::ReadMessage(OscMessageView& message) noexcept TAV_NONBLOCKING {
     if (!ReadString(message.address) || !ReadTypeTags(message.tags)) return false;
     const auto start = rest_;
-    OscValue value;
     for (const char tag : message.tags) {
+        const std::size_t size = ArgumentBytes(tag);
+        if (size < kTellsItself && size <= rest_.size()) {
+            rest_ = rest_.subspan(size);
+            continue;
+        }
+        OscValue value;
         if (!ReadArgument(tag, value)) return false;
     }
     message.arguments = start.first(start.size() - rest_.size());

@@ -7,6 +7,7 @@
 
 #include "text/VelkDspNonblocking.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -80,7 +81,12 @@ public:
     // Each returns false, with the fault noted, when there is no such item.
     bool ReadInt32(std::int32_t& value) noexcept TAV_NONBLOCKING;
     bool ReadInt64(std::int64_t& value) noexcept TAV_NONBLOCKING;
-    bool ReadFloat(float& value) noexcept TAV_NONBLOCKING;
+    bool ReadFloat(float& value) noexcept TAV_NONBLOCKING {
+        std::uint32_t word = 0;
+        if (!ReadWord(word, OscFault::NoFloat)) return false;
+        value = std::bit_cast<float>(word);
+        return true;
+    }
     bool ReadDouble(double& value) noexcept TAV_NONBLOCKING;
     bool ReadTimeTag(std::uint64_t& value) noexcept TAV_NONBLOCKING;
     bool ReadString(std::string_view& text) noexcept TAV_NONBLOCKING;

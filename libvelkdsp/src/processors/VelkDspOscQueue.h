@@ -97,7 +97,7 @@ private:
         // Multiplicative hashing ("The Art of Computer Programming", vol. 3, D. Knuth, 6.4).
         std::size_t at = static_cast<std::size_t>((key * 0x9E3779B97F4A7C15u) >> 32);
         for (;; ++at) {
-            Place& place = places_[at % places_.size()];
+            Place& place = places_[at & (places_.size() - 1)];
             if (place.round != round_ || place.key == key) return place;
         }
     }
@@ -144,7 +144,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFew = 2;
+    static constexpr std::size_t kFew = 1;
 
     std::array<OscCommand, kFew> few_;
     std::vector<OscCommand> many_;
@@ -166,12 +166,14 @@ public:
     /// @return how many commands are lost: were replaced, or found no place
     /// Thread: any but audio.
     unsigned Put(std::span<const OscCommand> commands) {
-        const ControlGuard guard(lock_);
+        // Nearly always nobody else has it, and then to try costs a third of what locking costs.
+        if (!lock_.TryLock()) lock_.Lock();
         unsigned numLost = 0;
         for (const OscCommand& command : commands) {
             if (pending_.Put(command) != OscBox::Outcome::Kept) ++numLost;
         }
         isWaiting_.store(true, std::memory_order_release);
+        lock_.Unlock();
         return numLost;
     }
     /// Calls `fill(box)`, which puts commands into the box.
