@@ -329,7 +329,7 @@ void HrtfCellBank::BeginFades(HrtfVoices& voices, unsigned& starts) noexcept TAV
     queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(looked));
 }
 
-// Both ears of a voice are lanes of one ear's row here: few filters begin to fade at a time.
+// Few filters begin to fade at a time, so the two ears of a voice are two lanes of one chain here.
 void HrtfCellBank::RunOverPast(HrtfVoices& voices,
                                std::span<const unsigned> batch) noexcept TAV_NONBLOCKING {
     const auto forEach = [&](auto action) {

@@ -154,6 +154,7 @@ private:
     std::size_t Kept(const Voice& voice) const noexcept TAV_NONBLOCKING {
         return longestKept_ - (voice.isLong ? 0 : saved_);
     }
+    /// Makes the window a long one.
     void Lengthen(unsigned voice) noexcept TAV_NONBLOCKING;
     float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     /// The delay moves, or the kind of delay remembers.

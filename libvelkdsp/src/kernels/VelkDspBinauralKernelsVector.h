@@ -4,9 +4,10 @@
 // Only the translation unit of an instruction set includes this; `S`, the set of operations, lives
 // in an anonymous namespace there. S offers Vec, kLanes, Zero(), Load(p), Store(p, v),
 // Broadcast(value), Count() = 0 1 2 .., Add(a, b), Subtract(a, b), Multiply(a, b),
-// MultiplyAdd(a, b, c) = a b + c, NegativeMultiplyAdd(a, b, c) = c - a b, WhereNegative(test, a, b)
-// = a there and b elsewhere, LoadQuarters(signals, k, four), and within quarters of four lanes
-// UnpackLow(a, b), UnpackHigh(a, b), LowPairs(a, b), HighPairs(a, b).
+// MultiplyAdd(a, b, c) = a b + c, MultiplySubtract(a, b, c) = a b - c, NegativeMultiplyAdd(a, b, c)
+// = c - a b, WhereNegative(test, a, b) = a there and b elsewhere, LoadQuarters(signals, k, four),
+// and within quarters of four lanes UnpackLow(a, b), UnpackHigh(a, b), LowPairs(a, b),
+// HighPairs(a, b).
 #pragma once
 
 #include "kernels/VelkDspBinauralKernels.h"
@@ -184,7 +185,9 @@ private:
     /// Newton's form.
     static Vec Between(const Vec* x, Vec place) noexcept {
         const Vec beyond = S::Subtract(place, S::Broadcast(1.f));
-        const auto chosen = [&](Vec near, Vec far) { return S::WhereNegative(beyond, near, far); };
+        const auto chosen = [&](Vec below, Vec above) {
+            return S::WhereNegative(beyond, below, above);
+        };
         Vec first[4], second[3], third[2];  // differences
         for (int i = 0; i < 4; ++i) first[i] = S::Subtract(x[i + 1], x[i]);
         for (int i = 0; i < 3; ++i) second[i] = S::Subtract(first[i + 1], first[i]);
