@@ -25,6 +25,8 @@ namespace {
 
 constexpr tav::SourceSite kSite{"libquilo/src/pan/QuiloPanOSC", 0};
 constexpr std::size_t kCommandsPerFrame = 16;
+/// Patterns of one packet of 64 kB could stand for millions.
+constexpr std::size_t kMostCommands = 65536;
 
 OscChanges BitOf(const OscCommand& command) { return OscChanges{1} << command.route; }
 
@@ -37,7 +39,12 @@ struct Gathered {
     tav::OscCommandList commands;
     std::vector<OscMessageView> errands;
 
-    void Command(const OscCommand& command) { commands.Add(command); }
+    void Command(const OscCommand& command) {
+        if (commands.All().size() == kMostCommands) {
+            throw tav::Exception("OSC packet stands for more than 65536 messages", kSite);
+        }
+        commands.Add(command);
+    }
     bool Errand(const PanOscRoute&, const OscMessageView& message) {
         // An errand looks at its address itself; a pattern may lead to it by several ways.
         if (errands.empty() || errands.back().address.data() != message.address.data()) {

@@ -40,11 +40,11 @@ static_assert(std::size(kTexts) == static_cast<std::size_t>(OscFault::PacketInva
 
 /// What is known of a type tag: the bytes of its argument, or that these tell themselves how many
 /// they are, or that there is no way to read it, or that there is no such tag.
-enum : std::uint8_t { kTellsItself = 0xFD, kUnreadable = 0xFE, kUnknown = 0xFF };
+constexpr std::uint8_t kTellsItself = 0xFD, kUnreadable = 0xFE, kUnknownTag = 0xFF;
 
 constexpr auto kArgumentBytes = [] {
     std::array<std::uint8_t, 256> sizes{};
-    sizes.fill(kUnknown);
+    sizes.fill(kUnknownTag);
     sizes['F'] = sizes['T'] = 0;
     sizes['i'] = sizes['f'] = 4;
     sizes['h'] = sizes['d'] = 8;
@@ -142,7 +142,7 @@ bool OscReader::ReadTypeTags(std::string_view& tags) noexcept TAV_NONBLOCKING {
     if (text.front() != ',') return Fail(OscFault::TypeTagsExpected);
     std::size_t end = 1;
     for (; end < text.size() && text[end] != '\0'; ++end) {
-        if (ArgumentBytes(text[end]) != kUnknown) continue;
+        if (ArgumentBytes(text[end]) != kUnknownTag) continue;
         unknownTag_ = text[end];
         return Fail(OscFault::UnknownTypeTag);
     }

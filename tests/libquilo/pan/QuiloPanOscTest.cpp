@@ -43,39 +43,22 @@ void PlayOneBlock(Pan& pan) { PanPlayer(pan).Play(64, Tests::Silence); }
 
 TEST(PanOsc, CarriesOutWhatItsTableSays) {
     const auto pan = OnDefaultSpeakers(2, 4, "dbap");
-    const auto at = [&](unsigned k) { return pan->SourcePosition(k); };
-    using Moved = tav::CartesianVector;
+    const auto isAt = [&](unsigned k, float x, float y, float z) {
+        return IsNear(pan->SourcePosition(k), {x, y, z});
+    };
     const struct {
         OSCMessage message;
         bool isHandled;
         std::function<bool()> holds;
     } rows[] = {
-        {OSCMessage("/source/1/xyz", 1, 2, 3), true,
-         [&] {
-             return at(0) == Moved{1, 2, 3};
-         }},
-        {OSCMessage("/source/1/xyz/", 3.f, 2.f, 1.f), true,
-         [&] {
-             return at(0) == Moved{3, 2, 1};
-         }},
-        {OSCMessage("/source/1/x++", 1.f), true,
-         [&] {
-             return at(0) == Moved{4, 2, 1};
-         }},
-        {OSCMessage("/source/2/az", 0.f), true,
-         [&] {
-             return IsNear(at(1), {0, 1, 0});
-         }},
-        {OSCMessage("/source/2/dist*=", 2.f), true,
-         [&] {
-             return IsNear(at(1), {0, 2, 0});
-         }},
-        {OSCMessage("/source/1/xyz", 1.f, 2.f), false,
-         [&] {
-             return at(0) == Moved{4, 2, 1};
-         }},
-        {OSCMessage("/source/1/xyz", "1", "2", "3"), false, [&] { return at(0).x == 4; }},
-        {OSCMessage("/source/1/nowhere", 1.f), false, [&] { return at(0).x == 4; }},
+        {OSCMessage("/source/1/xyz", 1, 2, 3), true, [&] { return isAt(0, 1, 2, 3); }},
+        {OSCMessage("/source/1/xyz/", 3.f, 2.f, 1.f), true, [&] { return isAt(0, 3, 2, 1); }},
+        {OSCMessage("/source/1/x++", 1.f), true, [&] { return isAt(0, 4, 2, 1); }},
+        {OSCMessage("/source/2/az", 0.f), true, [&] { return isAt(1, 0, 1, 0); }},
+        {OSCMessage("/source/2/dist*=", 2.f), true, [&] { return isAt(1, 0, 2, 0); }},
+        {OSCMessage("/source/1/xyz", 1.f, 2.f), false, [&] { return isAt(0, 4, 2, 1); }},
+        {OSCMessage("/source/1/xyz", "1", "2", "3"), false, [&] { return isAt(0, 4, 2, 1); }},
+        {OSCMessage("/source/1/nowhere", 1.f), false, [&] { return isAt(0, 4, 2, 1); }},
         {OSCMessage("/source/2/spread", 150), true, [&] { return pan->SourceSpread(1) == 100; }},
         {OSCMessage("/source/*/spread", 30.f), true,
          [&] { return pan->SourceSpread(0) == 30 && pan->SourceSpread(1) == 30; }},
@@ -161,6 +144,11 @@ TEST(PanOsc, DropsAFaultyPacketWhole) {
               "invalid /source index : 9");
     PlayOneBlock(*pan);
     EXPECT_EQ(pan->SourcePosition(0), before);
+    // Twelve messages for each of 22 formats of each of 250 sources.
+    const auto many = OnDefaultSpeakers(250, 4, "angular");
+    const Tests::LoEntry all{"/source/*/*", {{'f', 5}, {'f', 5}, {'f', 5}}};
+    EXPECT_EQ(RefusalOf([&] { many->Osc().Enqueue(LoBundle(std::vector(12, all))); }),
+              "OSC packet stands for more than 65536 messages");
 }
 
 TEST(PanOsc, KeepsTheNewestOfEachAddressInAFlood) {

@@ -146,9 +146,6 @@ TEST(OscStreams, SayWhatIsWrong) {
     }
     EXPECT_EQ(FaultOf(Bytes(bundle)), "");
     EXPECT_EQ(FaultOf(Bytes(bundle + "\0\0\0\x8"s + message)), "");
-}
-
-TEST(OscStreams, LimitTheDepthOfBundles) {
     EXPECT_EQ(FaultOf(LoBundle({{"/a", {{'i', 1}}}}, 32)), "");
     EXPECT_EQ(FaultOf(LoBundle({{"/a", {{'i', 1}}}}, 33)),
               "OSC input stream format error: too many nested bundles");
