@@ -90,8 +90,8 @@ def cost(name):
         return (f"nanoseconds per source and sample, 64 / 250 sources: at rest {rest}" + (f", moving {moving}" if moving else "") +
                 " ([where and how](../performance.md))")
     count, moving, rest = performance_row("Every type", name)
-    return (f"64 sources on {count} outlets, as parts of one dense 64 x 64 matrix product: moving {moving}, at rest {rest} "
-            "([where and how](../performance.md#every-type))")
+    return (f"64 sources on {count} outlets, a vector of 64 samples, as parts of one dense 64 x 64 matrix product: moving "
+            f"{moving}, at rest {rest} ([where and how](../performance.md#every-type))")
 
 
 def plain(markup):
@@ -120,7 +120,9 @@ def attribute_table(attributes, begin):
     for attribute in attributes:
         first = "" if attribute.per == "outlet" or attribute.name in ("sourcespositions", "numinputs", "numoutputs", "type") else \
             " ".join(begin.get(attribute.name, [])[:attribute.each if attribute.per else None])
-        rows.append(f"| `{attribute.name}` | {values(attribute)} | {first} | {plain(attribute.description)} |")
+        alias = attribute.get("alias")
+        about = f"Another name of `{alias}`." if alias else plain(attribute.description)
+        rows.append(f"| `{attribute.name}` | {values(attribute)} | {first} | {about} |")
     return rows
 
 
