@@ -53,12 +53,15 @@ void NearfieldStage::Wake(unsigned index) noexcept TAV_NONBLOCKING {
 void NearfieldStage::TakeTarget(Group& group,
                                 std::size_t lane,
                                 Source& source) noexcept TAV_NONBLOCKING {
-    const Ears before = source.taken.ears;
+    const Target before = source.taken;
     if (!source.shared.Take(source.taken)) return;
     const std::uint32_t numSteps = source.taken.numSteps;
     if (numSteps == 0) return Rest(group, lane, source);
-    // The target that is in force already does not start its glide again.
-    if (source.taken.ears == before) return;
+    // The target that is in force already neither starts its glide again nor changes its length.
+    if (source.taken.ears == before.ears) {
+        source.taken.numSteps = before.numSteps;
+        return;
+    }
     source.from = source.next;
     source.steps = 0;
     for (std::size_t e = 0; e < kEars; ++e) {

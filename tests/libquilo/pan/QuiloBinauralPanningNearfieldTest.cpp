@@ -234,7 +234,10 @@ TEST(NearfieldStage, GlidesAloneAsAmongOthersInAnyPieces) {
         stage.Wake(kSource);
         std::vector<float> heard;
         for (std::size_t at = 0; at < sweep.size(); at += piece) {
-            if (at == 1024) stage.SetSource(kSource, target, 1000.f * kGlide / kAt);
+            // Told the same again, a glide goes on, whatever time others are to take.
+            if (at == 1024 || at == 1536) {
+                stage.SetSource(kSource, target, (at == 1024 ? 1000.f : 100.f) * kGlide / kAt);
+            }
             NearfieldStage::Signals inputs;
             inputs.fill(silence.data());
             inputs[kSource % 16] = sweep.data() + at;
