@@ -3,6 +3,7 @@
 
 #include "osc/VelkDspOscOutputStream.h"
 #include "pan/QuiloBinauralModelPanning.h"
+#include "pan/QuiloBinauralPanningNearfield.h"
 #include "pan/QuiloDbapPanning.h"
 #include "pan/QuiloNFCHOAPanning.h"
 #include "pan/QuiloPanDefaults.h"
@@ -112,6 +113,11 @@ void BusyPan::TurnTheirOwn(unsigned source, std::mt19937& random) {
         ears->SetHeadRadius(on ? 0.1f : 0.001f * *values);
         ears->SetItdModel(on ? "measurement" : "basic");
     }
+    if (auto* ears = dynamic_cast<Quilo::BinauralPanningNearfield*>(pan_.get())) {
+        using Near = Quilo::BinauralPanningNearfield;
+        ears->SetSwitch(static_cast<Near::Switch>(random() % Near::kNumSwitches), on);
+        ears->SetRadius(0.02f * values[1]);
+    }
     if (auto* ears = dynamic_cast<Quilo::BinauralPanningSnowmanModel*>(pan_.get())) {
         ears->SetTorsoRadius(0.003f * values[1]);
         ears->SetNeckHeight(0.01f * values[2]);
@@ -132,6 +138,7 @@ void BusyPan::SendOsc(unsigned source, std::mt19937& random) {
     stream.WriteBundle(bundle);
     try {
         pan_->Osc().Enqueue(stream.Bytes());
+        if (random() % 8 == 0) pan_->Osc().CarryOutIfStill();
     } catch (const tav::Exception&) {  // there is no source 0
     }
 }

@@ -153,6 +153,14 @@ TEST(PanPresets, ChangeNothingWhenTheFileIsDamaged) {
         EXPECT_EQ(Settle(box), "error: exception : " + file(row.name) + ": " + row.fault + "\n");
         EXPECT_TRUE(box.Ask("sourcespositions").starts_with("3 2 1 ")) << row.fault;
     }
+    WriteText(folder / "a.txt", "a list of tools\n");
+    for (const char* name : {"a.txt", "p.json"}) {  // the other one is the damaged preset
+        const std::string content = ReadText(folder / name);
+        box.Send("/preset/export " + file(name));
+        EXPECT_EQ(Settle(box), "error: exception : " + file(name) +
+                                   ": the file is no preset and is not overwritten\n");
+        EXPECT_EQ(ReadText(folder / name), content);
+    }
     // One that a person has written.
     WriteText(folder / "c.txt", "# a cue\n/source/*/xyz 1 2 3\n/attribute/interpolationtime 8");
     box.Send("/preset/load " + file("c.txt"));

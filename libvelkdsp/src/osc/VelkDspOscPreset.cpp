@@ -127,8 +127,24 @@ OSCBundle ReadOscPreset(std::string_view content, OscPresetFormat format) {
     return messages;
 }
 
+namespace {
+
+/// Whoever can send a message names the file. So nothing but a preset is ever overwritten.
+void RefuseOtherFiles(const std::filesystem::path& file) {
+    std::error_code fault;
+    if (!std::filesystem::exists(file, fault)) return;
+    try {
+        LoadOscPreset(file);
+    } catch (const Exception&) {
+        throw Exception(NameOf(file) + ": the file is no preset and is not overwritten");
+    }
+}
+
+}  // namespace
+
 void SaveOscPreset(const std::filesystem::path& file, const OSCBundle& state) {
     const std::string content = WriteOscPreset(state, FormatOrThrow(file));
+    RefuseOtherFiles(file);
     if (!ReplaceFile(file, content))
         throw Exception(NameOf(file) + ": the preset cannot be written");
 }
