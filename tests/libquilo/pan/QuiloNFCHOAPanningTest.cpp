@@ -243,9 +243,10 @@ TEST(NFCHOAPanning, RoundsFarBelowTheSignal) {
     }
 }
 
-TEST(NFCHOAPanning, ANewRateEndsTheWayOfASource) {
-    Overhead moved(3, 1.f, 5.f), there(3, 1.f, 0.5f);
+TEST(NFCHOAPanning, ANewRateEndsEveryGlide) {
+    Overhead moved(3, 3.f, 5.f), there(3, 1.f, 0.5f);
     moved.pan.SetInterpolationTime(200.f);
+    moved.pan.SetSpeakersRadius(1.f);
     moved.pan.SetSourcePosition(0, {0, 0, 0.5f}, false, false);
     moved.player.Play(640, Silence);
     for (Overhead* overhead : {&moved, &there}) overhead->pan.SetSampleRate(96000.f);
