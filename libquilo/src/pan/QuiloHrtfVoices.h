@@ -20,8 +20,8 @@ namespace Quilo {
 /// Readings that glide have no taps. Their sample k lies at place + k step, where 0 is
 /// signal[k - 2] and 1 is signal[k - 1]. What rests beside them is read at its place, too.
 struct PathReading {
-    const float* signal;
-    std::array<float, static_cast<std::size_t>(tav::kReadingTaps)> taps;
+    const float* signal = nullptr;
+    std::array<float, static_cast<std::size_t>(tav::kReadingTaps)> taps{};
     float place = 0.f;
     float step = 0.f;  // other than 0: it glides
 };

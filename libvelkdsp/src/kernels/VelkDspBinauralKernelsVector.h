@@ -43,8 +43,8 @@ public:
                 int left = cells.numCells;
                 for (; left > kMostInLoop; left -= kMostInLoop) {
                     RunCells<kMostInLoop, Sink::Store, false>(chain);
-                    chain.coefficients += kMostInLoop * kCellCoefficients * kRow;
-                    chain.past += kMostInLoop * kCellStates * kRow;
+                    chain.coefficients += kRow * kMostInLoop * kCellCoefficients;
+                    chain.past += kRow * kMostInLoop * kCellStates;
                 }
                 if (sum.left == nullptr) {
                     RunLast<Sink::Store>(left, chain);
@@ -221,11 +221,11 @@ private:
 
     /// Cells of one ear, for the lanes of one vector and all samples.
     struct Chain {
-        const float* coefficients;
-        float* past;  // of what enters
-        const float* in;
-        float* out;
-        std::ptrdiff_t end;  // of the samples, in floats
+        const float* coefficients = nullptr;
+        float* past = nullptr;  // of what enters
+        const float* in = nullptr;
+        float* out = nullptr;
+        std::ptrdiff_t end = 0;  // of the samples, in floats
         const float* gain = nullptr;
         const float* weights = nullptr;
     };
