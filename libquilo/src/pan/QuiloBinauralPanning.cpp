@@ -170,7 +170,7 @@ tav::CartesianVector BinauralPanning::HeardPosition(unsigned index) const {
 unsigned BinauralPanning::Latency() const {
     const ControlGuard guard(controlLock_);
     if (itd_.latencyMode != Itd::LatencyMode::FixedLatency || !HasDelays()) return 0;
-    return static_cast<unsigned>(std::lround(0.001f * SampleRate() * DelayPart()));
+    return static_cast<unsigned>(std::lround(0.001f * SampleRate()));
 }
 
 }  // namespace Quilo

@@ -18,7 +18,8 @@ public:
 
     std::string OutputLabel(unsigned output) const override;
     bool IsPlanar() const override { return false; }
-    /// Samples: what is left of the common millisecond; none where nearer ears are not delayed.
+    /// Samples: one millisecond, whatever is taken off the delays; none where nearer ears are not
+    /// delayed.
     unsigned Latency() const override;
 
     /// Metres, in the frame of the sources.

@@ -76,9 +76,6 @@ protected:
     float DelayPart() const override TAV_REQUIRES(controlLock_) {
         return BinauralPanning::DelayPart() * (delayScale_ / 100.f);
     }
-    bool HasDelays() const override TAV_REQUIRES(controlLock_) {
-        return newest_ != nullptr && newest_->rendering->HasDelays();
-    }
 
 private:
     /// What one set needs to sound, and room for what it says while it comes or goes.

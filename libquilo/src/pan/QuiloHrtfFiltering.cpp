@@ -84,7 +84,8 @@ void HrtfFiltering::TakeTarget(unsigned index, bool present) noexcept TAV_NONBLO
         SetDelays(index, tav::Ramp::GlideLength(target.glideMs, rate));
         bank_->Load(index, target.points);
     }
-    if (target.gain == 0.f && voices_.IsSilenced(index)) Sleep(index, SourceState::Muted);
+    const std::size_t tail = responses_->AreCells() ? 0 : responses_->MaxTaps();
+    if (target.gain == 0.f && voices_.IsSilenced(index, tail)) Sleep(index, SourceState::Muted);
 }
 
 void HrtfFiltering::TakeInputs(const float* const* inputs,

@@ -40,9 +40,8 @@ public:
 
     unsigned NumSources() const noexcept { return static_cast<unsigned>(sources_.size()); }
 
-    bool HasDelays() const noexcept override {
-        return responses_->NeedDelays() || nearfield_ != nullptr;
-    }
+    /// Sources go through delays: their filters do not hold all of them.
+    bool HasDelays() const noexcept { return responses_->NeedDelays() || nearfield_ != nullptr; }
 
     // Thread: control.
     void SetSettings(const Settings& settings) noexcept override { settings_.Store(settings); }

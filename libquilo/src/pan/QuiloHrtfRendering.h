@@ -23,8 +23,6 @@ public:
     const HrtfResponses& Responses() const noexcept { return *responses_; }
     /// What they were made of.
     const std::shared_ptr<const Hrtf>& Set() const noexcept { return set_; }
-    /// Sources go through delays: their filters do not hold all of them.
-    virtual bool HasDelays() const noexcept { return true; }
     unsigned BlockSize() const noexcept TAV_NONBLOCKING { return blockSize_; }
 
     // Thread: control.

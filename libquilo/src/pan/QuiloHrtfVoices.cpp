@@ -146,8 +146,8 @@ void HrtfVoices::SetDelay(unsigned voice,
     if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
 }
 
-bool HrtfVoices::IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING {
-    return voices_[voice].silence > Kept(voices_[voice]);
+bool HrtfVoices::IsSilenced(unsigned voice, std::size_t tail) const noexcept TAV_NONBLOCKING {
+    return voices_[voice].silence > longestKept_ + tail;
 }
 
 void HrtfVoices::Take(unsigned index,

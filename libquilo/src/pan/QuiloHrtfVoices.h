@@ -100,8 +100,9 @@ public:
                   std::size_t path,
                   float ms,
                   std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
-    /// There has been no sound, by the gain, for as long as the window remembers.
-    bool IsSilenced(unsigned voice) const noexcept TAV_NONBLOCKING;
+    /// There has been no sound, by the gain, for as long as the longer window remembers and `tail`
+    /// samples more, in which filters ring out.
+    bool IsSilenced(unsigned voice, std::size_t tail = 0) const noexcept TAV_NONBLOCKING;
 
     /// The next piece; delays glide on.
     void Take(unsigned voice, std::span<const float> input) noexcept TAV_NONBLOCKING {
