@@ -53,10 +53,15 @@ constexpr OwnRow kOwnRows[] = {
     {"/load",           "load",           "s",       Is<BinauralPanningDirect>, "",                  ""},
     {"/speakers/F",     "speakers",       "*",       nullptr,                   "",                  ""},
     {"/listener/F",     "listener",       "*",       Is<BinauralPanning>,       "[number]...",       "sets the position of the listener, in a coordinate format (binaural types)"},
-    {"/crossfadetype",  "crossfadetype",  "s",       Is<BinauralPanningDirect>, "[string]",          "chooses how filters fade (binaural types)"},
-    {"/implementation", "implementation", "?",       Is<BinauralPanningDirect>, "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
+    {"/crossfadetype",  "crossfadetype",  "s",       Is<BinauralPanning>,       "[string]",          "chooses how filters fade (binaural types)"},
+    {"/implementation", "implementation", "?",       Is<BinauralPanning>,       "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
 };
 // clang-format on
+
+/// Max has no atoms for them.
+bool HasBlobs(const tav::OSCMessage& message) {
+    return message.TypeTags().find('b') != std::string::npos;
+}
 
 bool ArgumentsFit(const OwnRow& row, const tav::OSCMessage& message) {
     const std::string tags = message.TypeTags();
@@ -300,13 +305,14 @@ void PanOsc::RunErrands(void* x, t_symbol*, Atoms) noexcept {
         if (message->AddressText() == "/preset/load") {
             restoring.emplace(VelkMax::RestoringState::By::Message);
         }
-        object.Engine()->ProcessOsc(*message);
+        object.Engine()->Osc().ProcessErrand(*message);
     });
 }
 
 bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
     const std::string& address = message.AddressText();
     t_object* const x = MaxObjectOf(object_);
+    if (HasBlobs(message)) return false;
     if (address.starts_with(kAttributePrefix)) {
         const char* const name = address.c_str() + kAttributePrefix.size();
         if (!HasAttribute(name)) {
@@ -338,6 +344,7 @@ bool PanOsc::HasAttribute(const char* name) const {
 
 bool PanOsc::AcceptsOwn(const tav::OSCMessage& message) const {
     const std::string& address = message.AddressText();
+    if (HasBlobs(message)) return false;
     if (address.starts_with(kAttributePrefix)) {
         return HasAttribute(address.c_str() + kAttributePrefix.size()) &&
                !message.Arguments().empty();

@@ -61,6 +61,7 @@ const std::vector<PresetCase> kPresetCases{
     {"2 2 binaural",
      {"itdlatency nolatency", "headradius 0.1", "listener xyz 0.1 0.2 0.3", "crossfadetype linear",
       "implementation realisation fir length 64 reduction 20"}},
+    {"2 2 binaural snowman", {"torsoradius 0.2", "crossfadetype linear"}},
 };
 
 class PanPreset : public testing::TestWithParam<PresetCase> {};

@@ -89,17 +89,36 @@ unsigned PanOSCReceiver::NumAttributes() { return static_cast<unsigned>(PanOscRo
 
 namespace {
 
+/// The address of an errand's row with the word that the message has in the place of the F: one
+/// without patterns.
+std::string PlainAddress(const PanOscRoute& route, const OscMessageView& message) {
+    if (!route.address.ends_with("/F")) return std::string(route.address);
+    OscPath path(message.address);
+    path.Take();
+    return std::string(route.address.substr(0, route.address.size() - 1)).append(path.Take());
+}
+
 struct AtOnce {
     Pan& pan;
     PanOSCReceiver& receiver;
     tav::ControlLock& lock;
+    PanOscExtension* extension;
+    bool takesCommands = true;
 
     void Command(const OscCommand& command) {
+        if (!takesCommands) return;
         const ControlGuard guard(lock);
         PanOscRoutes()[command.route].run(pan, receiver, command);
     }
     bool Errand(const PanOscRoute& route, const OscMessageView& message) {
-        return route.runErrand(pan, message);
+        const std::string address = PlainAddress(route, message);
+        if (extension == nullptr || !extension->Owns(address)) {
+            return route.runErrand(pan, message);
+        }
+        OSCMessage plain(address);
+        const OSCMessage copy = CopyOf(message);
+        for (const auto& argument : copy.Arguments()) plain.Add(argument);
+        return extension->ProcessOwn(plain);
     }
 };
 
@@ -122,9 +141,12 @@ bool PanOSCReceiver::IsOwned(std::string_view address) const noexcept {
     return extension_ != nullptr && extension_->Owns(address);
 }
 
-bool PanOSCReceiver::Process(const OSCMessage& message) {
+bool PanOSCReceiver::Process(const OSCMessage& message) { return Process(message, true); }
+void PanOSCReceiver::ProcessErrand(const OSCMessage& message) { Process(message, false); }
+
+bool PanOSCReceiver::Process(const OSCMessage& message, bool takesCommands) {
     if (IsOwned(message.AddressText())) return extension_->ProcessOwn(message);
-    AtOnce sink{pan_, *this, pan_.controlLock_};
+    AtOnce sink{pan_, *this, pan_.controlLock_, extension_, takesCommands};
     return Resolve(message, sink);
 }
 
@@ -188,7 +210,7 @@ OscChanges PanOSCReceiver::Enqueue(std::span<const std::byte> packet) {
         if (extension_ != nullptr) {
             extension_->PutOff(errand);
         } else {
-            Process(CopyOf(errand));
+            ProcessErrand(CopyOf(errand));
         }
     }
     return changes;

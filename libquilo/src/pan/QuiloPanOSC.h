@@ -39,7 +39,7 @@ class PanOscExtension {
 public:
     /// Whether messages to this address are for the owner instead of the panner.
     virtual bool Owns(std::string_view address) const noexcept = 0;
-    /// Keeps a copy of an errand, to call Pan::ProcessOsc with it soon, in another thread.
+    /// Keeps a copy of an errand, to call ProcessErrand with it soon, in another thread.
     /// Thread: that of Enqueue.
     virtual void PutOff(const tav::OscMessageView& message) = 0;
     /// Carries out a message that the owner owns.
@@ -77,6 +77,9 @@ public:
     /// Throws: tav::Exception for a source that does not exist; what setters throw.
     /// Thread: control.
     bool Process(const tav::OSCMessage& message);
+    /// Carries out an errand that was put off. What its pattern stands for besides has been
+    /// enqueued when it came.  Throws and Thread: as Process.
+    void ProcessErrand(const tav::OSCMessage& message);
     /// Whether Process would take it, and this panner has what it sets. Presets are not accepted
     /// inside of presets.  Throws: as Process.  Thread: control.
     bool Accepts(const tav::OSCMessage& message) const;
@@ -121,6 +124,7 @@ private:
 
     template <class Sink>
     bool Resolve(const tav::OSCMessage& message, Sink& sink) const;
+    bool Process(const tav::OSCMessage& message, bool takesCommands);
     bool IsOwned(std::string_view address) const noexcept;
 
     Pan& pan_;

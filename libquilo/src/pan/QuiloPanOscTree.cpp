@@ -83,7 +83,8 @@ const PanOscTree::Edge* PanOscTree::Find(const Node& node,
                                          std::string_view part) noexcept TAV_NONBLOCKING {
     const std::uint64_t head = HeadOf(part);
     for (const Edge& edge : node.edges) {
-        if (edge.head == head && (part.size() <= sizeof head || edge.text == part)) return &edge;
+        if (edge.head != head || edge.text.size() != part.size()) continue;
+        if (part.size() <= sizeof head || edge.text == part) return &edge;
     }
     return nullptr;
 }

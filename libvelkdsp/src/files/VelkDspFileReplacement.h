@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A file that appears only when it is complete.
 //
-// Whoever reads it, or loses power while it is written, has the old file or the new one.
+// Whoever reads it while it is written, or ends before, has the old file or the new one.
 #pragma once
 
 #include <filesystem>
@@ -12,8 +12,8 @@
 namespace tav {
 
 /// Writes a temporary file beside the one that is to be replaced, and renames it in Commit. Without
-/// Commit the temporary file is removed and the other one stays as it was. Of a symbolic link the
-/// target is replaced; a device or a pipe is written directly.  Thread: control.  Throws:
+/// Commit the temporary file is removed and the other one stays as it was. Of a symbolic link to a
+/// file the file is replaced; a device or a pipe is written directly.  Thread: control.  Throws:
 /// std::bad_alloc.
 class FileReplacement {
 public:

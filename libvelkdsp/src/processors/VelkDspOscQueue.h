@@ -50,23 +50,22 @@ public:
           places_(2 * capacity) {}
 
     /// Nobody hears a position that another one follows before the next block: an absolute command
-    /// removes the one with the same key that waits. Any other command replaces that one only when
-    /// the box is full, and is dropped when there is none.
+    /// removes the one with the same key that waits. Any other command does so only when the box is
+    /// full, and is dropped when there is none.
     /// Cost: constant on average; once in `capacity` calls proportional to that.
     Outcome Put(const OscCommand& command) noexcept TAV_NONBLOCKING {
         if (end_ == commands_.size()) Compact();
         Place& place = PlaceOf(command.Key());
         const bool isKnown = place.round == round_;
-        if (isKnown && command.isAbsolute) {
+        const bool isFull = count_ == capacity_;
+        if (isFull && !isKnown) return Outcome::Dropped;
+        const bool isLost = isFull && !command.isAbsolute;
+        if (isKnown && (command.isAbsolute || isFull)) {
             commands_[place.index].route = OscCommand::kVoid;
             --count_;
-        } else if (count_ == capacity_) {
-            if (!isKnown) return Outcome::Dropped;
-            commands_[place.index] = command;
-            return Outcome::Replaced;
         }
         Append(command, place);
-        return Outcome::Kept;
+        return isLost ? Outcome::Replaced : Outcome::Kept;
     }
 
     /// Those with the route kVoid have been removed.

@@ -68,6 +68,8 @@ TEST(PanOsc, CarriesOutWhatItsTableSays) {
         {OSCMessage("/dsp/samplerate", 5e5f), true, [&] { return pan->SampleRate() == 384000; }},
         {OSCMessage("/dsp/samplerate", "48000"), false,
          [&] { return pan->SampleRate() == 384000; }},
+        {OSCMessage("/dsp/samplera", 48000), false, [&] { return pan->SampleRate() == 384000; }},
+        {OSCMessage("/dsp/samplerates", 8000), false, [&] { return pan->SampleRate() == 384000; }},
         {OSCMessage("/dsp/buffersize", 0), true, [&] { return pan->BufferSize() == 1; }},
         {OSCMessage("/dsp/mute", true), true, [&] { return pan->Mute(); }},
         {OSCMessage("/dsp/mute", 2), true, [&] { return !pan->Mute(); }},  // only 1 is true

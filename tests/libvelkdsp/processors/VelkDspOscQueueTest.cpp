@@ -14,14 +14,11 @@ struct ListQueue {
         const auto isSame = [&](const OscCommand& other) { return other.Key() == command.Key(); };
         const auto same = std::find_if(pending.rbegin(), pending.rend(), isSame);
         const bool isKnown = same != pending.rend();
-        if (isKnown && command.isAbsolute) {
-            pending.erase(std::next(same).base());
-        } else if (pending.size() == capacity) {
-            if (isKnown) *same = command;
-            return 1;
-        }
+        const bool isFull = pending.size() == capacity;
+        if (isFull && !isKnown) return 1;
+        if (isKnown && (isFull || command.isAbsolute)) pending.erase(std::next(same).base());
         pending.push_back(command);
-        return 0;
+        return isFull && !command.isAbsolute ? 1 : 0;
     }
     std::vector<float> Run(std::size_t most) {
         std::vector<float> numbers;
