@@ -102,7 +102,7 @@ struct AtOnce {
     Pan& pan;
     PanOSCReceiver& receiver;
     tav::ControlLock& lock;
-    PanOscExtension* extension;
+    PanOscExtension* extension = nullptr;
     bool takesCommands = true;
 
     void Command(const OscCommand& command) {
