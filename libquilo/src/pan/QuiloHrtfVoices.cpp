@@ -111,6 +111,7 @@ void HrtfVoices::Wake(unsigned index) noexcept TAV_NONBLOCKING {
     voice = Voice();
     // Windows of different sources are moved at different times.
     voice.end = Kept(voice) + std::size_t{index} * 64 % kSlack;
+    voice.known = longestKept_;  // silence
     for (std::size_t w = 0; w < numWindows_; ++w) {
         std::fill_n(samples_.data() + (index * numWindows_ + w) * length_, length_ - saved_, 0.f);
     }
@@ -123,6 +124,8 @@ void HrtfVoices::Lengthen(unsigned index) noexcept TAV_NONBLOCKING {
         std::copy_backward(window, window + length_ - saved_, window + length_);
         std::fill_n(window, saved_, 0.f);
     }
+    const bool hasBegun = voice.piece > 0;  // all was silence before
+    if (hasBegun) voice.known = static_cast<std::size_t>(usualDelay_);
     voice.piece += saved_;
     voice.end += saved_;
     voice.isLong = true;
@@ -143,7 +146,10 @@ void HrtfVoices::SetDelay(unsigned voice,
     const float samples = std::clamp(ms, 0.f, kLongestDelayMs) * samplesPerMs_;
     if (samples > usualDelay_ && !voices_[voice].isLong) Lengthen(voice);
     tav::Ramp& delay = voices_[voice].paths[path].delay;
-    if (samples != delay.Target() || glideSamples == 0) delay.SetOverSamples(samples, glideSamples);
+    if (samples == delay.Target() && glideSamples > 0) return;
+    const float unknown = samples - static_cast<float>(voices_[voice].known);
+    const auto shortest = static_cast<std::uint32_t>(std::max(std::ceil(unknown), 0.f));
+    delay.SetOverSamples(samples, std::max(glideSamples, shortest));
 }
 
 bool HrtfVoices::IsSilenced(unsigned voice, std::size_t tail) const noexcept TAV_NONBLOCKING {
@@ -182,6 +188,7 @@ void HrtfVoices::Take(unsigned index,
     }
     voice.piece = isFull ? kept : voice.end;
     voice.end = voice.piece + count;
+    voice.known += count;
     voice.silence = rests && gain == 0.f ? voice.silence + count : 0;
 }
 

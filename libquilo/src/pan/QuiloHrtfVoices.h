@@ -71,8 +71,7 @@ class HrtfVoices {
 public:
     /// The largest head, of 1 m, gives 8 ms, or 15 ms at a scale of 200 %.
     static constexpr float kLongestDelayMs = 20.f;
-    /// Windows hold this much until a longer delay is set; then they hold kLongestDelayMs. What was
-    /// before the shorter window is forgotten.
+    /// Windows hold this much until a longer delay is set; then they hold kLongestDelayMs.
     static constexpr float kUsualDelayMs = 5.f;
     /// Delays of a voice, each a path to an ear.
     static constexpr std::size_t kMostPaths = 4;
@@ -96,6 +95,9 @@ public:
     /// @param glideSamples  0: at once
     void SetGain(unsigned voice, float gain, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
     /// @param ms  clamped to 0 .. kLongestDelayMs
+    /// @param glideSamples  at least as many as the delay goes beyond what the window remembers:
+    /// what was before a window of kUsualDelayMs is forgotten, and the path must not read silence
+    /// there
     void SetDelay(unsigned voice,
                   std::size_t path,
                   float ms,
@@ -144,6 +146,7 @@ private:
         std::array<Path, kMostPaths> paths;
         std::size_t piece = 0;    // where the newest piece begins in the window
         std::size_t end = 0;      // and where it ends
+        std::size_t known = 0;    // samples before `end` that are what came, up to any delay
         std::size_t silence = 0;  // samples since the gain became 0
         bool isLong = false;      // the window holds kLongestDelayMs
     };

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
@@ -257,6 +258,28 @@ TEST(HrtfVoices, ReadDelaysOfAnyLength) {
                     // Delays of thousands of samples are rounded to parts of 2^-12 of one.
                     ASSERT_NEAR(rows[k * tav::kSourceLanes], expected, 3e-3) << block << " " << k;
                 }
+            }
+        }
+    }
+}
+
+// A window that has just grown does not know yet what was before it. The input counts its samples.
+TEST(HrtfVoices, GrowWithoutAHoleInTheSound) {
+    for (const std::uint32_t glide : {0u, 50u, 300u}) {
+        HrtfVoices voices(1, kRate, GroupReader::kLongest, 0);
+        voices.Wake(0);
+        std::vector<float> input(GroupReader::kLongest), room(input.size());
+        for (unsigned block = 0; block < 60; ++block) {
+            const float ms = block < 20 || block == 50 ? 4.f : block == 20 ? 7.f : 16.f;
+            voices.SetDelay(0, 0, ms, block < 50 ? glide : 0);
+            const auto first = static_cast<float>(block * input.size());
+            std::iota(input.begin(), input.end(), first);
+            voices.Take(0, input);
+            const float* const output = voices.Delayed(0, 0, room);
+            const float least = (block > 50 ? 15.99f : 3.99f) * 48.f, most = 16.01f * 48.f;
+            for (std::size_t k = 0; k < input.size() && block >= 18; ++k) {
+                ASSERT_GE(input[k] - output[k], least) << glide << " " << block << " " << k;
+                ASSERT_LE(input[k] - output[k], most) << glide << " " << block << " " << k;
             }
         }
     }
