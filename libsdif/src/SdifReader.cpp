@@ -12,6 +12,7 @@ namespace {
 constexpr std::uint64_t kGeneralHeaderSize = 16;
 constexpr std::uint64_t kFrameHeaderSize = 16;  // what its size counts
 constexpr std::uint64_t kMatrixHeaderSize = 16;
+constexpr std::uint64_t kNowhere = ~std::uint64_t{0};
 constexpr std::string_view kBlanks{" \t\r\n\0", 5};
 
 std::uint64_t BigEndian(std::string_view bytes) noexcept {
@@ -110,7 +111,7 @@ std::optional<FrameHeader> Reader::NextFrame() {
     FrameHeader frame;
     frame.signature = ReadSignature(size_);
     const std::uint64_t length = ReadWord(size_);
-    if (length < kFrameHeaderSize || length > Left(size_)) throw Error("frame is cut off");
+    if (length < kFrameHeaderSize) throw Error("frame is shorter than its header");
     frameEnd_ = position_ + length;
     frame.time = Number(ElementType::Float64, BigEndian(Read(8, frameEnd_)));
     frame.stream = static_cast<std::int32_t>(ReadWord(frameEnd_));
@@ -120,6 +121,7 @@ std::optional<FrameHeader> Reader::NextFrame() {
 }
 
 std::optional<MatrixHeader> Reader::NextMatrix() {
+    if (nextMatrix_ == kNowhere) throw Error("matrix is cut off");
     if (matricesLeft_ == 0) return std::nullopt;
     --matricesLeft_;
     MoveTo(nextMatrix_);
@@ -130,16 +132,16 @@ std::optional<MatrixHeader> Reader::NextMatrix() {
     matrix_.columns = ReadWord(frameEnd_);
     const std::uint64_t elementSize = static_cast<std::uint32_t>(matrix_.type) & 0xff;
     const std::uint64_t count = std::uint64_t{matrix_.rows} * matrix_.columns;
-    if (elementSize != 0 && count > Left(frameEnd_) / elementSize) {
-        throw Error("matrix is cut off");
-    }
-    const std::uint64_t end = position_ + count * elementSize;
+    const bool isCutOff = elementSize != 0 && count > Left(frameEnd_) / elementSize;
+    const std::uint64_t length = isCutOff ? 0 : count * elementSize;
     // The last padding of a frame may be missing.
-    nextMatrix_ = std::min(end + PaddingOf(end - position_), frameEnd_);
+    const std::uint64_t padded = std::min(length + PaddingOf(length), Left(frameEnd_));
+    nextMatrix_ = isCutOff ? kNowhere : position_ + padded;
     return matrix_;
 }
 
 std::vector<double> Reader::ReadMatrix() {
+    if (nextMatrix_ == kNowhere) throw Error("matrix is cut off");
     // Refuses elements of unknown type, whose size may be 0 and their number anything.
     Number(matrix_.type, 0);
     const std::uint64_t elementSize = static_cast<std::uint32_t>(matrix_.type) & 0xff;
@@ -170,6 +172,7 @@ std::string Reader::ReadSignature(std::uint64_t end) { return Read(4, end); }
 
 void Reader::MoveTo(std::uint64_t position) {
     if (position == position_) return;  // a seek would empty the stream's buffer
+    if (position > size_) throw Error("file is cut off");
     stream_.seekg(static_cast<std::streamoff>(position));
     if (!stream_) throw Error("file cannot be read");
     position_ = position;

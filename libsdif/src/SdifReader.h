@@ -14,7 +14,8 @@ namespace Sdif {
 
 /// Every size in the file is compared with what is left of the file, or of the frame, before memory
 /// is taken or bytes are passed over; so memory stays within a small multiple of the file's size,
-/// and every sequence of calls ends.
+/// and every sequence of calls ends. What is cut off is noticed where it is read or passed over:
+/// the headers before it are still told.
 /// Pattern: ReadNameValues (NextFrame (NextMatrix ReadMatrix?)*)*
 /// Throws: Error; the reader is of no use afterwards.
 class Reader {
@@ -34,7 +35,9 @@ public:
     std::vector<double> ReadMatrix();
 
 private:
-    std::uint64_t Left(std::uint64_t end) const noexcept { return end - position_; }
+    std::uint64_t Left(std::uint64_t end) const noexcept {
+        return end < size_ ? end - position_ : size_ - position_;
+    }
     std::string Read(std::uint64_t count, std::uint64_t end);
     std::uint32_t ReadWord(std::uint64_t end);
     std::string ReadSignature(std::uint64_t end);
@@ -43,8 +46,8 @@ private:
     std::istream& stream_;
     std::uint64_t size_ = 0;
     std::uint64_t position_ = 0;
-    std::uint64_t frameEnd_ = 0;
-    std::uint64_t nextMatrix_ = 0;  // where it begins
+    std::uint64_t frameEnd_ = 0;    // as its header says
+    std::uint64_t nextMatrix_ = 0;  // where it begins; kNowhere: the matrix before it is cut off
     std::uint32_t matricesLeft_ = 0;
     MatrixHeader matrix_;
 };

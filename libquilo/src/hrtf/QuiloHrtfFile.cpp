@@ -161,7 +161,8 @@ private:
             try {
                 values = reader.ReadMatrix();
             } catch (const Sdif::Error&) {
-                FailMatrix(header->signature);
+                if (row->store == &HrtfFile::StorePosition) FailMatrix(header->signature);
+                throw;
             }
             if (!std::ranges::all_of(values, FitsFloat)) FailMatrix(header->signature);
             (this->*row->store)(entry, *header, values);

@@ -157,10 +157,16 @@ TEST(HrtfFile, NoPrefixOfAFileIsTakenForAWholeOne) {
         for (std::size_t size = 0; size < whole.size(); ++size) {
             const std::string fault = FaultOf([&] { Read(whole.substr(0, size)); });
             const bool betweenFrames = size == frames || size == whole.rfind("HRTF");
-            EXPECT_EQ(fault, size < 16       ? "invalid file PATH"
-                             : size < frames ? "invalid header PATH"
-                             : betweenFrames ? "invalid number of HRTF frames ? PATH"
-                                             : "error reading file PATH")
+            const auto isIn = [&](const char* matrix, std::size_t numBytes) {
+                const std::size_t begin = whole.find(matrix) + 16;
+                return size >= begin && size < begin + numBytes;
+            };
+            EXPECT_EQ(fault, size < 16          ? "invalid file PATH"
+                             : size < frames    ? "invalid header PATH"
+                             : betweenFrames    ? "invalid number of HRTF frames ? PATH"
+                             : isIn("XCAR", 12) ? "exception reading XCAR matrix PATH"
+                             : isIn("XAED", 24) ? "exception reading XAED matrix PATH"
+                                                : "error reading file PATH")
                 << size << " bytes";
         }
     }
