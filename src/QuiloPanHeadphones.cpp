@@ -37,26 +37,22 @@ std::string WordOf(Atoms atoms) { return atoms.First(1).Text(); }
 // ---- Loading
 
 struct HrtfKind {
+    using Panner = BinauralPanningDirect;
     using Load = BinauralPanningDirect::HrtfLoad;
     static constexpr const auto& kLoaded = kHrtfLoaded;
     static constexpr const auto& kNotLoaded = kHrtfNotLoaded;
 
     /// Panners by a model of the listener are for headphones, too, but load nothing.
-    static BinauralPanningDirect* PannerFor(const PanObject& object, const std::string& name) {
-        if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return nullptr;
-        return PannerOrRefusal<BinauralPanningDirect>(object, kHrtfNotLoaded, name.c_str());
+    static bool IsFor(const PanObject& object) {
+        return PannerOrRefuse<BinauralPanning>(object) != nullptr;
     }
     /// The words for the built-in set are kept as they are; a file is looked up.
-    static std::optional<std::string> PathOf(const PanObject& object, const std::string& name) {
+    static std::optional<FoundSet> Find(const PanObject& object, const std::string& name) {
         const PanSymbols& words = PanSymbols::Get();
         if (name.empty() || name == words.builtInHrtf->s_name || name == words.noHrtf->s_name) {
-            return words.builtInHrtf->s_name;
+            return FoundSet{words.builtInHrtf->s_name, name};
         }
-        auto place = VelkMax::LocateFile(name.c_str());
-        if (!place) place = VelkMax::LocateFile((name + ".sofa").c_str());
-        if (place) return VelkMax::FullPath(*place);
-        Error(object, VelkMax::kNotLocated, name.c_str());
-        return std::nullopt;
+        return FindSet(object, name, {"", ".sofa"});
     }
     static t_symbol* SourceOf(const Load& load, const std::string&) {
         const auto& infos = load.Set().Data().infos;
@@ -76,7 +72,7 @@ void AskAndLoad(void* x, t_symbol*, Atoms) noexcept {
         if (!place) return;
         const std::string path = VelkMax::FullPath(*place);
         const VelkMax::Door::Visit inside(object.TheDoor());
-        HrtfLoading::LoadFile(object, path, place->name);
+        HrtfLoading::LoadFile(object, {path, place->name});
     });
 }
 
@@ -190,7 +186,8 @@ void ListenerMessage(PanObject& object, Atoms atoms) {
 
 void LoadMessage(PanObject& object, Atoms atoms) {
     if (!atoms.Empty()) return HrtfLoading::LoadNamed(object, WordOf(atoms));
-    if (HrtfKind::PannerFor(object, {}) == nullptr) return;
+    if (!HrtfKind::IsFor(object)) return;
+    if (PannerOrRefusal<HrtfKind::Panner>(object, kHrtfNotLoaded, "") == nullptr) return;
     object.TheDoor().StepOutside([&] { object.TheDoor().SendToMain({&AskAndLoad}); });
 }
 

@@ -39,7 +39,8 @@ void SetNeckHeight(PanObject& object, float metres);
 
 void ListenerMessage(PanObject& object, Atoms atoms);
 /// A file in the search path, with or without ".sofa", or "kemar" or "none" for the built-in set;
-/// without a name the user is asked. The file is read with nobody held up.  Thread: main
+/// without a name the user is asked. A full path that leads nowhere is searched for by the name of
+/// its file. The file is read with nobody held up.  Thread: main
 void LoadMessage(PanObject& object, Atoms atoms);
 void CrossfadeTypeMessage(PanObject& object, t_symbol* shape);
 /// Pairs of a keyword and a value.

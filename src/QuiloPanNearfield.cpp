@@ -4,7 +4,6 @@
 #include "QuiloPanEngine.h"
 #include "QuiloPanSetLoading.h"
 #include "QuiloPanSymbols.h"
-#include "max/VelkMaxFiles.h"
 
 #include <optional>
 #include <string>
@@ -20,19 +19,16 @@ Nearfield* NearfieldOrRefuse(const PanObject& object) {
 }
 
 struct NearfieldKind {
+    using Panner = Nearfield;
     using Load = Nearfield::NearfieldLoad;
     static constexpr const auto& kLoaded = kNearfieldLoaded;
     static constexpr const auto& kNotLoaded = kNearfieldNotLoaded;
 
-    static Nearfield* PannerFor(const PanObject& object, const std::string&) {
-        return NearfieldOrRefuse(object);
-    }
-    /// Empty for the built-in filters.
-    static std::optional<std::string> PathOf(const PanObject& object, const std::string& name) {
-        if (name.empty() || name == PanSymbols::Get().noHrtf->s_name) return std::string();
-        if (const auto place = VelkMax::LocateFile(name.c_str())) return VelkMax::FullPath(*place);
-        VelkMax::Error(object, VelkMax::kNotLocated, name.c_str());
-        return std::nullopt;
+    static bool IsFor(const PanObject& object) { return NearfieldOrRefuse(object) != nullptr; }
+    /// No path stands for the built-in filters.
+    static std::optional<FoundSet> Find(const PanObject& object, const std::string& name) {
+        if (name.empty() || name == PanSymbols::Get().noHrtf->s_name) return FoundSet{{}, name};
+        return FindSet(object, name, {""});
     }
     static t_symbol* SourceOf(const Load&, const std::string& path) {
         return path.empty() ? PanSymbols::Get().noHrtf : gensym(path.c_str());

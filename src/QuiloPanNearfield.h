@@ -26,7 +26,7 @@ void SetNearfieldSwitch(PanObject& object, max_long on) {
     SetNearfieldSwitch(object, kWhich, on != 0);
 }
 
-/// @param name  a file in the search path; empty or "none": the built-in filters
+/// @param name  a file, searched for as LoadMessage does; empty or "none": the built-in filters
 void LoadNearfieldMessage(PanObject& object, t_symbol* name);
 
 }  // namespace Quilo

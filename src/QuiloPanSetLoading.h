@@ -5,33 +5,58 @@
 // to install what was read.
 #pragma once
 
-#include "QuiloPanObject.h"
+#include "QuiloPanEngine.h"
+#include "max/VelkMaxFiles.h"
 #include "max/VelkMaxStateTexts.h"
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 
 namespace Quilo {
 
+struct FoundSet {
+    std::string path;  // as Load::Read takes it
+    std::string name;  // for the console
+};
+
+/// Looks for a file of filters in Max's search path. A full path that leads nowhere is tried again
+/// by the name of its file alone, under which it is then reported.
+/// @param endings  tried behind the name, in this order
+/// @return none, after an error was posted, for what cannot be found
+inline std::optional<FoundSet> FindSet(const PanObject& object,
+                                       const std::string& name,
+                                       std::initializer_list<const char*> endings) {
+    for (const char* const ending : endings) {
+        if (const auto place = VelkMax::LocateFile((name + ending).c_str()))
+            return FoundSet{VelkMax::FullPath(*place), name};
+    }
+    if (const auto place = VelkMax::LocateNamesake(name))
+        return FoundSet{VelkMax::FullPath(*place), place->name};
+    VelkMax::Error(object, VelkMax::kNotLocated, name.c_str());
+    return std::nullopt;
+}
+
 /// `Kind` says what is loaded:
+///     using Panner                what loads; other panners for which IsFor is true refuse what
+///                                 was found
 ///     using Load                  of the panner: Read and Install
-///     PannerFor(object, name)     the panner to load into; null, and refused, for any other
-///     PathOf(object, name)        outside the door; none, and said so, for what cannot be found
+///     IsFor(object)               false, and refused, for panners that this is not for
+///     Find(object, name)          outside the door; a FoundSet, or none after an error was posted
 ///     SourceOf(load, path)        outside the door: what the attribute reads once it is loaded
 ///     SetSource(object, source)
 ///     Attribute()                 its name
-///     kLoaded, kNotLoaded         the console's texts, with the name as the user wrote it
+///     kLoaded, kNotLoaded         the console's texts, with the name of the FoundSet
 template <class Kind>
 class SetLoading {
 public:
     /// @param name  as the user wrote it      Thread: main, inside the door
     static void LoadNamed(PanObject& object, const std::string& name) {
-        auto* const panner = Kind::PannerFor(object, name);
-        if (panner == nullptr) return;
-        typename Kind::Load load(*panner);
-        std::optional<std::string> path;
-        object.TheDoor().StepOutside([&] { path = Kind::PathOf(object, name); });
-        if (path) Finish(object, load, *path, name);
+        if (!Kind::IsFor(object)) return;
+        std::optional<Load> load = Begin(object);
+        std::optional<FoundSet> found;
+        object.TheDoor().StepOutside([&] { found = Kind::Find(object, name); });
+        if (found) Finish(object, load, *found);
     }
 
     /// The scheduler waits for no disk: the main thread reads the file.  Thread: inside the door
@@ -46,29 +71,34 @@ public:
     }
 
     /// Loads a file that was found.  Thread: main, inside the door
-    static void LoadFile(PanObject& object, const std::string& path, const std::string& name) {
-        auto* const panner = Kind::PannerFor(object, name);
-        if (panner == nullptr) return;
-        typename Kind::Load load(*panner);
-        Finish(object, load, path, name);
+    static void LoadFile(PanObject& object, const FoundSet& found) {
+        if (!Kind::IsFor(object)) return;
+        std::optional<Load> load = Begin(object);
+        Finish(object, load, found);
     }
 
 private:
-    static void Finish(PanObject& object,
-                       typename Kind::Load& load,
-                       const std::string& path,
-                       const std::string& name) {
+    using Load = typename Kind::Load;
+
+    /// None where the panner loads nothing.
+    static std::optional<Load> Begin(const PanObject& object) {
+        auto* const panner = EngineAs<typename Kind::Panner>(object);
+        return panner != nullptr ? std::optional<Load>(*panner) : std::nullopt;
+    }
+
+    static void Finish(PanObject& object, std::optional<Load>& load, const FoundSet& found) {
+        if (!load) return Refuse(object, Kind::kNotLoaded, found.name.c_str());
         t_symbol* source = nullptr;  // of what was read
         object.TheDoor().StepOutside([&] {
             VelkMax::Guarded(object, &object_error, [&] {
-                if (load.Read(path)) source = Kind::SourceOf(load, path);
+                if (load->Read(found.path)) source = Kind::SourceOf(*load, found.path);
             });
         });
-        if (source == nullptr) return VelkMax::Error(object, Kind::kNotLoaded, name.c_str());
+        if (source == nullptr) return VelkMax::Error(object, Kind::kNotLoaded, found.name.c_str());
         // A load that was asked for later is in force and has been announced.
-        if (!load.Install()) return;
+        if (!load->Install()) return;
         Kind::SetSource(object, source);
-        VelkMax::Post(object, Kind::kLoaded, name.c_str());
+        VelkMax::Post(object, Kind::kLoaded, found.name.c_str());
         object.TheDoor().Changed(Kind::Attribute());
     }
 

@@ -34,6 +34,13 @@ std::optional<FilePlace> LocateFile(const char* name) {
     return place;
 }
 
+std::optional<FilePlace> LocateNamesake(const std::string& path) {
+    // Of any system: it begins with a slash, or a colon ends the name of a drive or of a volume.
+    const bool isFull = path.find_first_of("/\\") == 0 || path.find(':') != std::string::npos;
+    if (!isFull) return {};
+    return LocateFile(path.c_str() + path.find_last_of("/\\:") + 1);
+}
+
 std::optional<FilePlace> AskForFile(std::span<const t_fourcc> types) {
     PathBuffer name{};
     FilePlace place;

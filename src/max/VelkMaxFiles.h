@@ -29,6 +29,10 @@ struct FilePlace {
 /// Finds a file in Max's search path.  @param name  of a file, or a full path
 std::optional<FilePlace> LocateFile(const char* name);
 
+/// For a full path that leads nowhere, as one does that was stored on another machine: finds a file
+/// of the same name in Max's search path. Nothing for a name that is not a full path.
+std::optional<FilePlace> LocateNamesake(const std::string& path);
+
 /// Both open a dialog; the result is empty when the user cancels it. They must not be called while
 /// a message runs: see Door::SendToMain.
 /// @param types  of files that the dialog shows; empty: all files

@@ -40,7 +40,7 @@ TEST_F(HeadphonesFiles, LoadDuringPlayAndSoundAndSurviveWhatFails) {
     WriteText(folder_ / "s.txt",
               "object quilo.pan~ 1 2 binaural\n"
               "source 1 xyz 0 1 0\n"
-              "at 0.2 load ears.hrtf\n"
+              "at 0.2 load /elsewhere/ears.hrtf\n"
               "at 0.3 gethrtffile\n"
               "at 0.4 read cut.hrtf\n"
               "at 0.5 host from scheduler hrtffile field.hrtf\n"
