@@ -2,6 +2,7 @@
 // Two ears by models: against the wave around a rigid sphere, symmetries and signals in motion.
 #include "pan/QuiloBinauralModelPanning.h"
 
+#include "laws/QuiloHeadShadow.h"
 #include "libquilo/pan/PanPlayer.h"
 #include "math/VelkDspSpherical.h"
 #include "reference/PlainSphere.h"
@@ -63,6 +64,7 @@ TEST(BinauralPanningSphericalHeadModel, ShadowsAsARigidSphere) {
             EXPECT_LE(std::sqrt(squares / count), 1.2) << angle << " " << rate;
         }
     }
+    EXPECT_FLOAT_EQ(HeadShadowAlpha(-1.f), 0.4f);  // no bright spot opposite to the source
 }
 
 TEST(BinauralPanningITD, DelaysAndWeighsAsItSays) {
@@ -108,6 +110,17 @@ TEST(BinauralPanningSnowmanModel, HearsTheTorso) {
     const auto below = Responses(*pan, 48000.f, Towards(0, -90));
     EXPECT_GT(Decibels(level(above[1], 6000.0) / level(below[1], 6000.0)), 6.0);
     EXPECT_NEAR(Decibels(level(below[1], 50.0)), 0.0, 1.0);
+    // ... and comes later by the way around the torso, here a large one.
+    snowman.SetTorsoRadius(0.5f);
+    const auto onset = [](const std::vector<double>& ear) {
+        const auto sounds = [](double x) { return std::abs(x) > 1e-3; };
+        return static_cast<double>(std::ranges::find_if(ear, sounds) - ear.begin());
+    };
+    const TorsoPaths around =
+        TorsoPathsTo(Ear::Right, Snowman{0.0875f, {.radius = 0.5f}}, Towards(0, -90));
+    const auto large = Responses(*pan, 48000.f, Towards(0, -90));
+    EXPECT_NEAR(onset(large[1]) - onset(above[1]), 48.0 * static_cast<double>(around.directDelayMs),
+                2.0);
     // Without a reflection it is the head alone, down to the border of the shadow.
     const auto head = Pan::Create(1, 2, "binaural", "sphericalheadmodel");
     for (const bool hasTorso : {true, false}) {

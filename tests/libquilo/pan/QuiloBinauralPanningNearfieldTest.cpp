@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <filesystem>
 #include <fstream>
 #include <numbers>
@@ -171,11 +172,20 @@ TEST(BinauralPanningNearfield, DelaysAreCorrectedForEverySet) {
     const Tests::TemporaryFolder folder;
     const std::string finite = (folder / "ears.hrtf").generic_string();
     Tests::WriteText(finite, SmallFirSet().Bytes());
-    const auto growth = [](const std::string& set) {
+    HrtfFileContent shelf = SmallCellSet();
+    shelf.infos["DataType"] = "NearfieldCompensationFilter";
+    shelf.infos["FiltersLength"] = "5";
+    shelf.frames[1].matrices[2].columns = 5;
+    shelf.frames[1].matrices[2].values = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+    shelf.frames[0] = shelf.frames[1];  // half a millisecond late
+    shelf.frames[0].stream = 1;
+    const std::string nearness = (folder / "shelf.near").generic_string();
+    Tests::WriteText(nearness, shelf.Bytes());
+    const auto growth = [](const std::string& set, const std::string& filters = "") {
         double lead[2];
         for (const bool on : {false, true}) {
             BinauralPanningNearfield pan(1, 2);
-            EXPECT_TRUE(pan.LoadHrtf(set));
+            EXPECT_TRUE(pan.LoadHrtf(set) && pan.LoadNearfield(filters));
             SetAll(pan, false);
             pan.SetSwitch(Switch::DelaysCorrection, on);
             const Spectra ears = AnswersOf(Place(pan, 90.f, 0.25f));
@@ -186,6 +196,21 @@ TEST(BinauralPanningNearfield, DelaysAreCorrectedForEverySet) {
     const double ofCells = growth("kemar");
     EXPECT_GT(ofCells, 1.0);  // samples
     EXPECT_NEAR(growth(finite), ofCells, 0.05);
+    EXPECT_NEAR(growth(finite, nearness), 0.0005 * static_cast<double>(kRate), 0.05);
+}
+
+TEST(BinauralPanningNearfield, HearsSourcesWithinTheRadiusFromIt) {
+    BinauralPanningNearfield pan(1, 2);
+    pan.LoadHrtf("kemar");
+    pan.SetRadius(0.5f);
+    const Spectra border = AnswersOf(Place(pan, 60.f, 0.5f));
+    for (const float r : {0.01f, 0.3f, 0.49f}) {
+        const Spectra within = AnswersOf(Place(pan, 60.f, r));
+        for (const double hz : {60.0, 1000.0, 9000.0}) {
+            EXPECT_NEAR(LevelAt(within[0], hz), LevelAt(border[0], hz), 0.001) << r;
+        }
+        EXPECT_NEAR(LatenessOf(within[0]), LatenessOf(border[0]), 0.001) << r;
+    }
 }
 
 // The direction in which an ear sees a source at its side is not that in which the head does.
@@ -264,6 +289,26 @@ TEST(NearfieldStage, GlidesAloneAsAmongOthersInAnyPieces) {
         const double part = std::clamp((static_cast<double>(k) - 1023.0) / kGlide, 0.0, 1.0);
         ASSERT_NEAR(louder[k], (1.0 + 2.0 * part) * static_cast<double>(sweep[k]), 2e-6) << k;
     }
+    // Corners move in equal ratios: between 200 and 3200 Hz a low-pass passes by 800.
+    NearfieldStage stage(1, kAt, 64);
+    const auto lowPass = [&](float hz, float glideMs) {
+        const NearfieldEar ear{.shelf = 0.f, .shelfHz = hz};
+        stage.SetSource(0, {ear, ear}, glideMs);
+    };
+    lowPass(200.f, 0.f);
+    stage.Wake(0);
+    std::complex<double> sum;  // over a period of 800 Hz in the middle
+    for (unsigned frame = 0; frame < 2048 + 30; ++frame) {
+        const double turn = 2.0 * std::numbers::pi * frame / 60.0;
+        const auto tone = static_cast<float>(std::sin(turn));
+        NearfieldStage::Signals inputs;
+        inputs.fill(&tone);
+        stage.Perform(0, inputs, 1);
+        if (frame >= 2048 - 30)
+            sum += std::polar(static_cast<double>(stage.Ear(0, 0)[0]) / 30.0, -turn);
+        if (frame == 0) lowPass(3200.f, 1000.f * 4096.f / kAt);
+    }
+    EXPECT_NEAR(std::abs(sum), std::sqrt(0.5), 0.03);
 }
 
 TEST(BinauralPanningNearfield, ComesNearUnderASineWithoutANoise) {

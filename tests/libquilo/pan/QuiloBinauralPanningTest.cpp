@@ -241,6 +241,7 @@ TEST(BinauralPanningDirect, FollowsTheListenerAndReportsItsLatency) {
     EXPECT_EQ(pan->Latency(), 48u);
     pan->SetItdLatencyMode("nolatency");
     EXPECT_EQ(pan->Latency(), 0u);
+    EXPECT_EQ(Pan::Create(4, 2, "binaural", "diffuse")->Latency(), 0u);  // of no direction
     pan->SetCrossfadeTime(-1.f);
     EXPECT_EQ(pan->CrossfadeTime(), 0.f);
 }
