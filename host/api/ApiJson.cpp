@@ -6,10 +6,10 @@
 #include "ApiFaults.h"
 #include "ApiFiles.h"
 #include "ApiJsonText.h"
+#include "files/VelkDspFileReplacement.h"
 #include "reading/HostFiles.h"
 
 #include <algorithm>
-#include <fstream>
 #include <stdexcept>
 
 namespace HostApi {
@@ -228,10 +228,8 @@ t_max_err dictionary_write(t_dictionary* d, const char* filename, short path) {
     if (const auto code = InjectedFailure("dictionary_write")) return *code;
     const Dictionary* dictionary = AsDictionary(d);
     if (!dictionary || !filename) return MAX_ERR_INVALID_PTR;
-    std::ofstream file(Folder(path) / PathOf(filename), std::ios::binary);
-    file << JsonText(*dictionary);
-    file.close();
-    return file ? MAX_ERR_NONE : MAX_ERR_GENERIC;
+    const bool isWritten = tav::ReplaceFile(Folder(path) / PathOf(filename), JsonText(*dictionary));
+    return isWritten ? MAX_ERR_NONE : MAX_ERR_GENERIC;
 }
 
 t_max_err dictobj_dictionaryfromstring(t_dictionary** d,

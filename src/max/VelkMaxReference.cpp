@@ -2,6 +2,7 @@
 #include "max/VelkMaxReference.h"
 
 #include "QuiloProject.h"
+#include "files/VelkDspFileReplacement.h"
 #include "max/VelkMaxDictionaries.h"
 #include "max/VelkMaxFiles.h"
 #include "max/VelkMaxHandlers.h"
@@ -9,7 +10,6 @@
 #include "max/VelkMaxState.h"
 #include "max/VelkMaxStateTexts.h"
 
-#include <fstream>
 #include <sstream>
 #include <string_view>
 
@@ -215,11 +215,9 @@ void WritePage(void* x, t_symbol*, Atoms) noexcept {
         const FilePlace place{std::string(object_classname(object)->s_name) + ".maxref.xml",
                               ClassFolder(object)};
         const std::string path = FullPath(place);
-        const std::string page = ReferencePage(object);
-        std::ofstream file(SystemPath(place), std::ios::binary);
-        file << page;
-        file.close();
-        if (file.fail()) return Error(object, kNotWritten, path.c_str());
+        if (!tav::ReplaceFile(SystemPath(place), ReferencePage(object))) {
+            return Error(object, kNotWritten, path.c_str());
+        }
         Post(object, kPageWritten, path.c_str());
     });
 }

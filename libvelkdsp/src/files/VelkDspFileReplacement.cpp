@@ -15,16 +15,24 @@ std::filesystem::path TargetOf(const std::filesystem::path& file) {
     return fault ? file : target;
 }
 
-/// The file itself when it is no regular file: a device keeps no content that could be replaced.
-std::filesystem::path PathToWrite(const std::filesystem::path& file) {
+/// Whether it keeps no content that could be replaced: a device or a pipe.
+bool IsDevice(const std::filesystem::path& file) {
     std::error_code ignored;
     const auto status = std::filesystem::status(file, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) return file;
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
+/// Makes a folder beside the file. To make a folder is what the standard library can do only if
+/// there is none, so that two writers never share one and nobody's file or link is opened.
+/// @return its path; empty where no folder can be made
+std::filesystem::path MakeFolderBeside(const std::filesystem::path& file) {
     for (unsigned k = 1;; ++k) {
-        std::filesystem::path part = file;
-        part += k == 1 ? ".part" : ".part" + std::to_string(k);
-        const auto taken = std::filesystem::symlink_status(part, ignored);
-        if (!std::filesystem::exists(taken)) return part;
+        std::filesystem::path folder = file;
+        folder += k == 1 ? ".part" : ".part" + std::to_string(k);
+        std::error_code fault;
+        if (std::filesystem::create_directory(folder, fault)) return folder;
+        const auto taken = std::filesystem::symlink_status(folder, fault);
+        if (!std::filesystem::exists(taken)) return {};
     }
 }
 
@@ -32,8 +40,14 @@ std::filesystem::path PathToWrite(const std::filesystem::path& file) {
 
 FileReplacement::FileReplacement(const std::filesystem::path& file)
     : file_(TargetOf(file)),
-      written_(PathToWrite(file_)) {
+      written_(file_) {
+    if (!IsDevice(file_)) {
+        folder_ = MakeFolderBeside(file_);
+        if (folder_.empty()) return;
+        written_ = folder_ / file_.filename();
+    }
     stream_.open(written_, std::ios::binary | std::ios::trunc);
+    if (!stream_.is_open()) Abandon();
 }
 
 FileReplacement::~FileReplacement() {
@@ -46,16 +60,16 @@ bool FileReplacement::Commit() {
     if (stream_) stream_.close();
     std::error_code fault;
     if (stream_ && written_ != file_) std::filesystem::rename(written_, file_, fault);
-    if (stream_ && !fault) return true;
+    const bool isDone = stream_ && !fault;
     Abandon();
-    return false;
+    return isDone;
 }
 
-/// Removes what this object has opened, and nothing else.
+/// Removes what this object has made and not put in its place.
 void FileReplacement::Abandon() noexcept {
     stream_.close();
     std::error_code ignored;
-    if (written_ != file_) std::filesystem::remove(written_, ignored);
+    if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
 }
 
 bool ReplaceFile(const std::filesystem::path& file, std::string_view content) {

@@ -11,13 +11,13 @@
 
 namespace tav {
 
-/// Writes a temporary file beside the one that is to be replaced, and renames it in Commit. Without
-/// Commit the temporary file is removed and the other one stays as it was. Of a symbolic link to a
-/// file the file is replaced; a device or a pipe is written directly.  Thread: control.  Throws:
-/// std::bad_alloc.
+/// Writes a temporary file in a folder of its own beside the file that is to be replaced, and moves
+/// it there in Commit. Without Commit it is removed and the other file stays as it was. Of a
+/// symbolic link to a file the file is replaced; a device or a pipe is written directly.
+/// Thread: control.  Throws: std::bad_alloc.
 class FileReplacement {
 public:
-    /// The temporary file gets a name that no other file has.
+    /// The folder gets a name that nothing else has: "cue.txt.part" or "cue.txt.part2" and so on.
     explicit FileReplacement(const std::filesystem::path& file);
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
@@ -34,6 +34,7 @@ private:
     void Abandon() noexcept;
 
     std::filesystem::path file_;
+    std::filesystem::path folder_;   // of the temporary file; empty for a device or a pipe
     std::filesystem::path written_;  // the same as file_ for a device or a pipe
     std::ofstream stream_;
 };

@@ -17,8 +17,12 @@ TEST(FileReplacement, LeavesTheOldFileOrTheNewOneAndNothingElse) {
     EXPECT_TRUE(ReplaceFile(file, "first"));
     WriteText(folder / "cue.txt.part", "somebody's own");
     {
-        FileReplacement abandoned(file);
+        FileReplacement abandoned(file), other(file);
         abandoned.Stream() << "half";
+        other.Stream() << "of another";  // they do not write into one file
+        EXPECT_TRUE(other.Commit());
+        EXPECT_EQ(ReadText(file), "of another");
+        EXPECT_TRUE(ReplaceFile(file, "first"));
     }
     EXPECT_EQ(ReadText(file), "first");
     EXPECT_TRUE(ReplaceFile(file, "second"));
