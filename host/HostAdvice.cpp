@@ -309,7 +309,12 @@ std::string Advice::OfSubType(const std::string& word) const {
     const std::vector<std::string>& words = attributes_.at("subtype").words;
     if (word == object_.AttributeText("subtype") || std::ranges::find(words, word) != words.end())
         return "";
-    return "unknown subtype " + word + ": " + SuggestionText(word, words);
+    const std::string unknown = "unknown subtype " + word + ": ";
+    const std::vector<std::string>& types = attributes_.at("type").words;
+    const std::string joined = object_.AttributeText("type") + word;
+    if (std::ranges::find(types, joined) != types.end())
+        return unknown + "did you mean the type " + joined + "?";
+    return unknown + SuggestionText(word, words);
 }
 
 std::string Advice::OfType(std::span<const Atom> plain, std::span<const Atom> box) const {

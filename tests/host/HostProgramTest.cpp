@@ -357,6 +357,7 @@ TEST_F(HostProgram, TellsWhichStatementWasWrongAndWhatWouldBeRight) {
          "121, 144, 169, 196, 225"},
         {"1 9 panr", "panr takes these numbers of outlets: 4 to 8, 12"},
         {"1 4 vabp2d", "did you mean vbap2d?"},
+        {"1 4 vbap 2d", "unknown subtype 2d: did you mean the type vbap2d?"},
         {"1 4 vbap2d difuse", "unknown subtype difuse: did you mean diffuse?"},
         {"1 4 hoa3d @encodng FuMa", "did you mean encoding?"},
         {"1 4 hoa3d @automute 501", "automute takes 0 to 500 sec"},

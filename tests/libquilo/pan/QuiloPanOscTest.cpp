@@ -159,7 +159,13 @@ TEST(PanOsc, KeepsTheNewestOfEachAddressInAFlood) {
     constexpr unsigned kMessages = 20000;
     for (unsigned k = 0; k < kMessages; ++k) {
         const std::string address = "/source/" + std::to_string(k % kSources + 1) + "/x";
-        pan->Osc().Enqueue(LoFloats(address, {static_cast<double>(k)}));
+        const Packet packet = LoFloats(address, {static_cast<double>(k)});
+        OscChanges changes;
+        if (k % 3 == 2) {
+            ASSERT_TRUE(pan->Osc().EnqueueInAudio(packet, changes));
+        } else {
+            pan->Osc().Enqueue(packet);
+        }
     }
     EXPECT_EQ(pan->Osc().TakeNumLost(), kMessages - 4096);
     EXPECT_EQ(pan->Osc().TakeNumLost(), 0u);
