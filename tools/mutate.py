@@ -46,7 +46,8 @@ CONFIGURE = {
 # What a fault may well be guilty of without being refused for it.
 NO_WARNINGS = "".join(f'#pragma GCC diagnostic ignored "-W{name}"\n' for name in (
     "unused-parameter", "unused-variable", "unused-but-set-variable", "unused-function", "empty-body",
-    "conversion", "sign-conversion", "double-promotion", "return-type", "parentheses"))
+    "conversion", "sign-conversion", "double-promotion", "return-type", "parentheses",
+    "misleading-indentation"))
 
 
 class Fault:

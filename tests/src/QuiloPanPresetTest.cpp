@@ -59,8 +59,8 @@ const std::vector<PresetCase> kPresetCases{
     {"2 9 hoa3d", {"hoamode fast", "encoding FuMa"}},
     {"2 7 nfchoa2d", {"nfchighpass 1", "speakersradius 3.3"}},
     {"2 2 binaural",
-     {"itdlatency nolatency", "headradius 0.1", "listener xyz 0.1 0.2 0.3", "crossfadetype linear",
-      "implementation realisation fir length 64 reduction 20"}},
+     {"itdtype larcherjot", "itdlatency nolatency", "headradius 0.1", "listener xyz 0.1 0.2 0.3",
+      "crossfadetype linear", "implementation realisation fir length 64 reduction 20"}},
     {"2 2 binaural snowman", {"torsoradius 0.2", "crossfadetype linear"}},
 };
 

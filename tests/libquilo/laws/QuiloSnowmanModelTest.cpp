@@ -51,6 +51,7 @@ TEST(SnowmanModel, HasNoStepsOnTheWayDown) {
                 EXPECT_NEAR(now.directDelayMs, before.directDelayMs, 0.012f) << elevation;
                 EXPECT_NEAR(now.reflectedDelayMs, before.reflectedDelayMs, 0.012f) << elevation;
                 EXPECT_NEAR(now.shadow, before.shadow, 0.06f) << elevation;
+                EXPECT_GE(now.reflectedDelayMs, now.directDelayMs) << elevation;
                 before = now;
             }
             EXPECT_LT(before.shadow, 0.45f);
