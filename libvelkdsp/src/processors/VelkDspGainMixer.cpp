@@ -167,10 +167,12 @@ void GainMixer::ForEachListed(Body body) const noexcept TAV_NONBLOCKING {
 
 void GainMixer::RebuildLists() noexcept TAV_NONBLOCKING {
     listsStale_ = false;
+    anyList_ = false;
     anyRampedList_ = false;
     std::ranges::fill(listCounts_, Counts{});
     ForEachListed([&](unsigned, unsigned output, bool moves) {
         ++(moves ? listCounts_[output].ramped : listCounts_[output].constant);
+        anyList_ = true;
         anyRampedList_ = anyRampedList_ || moves;
     });
     MixPair* next = pairs_.data();
@@ -249,6 +251,7 @@ void GainMixer::FillWeights(const RampPiece& piece, int first, int count) noexce
 
 void GainMixer::MixLists(const MixPorts& ports, int offset, int frames) noexcept TAV_NONBLOCKING {
     const bool isAll = numPanelInputs_ == 0;
+    if (!anyList_ && !isAll) return;
     const MixPair* pairs = pairs_.data();
     for (unsigned o = 0; o < numOutputs_; ++o) {
         const Counts counts = listCounts_[o];

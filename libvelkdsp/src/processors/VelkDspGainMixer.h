@@ -126,6 +126,7 @@ private:
     // The same gains, sorted for the kernels; only those of active inputs.
     bool listsStale_ = false;
     bool panelsStale_ = false;
+    bool anyList_ = false;
     bool anyRampedList_ = false;
     bool anyRampedPanel_ = false;
     std::vector<Counts> listCounts_;   // per output

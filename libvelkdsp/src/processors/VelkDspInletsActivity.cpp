@@ -39,11 +39,6 @@ InletsOutletsConnectionsStatus::Flags InletsOutletsConnectionsStatus::AllSet(uns
     return flags;
 }
 
-bool InletsOutletsConnectionsStatus::IsSet(const Flags& flags,
-                                           unsigned index) noexcept TAV_NONBLOCKING {
-    return index < flags.size() && flags[index].load(kRelaxed) != 0;
-}
-
 void InletsOutletsConnectionsStatus::SetNumInlets(unsigned count) {
     inletConnected_ = AllSet(count);
     NoteChange();
@@ -136,6 +131,8 @@ void InletsActivityAnalyzer::Analyze(const double* const* inlets,
         std::ranges::fill(silentSamples_, 0);
     }
     const bool autoMute = AutoMute();
+    const std::uint32_t before = Changes();
+    if (!autoMute && settled_ == before) return;
     const std::uint64_t holdSamples = holdSamples_.load(kRelaxed);
     bool changed = false;
     for (unsigned inlet = 0; inlet < NumInlets(); ++inlet) {
@@ -150,10 +147,7 @@ void InletsActivityAnalyzer::Analyze(const double* const* inlets,
         changed = true;
     }
     if (changed) NoteChange();
-}
-
-bool InletsActivityAnalyzer::InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING {
-    return IsSet(inletActive_, inlet);
+    settled_ = autoMute ? std::nullopt : std::optional(before);
 }
 
 void InletsActivityAnalyzer::Reset() noexcept { restart_.store(true, kRelaxed); }

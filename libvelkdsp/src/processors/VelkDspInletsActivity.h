@@ -2,10 +2,12 @@
 // Which inputs and outputs are connected, and which inputs have a signal.
 #pragma once
 
+#include "containers/VelkDspRelaxed.h"
 #include "text/VelkDspNonblocking.h"
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -39,7 +41,9 @@ protected:
     /// 16-bit, relaxed: the flags are independent; a change may take effect a block later.
     using Flags = std::vector<std::atomic<std::int16_t>>;
     static Flags AllSet(unsigned count);
-    static bool IsSet(const Flags& flags, unsigned index) noexcept TAV_NONBLOCKING;
+    static bool IsSet(const Flags& flags, unsigned index) noexcept TAV_NONBLOCKING {
+        return index < flags.size() && flags[index].load(kRelaxed) != 0;
+    }
     void NoteChange() noexcept TAV_NONBLOCKING { changes_.fetch_add(1, std::memory_order_release); }
 
     // shared: control writes, audio reads
@@ -76,7 +80,9 @@ public:
     /// does a denormal one, whatever the processor's mode. Silence is counted in whole blocks;
     /// while auto-mute is off or the inlet disconnected, the count does not change. Thread: audio.
     void Analyze(const double* const* inlets, unsigned frames) noexcept TAV_NONBLOCKING;
-    bool InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING;
+    bool InletActive(unsigned inlet) const noexcept TAV_NONBLOCKING {
+        return IsSet(inletActive_, inlet);
+    }
     /// The next Analyze restarts the count of silent samples.  Thread: control, audio may run.
     void Reset() noexcept;
 
@@ -92,6 +98,9 @@ private:
     Flags inletActive_;
     // audio only
     std::vector<std::uint64_t> silentSamples_;
+    /// Changes() when Analyze last set all active flags to the connected ones; while it stays the
+    /// same and auto-mute is off, there is nothing to do.
+    std::optional<std::uint32_t> settled_;
     // control only
     float sampleRate_ = 0.f;
 };

@@ -19,11 +19,13 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 class SampleKernelsOf : public Tests::KernelsOf<SampleKernels> {};
 
 TEST_P(SampleKernelsOf, GiveTheBitsOfTheScalarTwin) {
-    constexpr double kSamples[] = {0.3,    -0.0,  kNaN, -kInfinity, -1e38,    1e300,   1e6,
-                                   -1e-30, 9e-31, -1.0, 1.000001e6, 4.9e-324, 0x1p-24, kInfinity};
-    Tests::ForEveryLengthAndStart(Tests::kLongestRun, [&](int n, int start) {
-        std::vector<double> host;
-        for (int k = 0; k < n; ++k) host.push_back(kSamples[(k + start) % std::ssize(kSamples)]);
+    constexpr double kSamples[] = {
+        0.3,      -0.0,       kNaN,       -kInfinity, -1e38,
+        1e300,    1e6,        -1e-30,     9e-31,      1e-30 * (1.0 - 1e-15),
+        -2e-30,   1.000001e6, 1e6 + 1e-9, 4.9e-324,   0x1p-24,
+        kInfinity};
+    const auto compare = [&](int start, const std::vector<double>& host) {
+        const int n = static_cast<int>(std::ssize(host));
         const std::vector<float> empty(host.size(), 7.f);
         Tests::Guarded<float> own(start, empty), plainOwn(0, empty);
         Tests::Guarded<double> from(start % 8, host);
@@ -48,6 +50,17 @@ TEST_P(SampleKernelsOf, GiveTheBitsOfTheScalarTwin) {
         }
         EXPECT_EQ(own.Values(), std::vector<float>(host.size()));
         EXPECT_EQ(plainOwn.Values(), own.Values());
+    };
+    Tests::ForEveryLengthAndStart(Tests::kLongestRun, [&](int n, int start) {
+        std::vector<double> host;
+        for (int k = 0; k < n; ++k) host.push_back(kSamples[(k + start) % std::ssize(kSamples)]);
+        compare(start, host);
+        // One special sample among ordinary ones.
+        host.assign(host.size(), -0.25);
+        if (n > 0)
+            host[static_cast<std::size_t>(start * 7 % n)] =
+                kSamples[(n + start) % std::ssize(kSamples)];
+        compare(start, host);
     });
 }
 
