@@ -89,7 +89,7 @@ void LoadModule(const std::string& file) {
 
 void RunDueWork() {
     HostApi::AdvanceClocks(0);
-    HostApi::RunDeferred();
+    HostApi::Settle();
 }
 
 void Object::Make(std::span<const Atom> box) {

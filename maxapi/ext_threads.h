@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Deferral to the main thread, queue elements, clocks, critical regions.
+// Deferral to the main thread, queue elements, clocks, critical regions, threads.
 #pragma once
 
 #include "ext_codes.h"
@@ -34,6 +34,15 @@ MAXAPI_EXPORT void critical_enter(t_critical c);
 MAXAPI_EXPORT void critical_exit(t_critical c);
 MAXAPI_EXPORT short critical_tryenter(t_critical c);
 MAXAPI_EXPORT void critical_free(t_critical c);
+// entry: void* (void*), which begins in a new thread. Size of the stack, priority and flags: 0 for
+// what is usual.
+MAXAPI_EXPORT max_long systhread_create(method entry,
+                                        void* arg,
+                                        max_long stacksize,
+                                        max_long priority,
+                                        max_long flags,
+                                        t_systhread* thread);
+MAXAPI_EXPORT max_long systhread_join(t_systhread thread, unsigned* retval);
 MAXAPI_EXPORT short systhread_ismainthread();
 MAXAPI_EXPORT short systhread_istimerthread();
 MAXAPI_EXPORT short systhread_isaudiothread();

@@ -41,6 +41,7 @@ using t_double = double;
 using t_ptr = char*;
 using t_handle = char**;
 using t_critical = struct t_critical_region*;
+using t_systhread = struct t_systhread_record*;
 
 /// Any function handed to Max; cast back to its true type before it is called.
 using method = void* (*)(void*);

@@ -10,6 +10,7 @@
 #include "pan/QuiloPanDefaults.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Quilo {
 
@@ -114,23 +115,36 @@ void PanObject::MoveSource(unsigned index, const tav::CartesianVector& position)
     door_.Changed(PanSymbols::Get().sources);
 }
 
+class PanObject::LayoutWork final : public VelkMax::LongWork {
+public:
+    LayoutWork(PanObject& object, tav::CartesianArray speakers)
+        : object_(object),
+          number_(++object.numLayouts_),
+          asked_(speakers),
+          before_(std::exchange(object.speakers_, std::move(speakers))) {}
+    ~LayoutWork() override {
+        if (!isPrepared_ && IsLatest()) std::swap(object_.speakers_, before_);
+    }
+
+    void Compute() override { layout_ = object_.engine_->PrepareSpeakers(asked_); }
+    void Finish() override {
+        isPrepared_ = true;
+        if (IsLatest()) object_.engine_->InstallSpeakers(std::move(layout_));
+    }
+
+private:
+    bool IsLatest() const { return object_.numLayouts_ == number_; }
+
+    PanObject& object_;
+    const unsigned number_;
+    const tav::CartesianArray asked_;
+    tav::CartesianArray before_;
+    std::unique_ptr<SpeakersLayout> layout_;
+    bool isPrepared_ = false;
+};
+
 void PanObject::SetSpeakers(tav::CartesianArray speakers) {
-    const tav::CartesianArray asked = speakers;
-    std::swap(speakers_, speakers);  // `speakers` holds the previous layout now
-    const unsigned number = ++numLayouts_;
-    struct Undo {
-        ~Undo() {
-            if (isNeeded && object.numLayouts_ == number) std::swap(object.speakers_, before);
-        }
-        PanObject& object;
-        unsigned number = 0;
-        tav::CartesianArray& before;
-        bool isNeeded = true;
-    } undo{*this, number, speakers};
-    std::unique_ptr<SpeakersLayout> layout;
-    door_.StepOutside([&] { layout = engine_->PrepareSpeakers(asked); });
-    undo.isNeeded = false;
-    if (numLayouts_ == number) engine_->InstallSpeakers(std::move(layout));
+    door_.CarryOut(std::make_unique<LayoutWork>(*this, std::move(speakers)));
 }
 
 tav::CartesianArray PanObject::Sources() const {

@@ -81,7 +81,8 @@ public:
     /// Starts the source's glide to a position. @param index  below NumSources()
     void MoveSource(unsigned index, const tav::CartesianVector& position);
     /// Stores the layout, prepares it outside the door so that other messages are not held up, then
-    /// gives it to the engine unless another layout was set meanwhile. Thread: inside the door
+    /// gives it to the engine unless another layout was set meanwhile (as Door::CarryOut).
+    /// Thread: inside the door
     /// Throws: std::bad_alloc while preparing, then the old layout is restored; what the engine
     /// throws when it takes the layout, which is kept.
     void SetSpeakers(tav::CartesianArray speakers);
@@ -154,6 +155,8 @@ public:
                 max_long frames) noexcept TAV_NONBLOCKING;
 
 private:
+    class LayoutWork;
+
     tav::CartesianArray Sources() const;
 
     t_pxobject& header_;

@@ -19,6 +19,8 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace Quilo {
 
@@ -299,14 +301,54 @@ void PanOsc::RunErrands(void* x, t_symbol*, Atoms) noexcept {
     PanObject& object = PanObject::Of(x);
     Guarded(object, &object_error, [&] {
         const auto message = object.Osc()->TakeErrand();
-        if (!message) return;
-        // A stored state may hold words that are only printed.
-        std::optional<VelkMax::RestoringState> restoring;
-        if (message->AddressText() == "/preset/load") {
-            restoring.emplace(VelkMax::RestoringState::By::Message);
-        }
-        object.Engine()->Osc().ProcessErrand(*message);
+        if (message) object.Engine()->Osc().ProcessErrand(*message);
     });
+}
+
+namespace {
+
+class PlainWork final : public VelkMax::LongWork {
+public:
+    explicit PlainWork(std::function<void()> work) : work_(std::move(work)) {}
+    void Compute() override { work_(); }
+    void Finish() override {}
+
+private:
+    std::function<void()> work_;
+};
+
+}  // namespace
+
+void PanOsc::CarryOutLong(std::function<void()> work) {
+    const Door::Visit inside(object_.TheDoor());
+    object_.TheDoor().CarryOut(std::make_unique<PlainWork>(std::move(work)));
+}
+
+void PanOsc::CarryOutPreset(std::vector<tav::OSCMessage> messages) {
+    preset_ = {{messages.begin(), messages.end()}};
+    GoOnWithPreset();
+}
+
+void PanOsc::GoOnWithPreset() {
+    // A stored state may hold words that are only printed.
+    const VelkMax::RestoringState restoring(VelkMax::RestoringState::By::Message);
+    while (!preset_.messages.empty()) {
+        const tav::OSCMessage message = std::move(preset_.messages.front());
+        preset_.messages.pop_front();
+        try {
+            object_.Engine()->ProcessOsc(message);
+        } catch (const tav::Exception& refusal) {
+            if (!preset_.firstRefusal) preset_.firstRefusal = refusal;
+        }
+        // A layout is in force before what follows it, such as corners, is set.
+        if (object_.TheDoor().HasLongWork()) return object_.TheDoor().SendNext({&RunPreset});
+    }
+    if (preset_.firstRefusal) throw tav::Exception(*preset_.firstRefusal);
+}
+
+void PanOsc::RunPreset(void* x, t_symbol*, Atoms) noexcept {
+    PanObject& object = PanObject::Of(x);
+    Guarded(object, &object_error, [&] { object.Osc()->GoOnWithPreset(); });
 }
 
 bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {

@@ -5,7 +5,8 @@
 //   what arrives                 goes
 //   positions, spreads, mutes    through the queue of the engine to the next block of audio
 //   what takes long, or calls    as errands to the main thread, in their order: files, rates,
-//     Max                        loudspeakers, attributes, presets
+//     Max                        loudspeakers, attributes, presets; the long part of these is
+//                                computed in a thread of its own (Door::CarryOut)
 //   in the audio interrupt       short packets straight to the queue; others are kept as letters
 //   anything while audio is off  is carried out where it arrives
 //   what no block of audio takes by the reminder of the door, in the scheduler or the main thread
@@ -15,6 +16,7 @@
 #include "osc/VelkDspOscMessage.h"
 #include "pan/QuiloPanOSC.h"
 #include "processors/VelkDspControlLock.h"
+#include "text/VelkDspException.h"
 
 #include <atomic>
 #include <deque>
@@ -42,6 +44,8 @@ public:
     void PutOff(const tav::OscMessageView& message) override;
     bool ProcessOwn(const tav::OSCMessage& message) override;
     bool AcceptsOwn(const tav::OSCMessage& message) const override;
+    void CarryOutLong(std::function<void()> work) override;
+    void CarryOutPreset(std::vector<tav::OSCMessage> messages) override;
     /// In the search path, too.
     std::filesystem::path FindFile(const std::string& name) const override;
     void DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const override;
@@ -50,7 +54,15 @@ public:
 private:
     static constexpr std::size_t kMostErrands = 64;
 
+    /// A preset that is being carried out.
+    struct Preset {
+        std::deque<tav::OSCMessage> messages;          // that are left
+        std::optional<tav::Exception> firstRefusal{};  // of those that are not
+    };
+
     static void RunErrands(void* x, t_symbol*, VelkMax::Atoms) noexcept;
+    static void RunPreset(void* x, t_symbol*, VelkMax::Atoms) noexcept;
+    void GoOnWithPreset();
     static void ReceiveKept(void* x, t_symbol*, VelkMax::Atoms words) noexcept;
     std::optional<tav::OSCMessage> TakeErrand();
     void ReceiveInAudio(std::span<const std::byte> packet);
@@ -63,6 +75,7 @@ private:
     std::atomic<OscChanges> waiting_ = 0;  // to be announced by LookAfter
     tav::ControlLock lock_;
     std::deque<tav::OSCMessage> errands_ TAV_GUARDED_BY(lock_);
+    Preset preset_;  // used by the main thread only
 };
 
 // ---- Messages

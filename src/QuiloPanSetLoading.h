@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
 // Loading what comes in files: head-related filters and those of the near field go the same way.
 //
-// A load takes its turn inside the object's door, leaves it to search and to read, and comes back
-// to install what was read.
+// A load takes its turn inside the object's door and leaves it to search. Reading and installing
+// are long work, which an errand does not wait for.
 #pragma once
 
 #include "QuiloPanEngine.h"
 #include "max/VelkMaxFiles.h"
 #include "max/VelkMaxStateTexts.h"
 
+#include <exception>
 #include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Quilo {
 
@@ -48,15 +51,17 @@ inline std::optional<FoundSet> FindSet(const PanObject& object,
 ///     Attribute()                 its name
 ///     kLoaded, kNotLoaded         the console's texts, with the name of the FoundSet
 template <class Kind>
-class SetLoading {
+class SetLoading final : public VelkMax::LongWork {
 public:
+    SetLoading(PanObject& object, typename Kind::Panner& panner) : object_(object), load_(panner) {}
+
     /// @param name  as the user wrote it      Thread: main, inside the door
     static void LoadNamed(PanObject& object, const std::string& name) {
         if (!Kind::IsFor(object)) return;
-        std::optional<Load> load = Begin(object);
+        auto loading = Begin(object);
         std::optional<FoundSet> found;
         object.TheDoor().StepOutside([&] { found = Kind::Find(object, name); });
-        if (found) Finish(object, load, *found);
+        if (found) CarryOut(object, std::move(loading), *found);
     }
 
     /// The scheduler waits for no disk: the main thread reads the file.  Thread: inside the door
@@ -73,33 +78,47 @@ public:
     /// Loads a file that was found.  Thread: main, inside the door
     static void LoadFile(PanObject& object, const FoundSet& found) {
         if (!Kind::IsFor(object)) return;
-        std::optional<Load> load = Begin(object);
-        Finish(object, load, found);
+        CarryOut(object, Begin(object), found);
+    }
+
+    void Compute() override {
+        try {
+            isRead_ = load_.Read(found_.path);
+        } catch (...) {
+            fault_ = std::current_exception();
+        }
+    }
+    void Finish() override {
+        t_symbol* source = nullptr;  // of what was read
+        object_.TheDoor().StepOutside([&] {
+            VelkMax::Guarded(object_, &object_error, [&] {
+                if (fault_ != nullptr) std::rethrow_exception(fault_);
+                if (isRead_) source = Kind::SourceOf(load_, found_.path);
+            });
+        });
+        if (source == nullptr) {
+            return VelkMax::Error(object_, Kind::kNotLoaded, found_.name.c_str());
+        }
+        // A load that was asked for later is in force and has been announced.
+        if (!load_.Install()) return;
+        Kind::SetSource(object_, source);
+        VelkMax::Post(object_, Kind::kLoaded, found_.name.c_str());
+        object_.TheDoor().Changed(Kind::Attribute());
     }
 
 private:
-    using Load = typename Kind::Load;
-
-    /// None where the panner loads nothing.
-    static std::optional<Load> Begin(const PanObject& object) {
+    /// Null where the panner loads nothing.
+    static std::unique_ptr<SetLoading> Begin(PanObject& object) {
         auto* const panner = EngineAs<typename Kind::Panner>(object);
-        return panner != nullptr ? std::optional<Load>(*panner) : std::nullopt;
+        return panner != nullptr ? std::make_unique<SetLoading>(object, *panner) : nullptr;
     }
 
-    static void Finish(PanObject& object, std::optional<Load>& load, const FoundSet& found) {
-        if (!load) return Refuse(object, Kind::kNotLoaded, found.name.c_str());
-        t_symbol* source = nullptr;  // of what was read
-        object.TheDoor().StepOutside([&] {
-            VelkMax::Guarded(object, &object_error, [&] {
-                if (load->Read(found.path)) source = Kind::SourceOf(*load, found.path);
-            });
-        });
-        if (source == nullptr) return VelkMax::Error(object, Kind::kNotLoaded, found.name.c_str());
-        // A load that was asked for later is in force and has been announced.
-        if (!load->Install()) return;
-        Kind::SetSource(object, source);
-        VelkMax::Post(object, Kind::kLoaded, found.name.c_str());
-        object.TheDoor().Changed(Kind::Attribute());
+    static void CarryOut(PanObject& object,
+                         std::unique_ptr<SetLoading> loading,
+                         const FoundSet& found) {
+        if (loading == nullptr) return Refuse(object, Kind::kNotLoaded, found.name.c_str());
+        loading->found_ = found;
+        object.TheDoor().CarryOut(std::move(loading));
     }
 
     /// An errand: loads what the atom names.
@@ -110,6 +129,12 @@ private:
             LoadNamed(object, name.First(1).Text());
         });
     }
+
+    PanObject& object_;
+    typename Kind::Load load_;
+    FoundSet found_;
+    bool isRead_ = false;
+    std::exception_ptr fault_;  // what reading has thrown
 };
 
 }  // namespace Quilo

@@ -65,8 +65,8 @@ ROOMS = {
 # only. Headers that are not here (the API's own, HostBridge.h) say what the whole library offers.
 API_ROOM = "host/api"
 API_ORDER = ("ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFaults", "ApiMemory", "ApiAtoms",
-             "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets", "ApiThreads", "ApiClocks",
-             "ApiAttributes", "ApiAttributeAccess", "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries",
+             "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets", "ApiThreads",
+             "ApiSystemThreads", "ApiClocks", "ApiAttributes", "ApiAttributeAccess", "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries",
              "ApiAttributeArguments", "ApiJsonText", "ApiJson", "ApiDispatch", "ApiBinbufs", "ApiWatchers", "ApiDialogs",
              "ApiFileUsage", "ApiMsp", "HostBridge")
 

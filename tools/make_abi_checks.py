@@ -16,7 +16,7 @@ import sys
 
 # Ours alone, opaque in the API or written there in terms of other types.
 ALIASES_WITHOUT_ROW = {"max_long", "t_outlet", "t_inlet", "t_qelem", "t_clock", "t_binbuf", "t_patcher", "t_box",
-                       "t_perfroutine64"}
+                       "t_perfroutine64", "t_systhread"}
 # The members of this union have no rows of their own.
 STRUCTS_WITHOUT_FIELD_ROWS = {"word"}
 BUILT_IN = {"short", "int", "long", "float", "double", "void *"}

@@ -10,7 +10,7 @@
 namespace HostApi {
 
 /// The functions that call InjectedFailure.
-inline constexpr std::array<std::string_view, 35> kFailingCalls{
+inline constexpr std::array<std::string_view, 36> kFailingCalls{
     "atom_alloc",
     "atom_alloc_array",
     "attr_offset_array_new",
@@ -46,6 +46,7 @@ inline constexpr std::array<std::string_view, 35> kFailingCalls{
     "outlet_new",
     "sysmem_newptr",
     "sysmem_resizeptr",
+    "systhread_create",
 };
 
 /// Whether FailCall knows the function.

@@ -181,8 +181,9 @@ MAXAPI_EXPORT std::vector<t_atom> ParseAtoms(std::string_view text);
 /// The kind of the calling thread; the thread that loaded the library is Main, others are
 /// Scheduler.
 /// Audio: messages while Max runs its scheduler inside the audio interrupt.  Perform: a perform
-/// routine, which may neither post nor queue nor send; such calls are reported.
-enum class ThreadKind : std::uint8_t { Main, Scheduler, Audio, Perform };
+/// routine, which may neither post nor queue nor send; such calls are reported.  Module: a thread
+/// that a module has made.
+enum class ThreadKind : std::uint8_t { Main, Scheduler, Audio, Perform, Module };
 MAXAPI_EXPORT ThreadKind CurrentThreadKind();
 
 /// The calling thread counts as another kind while this lives.
@@ -213,6 +214,11 @@ MAXAPI_EXPORT Cause CurrentCause();
 /// queues stays for the next call.
 /// @return how many functions ran
 MAXAPI_EXPORT std::size_t RunDeferred();
+
+/// RunDeferred, then all that it has set going in threads of modules: waits until these have ended,
+/// runs what they have queued, and so on. So what comes of work does not depend on how long its
+/// threads take. Ends after 256 turns in any case, for other threads may send work for ever.
+MAXAPI_EXPORT void Settle();
 
 /// Advances the time of clocks and of systimer_gettime, and runs the clocks that become due, in
 /// order of time, as the scheduler thread.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "max/VelkMaxDoor.h"
 
+#include "max/VelkMaxDoorHandle.h"
 #include "max/VelkMaxMethod.h"
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxSymbols.h"
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <cassert>
-#include <deque>
 #include <new>
 #include <utility>
 
@@ -23,62 +23,13 @@ constexpr double kDelaysMs[] = {0, 40, 1000, 100};
 
 }  // namespace
 
-// ---- Handles
-
-// A clock may be about to call its function while its door is closed. So clocks know a handle that
-// is never freed: the late one finds no door, or at worst another object's, which then does a
-// little earlier what it put off.
-struct Door::Handle {
-    tav::ControlLock lock;
-    Door* door TAV_GUARDED_BY(lock) = nullptr;
-
-    struct Pool {
-        tav::ControlLock lock;
-        std::deque<Handle> handles TAV_GUARDED_BY(lock);
-        std::vector<Handle*> free TAV_GUARDED_BY(lock);
-    };
-    static Pool& ThePool() {
-        static auto& pool = *new Pool;  // clocks may ring while the process ends
-        return pool;
-    }
-
-    static Handle& Of(Door& door) {
-        Pool& pool = ThePool();
-        const tav::ControlGuard guard(pool.lock);
-        if (pool.free.empty()) {
-            pool.free.reserve(pool.handles.size() + 1);  // so that Release needs no memory
-            pool.free.push_back(&pool.handles.emplace_back());
-        }
-        Handle& handle = *pool.free.back();
-        pool.free.pop_back();
-        const tav::ControlGuard own(handle.lock);
-        handle.door = &door;
-        return handle;
-    }
-    void Release() noexcept {
-        {
-            const tav::ControlGuard own(lock);
-            door = nullptr;
-        }
-        Pool& pool = ThePool();
-        const tav::ControlGuard guard(pool.lock);
-        pool.free.push_back(this);
-    }
-
-    /// The door, which stands as long as its visitors are counted; null when it has closed.
-    Door* Knock() noexcept {
-        const tav::ControlGuard own(lock);
-        if (door != nullptr) ++door->visitors_;
-        return door;
-    }
-};
-
 // ---- Life
 
 Door::Door(void* record)
     : record_(record),
       audioLines_({kAudioLines, kAudioLines * kKeptLineSize, kKeptLineSize}),
-      handle_(Handle::Of(*this)) {
+      handle_(Handle::Of(*this)),
+      worker_(this, [](void* door) { qelem_set(static_cast<Door*>(door)->qelem_); }) {
     Symbols();
     clocks_[0].clock = clock_new(&handle_, AsMethod(&Ring<Duty::CarryOutLetters>));
     clocks_[1].clock = clock_new(&handle_, AsMethod(&Ring<Duty::Announce>));
@@ -105,14 +56,17 @@ void Door::Close() noexcept {
     if (state_.exchange(State::Closed) == State::Closed) return;
     handle_.Release();
     while (visitors_ > 0) std::this_thread::yield();
+    {
+        const Visit last(*this);
+        worker_.Close();
+        errands_.clear();
+        CollectAudioLines();
+    }
     for (Clock& clock : clocks_) {
         if (clock.clock != nullptr) object_free(clock.clock);
     }
     if (qelem_ != nullptr) qelem_free(qelem_);
     letters_.reset();
-    const Visit last(*this);
-    errands_.clear();
-    CollectAudioLines();
 }
 
 // ---- Coming and going
@@ -307,7 +261,7 @@ void Door::Say(ConsoleRow row, std::string_view text) noexcept {
     }
 }
 
-// ---- Clocks and the main thread
+// ---- Clocks
 
 void Door::Set(Duty duty) noexcept {
     if (state_ != State::Open) return;
@@ -347,42 +301,6 @@ void Door::Ring(void* handle) {
         qelem_set(door->qelem_);
     }
     --door->visitors_;
-}
-
-void Door::Serve(void* handle) {
-    Door* const door = static_cast<Handle*>(handle)->Knock();
-    if (door == nullptr) return;
-    for (std::size_t duty = 0; duty < kNumDuties; ++duty) {
-        if (door->clocks_[duty].isDue.exchange(false)) door->Do(static_cast<Duty>(duty));
-    }
-    const std::vector<Errand> errands = door->TakeErrands();
-    void* const record = door->record_;
-    --door->visitors_;
-    // A dialog may take the object away: nobody waits for it, and the errands behind it are lost.
-    for (const Errand& errand : errands) {
-        Door* const still = static_cast<Handle*>(handle)->Knock();
-        if (still == nullptr) return;
-        --still->visitors_;
-        errand.run(record, errand.name, Atoms(std::span(errand.atoms)));
-    }
-}
-
-void Door::SendToMain(const Letter& letter) noexcept {
-    try {
-        const auto atoms = letter.atoms.Span();
-        Errand errand{letter.run, letter.name, {atoms.begin(), atoms.end()}};
-        const tav::ControlGuard guard(lock_);
-        if (state_ == State::Closed) return;
-        errands_.push_back(std::move(errand));
-        qelem_set(qelem_);
-    } catch (const std::bad_alloc& failure) {
-        Error(static_cast<t_object*>(record_), kOutOfMemory, failure.what());
-    }
-}
-
-std::vector<Door::Errand> Door::TakeErrands() {
-    const tav::ControlGuard guard(lock_);
-    return std::exchange(errands_, {});
 }
 
 }  // namespace VelkMax

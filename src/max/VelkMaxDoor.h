@@ -14,7 +14,8 @@
 //   said lines            whoever is inside      the same thread, when it has left
 //   changes               whoever is inside      scheduler or main, at most every 40 ms
 //   lost letters          audio                  scheduler or main, at most once a second
-//   errands               any but audio          main
+//   errands               any but audio          main, one after the other
+//   long work             an errand              a thread of its own, while later errands wait
 //   reminders             any                    scheduler or main, after 100 ms
 //
 // Pattern: Open, then anything, Close while all that visitors use still stands.
@@ -23,10 +24,13 @@
 #include "containers/VelkDspMailbox.h"
 #include "max/VelkMaxAtoms.h"
 #include "max/VelkMaxText.h"
+#include "max/VelkMaxWorker.h"
 #include "processors/VelkDspControlLock.h"
 
 #include <array>
 #include <atomic>
+#include <deque>
+#include <memory>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -41,7 +45,7 @@ struct Letter {
         Prompt,   // inside; short: the audio thread does it itself when nothing is in its way
         Calm,     // inside; may allocate and compute for long: never in the audio thread
         Outside,  // with nobody held up, since it calls Max: never in the audio thread
-        InMain,   // the same, in the main thread: for work on files
+        InMain,   // the same, in the main thread: for work on files, and what leads to long work
     };
 
     Run run = nullptr;
@@ -94,9 +98,22 @@ public:
     template <class Work>
     void StepOutside(const Work& work);
 
+    /// Computes with others let in, then finishes inside. An errand of the pace InMain does not
+    /// wait for that: its work goes to a thread of its own, exceptions are said where it would be
+    /// finished, and errands behind it are carried out after it.
+    /// Throws: what the work throws.  Thread: inside, not audio
+    void CarryOut(std::unique_ptr<LongWork> work);
+
     /// Runs the letter in the main thread, outside the door, once the current message is over:
-    /// only then dialogs may open.  Thread: any but audio, not inside
+    /// only then dialogs may open. Such errands run one after the other.
+    /// Thread: any but audio, not inside
     void SendToMain(const Letter& letter) noexcept TAV_EXCLUDES(lock_);
+
+    /// Sends the letter to the main thread as one of the pace InMain, before all that waits.
+    /// Thread: main, not inside
+    void SendNext(Letter letter) noexcept TAV_EXCLUDES(lock_);
+    /// Whether there is long work that errands wait for.  Thread: main
+    bool HasLongWork() const noexcept { return worker_.IsBusy(); }
 
     /// Whether the audio thread has left letters that are not carried out yet. Thread: audio
     bool HasLetters() const noexcept;
@@ -144,6 +161,7 @@ private:
     };
     struct Errand {
         Letter::Run run;
+        Letter::Pace pace;
         t_symbol* name;
         std::vector<t_atom> atoms;
     };
@@ -180,7 +198,11 @@ private:
     bool CarryOutOneLetter() TAV_EXCLUDES(lock_);
     void Announce() TAV_EXCLUDES(lock_);
     void ReportLosses();
-    std::vector<Errand> TakeErrands() TAV_EXCLUDES(lock_);
+    void Send(const Letter& letter, bool isNext) noexcept TAV_EXCLUDES(lock_);
+    std::size_t NumErrands() TAV_EXCLUDES(lock_);
+    /// None while long work is under way.
+    std::optional<Errand> TakeErrand() TAV_EXCLUDES(lock_);
+    void FinishLongWork();
 
     template <Duty kDuty>
     static void Ring(void* handle);
@@ -199,7 +221,7 @@ private:
     Changes changes_ TAV_GUARDED_BY(lock_);
     std::vector<Line> said_ TAV_GUARDED_BY(lock_);
     CutLine cutLine_ TAV_GUARDED_BY(lock_);
-    std::vector<Errand> errands_ TAV_GUARDED_BY(lock_);
+    std::deque<Errand> errands_ TAV_GUARDED_BY(lock_);
 
     std::optional<tav::Mailbox<LetterKey, t_atom>> letters_;
     tav::Mailbox<ConsoleRow, char> audioLines_;
@@ -209,6 +231,9 @@ private:
     Handle& handle_;
     std::array<Clock, kNumDuties> clocks_;
     t_qelem* qelem_ = nullptr;  // runs Serve in the main thread
+    Worker worker_;             // used by the main thread only
+    // Whose errand the main thread carries out; null when that one waits for its long work.
+    static inline Door* served_ = nullptr;
 };
 
 /// Inside from its making to its end; what was said meanwhile is posted then. The compiler takes

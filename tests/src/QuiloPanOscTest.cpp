@@ -22,7 +22,7 @@ public:
     }
     std::vector<std::string> AfterAll() {
         HostApi::AdvanceClocks(1000.0);
-        HostApi::RunDeferred();
+        HostApi::Settle();
         return TakeConsole();
     }
 };
@@ -37,6 +37,35 @@ TEST(PanObjectOsc, KeepsTheNewestErrandOfEachAddress) {
               std::vector<std::string>{"warn: 136 messages came too fast and were lost"});
     EXPECT_EQ(box.Ask("interpolationtime"), "100");
     EXPECT_EQ(box.Ask("automute"), "100");
+}
+
+/// What takes long is computed elsewhere, or by the main thread where there is no other; errands of
+/// an object that is freed are dropped.
+TEST(PanObjectOsc, CarriesErrandsOutInTheirOrder) {
+    for (const unsigned failure : {0u, 1u, 2u, 3u}) {
+        OscBox box("1 2 binaural");
+        HostApi::FailCall("systhread_create", failure, MAX_ERR_GENERIC);
+        for (const char* message : {"/dsp/samplerate 48000", "/load kemar", "/attribute/nothing 1",
+                                    "/load nowhere", "/dsp/buffersize 32", "/load kemar"}) {
+            box.Send(message);
+        }
+        EXPECT_EQ(box.AfterAll(),
+                  (std::vector<std::string>{
+                      "post: Loaded hrtf from kemar", "error: no attribute nothing",
+                      "error: Couldnt locate file :  nowhere", "post: Loaded hrtf from kemar"}));
+        box.Send("/dsp/samplerate 44100");
+        box.Send("/load kemar");
+        if (failure % 2 == 0) HostApi::RunDeferred();
+        box.Free();
+        EXPECT_TRUE(box.AfterAll().empty());
+    }
+    // The layout that is asked for last stays, although another one is still being computed.
+    OscBox box("1 3 vbap2d");
+    box.Send("/speakers/azim -60 0 60");
+    HostApi::RunDeferred();
+    box.Send("speakers xyz 0 1 0 1 0 0 0 -1 0");
+    box.AfterAll();
+    EXPECT_EQ(box.Ask("speakerspositions"), "0 1 0 1 0 0 0 -1 0");
 }
 
 TEST(PanObjectOsc, RefusesAMessageThatIsTooLong) {

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kFrames = 64;
 
 std::string Settle(PanBox& box) {
-    HostApi::RunDeferred();
+    HostApi::Settle();
     std::string complaints;
     for (const std::string& line : box.TakeConsole()) complaints += line + '\n';
     return complaints;
@@ -77,7 +77,7 @@ TEST_P(PanPreset, MakesTheSameStateAndSoundInEveryFormat) {
         source.Send(setting);
     }
     source.Send("/adm/config/dmax 2.5");
-    HostApi::RunDeferred();
+    HostApi::Settle();
     for (const char* name : {"p.txt", "p.xml", "p.osc", "p.json"}) {
         source.Send("/preset/export " + file(name));
         EXPECT_EQ(Settle(source), "");

@@ -12,6 +12,9 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <future>
+#include <memory>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -163,11 +166,79 @@ TEST_F(DoorTest, ClosesWhileTheOthersAreAtWork) {
         visited.Send("4", Letter::Pace::Calm);
         isFree = true;
         scheduler.join();
-        HostApi::RunDeferred();
+        HostApi::Settle();
         EXPECT_EQ(visited.numbers, numbers) << "nothing enters any more";
         EXPECT_EQ(std::ranges::count(numbers, '2'), 50);
     }
     EXPECT_EQ(said, Lines{});
+}
+
+// An errand whose work waits for a word of the main thread, and one behind it.
+TEST_F(DoorTest, LetsLongWorkOfAnErrandHoldUpNobodyButTheErrandsBehindIt) {
+    using Kind = HostApi::ThreadKind;
+    struct Slow : Visited {
+        std::promise<bool> word;  // true: it fails
+        Kind computedBy = Kind::Main;
+        void Add(const char* text) { numbers += text; }
+    };
+    class Work final : public VelkMax::LongWork {
+    public:
+        explicit Work(Slow& slow) : slow_(slow) {}
+        ~Work() override { slow_.Add("deleted "); }
+        void Compute() override {
+            slow_.computedBy = HostApi::CurrentThreadKind();
+            if (slow_.word.get_future().get()) throw std::bad_alloc();
+        }
+        void Finish() override { slow_.Add("finished "); }
+
+    private:
+        Slow& slow_;
+    };
+    constexpr auto kBegin = [](void* record, t_symbol*, Atoms) {
+        auto& slow = *static_cast<Slow*>(static_cast<Visited*>(record));
+        const Door::Visit inside(slow.door);
+        slow.door.CarryOut(std::make_unique<Work>(slow));
+        slow.Add("begun ");
+    };
+    const auto send = [&](Slow& slow, Letter::Pace pace) {
+        slow.door.SendToMain({kBegin, pace});
+        slow.Send("1", Letter::Pace::Calm);
+        slow.door.SendToMain({&Visited::Enter, Letter::Pace::InMain, nullptr, Atoms()});
+    };
+    {
+        Slow slow;
+        send(slow, Letter::Pace::InMain);
+        HostApi::RunDeferred();
+        slow.Send("2", Letter::Pace::Calm);
+        HostApi::RunDeferred();
+        EXPECT_EQ(slow.numbers, "1 begun 2 ");
+        slow.word.set_value(false);
+        HostApi::Settle();
+        EXPECT_EQ(slow.numbers, "1 begun 2 finished deleted  ");
+        EXPECT_EQ(slow.computedBy, Kind::Module);
+    }
+    for (const auto pace : {Letter::Pace::InMain, Letter::Pace::Outside}) {
+        // Without a thread, or because it is no errand that may wait, main does it.
+        Slow slow;
+        slow.word.set_value(false);
+        if (pace == Letter::Pace::InMain) HostApi::FailCall("systhread_create", 1, MAX_ERR_GENERIC);
+        send(slow, pace);
+        HostApi::RunDeferred();
+        EXPECT_EQ(slow.numbers, pace == Letter::Pace::InMain ? "1 begun finished deleted  "
+                                                             : "1 finished deleted begun  ");
+        EXPECT_EQ(slow.computedBy, Kind::Main);
+    }
+    for (const bool isFreed : {true, false}) {
+        Slow slow;
+        send(slow, Letter::Pace::InMain);
+        HostApi::RunDeferred();
+        slow.word.set_value(true);
+        if (isFreed) slow.door.Close();
+        HostApi::Settle();
+        EXPECT_EQ(slow.numbers, isFreed ? "1 begun deleted " : "1 begun deleted  ");
+        EXPECT_EQ(said.empty(), isFreed);
+    }
+    EXPECT_EQ(said, Lines{std::string("error: out of memory : ") + std::bad_alloc().what()});
 }
 
 TEST(FreedObject, IsNotReachedByWhatItPutOff) {
@@ -189,7 +260,7 @@ TEST(FreedObject, IsNotReachedByWhatItPutOff) {
         isFree = true;
         scheduler.join();
         HostApi::AdvanceClocks(2000);
-        HostApi::RunDeferred();
+        HostApi::Settle();
         EXPECT_EQ(box.TakeConsole(), Lines{"error: invalid source index 9"});
     }
 }

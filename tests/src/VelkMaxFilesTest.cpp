@@ -16,7 +16,7 @@ using HostApi::Dialog;
 /// Sends a message and lets what it put off run.
 std::vector<std::string> SendAndWait(PanBox& box, const std::string& message) {
     box.Send(message);
-    HostApi::RunDeferred();
+    HostApi::Settle();
     return box.TakeConsole();
 }
 

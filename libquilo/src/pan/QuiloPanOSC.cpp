@@ -12,6 +12,7 @@
 #include "text/VelkDspException.h"
 
 #include <string>
+#include <utility>
 
 namespace Quilo {
 
@@ -174,9 +175,15 @@ bool PanOSCReceiver::Accepts(const OSCMessage& message) const {
     return Resolve(message, sink) && sink.isTaken;
 }
 
-std::filesystem::path PanOSCReceiver::FindFile(const std::string& name) const {
-    if (extension_ != nullptr) return extension_->FindFile(name);
-    return std::u8string(name.begin(), name.end());
+void PanOSCReceiver::CarryOutLong(std::function<void()> work) {
+    if (extension_ == nullptr) return work();
+    extension_->CarryOutLong(std::move(work));
+}
+
+void PanOSCReceiver::LoadPreset(const std::string& name) {
+    CarryOut();  // what was sent before comes before
+    if (extension_ == nullptr) return pan_.LoadPreset(std::u8string(name.begin(), name.end()));
+    extension_->CarryOutPreset(pan_.ReadPreset(extension_->FindFile(name)));
 }
 
 // ---- Soon

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -47,6 +48,12 @@ public:
     virtual bool ProcessOwn(const tav::OSCMessage& message) = 0;
     /// Whether ProcessOwn would take it.
     virtual bool AcceptsOwn(const tav::OSCMessage& message) const = 0;
+    /// Carries out what takes long and concerns the panner alone, now or soon.  Thread: that of
+    /// Process.
+    virtual void CarryOutLong(std::function<void()> work) = 0;
+    /// Carries out the messages of a preset, which the panner accepts, now or soon.
+    /// Thread: that of Process.  Throws: as OscInterface::LoadPreset, or says so later.
+    virtual void CarryOutPreset(std::vector<tav::OSCMessage> messages) = 0;
     /// Where a file is that a message names.
     virtual std::filesystem::path FindFile(const std::string& name) const = 0;
     virtual void DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const = 0;
@@ -84,8 +91,11 @@ public:
     /// inside of presets.  Throws: as Process.  Thread: control.
     bool Accepts(const tav::OSCMessage& message) const;
 
-    /// Where a file is that a message names.
-    std::filesystem::path FindFile(const std::string& name) const;
+    /// What takes long of an errand; the owner may do it later.
+    void CarryOutLong(std::function<void()> work);
+    /// Loads a preset from a file that a message names; the owner may carry it out later.
+    /// Throws: as OscInterface::LoadPreset.
+    void LoadPreset(const std::string& name);
 
     /// Queues a packet for the next block. Messages to unknown addresses, or with arguments of
     /// other types, are skipped.

@@ -111,8 +111,7 @@ public:
         return true;
     }
     static bool LoadPreset(Pan& pan, const OscMessageView& message) {
-        pan.Osc().CarryOut();  // what was sent before comes before
-        pan.LoadPreset(pan.Osc().FindFile(Word(message)));
+        pan.Osc().LoadPreset(Word(message));
         return true;
     }
     static bool ExportPreset(Pan& pan, const OscMessageView& message) {
@@ -124,13 +123,15 @@ public:
     static bool SampleRate(Pan& pan, const OscMessageView& message) {
         const double hz = Number(message);
         if (std::isnan(hz)) return false;
-        pan.SetSampleRate(static_cast<float>(std::clamp(hz, 8000.0, 384000.0)));
+        const auto rate = static_cast<float>(std::clamp(hz, 8000.0, 384000.0));
+        pan.Osc().CarryOutLong([&pan, rate] { pan.SetSampleRate(rate); });
         return true;
     }
     static bool BufferSize(Pan& pan, const OscMessageView& message) {
         const double frames = Number(message);
         if (std::isnan(frames)) return false;
-        pan.SetBufferSize(static_cast<unsigned>(std::clamp(frames, 1.0, 81920.0)));
+        const auto size = static_cast<unsigned>(std::clamp(frames, 1.0, 81920.0));
+        pan.Osc().CarryOutLong([&pan, size] { pan.SetBufferSize(size); });
         return true;
     }
     static bool Load(Pan& pan, const OscMessageView& message) {

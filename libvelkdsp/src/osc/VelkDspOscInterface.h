@@ -39,6 +39,9 @@ public:
     /// The whole state as messages that ProcessOsc takes.
     virtual OSCBundle OscState() const = 0;
 
+    /// The messages of a preset in their order, all of which are accepted.
+    /// Throws: tav::Exception that names the file and the message.
+    std::vector<OSCMessage> ReadPreset(const std::filesystem::path& file) const;
     /// Carries out all messages of a preset, or none when one of them is not accepted.
     /// Throws: tav::Exception that names the file and the message; what the first message throws
     /// whose values are refused, after the last one.
