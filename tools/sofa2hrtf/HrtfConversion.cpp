@@ -145,11 +145,12 @@ void ConvertToTaps(const SofaSet& set,
 }
 
 void ConvertToCells(const SofaSet& set, ConvertedSet& converted) {
+    const CellFitter fitter(set.rateHz, set.measurements.front().ears[0].size(),
+                            converted.numCells);
     double sum = 0.0;
     for (std::size_t p = 0; p < set.measurements.size(); ++p) {
         for (std::size_t ear = 0; ear < 2; ++ear) {
-            const CellFit fit =
-                FitCells(set.measurements[p].ears[ear], set.rateHz, converted.numCells);
+            const CellFit fit = fitter.Fit(set.measurements[p].ears[ear]);
             converted.points[p].filters[ear] = tav::CellsToFile(fit.cells);
             converted.worstDb = std::max(converted.worstDb, fit.worstDb);
             converted.worstRmsDb = std::max(converted.worstRmsDb, fit.rmsDb);
