@@ -157,6 +157,7 @@ TEST(Sofa2Hrtf, SaysOfEveryFieldWhatIsWrongWithIt) {
         {"dimension N is 4000000000", [](auto& f) { f.hrtf.N = 4000000000; }},
         {"Data.IR has 2560 numbers, expected 2570", [](auto& f) { f.hrtf.N = 257; }},
         {"Data.IR holds a number that is not finite", [=](auto& f) { f.responses[9] = nan; }},
+        {"Data.IR is out of range", [](auto& f) { f.responses[9] = 2e6f; }},
         {"Data.IR of measurement 2 is silent", [](auto& f) { std::fill_n(f.responses.begin() + 512, 256, 0.f); }},
         {"Data.Delay is out of range", [](auto& f) { f.delays[1] = -1.f; }},
         {"Data.SamplingRate is out of range", [](auto& f) { f.rate[0] = 100.f; }},

@@ -22,6 +22,7 @@ constexpr unsigned kMostMeasurements = 100000;
 constexpr unsigned kMostTaps = 16384;
 constexpr double kMostNumbers = 1 << 28;
 constexpr double kLongestDelaySamples = 16384.0;
+constexpr float kLoudest = 1e6f;  // beyond, spectra and fits overflow
 constexpr double kLowestRate = 8000.0;
 constexpr double kHighestRate = 384000.0;
 constexpr double kSameDirectionDeg = 0.01;
@@ -207,6 +208,10 @@ private:
         sources.ExpectCount({std::size_t{3} * hrtf_.M});
         responses.ExpectCount({std::size_t{2} * hrtf_.M * hrtf_.N});
         delays.ExpectCount({2, std::size_t{2} * hrtf_.M});
+        if (std::ranges::any_of(responses.Values(),
+                                [](float v) { return std::abs(v) > kLoudest; })) {
+            responses.Refuse("is out of range: -1000000 to 1000000");
+        }
         double longest = 0.0;
         for (const float delay : delays.Values()) {
             if (!(delay >= 0.f && static_cast<double>(delay) <= kLongestDelaySamples)) {
