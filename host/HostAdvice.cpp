@@ -328,10 +328,19 @@ std::string Advice::OfType(std::span<const Atom> plain, std::span<const Atom> bo
     if (trial.size() < 4) return "";
     const std::string word = AtomSpelling(trial[3]);
     const auto most = static_cast<unsigned>(attributes_.at("numoutputs").most.value_or(1));
-    const std::vector<unsigned> counts = OutletCounts(trial, most);
-    if (!counts.empty()) return word + " takes these numbers of outlets: " + CountsText(counts);
+    const std::string takes = " takes these numbers of outlets: ";
+    std::vector<unsigned> counts = OutletCounts(trial, most);
+    if (!counts.empty()) return word + takes + CountsText(counts);
     const std::vector<std::string>& words = attributes_.at("type").words;
     if (std::ranges::find(words, word) == words.end()) return SuggestionText(word, words);
+    // A subtype may ask for more inlets.
+    constexpr std::int64_t kMostInlets = 3;
+    for (auto inlets = static_cast<std::int64_t>(AtomNumber(trial[1])); ++inlets <= kMostInlets;) {
+        trial[1] = inlets;
+        counts = OutletCounts(trial, most);
+        if (counts.empty()) continue;
+        return word + " with " + std::to_string(inlets) + " inlets" + takes + CountsText(counts);
+    }
     return word + " is silent with any number of outlets";
 }
 

@@ -93,6 +93,7 @@ public:
         if (options_.settled) Settle();
         PlayVectors();
         actions_.RunPutOffWork();
+        if (numFrames_ == 0) RecordPositions(0);
         NoteUnsentStatements();
         chain_.Stop();
         const CoverageMap coverage = FinalCoverage();
@@ -213,11 +214,15 @@ private:
         }
     }
 
-    void PlayVector(std::uint64_t frame) {
+    void RecordPositions(std::uint64_t frame) {
         if (recorder_ && recorder_->WantsPositions(frame))
             recorder_->AddPositions(frame, object_.AttributeNumbers("sourcespositions"),
                                     isAmbisonic_ ? std::vector<float>()
                                                  : object_.AttributeNumbers("speakerspositions"));
+    }
+
+    void PlayVector(std::uint64_t frame) {
+        RecordPositions(frame);
         for (std::size_t k = 0; k < numFed_; ++k) inputs_.Read(k, frame, chain_.Input(k));
         chain_.Run();
         const auto kept =

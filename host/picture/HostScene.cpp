@@ -64,14 +64,12 @@ std::size_t SceneRecorder::SlotOf(std::uint64_t frame) const {
     return slot;
 }
 
-bool SceneRecorder::WantsPositions(std::uint64_t frame) const {
-    return numSlots_ > 0 && frame >= nextPositions_;
-}
+bool SceneRecorder::WantsPositions(std::uint64_t frame) const { return frame >= nextPositions_; }
 
 void SceneRecorder::AddPositions(std::uint64_t frame,
                                  std::span<const float> sources,
                                  std::span<const float> speakers) {
-    nextPositions_ = SlotStart(SlotOf(frame) + 1);
+    if (numSlots_ > 0) nextPositions_ = SlotStart(SlotOf(frame) + 1);
     if (!speakers.empty()) scene_.speakers = Points(speakers);
     if (!sources.empty())
         scene_.path.push_back({static_cast<double>(frame) / scene_.rateHz, Points(sources)});

@@ -276,6 +276,12 @@ TEST_F(HostProgram, MeasuresCoverageUnheard) {
                                  {"--in", "one.wav", "--picture", "p.svg"});
     for (unsigned channel = 0; channel < 8; ++channel)
         EXPECT_TRUE(std::ranges::equal(alone.Channel(channel), measured.Channel(channel)));
+    Run(script, {"--duration", "0", "--picture", "still.svg"});
+    const auto circlesOf = [&](const char* picture) {
+        return std::ranges::count_if(Lines(ReadText(folder_ / picture)),
+                                     [](const auto& line) { return line.starts_with("<circle"); });
+    };
+    EXPECT_EQ(circlesOf("still.svg"), circlesOf("p.svg")) << "listener, loudspeakers and sources";
 
     // Pairs and triplets point where they are asked to, as long as they surround the direction.
     const HostRun cube = Run(script + "host coverage\n");
@@ -356,6 +362,7 @@ TEST_F(HostProgram, TellsWhichStatementWasWrongAndWhatWouldBeRight) {
          "hoa3d takes these numbers of outlets: 1, 4, 9, 16, 25, 36, 49, 64, 81, 100, "
          "121, 144, 169, 196, 225"},
         {"1 9 panr", "panr takes these numbers of outlets: 4 to 8, 12"},
+        {"1 2 binaural diffuse", "binaural with 2 inlets takes these numbers of outlets: 2"},
         {"1 4 vabp2d", "did you mean vbap2d?"},
         {"1 4 vbap 2d", "unknown subtype 2d: did you mean the type vbap2d?"},
         {"1 4 vbap2d difuse", "unknown subtype difuse: did you mean diffuse?"},
