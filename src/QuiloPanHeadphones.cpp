@@ -171,17 +171,43 @@ void SetNeckHeight(PanObject& object, float metres) {
 
 // ---- Messages
 
+namespace {
+
+/// The position that `listener` asks for; nothing, and said why, when it does not serve.
+std::optional<tav::CartesianVector> ReadListener(const PanObject& object,
+                                                 const BinauralPanning& panner,
+                                                 Atoms atoms) {
+    const auto reject = [&](const auto& text) {
+        Reject(object, text, atoms);
+        return std::nullopt;
+    };
+    if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) return reject(kInvalidListener);
+    const auto formatted = ReadFormat(object, atoms);
+    if (!formatted) return std::nullopt;
+    if (!formatted->values.IsNumber(0)) return reject(kInvalidListenerValues);
+    tav::CartesianVector position = panner.ListenerPosition();
+    if (!ReadPosition(object, kListenerTexts, *formatted, position)) return std::nullopt;
+    return position;
+}
+
+}  // namespace
+
 void ListenerMessage(PanObject& object, Atoms atoms) {
     auto* const panner = PannerOrRefusal<BinauralPanning>(object, kOnlyBinauralListener);
     if (panner == nullptr) return;
-    if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) return Reject(object, kInvalidListener, atoms);
-    const auto formatted = ReadFormat(object, atoms);
-    if (!formatted) return;
-    if (!formatted->values.IsNumber(0)) return Reject(object, kInvalidListenerValues, atoms);
-    tav::CartesianVector position = panner->ListenerPosition();
-    if (!ReadPosition(object, kListenerTexts, *formatted, position)) return;
-    panner->SetListenerPosition(position);
+    const auto position = ReadListener(object, *panner, atoms);
+    if (!position) return;
+    panner->SetListenerPosition(*position);
     object.TheDoor().Changed(PanSymbols::Get().listenerPosition);
+}
+
+bool AcceptsListener(const PanObject& object, Atoms atoms) {
+    const auto* const panner = PannerOrRefusal<BinauralPanning>(object, kOnlyBinauralListener);
+    return panner != nullptr && ReadListener(object, *panner, atoms);
+}
+
+bool AcceptsHrtfFile(const PanObject& object, Atoms name) {
+    return HrtfLoading::Finds(object, WordOf(name));
 }
 
 void LoadMessage(PanObject& object, Atoms atoms) {
@@ -198,52 +224,70 @@ void CrossfadeTypeMessage(PanObject& object, t_symbol* shape) {
     if (code) panner->SetCrossfadeShape(*code);
 }
 
+bool AcceptsCrossfadeType(const PanObject& object, Atoms shape) {
+    return PannerOrRefuse<BinauralPanning>(object) != nullptr &&
+           ReadKeyword(object, FadeShapeKeywords(), WordOf(shape), kInvalidFadeShape);
+}
+
 namespace {
 
-/// What `implementation` can be told; false: the value does not serve, or the panner has no filters
-/// that it would be for.
+/// What `implementation` can be told. Where `isOfFilters`, only panners with measured filters have
+/// it.
 struct ImplementationRow {
     std::string_view keyword;
-    bool (*apply)(BinauralPanning& panner, Atoms value);
+    bool isOfFilters;
+    bool (*fits)(Atoms value);
+    void (*apply)(BinauralPanning& panner, Atoms value);
 };
 
-bool ApplyRealisation(BinauralPanning& panner, Atoms value) {
-    auto* const filtering = dynamic_cast<BinauralPanningDirect*>(&panner);
-    const auto realisation = HrtfRealisationKeywords().Parse(WordOf(value));
-    if (filtering == nullptr || !realisation) return false;
-    filtering->SetRealisation(*realisation);
-    return true;
+bool IsRealisation(Atoms value) {
+    return HrtfRealisationKeywords().Parse(WordOf(value)).has_value();
+}
+void ApplyRealisation(BinauralPanning& panner, Atoms value) {
+    dynamic_cast<BinauralPanningDirect&>(panner).SetRealisation(
+        *HrtfRealisationKeywords().Parse(WordOf(value)));
 }
 
-bool ApplyDelayKind(BinauralPanning& panner, Atoms value) {
-    const t_atom_long code = value.IsLong(0) ? value.Long(0) : -1;
-    if (code < 0 || code > static_cast<t_atom_long>(tav::DelayKind::Cardinal)) return false;
-    panner.SetDelayKind(static_cast<unsigned>(code));
-    return true;
+bool IsDelayKind(Atoms value) {
+    return value.IsLong(0) && value.Long(0) >= 0 &&
+           value.Long(0) <= static_cast<t_atom_long>(tav::DelayKind::Cardinal);
+}
+void ApplyDelayKind(BinauralPanning& panner, Atoms value) {
+    panner.SetDelayKind(static_cast<unsigned>(value.Long(0)));
 }
 
-bool ApplyLength(BinauralPanning& panner, Atoms value) {
+bool IsLength(Atoms value) {
     using Filtering = BinauralPanningDirect;
-    auto* const filtering = dynamic_cast<Filtering*>(&panner);
-    const t_atom_long taps = value.IsLong(0) ? value.Long(0) : 0;
-    const bool fits = taps >= Filtering::kShortestCut && taps <= Filtering::kLongestCut;
-    if (filtering == nullptr || !fits) return false;
-    filtering->SetResponseLength(static_cast<unsigned>(taps));
-    return true;
+    return value.IsLong(0) && value.Long(0) >= Filtering::kShortestCut &&
+           value.Long(0) <= Filtering::kLongestCut;
+}
+void ApplyLength(BinauralPanning& panner, Atoms value) {
+    dynamic_cast<BinauralPanningDirect&>(panner).SetResponseLength(
+        static_cast<unsigned>(value.Long(0)));
 }
 
-bool ApplyReduction(BinauralPanning& panner, Atoms value) {
-    if (!value.AreNumbers(1)) return false;
+bool IsReduction(Atoms value) { return value.AreNumbers(1); }
+void ApplyReduction(BinauralPanning& panner, Atoms value) {
     panner.SetDelayReduction(static_cast<float>(value.Float(0)));
-    return true;
 }
 
 constexpr ImplementationRow kImplementation[] = {
-    {"realisation", ApplyRealisation},
-    {"delay", ApplyDelayKind},
-    {"length", ApplyLength},
-    {"reduction", ApplyReduction},
+    {"realisation", true, IsRealisation, ApplyRealisation},
+    {"delay", false, IsDelayKind, ApplyDelayKind},
+    {"length", true, IsLength, ApplyLength},
+    {"reduction", false, IsReduction, ApplyReduction},
 };
+
+/// The row of a pair of a keyword and a value; null, and said so, when it does not serve.
+const ImplementationRow* ReadImplementation(const PanObject& object, Atoms pair) {
+    const bool hasFilters = EngineAs<BinauralPanningDirect>(object) != nullptr;
+    for (const ImplementationRow& row : kImplementation) {
+        if (row.keyword != WordOf(pair) || pair.Size() < 2) continue;
+        if ((hasFilters || !row.isOfFilters) && row.fits(pair.From(1))) return &row;
+    }
+    Error(object, kInvalidImplementation, pair.Text().c_str());
+    return nullptr;
+}
 
 }  // namespace
 
@@ -252,15 +296,19 @@ void ImplementationMessage(PanObject& object, Atoms atoms) {
     if (panner == nullptr) return;
     for (; !atoms.Empty(); atoms = atoms.From(2)) {
         const Atoms pair = atoms.First(2);
-        const auto row =
-            std::ranges::find(kImplementation, WordOf(pair), &ImplementationRow::keyword);
-        bool isApplied = false;
-        if (row != std::end(kImplementation) && pair.Size() == 2) {
-            // Filters may have to be computed: others are let in meanwhile.
-            object.TheDoor().StepOutside([&] { isApplied = row->apply(*panner, pair.From(1)); });
-        }
-        if (!isApplied) Error(object, kInvalidImplementation, pair.Text().c_str());
+        const ImplementationRow* const row = ReadImplementation(object, pair);
+        if (row == nullptr) continue;
+        // Filters may have to be computed: others are let in meanwhile.
+        object.TheDoor().StepOutside([&] { row->apply(*panner, pair.From(1)); });
     }
+}
+
+bool AcceptsImplementation(const PanObject& object, Atoms atoms) {
+    if (PannerOrRefuse<BinauralPanning>(object) == nullptr) return false;
+    for (; !atoms.Empty(); atoms = atoms.From(2)) {
+        if (ReadImplementation(object, atoms.First(2)) == nullptr) return false;
+    }
+    return true;
 }
 
 }  // namespace Quilo

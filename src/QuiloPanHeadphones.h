@@ -46,4 +46,12 @@ void CrossfadeTypeMessage(PanObject& object, t_symbol* shape);
 /// Pairs of a keyword and a value.
 void ImplementationMessage(PanObject& object, Atoms atoms);
 
+// ---- Whether the object would take such a message with these values. Each posts why not.
+// Thread: main, outside the door
+
+bool AcceptsHrtfFile(const PanObject& object, Atoms name);
+bool AcceptsListener(const PanObject& object, Atoms atoms);
+bool AcceptsCrossfadeType(const PanObject& object, Atoms shape);
+bool AcceptsImplementation(const PanObject& object, Atoms atoms);
+
 }  // namespace Quilo

@@ -25,13 +25,10 @@ namespace {
 
 void SpeakersMessage(PanObject& object, Atoms atoms) {
     if (!object.TakesSpeakers() || object.NumSpeakers() == 0) return;
-    if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) return Reject(object, kInvalidSpeakers, atoms);
-    const auto formatted = ReadFormat(object, atoms);
-    if (!formatted) return;
-    tav::CartesianArray speakers = object.Speakers();
-    if (!ReadLayout(object, *formatted, speakers)) return;
+    auto speakers = ReadSpeakers(object, atoms);
+    if (!speakers) return;
     object.TheDoor().Changed(PanSymbols::Get().speakers);
-    object.SetSpeakers(std::move(speakers));
+    object.SetSpeakers(std::move(*speakers));
 }
 
 void SpeakerMessage(PanObject& object, Atoms atoms) {

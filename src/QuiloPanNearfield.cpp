@@ -49,6 +49,10 @@ void SetNearfieldFile(PanObject& object, std::string_view name) {
         NearfieldLoading::LoadSoon(object, std::string(name));
 }
 
+bool AcceptsNearfieldFile(const PanObject& object, Atoms name) {
+    return NearfieldLoading::Finds(object, name.First(1).Text());
+}
+
 float NearfieldRadius(const PanObject& object) {
     return Answer(object, &Nearfield::Radius, Nearfield::kSmallestRadius);
 }

@@ -26,6 +26,10 @@ void SetNearfieldSwitch(PanObject& object, max_long on) {
     SetNearfieldSwitch(object, kWhich, on != 0);
 }
 
+/// Whether LoadNearfieldMessage would find the filters; posts why not.  Thread: main, outside the
+/// door
+bool AcceptsNearfieldFile(const PanObject& object, Atoms name);
+
 /// @param name  a file, searched for as LoadMessage does; empty or "none": the built-in filters
 void LoadNearfieldMessage(PanObject& object, t_symbol* name);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "QuiloPanOsc.h"
 
-#include "QuiloPanEngine.h"
+#include "QuiloPanHeadphones.h"
 #include "QuiloPanObject.h"
 #include "QuiloPanOscState.h"
 #include "QuiloPanTexts.h"
@@ -11,7 +11,6 @@
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
 #include "osc/VelkDspOscInputStream.h"
-#include "pan/QuiloBinauralPanningDirect.h"
 
 #include <algorithm>
 #include <array>
@@ -34,29 +33,24 @@ namespace {
 
 constexpr std::string_view kAttributePrefix = "/attribute/";
 
-template <class Panner>
-bool Is(const PanObject& object) {
-    return EngineAs<Panner>(object) != nullptr;
-}
-
 /// Addresses that stand for a message of the object, with the same arguments. With an F the
 /// coordinate format is the first of them.
 struct OwnRow {
     std::string_view address;
     const char* message;
-    std::string_view arguments;       // type tags; "*": any number of numbers; "?": anything
-    bool (*isFor)(const PanObject&);  // null: every object has it
+    std::string_view arguments;  // type tags; "*": any number of numbers; "?": anything
+    bool (*accepts)(const PanObject&, Atoms);
     std::string_view hint;
     std::string_view help;  // empty: the engine documents the address
 };
 // clang-format off
 constexpr OwnRow kOwnRows[] = {
-    // address          message           arguments  is for                     hint                 help
-    {"/load",           "load",           "s",       Is<BinauralPanningDirect>, "",                  ""},
-    {"/speakers/F",     "speakers",       "*",       nullptr,                   "",                  ""},
-    {"/listener/F",     "listener",       "*",       Is<BinauralPanning>,       "[number]...",       "sets the position of the listener, in a coordinate format (binaural types)"},
-    {"/crossfadetype",  "crossfadetype",  "s",       Is<BinauralPanning>,       "[string]",          "chooses how filters fade (binaural types)"},
-    {"/implementation", "implementation", "?",       Is<BinauralPanning>,       "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
+    // address          message           arguments  whether it is taken    hint                 help
+    {"/load",           "load",           "s",       AcceptsHrtfFile,       "",                  ""},
+    {"/speakers/F",     "speakers",       "*",       AcceptsSpeakers,       "",                  ""},
+    {"/listener/F",     "listener",       "*",       AcceptsListener,       "[number]...",       "sets the position of the listener, in a coordinate format (binaural types)"},
+    {"/crossfadetype",  "crossfadetype",  "s",       AcceptsCrossfadeType,  "[string]",          "chooses how filters fade (binaural types)"},
+    {"/implementation", "implementation", "?",       AcceptsImplementation, "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
 };
 // clang-format on
 
@@ -69,6 +63,11 @@ bool ArgumentsFit(const OwnRow& row, const tav::OSCMessage& message) {
     const std::string tags = message.TypeTags();
     if (row.arguments == "*") return tags.find_first_not_of("fih") == std::string::npos;
     return row.arguments == "?" || row.arguments == tags;
+}
+
+/// Positions without any number: they change nothing.
+bool IsEmptyLayout(const OwnRow& row, const tav::OSCMessage& message) {
+    return row.arguments == "*" && message.Arguments().empty();
 }
 
 /// The word in the place of the F; empty where the row has none, nothing when it does not fit.
@@ -356,21 +355,21 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
     t_object* const x = MaxObjectOf(object_);
     if (HasBlobs(message)) return false;
     if (address.starts_with(kAttributePrefix)) {
-        const char* const name = address.c_str() + kAttributePrefix.size();
-        if (!HasAttribute(name)) {
-            Error(object_, VelkMax::kNoAttribute, name);
+        t_symbol* const name = gensym(address.c_str() + kAttributePrefix.size());
+        if (!HasAttribute(object_, name)) {
+            Error(object_, VelkMax::kNoAttribute, name->s_name);
             return false;
         }
         std::vector<t_atom> atoms = AtomsOf(message, {});
         if (atoms.empty()) return false;
-        VelkMax::SetAttribute(x, gensym(name), atoms);
+        VelkMax::SetAttribute(x, name, atoms);
         return true;
     }
     for (const OwnRow& row : kOwnRows) {
         const auto format = FormatIn(address, row);
         if (!format) continue;
         if (!ArgumentsFit(row, message)) return false;
-        if (row.arguments == "*" && message.Arguments().empty()) return true;  // no layout at all
+        if (IsEmptyLayout(row, message)) return true;
         std::vector<t_atom> atoms = AtomsOf(message, *format);
         t_atom result{};
         return object_method_typed(x, gensym(row.message), static_cast<max_long>(atoms.size()),
@@ -379,21 +378,22 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
     return false;
 }
 
-bool PanOsc::HasAttribute(const char* name) const {
-    const VelkMax::MaxAttribute attribute(MaxObjectOf(object_), gensym(name));
-    return attribute.Exists() && attribute.CanBeSet() && !attribute.IsInvisible();
-}
-
 bool PanOsc::AcceptsOwn(const tav::OSCMessage& message) const {
+    // Only presets ask; they may hold words that are only printed.
+    const VelkMax::RestoringState asStored(VelkMax::RestoringState::By::Message);
     const std::string& address = message.AddressText();
     if (HasBlobs(message)) return false;
     if (address.starts_with(kAttributePrefix)) {
-        return HasAttribute(address.c_str() + kAttributePrefix.size()) &&
-               !message.Arguments().empty();
+        t_symbol* const name = gensym(address.c_str() + kAttributePrefix.size());
+        return AcceptsAttribute(object_, name, Atoms(AtomsOf(message, {})));
     }
-    const auto* const row = std::ranges::find_if(
-        kOwnRows, [&](const OwnRow& own) { return FormatIn(address, own).has_value(); });
-    return ArgumentsFit(*row, message) && (row->isFor == nullptr || row->isFor(object_));
+    for (const OwnRow& row : kOwnRows) {
+        const auto format = FormatIn(address, row);
+        if (!format) continue;
+        if (IsEmptyLayout(row, message)) return true;
+        return ArgumentsFit(row, message) && row.accepts(object_, Atoms(AtomsOf(message, *format)));
+    }
+    return false;
 }
 
 std::filesystem::path PanOsc::FindFile(const std::string& name) const {

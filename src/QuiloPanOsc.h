@@ -68,7 +68,6 @@ private:
     void ReceiveInAudio(std::span<const std::byte> packet);
     void Announce(OscChanges changes);
     void AnnounceLater(OscChanges changes) noexcept;
-    bool HasAttribute(const char* name) const;
 
     PanObject& object_;
     std::vector<t_symbol*> attributes_;    // of each bit of OscChanges; null for none

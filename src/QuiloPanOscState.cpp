@@ -2,7 +2,13 @@
 #include "QuiloPanOscState.h"
 
 #include "QuiloPanEngine.h"
+#include "QuiloPanHeadphones.h"
+#include "QuiloPanNearfield.h"
+#include "QuiloPanPanners.h"
+#include "QuiloPanPositions.h"
+#include "math/VelkDspKeywords.h"
 #include "max/VelkMaxMaxAttribute.h"
+#include "max/VelkMaxTexts.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloKeywords.h"
 #include "pan/QuiloRecursivePanning.h"
@@ -36,7 +42,76 @@ void AddAttribute(t_object* x, const VelkMax::MaxAttribute& attribute, tav::OSCB
     state.Add(std::move(message));
 }
 
+// ---- What the object takes
+
+bool AcceptsSpeakersPositions(const PanObject& object, Atoms xyz) {
+    const VelkMax::Door::Visit inside(object.TheDoor());
+    tav::CartesianArray speakers = object.Speakers();
+    return !object.TakesSpeakers() || ReadTriplets(object, kSpeakersPositionTexts, xyz, speakers);
+}
+
+bool AcceptsSourcesPositions(const PanObject& object, Atoms xyz) {
+    tav::CartesianArray sources(object.NumSources());
+    return ReadTriplets(object, kSourcesPositionTexts, xyz, sources);
+}
+
+template <const auto& kKeywords, const auto& kInvalid>
+bool IsKeyword(const PanObject& object, Atoms word) {
+    return ReadKeyword(object, kKeywords(), word.First(1).Text(), kInvalid).has_value();
+}
+
+template <t_symbol* (PanObject::*Source)() const, bool (*Accepts)(const PanObject&, Atoms)>
+bool IsInForceOr(const PanObject& object, Atoms name) {
+    return name.First(1).Text() == (object.*Source)()->s_name || Accepts(object, name);
+}
+
+/// Attributes whose setters look closer than at whether there are numbers.
+struct AttributeCheck {
+    std::string_view name;
+    bool (*accepts)(const PanObject& object, Atoms values);
+};
+// clang-format off
+constexpr AttributeCheck kAttributeChecks[] = {
+    {"numinputs",         [](const PanObject& o, Atoms v) { return v.Long(0) == o.NumInputs(); }},
+    {"numoutputs",        [](const PanObject& o, Atoms v) { return v.Long(0) == o.NumOutputs(); }},
+    {"type",              [](const PanObject& o, Atoms v) { return v.Text() == o.Type()->s_name; }},
+    {"subtype",           [](const PanObject& o, Atoms v) { return v.Text() == o.SubType()->s_name; }},
+    {"sourcespositions",  AcceptsSourcesPositions},
+    {"speakerspositions", AcceptsSpeakersPositions},
+    {"encoding",          IsKeyword<tav::NormalizationKeywords, kInvalidEncoding>},
+    {"norm",              IsKeyword<tav::NormalizationKeywords, kInvalidEncoding>},
+    {"hoamode",           IsKeyword<tav::HoaModeKeywords, kInvalidHoaMode>},
+    {"spreadmode",        IsKeyword<PanSpreadingModeKeywords, kInvalidSpreadMode>},
+    {"itdtype",           IsKeyword<ItdTypeKeywords, kInvalidItdType>},
+    {"itdlatency",        IsKeyword<ItdLatencyKeywords, kInvalidItdLatency>},
+    {"hrtffile",          IsInForceOr<&PanObject::HrtfSource, AcceptsHrtfFile>},
+    {"nearfieldhrtffile", IsInForceOr<&PanObject::NearfieldSource, AcceptsNearfieldFile>},
+};
+// clang-format on
+
 }  // namespace
+
+bool HasAttribute(const PanObject& object, t_symbol* name) {
+    const VelkMax::MaxAttribute attribute(MaxObjectOf(object), name);
+    return attribute.Exists() && attribute.CanBeSet() && !attribute.IsInvisible();
+}
+
+bool AcceptsAttribute(const PanObject& object, t_symbol* name, Atoms values) {
+    if (values.Empty() || !HasAttribute(object, name)) return false;
+    const auto* const check =
+        std::ranges::find(kAttributeChecks, std::string_view(name->s_name), &AttributeCheck::name);
+    if (check != std::end(kAttributeChecks)) return check->accepts(object, values);
+    const VelkMax::MaxAttribute attribute(MaxObjectOf(object), name);
+    const std::size_t numRead = attribute.NumAtoms() == 1 ? 1 : values.Size();
+    if (values.First(numRead).AreNumbers(numRead)) return true;
+    VelkMax::Error(object, VelkMax::kUnreadableValue, name->s_name);
+    return false;
+}
+
+bool AcceptsSpeakers(const PanObject& object, Atoms atoms) {
+    const VelkMax::Door::Visit inside(object.TheDoor());
+    return !object.TakesSpeakers() || ReadSpeakers(object, atoms);
+}
 
 void AddObjectState(const PanObject& object, tav::OSCBundle& state) {
     t_object* const x = MaxObjectOf(object);

@@ -79,6 +79,17 @@ bool ReadLayout(const PanObject& object,
     return true;
 }
 
+std::optional<tav::CartesianArray> ReadSpeakers(const PanObject& object, Atoms atoms) {
+    if (!atoms.IsSymbol(0) && !atoms.IsNumber(0)) {
+        VelkMax::Reject(object, kInvalidSpeakers, atoms);
+        return std::nullopt;
+    }
+    const auto formatted = ReadFormat(object, atoms);
+    tav::CartesianArray speakers = object.Speakers();
+    if (!formatted || !ReadLayout(object, *formatted, speakers)) return std::nullopt;
+    return speakers;
+}
+
 bool ReadTriplets(const PanObject& object,
                   const TripletTexts& texts,
                   Atoms xyz,

@@ -57,6 +57,9 @@ bool ReadLayout(const PanObject& object,
                 const FormattedValues& formatted,
                 tav::CartesianArray& positions);
 
+/// The layout that the message `speakers` asks for; nothing, and said why, when it does not serve.
+std::optional<tav::CartesianArray> ReadSpeakers(const PanObject& object, VelkMax::Atoms atoms);
+
 /// The texts that an attribute with x, y, z of many positions posts.
 struct TripletTexts {
     const Text<int>* tooFew;

@@ -106,6 +106,13 @@ public:
         object_.TheDoor().Changed(Kind::Attribute());
     }
 
+    /// Whether this panner loads, and the file is there; otherwise says why not.
+    /// Thread: main, outside the door
+    static bool Finds(const PanObject& object, const std::string& name) {
+        return Kind::IsFor(object) && EngineAs<typename Kind::Panner>(object) != nullptr &&
+               Kind::Find(object, name);
+    }
+
 private:
     /// Null where the panner loads nothing.
     static std::unique_ptr<SetLoading> Begin(PanObject& object) {

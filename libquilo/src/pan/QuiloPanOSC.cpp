@@ -90,13 +90,20 @@ unsigned PanOSCReceiver::NumAttributes() { return static_cast<unsigned>(PanOscRo
 
 namespace {
 
-/// The address of an errand's row with the word that the message has in the place of the F: one
-/// without patterns.
-std::string PlainAddress(const PanOscRoute& route, const OscMessageView& message) {
-    if (!route.address.ends_with("/F")) return std::string(route.address);
-    OscPath path(message.address);
-    path.Take();
-    return std::string(route.address.substr(0, route.address.size() - 1)).append(path.Take());
+/// A message to the address of an errand's row, with the word that it has in the place of the F:
+/// one without patterns.
+OSCMessage PlainMessage(const PanOscRoute& route, const OscMessageView& message) {
+    std::string address(route.address);
+    if (address.ends_with("/F")) {
+        address.pop_back();
+        OscPath path(message.address);
+        path.Take();
+        address.append(path.Take());
+    }
+    OSCMessage plain(address);
+    const OSCMessage copy = CopyOf(message);
+    for (const auto& argument : copy.Arguments()) plain.Add(argument);
+    return plain;
 }
 
 struct AtOnce {
@@ -112,14 +119,9 @@ struct AtOnce {
         PanOscRoutes()[command.route].run(pan, receiver, command);
     }
     bool Errand(const PanOscRoute& route, const OscMessageView& message) {
-        const std::string address = PlainAddress(route, message);
-        if (extension == nullptr || !extension->Owns(address)) {
-            return route.runErrand(pan, message);
-        }
-        OSCMessage plain(address);
-        const OSCMessage copy = CopyOf(message);
-        for (const auto& argument : copy.Arguments()) plain.Add(argument);
-        return extension->ProcessOwn(plain);
+        const OSCMessage plain = PlainMessage(route, message);
+        const bool isOwn = extension != nullptr && extension->Owns(plain.AddressText());
+        return isOwn ? extension->ProcessOwn(plain) : route.runErrand(pan, message);
     }
 };
 
@@ -155,15 +157,22 @@ namespace {
 
 struct Checking {
     const Pan& pan;
+    const PanOscExtension* extension = nullptr;
     bool isTaken = false;
 
-    void Command(const OscCommand& command) { Look(PanOscRoutes()[command.route]); }
-    bool Errand(const PanOscRoute& route, const OscMessageView&) {
-        if (!route.address.starts_with("/preset/")) Look(route);
+    void Command(const OscCommand& command) { Look(PanOscRoutes()[command.route], {}); }
+    bool Errand(const PanOscRoute& route, const OscMessageView& message) {
+        if (route.address.starts_with("/preset/")) return true;
+        const OSCMessage plain = PlainMessage(route, message);
+        if (extension != nullptr && extension->Owns(plain.AddressText())) {
+            isTaken = extension->AcceptsOwn(plain) || isTaken;
+        } else {
+            Look(route, message);
+        }
         return true;
     }
-    void Look(const PanOscRoute& route) {
-        isTaken = isTaken || route.isFor == nullptr || route.isFor(pan);
+    void Look(const PanOscRoute& route, const OscMessageView& message) {
+        isTaken = isTaken || route.accepts == nullptr || route.accepts(pan, message);
     }
 };
 
@@ -171,7 +180,7 @@ struct Checking {
 
 bool PanOSCReceiver::Accepts(const OSCMessage& message) const {
     if (IsOwned(message.AddressText())) return extension_->AcceptsOwn(message);
-    Checking sink{pan_};
+    Checking sink{pan_, extension_};
     return Resolve(message, sink) && sink.isTaken;
 }
 

@@ -9,6 +9,7 @@
 #include "pan/QuiloRecursivePanning.h"
 
 #include <cmath>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -138,29 +139,20 @@ public:
         pan.LoadHrtf(Word(message));
         return true;
     }
-    /// A layout in one format, in which values that are no whole position are left out.
     static bool Speakers(Pan& pan, const OscMessageView& message) {
-        OscPath path(message.address);
-        path.Take();
-        const auto format = Coordinates::ParseFormat(path.Take());
-        if (!format) return false;
-        std::vector<float> values(message.tags.size());
-        tav::ReadOscNumbers(message, std::string(values.size(), 'n'), values);
-        const std::size_t numValues = Coordinates::NumValues(*format);
-        tav::CartesianArray speakers(values.size() / numValues);
-        for (std::size_t k = 0; k < speakers.Size(); ++k) {
-            const auto own = std::span(values).subspan(k * numValues, numValues);
-            if (!Coordinates::Apply(speakers[k], *format, own)) return false;
-        }
-        if (speakers.Size() > 0) pan.SetSpeakersPositions(speakers);
-        return true;
+        const auto speakers = LayoutOf(message);
+        if (speakers && speakers->Size() > 0) pan.SetSpeakersPositions(*speakers);
+        return speakers.has_value();
     }
 
-    // ---- Which panners have a setting
+    // ---- Which panners have a setting, and take the values
 
-    static bool HasSpread(const Pan& pan) { return pan.SupportsSpread(); }
+    static bool IsLayout(const Pan&, const OscMessageView& message) {
+        return LayoutOf(message).has_value();
+    }
+    static bool HasSpread(const Pan& pan, const OscMessageView&) { return pan.SupportsSpread(); }
     template <class Panner>
-    static bool Is(const Pan& pan) {
+    static bool Is(const Pan& pan, const OscMessageView&) {
         return dynamic_cast<const Panner*>(&pan) != nullptr;
     }
 
@@ -168,6 +160,23 @@ private:
     static void SpreadSource(Pan& pan, unsigned index, float spread) TAV_UNCHECKED {
         if (!std::isfinite(spread)) return;
         pan.ApplySourceSpread(index, std::clamp(spread, 0.f, 100.f));
+    }
+    /// A layout in one format, in which values that are no whole position are left out; nothing
+    /// when a value is no place.
+    static std::optional<tav::CartesianArray> LayoutOf(const OscMessageView& message) {
+        OscPath path(message.address);
+        path.Take();
+        const auto format = Coordinates::ParseFormat(path.Take());
+        if (!format) return std::nullopt;
+        std::vector<float> values(message.tags.size());
+        tav::ReadOscNumbers(message, std::string(values.size(), 'n'), values);
+        const std::size_t numValues = Coordinates::NumValues(*format);
+        tav::CartesianArray speakers(values.size() / numValues);
+        for (std::size_t k = 0; k < speakers.Size(); ++k) {
+            const auto own = std::span(values).subspan(k * numValues, numValues);
+            if (!Coordinates::Apply(speakers[k], *format, own)) return std::nullopt;
+        }
+        return speakers;
     }
     /// The only argument.
     static tav::OscValue Only(const OscMessageView& message) {
@@ -188,13 +197,13 @@ using F = Coordinates::Format;
 
 // clang-format off
 constexpr PanOscRoute kRoutes[] = {
-    // address                 arguments  format   attribute           hint                       help                                                                              run               errand           is for
+    // address                 arguments  format   attribute           hint                       help                                                                              run               errand           accepts
     {"/source/N/F",            "F",       F::None, "sourcespositions", "[number]...",             "moves a source, in a coordinate format such as xyz or aed",                      A::Move,          nullptr,         nullptr},
     {"/source/N/spread",       "n",       F::None, "spread",           "[number]",                "sets the width of a source (0 to 100)",                                          A::Spread,        nullptr,         A::HasSpread},
     {"/source/N/spreadxyz",    "nnn",     F::None, "spreadxyz",        "[number][number][number]", "sets the width of a source along x, y and z (0 to 100)",                        A::SpreadXyz,     nullptr,         A::Is<DbapPanning>},
     {"/source/N/mute",         "b",       F::None, "",                 "[boolean]",               "mutes a source",                                                                 A::Mute,          nullptr,         nullptr},
     {"/source/N/numneighbors", "u",       F::None, "",                 "[integer]",               "sets the number of loudspeakers that play a source (type knn)",                  A::NumNeighbors,  nullptr,         A::Is<KnnPanning>},
-    {"/speakers/F",            "*",       F::None, "",                 "[number][number]...",     "sets the positions of all loudspeakers, in a coordinate format",                 nullptr,          A::Speakers,     nullptr},
+    {"/speakers/F",            "*",       F::None, "",                 "[number][number]...",     "sets the positions of all loudspeakers, in a coordinate format",                 nullptr,          A::Speakers,     A::IsLayout},
     {"/corners",               "nnnn",    F::None, "",                 "[number][number][number][number]", "sets the azimuths of the four corners (type panr)",                     nullptr,          A::Corners,      A::Is<RecursivePanning>},
     {"/load",                  "s",       F::None, "",                 "[string]",                "loads a set of head-related filters from a file",                                nullptr,          A::Load,         A::Is<BinauralPanningDirect>},
     {"/dsp/samplerate",        "n",       F::None, "",                 "[number]",                "sets the sampling rate (in Hz)",                                                 nullptr,          A::SampleRate,   nullptr},

@@ -61,9 +61,10 @@ struct PanOscRoute {
     void (*run)(Pan& pan, PanOSCReceiver& receiver, const tav::OscCommand& command);
     /// Thread: control, without the lock.  @return false: the values do not serve
     bool (*runErrand)(Pan& pan, const tav::OscMessageView& message);
-    /// Whether a panner has what the row sets; null: all have it. Messages to those that have not
-    /// do nothing.
-    bool (*isFor)(const Pan& pan);
+    /// Whether a panner has what the row sets and, of an errand, takes the values, which fit; null:
+    /// all do. Messages to others do nothing.
+    /// Thread: control, without the lock.
+    bool (*accepts)(const Pan& pan, const tav::OscMessageView& message);
 };
 
 std::span<const PanOscRoute> PanOscRoutes();
