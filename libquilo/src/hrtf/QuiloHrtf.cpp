@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <mutex>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -47,34 +48,47 @@ Hrtf::Hrtf(HrtfData data) : data_(std::move(data)), positions_(data_.points.size
     }
     tree_ = tav::KdTreeHelper(positions_);
     reach_ = kReachOverRadius * static_cast<float>(radius);
-    FindClearances(radius);
+    FindSurroundings(radius);
 }
 
-void Hrtf::FindClearances(double radius) {
+void Hrtf::FindSurroundings(double radius) {
     const auto isOnSphere = [radius](const tav::CartesianVector& p) {
         return std::abs(LengthOf(p) / radius - 1.0) < kRoundnessTolerance;
     };
     if (std::ranges::all_of(positions_, isOnSphere)) radius_ = radius;
     std::vector<std::size_t> indices;
     std::vector<float> distances;
-    for (const tav::CartesianVector& position : positions_) {
-        tree_.Nearest(position, 2, indices, distances);
-        const auto gap = static_cast<double>(*std::ranges::max_element(distances));
-        clearance_.push_back(kClearShare * (positions_.Size() > 1 ? gap : 0.0));
+    for (std::uint32_t index = 0; index < positions_.Size(); ++index) {
+        Surroundings& around = surroundings_.emplace_back();
+        around.neighbours.fill(index);
+        if (positions_.Size() <= kNeighbours + 1) continue;
+        // The point itself comes first, or another one at the same place.
+        tree_.Nearest(positions_[index], kNeighbours + 1, indices, distances);
+        around.clearance = kClearShare * static_cast<double>(distances[1]);
+        std::ranges::transform(std::span(indices).subspan(1), around.neighbours.begin(),
+                               [](std::size_t i) { return static_cast<std::uint32_t>(i); });
     }
 }
 
-bool Hrtf::IsSurelyNearest(std::uint32_t point,
-                           const tav::CartesianVector& position) const noexcept {
-    if (point >= clearance_.size()) return false;
+const HrtfPoint* Hrtf::NearestPoint(const tav::CartesianVector& position,
+                                    std::uint32_t guess) const noexcept {
+    if (guess >= surroundings_.size()) return NearestPoint(position);
     // On a sphere all distances from the centre have the same order.
     const double length = LengthOf(position);
     const double scale = radius_ > 0.0 && length > 0.0 ? radius_ / length : 1.0;
-    const tav::CartesianVector& p = positions_[point];
-    const double x = static_cast<double>(position.x) * scale - static_cast<double>(p.x);
-    const double y = static_cast<double>(position.y) * scale - static_cast<double>(p.y);
-    const double z = static_cast<double>(position.z) * scale - static_cast<double>(p.z);
-    return x * x + y * y + z * z < clearance_[point] * clearance_[point];
+    const auto scaled = [scale](float v) { return static_cast<double>(v) * scale; };
+    const double x = scaled(position.x), y = scaled(position.y), z = scaled(position.z);
+    const auto isSurelyNearest = [&](std::uint32_t index) {
+        const tav::CartesianVector& p = positions_[index];
+        const double dx = x - static_cast<double>(p.x), dy = y - static_cast<double>(p.y);
+        const double dz = z - static_cast<double>(p.z);
+        const double clearance = surroundings_[index].clearance;
+        return dx * dx + dy * dy + dz * dz < clearance * clearance;
+    };
+    if (isSurelyNearest(guess)) return &data_.points[guess];
+    const auto& neighbours = surroundings_[guess].neighbours;
+    const auto* const found = std::ranges::find_if(neighbours, isSurelyNearest);
+    return found != neighbours.end() ? &data_.points[*found] : NearestPoint(position);
 }
 
 void Hrtf::Load(const std::string& path) { *this = Hrtf(ReadSet(path)); }

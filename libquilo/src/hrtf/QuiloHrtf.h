@@ -5,6 +5,8 @@
 #include "hrtf/QuiloHrtfData.h"
 #include "math/VelkDspKdTreeHelper.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -42,28 +44,31 @@ public:
     /// @param position  finite      Thread: any, audio included: nothing is allocated.
     const HrtfPoint* NearestPoint(const tav::CartesianVector& position) const noexcept;
 
-    /// The same, sooner where the guess is right.  @param guess  any number
+    /// The same, sooner where it is the guess or next to it: for positions that move little by
+    /// little.  @param guess  any number; where it is no point, that is a search
     const HrtfPoint* NearestPoint(const tav::CartesianVector& position,
-                                  std::uint32_t guess) const noexcept {
-        return IsSurelyNearest(guess, position) ? &data_.points[guess] : NearestPoint(position);
-    }
-
-    /// A quick look, for positions that move little by little.
-    /// @return true: the point is the nearest one; false: it may be or not
-    bool IsSurelyNearest(std::uint32_t point, const tav::CartesianVector& position) const noexcept;
+                                  std::uint32_t guess) const noexcept;
 
     /// What users are told about the set: fields and infos, one line each.
     std::vector<std::string> InfoLines() const;
 
 private:
-    void FindClearances(double radius);
+    static constexpr std::size_t kNeighbours = 6;
+
+    /// A point and the others round it.
+    struct Surroundings {
+        double clearance = 0.0;  // nothing closer to the point than this has another nearest one
+        std::array<std::uint32_t, kNeighbours> neighbours{};  // nearest first
+    };
+
+    void FindSurroundings(double radius);
 
     HrtfData data_;
     tav::CartesianArray positions_;
     tav::KdTreeHelper tree_;
-    float reach_ = 0.f;              // positions are looked up within this distance
-    double radius_ = 0.0;            // of a set whose points lie on a sphere, else 0
-    std::vector<double> clearance_;  // of each point: nothing closer to it has another nearest one
+    float reach_ = 0.f;                       // positions are looked up within this distance
+    double radius_ = 0.0;                     // of a set whose points lie on a sphere, else 0
+    std::vector<Surroundings> surroundings_;  // of each point
 };
 
 }  // namespace Quilo

@@ -128,8 +128,7 @@ void BinauralPanningDirect::ComputeSource(unsigned index, bool immediate, bool f
     if (newest_ == nullptr) return;
     FreeRetired();
     const tav::CartesianVector position = RelativePosition(index);
-    if (!force && set_->IsSurelyNearest(points_[index], position)) return;
-    const HrtfPoint* const point = set_->NearestPoint(position);
+    const HrtfPoint* const point = set_->NearestPoint(position, points_[index]);
     if (point == nullptr || (point->index == points_[index] && !force)) return;
     points_[index] = point->index;
     const EarDelays delays = Itd().Delays(position, point->delay);

@@ -3,6 +3,7 @@
 // and with the cells as they are after rounding to 32 bits.
 #include "filterdesign/VelkDspFft.h"
 #include "hrtf/QuiloHrtf.h"
+#include "math/VelkDspSpherical.h"
 
 #include <gtest/gtest.h>
 
@@ -270,6 +271,15 @@ TEST(Hrtf, TheNearestPointIsTheNearestDirectionFromHereToAfar) {
         }
     }
     EXPECT_EQ(Hrtf().NearestPoint({0.f, 1.f, 0.f}), nullptr);
+    EXPECT_EQ(Hrtf().NearestPoint({0.f, 1.f, 0.f}, 0), nullptr);
+    // Guesses near and far, of places between the points: 20 turns of a spiral through the centre.
+    for (std::uint32_t k = 0; k < 20000; ++k) {
+        const auto part = static_cast<float>(k) * 1e-4f - 1.f;
+        const auto p = tav::FromNavigational(7200.f * part, 80.f * part, 2.f * part);
+        const HrtfPoint* const nearest = Set().NearestPoint(p);
+        for (const std::uint32_t off : {0u, 1u, 70u, 709u, ~0u})
+            ASSERT_EQ(Set().NearestPoint(p, nearest->index + off), nearest) << k;
+    }
 }
 
 }  // namespace
