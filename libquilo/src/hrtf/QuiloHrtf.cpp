@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <mutex>
 #include <span>
 #include <string_view>
@@ -19,13 +20,15 @@ namespace {
 
 constexpr float kReachOverRadius = 64.f;
 constexpr double kRoundnessTolerance = 1e-5;
-constexpr double kClearShare = 0.49;  // of the way to the next point; a half but for rounding
+constexpr double kClosest = 0.1;  // of the radius of a sphere: closer to its centre all is searched
 
-double LengthOf(const tav::CartesianVector& v) noexcept {
-    const double x = static_cast<double>(v.x), y = static_cast<double>(v.y);
-    const double z = static_cast<double>(v.z);
-    return std::sqrt(x * x + y * y + z * z);
+double Product(const tav::CartesianVector& a, const tav::CartesianVector& b) noexcept {
+    return static_cast<double>(a.x) * static_cast<double>(b.x) +
+           static_cast<double>(a.y) * static_cast<double>(b.y) +
+           static_cast<double>(a.z) * static_cast<double>(b.z);
 }
+
+double LengthOf(const tav::CartesianVector& v) noexcept { return std::sqrt(Product(v, v)); }
 
 HrtfData ReadSet(const std::string& path) {
     const std::string_view extension = FileExtension(path);
@@ -52,42 +55,57 @@ Hrtf::Hrtf(HrtfData data) : data_(std::move(data)), positions_(data_.points.size
 }
 
 void Hrtf::FindSurroundings(double radius) {
-    const auto isOnSphere = [radius](const tav::CartesianVector& p) {
-        return std::abs(LengthOf(p) / radius - 1.0) < kRoundnessTolerance;
-    };
-    if (std::ranges::all_of(positions_, isOnSphere)) radius_ = radius;
+    double least = radius;
+    for (const auto& position : positions_) least = std::min(least, LengthOf(position));
+    const bool isSphere = least > (1.0 - kRoundnessTolerance) * radius;
+    if (isSphere) radius_ = radius;
+    // The search compares squares of 32 bits, up to (kReachOverRadius radius)^2. Points of unequal
+    // length move the border between them, the more the closer a position is to the centre.
+    const double rounding = 2e-5 * radius * radius;
+    const double unequal = isSphere ? (radius * radius - least * least) / (2.0 * kClosest) : 0.0;
     std::vector<std::size_t> indices;
     std::vector<float> distances;
     for (std::uint32_t index = 0; index < positions_.Size(); ++index) {
         Surroundings& around = surroundings_.emplace_back();
         around.neighbours.fill(index);
-        if (positions_.Size() <= kNeighbours + 1) continue;
-        // The point itself comes first, or another one at the same place.
-        tree_.Nearest(positions_[index], kNeighbours + 1, indices, distances);
-        around.clearance = kClearShare * static_cast<double>(distances[1]);
-        std::ranges::transform(std::span(indices).subspan(1), around.neighbours.begin(),
-                               [](std::size_t i) { return static_cast<std::uint32_t>(i); });
+        double clearance = 0.0;  // nothing closer to the point than this has another nearest one
+        if (positions_.Size() > kNeighbours + 1) {
+            // The point itself comes first, or another one at the same place.
+            tree_.Nearest(positions_[index], kNeighbours + 1, indices, distances);
+            const auto gap = static_cast<double>(distances[1]);
+            if (gap > 0.0) clearance = std::max(0.499 * gap - (rounding + unequal) / gap, 0.0);
+            std::ranges::transform(std::span(indices).subspan(1), around.neighbours.begin(),
+                                   [](std::size_t i) { return static_cast<std::uint32_t>(i); });
+        }
+        around.limit = clearance * clearance;
+        if (!isSphere) continue;
+        const double length = LengthOf(positions_[index]);
+        const double product = radius * radius + length * length - around.limit;
+        around.limit = clearance > 0.0 ? product * product / (4.0 * radius * radius)
+                                       : std::numeric_limits<double>::infinity();
     }
+}
+
+bool Hrtf::IsSurelyNearest(std::uint32_t point,
+                           const tav::CartesianVector& position) const noexcept {
+    const double square = Product(position, position);
+    const double product = Product(position, positions_[point]);
+    const double limit = surroundings_[point].limit;
+    if (radius_ == 0.0) {
+        return square - 2.0 * product + Product(positions_[point], positions_[point]) < limit;
+    }
+    // On a sphere all distances from the centre have the same order.
+    return product > 0.0 && product * product > limit * square &&
+           square > kClosest * kClosest * radius_ * radius_;
 }
 
 const HrtfPoint* Hrtf::NearestPoint(const tav::CartesianVector& position,
                                     std::uint32_t guess) const noexcept {
     if (guess >= surroundings_.size()) return NearestPoint(position);
-    // On a sphere all distances from the centre have the same order.
-    const double length = LengthOf(position);
-    const double scale = radius_ > 0.0 && length > 0.0 ? radius_ / length : 1.0;
-    const auto scaled = [scale](float v) { return static_cast<double>(v) * scale; };
-    const double x = scaled(position.x), y = scaled(position.y), z = scaled(position.z);
-    const auto isSurelyNearest = [&](std::uint32_t index) {
-        const tav::CartesianVector& p = positions_[index];
-        const double dx = x - static_cast<double>(p.x), dy = y - static_cast<double>(p.y);
-        const double dz = z - static_cast<double>(p.z);
-        const double clearance = surroundings_[index].clearance;
-        return dx * dx + dy * dy + dz * dz < clearance * clearance;
-    };
-    if (isSurelyNearest(guess)) return &data_.points[guess];
+    const auto isIt = [&](std::uint32_t point) { return IsSurelyNearest(point, position); };
+    if (isIt(guess)) return &data_.points[guess];
     const auto& neighbours = surroundings_[guess].neighbours;
-    const auto* const found = std::ranges::find_if(neighbours, isSurelyNearest);
+    const auto* const found = std::ranges::find_if(neighbours, isIt);
     return found != neighbours.end() ? &data_.points[*found] : NearestPoint(position);
 }
 

@@ -57,11 +57,15 @@ private:
 
     /// A point and the others round it.
     struct Surroundings {
-        double clearance = 0.0;  // nothing closer to the point than this has another nearest one
+        // Positions are surely nearest to this point: on a sphere, where their scalar product with
+        // it is positive and its square more than `limit` times that of their length; elsewhere,
+        // where the square of their distance to it is less than `limit`.
+        double limit = 0.0;
         std::array<std::uint32_t, kNeighbours> neighbours{};  // nearest first
     };
 
     void FindSurroundings(double radius);
+    bool IsSurelyNearest(std::uint32_t point, const tav::CartesianVector& position) const noexcept;
 
     HrtfData data_;
     tav::CartesianArray positions_;

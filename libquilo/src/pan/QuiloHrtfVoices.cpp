@@ -64,10 +64,13 @@ std::array<float, 4> TapsFor(tav::DelayKind kind, float delay) noexcept TAV_NONB
 
 void GroupReader::Set(std::size_t lane, const PathReading& reading) noexcept TAV_NONBLOCKING {
     lanes_.signals[lane] = reading.signal;
-    for (std::size_t t = 0; t < reading.taps.size(); ++t) lanes_.taps[t][lane] = reading.taps[t];
     lanes_.places[lane] = reading.place;
     lanes_.steps[lane] = reading.step;
-    glides_ = glides_ || reading.step != 0.f;
+    if (reading.step != 0.f) {
+        glides_ = true;
+        return;
+    }
+    for (std::size_t t = 0; t < reading.taps.size(); ++t) lanes_.taps[t][lane] = reading.taps[t];
 }
 
 void GroupReader::Read(std::size_t count,
@@ -145,11 +148,12 @@ void HrtfVoices::SetDelay(unsigned voice,
                           std::uint32_t glideSamples) noexcept TAV_NONBLOCKING {
     const float samples = std::clamp(ms, 0.f, kLongestDelayMs) * samplesPerMs_;
     if (samples > usualDelay_ && !voices_[voice].isLong) Lengthen(voice);
-    tav::Ramp& delay = voices_[voice].paths[path].delay;
-    if (samples == delay.Target() && glideSamples > 0) return;
+    Path& p = voices_[voice].paths[path];
+    if (samples == p.delay.Target() && glideSamples > 0) return;
     const float unknown = samples - static_cast<float>(voices_[voice].known);
     const auto shortest = static_cast<std::uint32_t>(std::max(std::ceil(unknown), 0.f));
-    delay.SetOverSamples(samples, std::max(glideSamples, shortest));
+    p.delay.SetOverSamples(samples, std::max(glideSamples, shortest));
+    p.after = p.delay.Value();
 }
 
 bool HrtfVoices::IsSilenced(unsigned voice, std::size_t tail) const noexcept TAV_NONBLOCKING {
@@ -162,10 +166,12 @@ void HrtfVoices::Take(unsigned index,
     Voice& voice = voices_[index];
     const std::size_t count = left.size();
     for (Path& path : std::span(voice.paths).first(numPaths_)) {
-        path.before = path.delay.IsConstant() ? path.delay.Target() : path.delay.Value();
+        path.before = path.after;
+        path.isMoved = path.isRead = false;
         path.glide = std::min(path.delay.SamplesLeft(), static_cast<std::uint32_t>(count));
+        if (path.glide == 0) continue;
         path.delay.Skip(path.glide);
-        path.isMoved = false;
+        path.after = path.delay.Value();
     }
     const std::size_t kept = Kept(voice);
     const bool isFull = voice.end + count + kGuard > length_ - (longestKept_ - kept);
@@ -207,16 +213,17 @@ PathReading HrtfVoices::Read(Path& path,
     return {piece - place.whole + 2, path.taps, place.fraction};
 }
 
-PathReading HrtfVoices::ReadingOf(unsigned index, std::size_t pathIndex) noexcept TAV_NONBLOCKING {
+PathReading HrtfVoices::FindReading(unsigned index,
+                                    std::size_t pathIndex) noexcept TAV_NONBLOCKING {
     const Voice& voice = voices_[index];
     Path& path = voices_[index].paths[pathIndex];
     const float* const piece = Piece(index, pathIndex);
     // The kernel for places that move may pass one sample, and needs one after the next.
     if (path.glide > 0 && path.glide == voice.end - voice.piece &&
         kind_ == tav::DelayKind::Lagrange) {
-        const float after = path.delay.Value(), way = after - path.before;
+        const float way = path.after - path.before;
         const float step = way / static_cast<float>(path.glide);
-        if (step != 0.f && std::abs(way) <= 1.f && std::min(path.before, after) >= 1.f) {
+        if (step != 0.f && std::abs(way) <= 1.f && std::min(path.before, path.after) >= 1.f) {
             const Place first = PlaceOf(path.before + step);
             // A delay that grows may go back beyond the sample after which it begins.
             const std::ptrdiff_t back = step > 0.f ? 1 : 0;
@@ -262,7 +269,7 @@ const float* HrtfVoices::Delayed(unsigned index,
 void HrtfVoices::Move(Path& path,
                       const float* piece,
                       std::span<float> output) noexcept TAV_NONBLOCKING {
-    const float after = path.delay.Value();
+    const float after = path.after;
     const bool isShort = std::min(path.before, after) < 1.f;
     if (kind_ != tav::DelayKind::Lagrange || isShort) return MoveOneByOne(path, piece, output);
     const float step = (after - path.before) / static_cast<float>(path.glide);
@@ -278,7 +285,7 @@ void HrtfVoices::Move(Path& path,
 void HrtfVoices::MoveOneByOne(Path& path,
                               const float* piece,
                               std::span<float> output) noexcept TAV_NONBLOCKING {
-    const float after = path.delay.Value();
+    const float after = path.after;
     const float step = (after - path.before) / static_cast<float>(std::max(path.glide, 1u));
     for (std::size_t k = 0; k < output.size(); ++k) {
         const auto done = static_cast<float>(k + 1);

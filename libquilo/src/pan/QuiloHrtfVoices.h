@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Quilo {
@@ -115,7 +116,11 @@ public:
               std::span<const float> left,
               std::span<const float> right) noexcept TAV_NONBLOCKING;
     /// The piece at the end of a path, with what kernels read on both sides of it.
-    PathReading ReadingOf(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
+    const PathReading& ReadingOf(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING {
+        Path& p = voices_[voice].paths[path];
+        if (!std::exchange(p.isRead, true)) p.reading = FindReading(voice, path);
+        return p.reading;
+    }
     /// What came by the path before the piece, as if the delay had always been the one with which
     /// the piece begins.  @param before  samples to the piece, at most `past`
     PathReading PastOf(unsigned voice,
@@ -135,10 +140,13 @@ private:
     struct Path {
         tav::Ramp delay;          // samples; at the end of the newest piece
         float before = 0.f;       // the delay before that piece
+        float after = 0.f;        // and at its end
         std::uint32_t glide = 0;  // samples of it in which the delay moves, from its start on
         bool isMoved = false;     // it stands in moved_
-        float allpass = 0.f;      // what that kernel remembers
-        float tapsFor = -1.f;     // the delay that `taps` are for; none yet
+        bool isRead = false;      // `reading` is that of the newest piece
+        PathReading reading;
+        float allpass = 0.f;   // what that kernel remembers
+        float tapsFor = -1.f;  // the delay that `taps` are for; none yet
         std::array<float, 4> taps{};
     };
     struct Voice {
@@ -160,6 +168,7 @@ private:
     }
     /// Makes the window a long one.
     void Lengthen(unsigned voice) noexcept TAV_NONBLOCKING;
+    PathReading FindReading(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     float* MovedPiece(unsigned voice, std::size_t path) noexcept TAV_NONBLOCKING;
     /// The delay moves, or the kind of delay remembers.
     bool Moves(const Path& path) const noexcept TAV_NONBLOCKING {
