@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "pan/QuiloBinauralPanningContinuous.h"
 
-#include "laws/QuiloLateralRingLaw.h"
-
-#include <numeric>
+#include <algorithm>
 #include <utility>
 
 namespace Quilo {
@@ -21,7 +19,7 @@ SpeakerRing MakeRing() {
 BinauralPanningContinuous::BinauralPanningContinuous(unsigned numInputs, unsigned numOutputs)
     : BinauralPanningDirect(numInputs, numOutputs),
       ring_(MakeRing()),
-      shares_(HrtfRing::kNumPoints),
+      shares_{std::vector<float>(HrtfRing::kNumPoints), std::vector<float>(HrtfRing::kNumPoints)},
       nearest_(numInputs) {}
 
 std::unique_ptr<HrtfRendering> BinauralPanningContinuous::MakeRendering(
@@ -43,15 +41,23 @@ void BinauralPanningContinuous::ComputeSource(unsigned index, bool immediate, bo
     if (Filtering() == nullptr) return;
     FreeRetired();
     const tav::CartesianVector position = HeardPosition(index);
-    LateralRingGains(ring_, position, shares_);
-    const EarDelays delays = Itd().Delays(position, MeasuredDelay(index, position));
+    const auto parts = LateralRingParts(ring_, position);
+    for (std::size_t ear = 0; ear < shares_.size(); ++ear) {
+        std::ranges::fill(shares_[ear], 0.f);
+        for (RingPart part : parts) {
+            part.share = Filtering()->Ring().EvenShare(ear, part.first, part.share);
+            AddRingPart(part, shares_[ear]);
+        }
+    }
+    const EarDelays delays = Itd().Delays(position, MeasuredDelay(index, position, parts));
     const float part = DelayPart();
     Filtering()->SetSource(index, shares_, {delays.left * part, delays.right * part},
                            IsMuted(index) ? 0.f : 1.f, immediate ? 0.f : GlideMs());
 }
 
 float BinauralPanningContinuous::MeasuredDelay(unsigned index,
-                                               const tav::CartesianVector& position) {
+                                               const tav::CartesianVector& position,
+                                               const std::array<RingPart, 2>& parts) {
     if (!Itd().Measures()) return 0.f;
     if (Set().Data().filterType == Hrtfs::FilterType::BiquadCells) {
         const HrtfPoint& point = *Set().NearestPoint(position, nearest_[index]);
@@ -60,7 +66,10 @@ float BinauralPanningContinuous::MeasuredDelay(unsigned index,
     }
     // Finite responses have lost their delays to the ring.
     const auto& delaysMs = Filtering()->Ring().delaysMs;
-    return std::inner_product(shares_.begin(), shares_.end(), delaysMs.begin(), 0.f);
+    float delayMs = 0.f;
+    for (const RingPart& part : parts)
+        delayMs += part.weight * std::lerp(delaysMs[part.first], delaysMs[part.second], part.share);
+    return delayMs;
 }
 
 }  // namespace Quilo

@@ -2,10 +2,11 @@
 // Sources that move without any filter being exchanged.
 #pragma once
 
-#include "laws/QuiloVbapLaw.h"
+#include "laws/QuiloLateralRingLaw.h"
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloHrtfRingFiltering.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -14,8 +15,9 @@ namespace Quilo {
 
 /// All sources share the filters of 36 directions in the horizontal plane. A source is delayed for
 /// each ear and mixed into those directions that have its interaural differences (see
-/// LateralRingGains), so only gains and delays move. Filters cost the same for any number of
-/// sources. The spectra of elevated directions are not rendered.
+/// LateralRingParts), in even steps for each ear (see HrtfRing::EvenShare), so only gains and
+/// delays move. Filters cost the same for any number of sources. The spectra of elevated directions
+/// are not rendered.
 class BinauralPanningContinuous final : public BinauralPanningDirect {
 public:
     BinauralPanningContinuous(unsigned numInputs, unsigned numOutputs);
@@ -28,15 +30,17 @@ private:
     void ComputeSource(unsigned index, bool immediate, bool force) override
         TAV_REQUIRES(controlLock_);
     /// By how much the left ear is later, ms; 0 where another model says it.
-    /// @pre  shares_ are those of the source
-    float MeasuredDelay(unsigned index, const tav::CartesianVector& position)
-        TAV_REQUIRES(controlLock_);
+    /// @param parts  of the source on the ring
+    float MeasuredDelay(unsigned index,
+                        const tav::CartesianVector& position,
+                        const std::array<RingPart, 2>& parts) TAV_REQUIRES(controlLock_);
     HrtfRingFiltering* Filtering() TAV_REQUIRES(controlLock_) {
         return static_cast<HrtfRingFiltering*>(Rendering());
     }
 
     const SpeakerRing ring_;
-    std::vector<float> shares_ TAV_GUARDED_BY(controlLock_);  // of one source, while computed
+    // of one source, while it is computed
+    std::array<std::vector<float>, 2> shares_ TAV_GUARDED_BY(controlLock_);
     std::vector<std::uint32_t> nearest_ TAV_GUARDED_BY(controlLock_);  // to each source, once
 };
 

@@ -34,11 +34,12 @@ void HrtfRingFiltering::SetInterpolationTime(float ms) noexcept {
 }
 
 void HrtfRingFiltering::SetSource(unsigned index,
-                                  std::span<const float> shares,
+                                  const std::array<std::vector<float>, 2>& shares,
                                   const EarDelays& delays,
                                   float gain,
                                   float glideMs) noexcept {
-    for (tav::SignalMatrix& matrix : matrices_) matrix.SetRow(index, shares, glideMs == 0.f);
+    for (std::size_t ear = 0; ear < kNumEars; ++ear)
+        matrices_[ear].SetRow(index, shares[ear], glideMs == 0.f);
     sources_[index].shared.Store({delays, gain, glideMs});
 }
 

@@ -39,10 +39,11 @@ public:
     // Thread: control.
     void SetSettings(const Settings& settings) noexcept override { settings_.Store(settings); }
     void SetInterpolationTime(float ms) noexcept;
-    /// @param shares  one per direction of the ring; they glide over the interpolation time
+    /// @param shares  of each ear, one per direction of the ring; they glide over the interpolation
+    /// time
     /// @param gain  glides over 5 ms      @param glideMs  of the delays; 0: shares and delays jump
     void SetSource(unsigned index,
-                   std::span<const float> shares,
+                   const std::array<std::vector<float>, 2>& shares,
                    const EarDelays& delays,
                    float gain,
                    float glideMs) noexcept;
