@@ -269,6 +269,22 @@ TEST_P(PannerFromTheStart, BeginsAsItGoesOn) {
     }
 }
 
+TEST_P(PannerFromTheStart, LosesNoOutletButTheOneThatIsCut) {
+    const auto whole = PanPlayer(*Make(GetParam()), kRate).Play(800, Music);
+    for (unsigned cut = 0; cut < GetParam().numOutputs; ++cut) {
+        const auto pan = Make(GetParam());
+        std::vector<short> outlets(pan->NumOutputs(), 1);
+        outlets[cut] = 0;
+        pan->SetConnections(std::vector<short>(kNumInputs, 1), outlets);
+        const auto heard = PanPlayer(*pan, kRate).Play(800, Music);
+        for (unsigned o = 0; o < heard.size(); ++o) {
+            for (std::size_t k = 0; o != cut && k < heard[o].size(); ++k) {
+                ASSERT_NEAR(heard[o][k], whole[o][k], 1e-6) << cut << " " << o;
+            }
+        }
+    }
+}
+
 TEST_P(PannerFromTheStart, AnswersAnImpulseInBlocksOfAnySize) {
     PanPlayer::Audio first;
     for (const unsigned blockSize : {64u, 1u, 7u, 1500u}) {

@@ -66,8 +66,8 @@ class EqualizerBand : public testing::TestWithParam<KindCase> {};
 
 TEST_P(EqualizerBand, HasTheResponseOfTheAnalogSection) {
     constexpr double kRate = 48000.0;
-    const FilterSetting settings[] = {{GetParam().kind, 1000.f, 2.f, 9.f},
-                                      {GetParam().kind, 300.f, 0.5f, -12.f}};
+    const FilterSetting settings[] = {{GetParam().kind, 1000.f, 200.f, 9.f},
+                                      {GetParam().kind, 300.f, 0.01f, -12.f}};
     MultiEqualizer equalizer(2, 2);
     equalizer.SetSampleRate(static_cast<float>(kRate));
     equalizer.SetBand(1, 0, settings[0]);
@@ -80,7 +80,8 @@ TEST_P(EqualizerBand, HasTheResponseOfTheAnalogSection) {
         for (const FilterSetting& s : settings) {
             const double corner = std::numbers::pi * static_cast<double>(s.frequencyHz) / kRate;
             const double at = std::tan(std::numbers::pi * hz / kRate) / std::tan(corner);
-            expected *= GetParam().analog({0.0, at}, static_cast<double>(s.quality),
+            const double quality = std::clamp(static_cast<double>(s.quality), 0.05, 50.0);
+            expected *= GetParam().analog({0.0, at}, quality,
                                           std::pow(10.0, static_cast<double>(s.gainDb) / 40.0));
         }
         EXPECT_LT(std::abs(ResponseAt(hz, kRate, outputs[1]) - expected), 1e-5) << hz;
