@@ -244,8 +244,8 @@ bool IsRealisation(Atoms value) {
     return HrtfRealisationKeywords().Parse(WordOf(value)).has_value();
 }
 void ApplyRealisation(BinauralPanning& panner, Atoms value) {
-    dynamic_cast<BinauralPanningDirect&>(panner).SetRealisation(
-        *HrtfRealisationKeywords().Parse(WordOf(value)));
+    const auto realisation = HrtfRealisationKeywords().Parse(WordOf(value));
+    if (realisation) dynamic_cast<BinauralPanningDirect&>(panner).SetRealisation(*realisation);
 }
 
 bool IsDelayKind(Atoms value) {
