@@ -33,24 +33,22 @@ namespace {
 
 constexpr std::string_view kAttributePrefix = "/attribute/";
 
-/// Addresses that stand for a message of the object, with the same arguments. With an F the
-/// coordinate format is the first of them.
+/// Addresses of the engine that stand for a message of the object, with the same arguments. With an
+/// F the coordinate format is the first of them.
 struct OwnRow {
     std::string_view address;
     const char* message;
     std::string_view arguments;  // type tags; "*": any number of numbers; "?": anything
     bool (*accepts)(const PanObject&, Atoms);
-    std::string_view hint;
-    std::string_view help;  // empty: the engine documents the address
 };
 // clang-format off
 constexpr OwnRow kOwnRows[] = {
-    // address          message           arguments  whether it is taken    hint                 help
-    {"/load",           "load",           "s",       AcceptsHrtfFile,       "",                  ""},
-    {"/speakers/F",     "speakers",       "*",       AcceptsSpeakers,       "",                  ""},
-    {"/listener/F",     "listener",       "*",       AcceptsListener,       "[number]...",       "sets the position of the listener, in a coordinate format (binaural types)"},
-    {"/crossfadetype",  "crossfadetype",  "s",       AcceptsCrossfadeType,  "[string]",          "chooses how filters fade (binaural types)"},
-    {"/implementation", "implementation", "?",       AcceptsImplementation, "[string][value]...", "chooses how binaural types filter, in pairs of a keyword and a value"},
+    // address          message           arguments  whether it is taken
+    {"/load",           "load",           "s",       AcceptsHrtfFile},
+    {"/speakers/F",     "speakers",       "*",       AcceptsSpeakers},
+    {"/listener/F",     "listener",       "*",       AcceptsListener},
+    {"/crossfadetype",  "crossfadetype",  "s",       AcceptsCrossfadeType},
+    {"/implementation", "implementation", "?",       AcceptsImplementation},
 };
 // clang-format on
 
@@ -82,10 +80,6 @@ std::optional<std::string_view> FormatIn(std::string_view address, const OwnRow&
     address = address.substr(0, address.find('/'));
     if (!tav::Coordinates::ParseFormat(address)) return std::nullopt;
     return address;
-}
-
-tav::OscDocumentation::Entry EntryOf(const OwnRow& row) {
-    return {std::string(row.address), std::string(row.help), std::string(row.hint)};
 }
 
 t_atom AtomOf(const tav::OSCArgument& argument) {
@@ -404,9 +398,6 @@ std::filesystem::path PanOsc::FindFile(const std::string& name) const {
 // ---- Documentation and state
 
 void PanOsc::DocumentOwn(std::vector<tav::OscDocumentation::Entry>& entries) const {
-    for (const OwnRow& row : kOwnRows) {
-        if (!row.help.empty()) entries.push_back(EntryOf(row));
-    }
     for (const auto& attribute : VelkMax::ListAttributes(MaxObjectOf(object_))) {
         const bool isWord = std::string_view(attribute.TypeText()) == "symbol";
         const std::string hint = isWord ? "[string]" : "[number]";
@@ -486,9 +477,6 @@ const char* OscAddressesHelp() {
             "of N; F is a coordinate format. Address patterns are understood. <br/> ";
         std::vector<tav::OscDocumentation::Entry> entries;
         DocumentPanOsc(entries);
-        for (const OwnRow& row : kOwnRows) {
-            if (!row.help.empty()) entries.push_back(EntryOf(row));
-        }
         entries.push_back({"/attribute/NAME", "sets an attribute", "[value]..."});
         for (const auto& entry : entries) lines += LineOf(entry) + "<br/> ";
         return lines;

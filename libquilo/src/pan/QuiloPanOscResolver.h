@@ -110,6 +110,7 @@ private:
     }
 
     bool ErrandFits(const Node& node) const {
+        if (node.arguments == "?") return true;
         if (node.arguments != "*") return tav::OscArgumentsFit(message_, node.arguments, true);
         return message_.tags.find_first_not_of("fihd") == std::string_view::npos;
     }

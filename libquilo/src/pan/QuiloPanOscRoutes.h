@@ -49,7 +49,7 @@ struct PanOscRoute {
     /// N: the number of a source, from 1.  F: a coordinate format.
     std::string_view address;
     /// A format as of OscArgumentsFit, exactly; "F": at least the values of the coordinate format;
-    /// "*": any number of numbers.
+    /// "*": any number of numbers; "?": anything.
     std::string_view arguments;
     /// Of an address without F that takes a position.
     Format format;
