@@ -64,11 +64,11 @@ ROOMS = {
 # The files of host/api, from the ground up: each includes, and calls functions of, files before it
 # only. Headers that are not here (the API's own, HostBridge.h) say what the whole library offers.
 API_ROOM = "host/api"
-API_ORDER = ("ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFaults", "ApiMemory", "ApiAtoms",
-             "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets", "ApiThreads",
-             "ApiSystemThreads", "ApiClocks", "ApiAttributes", "ApiAttributeAccess", "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries",
-             "ApiAttributeArguments", "ApiJsonText", "ApiJson", "ApiDispatch", "ApiBinbufs", "ApiWatchers", "ApiDialogs",
-             "ApiFileUsage", "ApiMsp", "HostBridge")
+API_ORDER = ("ApiCallWatch", "ApiSymbols", "ApiRecords", "ApiReports", "ApiThreadState", "ApiFaults", "ApiMemory",
+             "ApiAtoms", "ApiAtomText", "ApiFiles", "ApiClasses", "ApiObjects", "ApiConsole", "ApiOutlets",
+             "ApiThreads", "ApiSystemThreads", "ApiClocks", "ApiAttributes", "ApiAttributeAccess",
+             "ApiAttributeProperties", "ApiAtomArrays", "ApiDictionaries", "ApiAttributeArguments", "ApiJsonText",
+             "ApiJson", "ApiDispatch", "ApiBinbufs", "ApiWatchers", "ApiDialogs", "ApiFileUsage", "ApiMsp", "HostBridge")
 
 # Where the compiler looks, and what it finds elsewhere.
 INCLUDE_FOLDERS = ("libvelkdsp/src", "libquilo/src", "libsdif/src", "src", "src/max", "maxapi", "host",

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Console rows of modules: object_post and its kin.
+#include "ApiCallWatch.h"
 #include "ApiFaults.h"
 #include "ApiObjects.h"
 #include "ApiReports.h"
@@ -11,6 +12,7 @@ namespace HostApi {
 namespace {
 
 void Post(PostKind kind, t_object* object, const char* format, std::va_list arguments) {
+    NoteCall("object_post");
     RefusePerform("object_post");
     FindObject(object);  // reports the use of a freed object
     std::va_list again;

@@ -2,6 +2,7 @@
 // Creation and freeing of objects, stored values, registration and clients: object_... of the API.
 #include "ApiObjects.h"
 
+#include "ApiCallWatch.h"
 #include "ApiFaults.h"
 #include "ApiReports.h"
 
@@ -417,6 +418,7 @@ t_max_err object_detach_byptr(void* client, void* registered) {
 }
 
 t_max_err object_notify(void* x, t_symbol* message, void* data) {
+    NoteCall("object_notify");
     const ObjectRecord* record = FindObject(x);
     if (!record) return MAX_ERR_INVALID_PTR;
     if (message == gensym("attr_modified") && !IsAttribute(data)) {

@@ -3,6 +3,7 @@
 #include "ApiOutlets.h"
 
 #include "ApiAtomText.h"
+#include "ApiCallWatch.h"
 #include "ApiFaults.h"
 #include "ApiObjects.h"
 #include "ApiSink.h"
@@ -45,6 +46,7 @@ bool Accepts(const Outlet& outlet, const t_symbol* selector) {
 }
 
 void* Send(void* pointer, t_symbol* selector, std::span<const t_atom> atoms) {
+    NoteCall("outlet_anything");
     RefusePerform("outlet_anything");
     Outlet* const outlet = AsOutlet(pointer);
     if (!outlet || !Accepts(*outlet, selector)) return nullptr;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The one symbol table.
+#include "ApiCallWatch.h"
+
 #include "ext_atoms.h"
 
 #include <algorithm>
@@ -26,6 +28,7 @@ SymbolTable& Table() {
 }  // namespace
 
 t_symbol* gensym(const char* name) {
+    HostApi::NoteCall("gensym");
     const std::string_view text = name ? name : "";
     SymbolTable& table = Table();
     const std::lock_guard lock(table.mutex);

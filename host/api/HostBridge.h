@@ -147,6 +147,12 @@ using WatchSink = std::function<void(t_symbol* message, t_symbol* attribute)>;
 /// Attaches a client, as an inspector or a pattr does; free it with object_free.
 MAXAPI_EXPORT t_object* Watch(t_object* object, WatchSink sink);
 
+/// Is told of each call of gensym, of object_post and its kin, of outlets and of object_notify
+/// before it does anything, with the function's name.
+/// Thread: that of the caller
+using CallWatch = void (*)(const char* function);
+MAXAPI_EXPORT void WatchCalls(CallWatch watch);  // null: nobody
+
 // ---- Faults
 
 /// Makes the n-th call of an API function from now on fail, with this error code if it returns one.

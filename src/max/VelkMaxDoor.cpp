@@ -92,7 +92,7 @@ bool Door::Arrive(Patience patience) {
     return true;
 }
 
-void Door::AssertInside() const { assert(holder_ == std::this_thread::get_id()); }
+void Door::AssertInside() const { assert(IsInside()); }
 
 void Door::CollectAudioLines() {
     while (audioLines_.Take([this](ConsoleRow row, std::span<const char> text) {
@@ -234,9 +234,7 @@ void Door::Announce() {
 
 // ---- Console lines
 
-bool Door::KeepsLines() const noexcept {
-    return InAudioThread() || holder_ == std::this_thread::get_id();
-}
+bool Door::KeepsLines() const noexcept { return InAudioThread() || IsInside(); }
 
 void Door::KeepLine(ConsoleRow row, std::string_view text) noexcept {
     if (!InAudioThread()) {

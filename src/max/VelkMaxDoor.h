@@ -134,6 +134,8 @@ public:
     /// a second.  Thread: any
     void CountOutrun(int count) noexcept;
 
+    /// Whether the calling thread is inside.  Thread: any
+    bool IsInside() const noexcept { return holder_ == std::this_thread::get_id(); }
     /// Whether the calling thread may not post.  Thread: any
     bool KeepsLines() const noexcept;
     /// Whether a line beyond kKeptLineSize would be kept whole.  Thread: any

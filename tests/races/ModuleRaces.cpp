@@ -3,11 +3,15 @@
 // the perform routine runs, and new chains call dsp64.
 #include "HostAudioBridge.h"
 #include "HostBridge.h"
+#include "osc/VelkDspOscOutputStream.h"
 #include "races/RaceThreads.h"
 #include "src/PanBox.h"
+#include "support/HostProgram.h"
 
+#include <array>
 #include <atomic>
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -17,11 +21,22 @@ namespace {
 
 constexpr std::size_t kFrames = 64;
 
+constexpr const char* kAttributes[] = {"mute",
+                                       "automute",
+                                       "interpolationtime",
+                                       "distanceattenuation",
+                                       "crossearselection",
+                                       "nfcompensationfilters",
+                                       "hrtffilters",
+                                       "gainscorrection",
+                                       "delayscorrection",
+                                       "elsewhere"};
+
 /// A message, short or long, for any thread.  Surplus numbers stand for the values of a position.
 std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
     const auto number = [&random](unsigned most) { return std::to_string(random() % most); };
     const std::string source = "source " + std::to_string(1 + random() % numInputs);
-    switch (random() % 14) {
+    switch (random() % 15) {
         case 0: return "interpolationtime " + number(60);
         case 1: return "speaker " + number(5) + " aed " + number(360) + " 0 1";
         case 2: return "speakers ae 0 10 60 -10 120 10 180 -10 240 10 300 " + number(20);
@@ -34,8 +49,50 @@ std::string SomeMessage(std::mt19937& random, std::size_t numInputs) {
         case 9: return "implementation reduction " + number(100);
         case 10: return "bypass " + number(2);
         case 11: return source + " spread " + number(100);
+        case 12: return kAttributes[random() % std::size(kAttributes)] + (' ' + number(2));
         default: return source + " aed " + number(360) + ' ' + number(90) + ' ' + number(4);
     }
+}
+
+/// The same by OSC: moves, errands, presets in `folder`, addresses that are not there.
+tav::OSCMessage SomeOsc(std::mt19937& random, std::size_t numInputs, const std::string& folder) {
+    using tav::OSCMessage;
+    const auto number = [&random](unsigned most) { return static_cast<float>(random() % most); };
+    const std::string source = "/source/" + std::to_string(1 + random() % numInputs);
+    const std::string preset = folder + std::array{"/a.osc", "/b.txt", "/c.xml"}[random() % 3];
+    switch (random() % 14) {
+        case 0: return OSCMessage("/source/*/aed", number(360), 0.f, 1.f);
+        case 1: return OSCMessage(source + "/x++", number(3) - 1.f);
+        case 2: return OSCMessage(source + "/mute", number(2) > 0.f);
+        case 3:
+            return OSCMessage("/speakers/ae", 0.f, 10.f, 60.f, -10.f, 120.f, 10.f, 180.f, -10.f,
+                              240.f, 10.f, 300.f, number(20));
+        case 4:
+            return OSCMessage(
+                std::string("/attribute/") + kAttributes[random() % std::size(kAttributes)],
+                number(2));
+        case 5: return OSCMessage("/load", random() % 2 == 0 ? "kemar" : "nowhere");
+        case 6: return OSCMessage("/preset/export", preset);
+        case 7: return OSCMessage("/preset/load", preset);
+        case 8: return OSCMessage("/dsp/buffersize", 64.f);
+        case 9: return OSCMessage("/source/9/xyz", 1.f, 2.f, 3.f);  // faulty
+        default: return OSCMessage(source + "/aed", number(360), number(90), number(4));
+    }
+}
+
+/// Up to four messages in one packet, of which now and then a byte is wrong or the end is missing.
+void SendPacket(Box& box, std::mt19937& random, const std::string& folder) {
+    const std::size_t numInputs = HostApi::SignalInlets(box.Get());
+    tav::OSCBundle bundle;
+    for (auto left = random() % 4 + 1; left > 0; --left) {
+        bundle.Add(SomeOsc(random, numInputs, folder));
+    }
+    tav::OSCOutputStream stream;
+    stream.WriteBundle(bundle);
+    std::vector<std::byte> packet = stream.Bytes();
+    if (random() % 8 == 0) packet[random() % packet.size()] ^= std::byte{0x20};
+    if (random() % 8 == 0) packet.resize(random() % packet.size());
+    box.SendPacket(packet);
 }
 
 /// The signal side of a patch with one object in it.
@@ -89,7 +146,14 @@ Fault ObjectOutlivesAHost(const std::string& arguments) {
     if (box.Get() == nullptr) return "was not made";
     Audio audio(box.Get());
     const std::size_t numInputs = HostApi::SignalInlets(box.Get());
-    const auto send = [&](std::mt19937& random) { box.Send(SomeMessage(random, numInputs)); };
+    const TemporaryFolder folder;
+    const auto sendOsc = [&](std::mt19937& random) {
+        SendPacket(box, random, folder.Path().string());
+    };
+    const auto send = [&](std::mt19937& random) {
+        if (random() % 3 == 0) return sendOsc(random);
+        box.Send(SomeMessage(random, numInputs));
+    };
     const auto perform = [&](std::mt19937& random) {
         const HostApi::ThreadScope interrupt(HostApi::ThreadKind::Audio);
         if (random() % 4 == 0) send(random);
@@ -106,13 +170,20 @@ Fault ObjectOutlivesAHost(const std::string& arguments) {
         if (random() % 16 == 0) audio.Restart();
         return audio.IsFinite() ? "" : "an output was no number";
     };
-    Fault fault = RunThreads(main, {perform, schedule}, ScenarioTime() / 3, Setters::AllAtOnce);
+    Fault fault =
+        RunThreads(main, {perform, schedule, sendOsc}, ScenarioTime() / 3, Setters::AllAtOnce);
 
     // What is sent last, holds.
     HostApi::AdvanceClocks(1000.0);
-    HostApi::RunDeferred();
+    HostApi::Settle();
     box.Send("sourcespositions 1 2 3");
     if (!box.Ask("sourcespositions").starts_with("1 2 3 ")) fault += " a position was lost";
+    box.Send("/source/1/xyz 3 2 1");
+    box.Send("/attribute/interpolationtime 7");
+    audio.Perform();
+    HostApi::Settle();
+    if (!box.Ask("sourcespositions").starts_with("3 2 1 ")) fault += " a packet was lost";
+    if (box.Ask("interpolationtime") != "7") fault += " an errand was lost";
     for (const std::string& line : box.TakeConsole()) {
         if (line.starts_with("bug: ")) fault += ' ' + line;
     }
@@ -122,8 +193,8 @@ Fault ObjectOutlivesAHost(const std::string& arguments) {
 }  // namespace
 
 Fault ObjectsOutliveAHost() {
-    for (const char* arguments :
-         {"2 6 vbap", "2 2 ab", "2 4 nfchoa3d", "2 2 binaural", "2 2 binaural continuous"}) {
+    for (const char* arguments : {"2 6 vbap", "2 2 ab", "2 5 panr", "2 4 nfchoa3d", "2 2 binaural",
+                                  "2 2 binaural nearfield", "2 2 binaural continuous"}) {
         const Fault fault = ObjectOutlivesAHost(arguments);
         if (!fault.empty()) return arguments + (": " + fault);
     }

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "src/PanBox.h"
 
+#include "QuiloPanObject.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 extern "C" void ext_main(void*);
@@ -8,6 +13,16 @@ extern "C" void ext_main(void*);
 namespace Tests {
 
 namespace {
+
+std::atomic<t_object*> watched = nullptr;
+
+/// Nothing of Max's that reaches others may be called by who is inside the door of the object.
+void RefuseInside(const char* function) {
+    t_object* const object = watched;
+    if (object == nullptr || !Quilo::PanObject::Of(object).TheDoor().IsInside()) return;
+    std::fprintf(stderr, "%s is called inside the door\n", function);
+    std::abort();
+}
 
 const char* ClassName() {
     static const bool isRegistered = (ext_main(nullptr), true);
@@ -40,12 +55,29 @@ void Box::Send(const std::string& message) {
     HostApi::DeliverMessage(object_, 0, atom_getsym(atoms.data()), std::span(atoms).subspan(1));
 }
 
+void Box::SendPacket(std::span<const std::byte> packet) {
+    t_atom atoms[2]{};
+    atom_setlong(&atoms[0], static_cast<t_atom_long>(packet.size()));
+    atom_setlong(&atoms[1], reinterpret_cast<t_atom_long>(packet.data()));
+    HostApi::DeliverMessage(object_, 0, gensym("FullPacket"), atoms);
+}
+
 std::string Box::Ask(const std::string& attribute) const {
     return HostApi::AtomText(HostApi::AttributeValue(object_, attribute));
 }
 
 std::vector<std::string> Box::TakeConsole() { return std::exchange(console_, {}); }
 
-PanBox::PanBox(const std::string& arguments) : Box(ClassName(), arguments) {}
+PanBox::PanBox(const std::string& arguments) : Box(ClassName(), arguments) {
+    watched = Get();
+    HostApi::WatchCalls(&RefuseInside);
+}
+
+PanBox::~PanBox() { Free(); }
+
+void PanBox::Free() {
+    watched = nullptr;
+    Box::Free();
+}
 
 }  // namespace Tests

@@ -5,6 +5,8 @@
 #include "HostAudioBridge.h"
 #include "HostBridge.h"
 
+#include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,8 @@ public:
 
     /// To the left inlet, as text of a message box.
     void Send(const std::string& message);
+    /// An OSC packet in memory, as udpreceive passes it.
+    void SendPacket(std::span<const std::byte> packet);
     /// Values of an attribute, as text.
     std::string Ask(const std::string& attribute) const;
 
@@ -39,7 +43,10 @@ private:
 /// A quilo.pan~.
 class PanBox : public Box {
 public:
+    /// While it lives, a call that reaches others from inside its door ends the program.
     explicit PanBox(const std::string& arguments);
+    ~PanBox();
+    void Free();
 };
 
 }  // namespace Tests

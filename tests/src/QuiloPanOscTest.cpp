@@ -12,12 +12,6 @@ class OscBox : public PanBox {
 public:
     using PanBox::PanBox;
 
-    void SendPacket(const Packet& packet) {
-        t_atom atoms[2]{};
-        atom_setlong(&atoms[0], static_cast<t_atom_long>(packet.size()));
-        atom_setlong(&atoms[1], reinterpret_cast<t_atom_long>(packet.data()));
-        HostApi::DeliverMessage(Get(), 0, gensym("FullPacket"), atoms);
-    }
     std::vector<std::string> AfterAll() {
         HostApi::AdvanceClocks(1000.0);
         HostApi::Settle();
