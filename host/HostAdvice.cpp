@@ -335,13 +335,13 @@ std::string Advice::OfType(std::span<const Atom> plain, std::span<const Atom> bo
     if (std::ranges::find(words, word) == words.end()) return SuggestionText(word, words);
     // A subtype may ask for more inlets.
     constexpr std::int64_t kMostInlets = 3;
-    for (auto inlets = static_cast<std::int64_t>(AtomNumber(trial[1])); ++inlets <= kMostInlets;) {
-        trial[1] = inlets;
+    auto inlets = static_cast<std::int64_t>(AtomNumber(trial[1]));
+    while (counts.empty() && inlets < kMostInlets) {
+        trial[1] = ++inlets;
         counts = OutletCounts(trial, most);
-        if (counts.empty()) continue;
-        return word + " with " + std::to_string(inlets) + " inlets" + takes + CountsText(counts);
     }
-    return word + " is silent with any number of outlets";
+    if (counts.empty()) return word + " is silent with any number of outlets";
+    return word + " with " + std::to_string(inlets) + " inlets" + takes + CountsText(counts);
 }
 
 }  // namespace Quilo::Host

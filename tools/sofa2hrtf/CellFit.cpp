@@ -198,6 +198,7 @@ CellFitter::CellFitter(double rateHz, std::size_t numTaps, std::size_t numCells)
       size_(std::clamp(std::bit_ceil(2 * numTaps), std::size_t{8192}, tav::Fft::kMaxSize)) {
     const double top = std::min(kGridHighestHz, kGridShareOfRate * rateHz);
     const double perBin = rateHz / static_cast<double>(size_);
+    const double lastBin = 0.5 * static_cast<double>(size_);
     for (std::size_t k = 0; k < kGridSize; ++k) {
         const double part = static_cast<double>(k) / (kGridSize - 1);
         const double hz = HzOf(std::lerp(ErbOf(kGridLowestHz), ErbOf(top), part));
@@ -205,8 +206,7 @@ CellFitter::CellFitter(double rateHz, std::size_t numTaps, std::size_t numCells)
         // A bell of one bandwidth, up to where nothing is left of it.
         const double heard = std::max(hz, kLowestHz), centre = ErbOf(heard);
         const auto binAt = [&](double erb) {
-            const double bin = std::clamp(HzOf(erb) / perBin, 1.0, static_cast<double>(size_ / 2));
-            return static_cast<std::size_t>(bin);
+            return static_cast<std::size_t>(std::clamp(HzOf(erb) / perBin, 1.0, lastBin));
         };
         Band band{binAt(centre - 2.0), {}};
         double sum = 0.0;
