@@ -54,10 +54,20 @@ const WeightTerms& TermsOf(tav::FadeShape shape, bool going) noexcept TAV_NONBLO
     }
 }
 
-/// Radians by which a fade turns from sample to sample.
-double TurnOf(const tav::Crossfade<EarCells>::Progress& fade) noexcept TAV_NONBLOCKING {
+/// By what a fade turns in a number of samples.
+std::complex<double> TurnOf(const tav::Crossfade<EarCells>::Progress& fade,
+                            std::size_t samples) noexcept TAV_NONBLOCKING {
     const double whole = fade.shape == tav::FadeShape::Cosine ? 0.5 : 1.0;
-    return whole * std::numbers::pi / static_cast<double>(fade.length);
+    const double part = static_cast<double>(samples) / static_cast<double>(fade.length);
+    const double angle = whole * std::numbers::pi * part;
+    return {std::cos(angle), std::sin(angle)};
+}
+
+/// The product of two numbers that are finite.
+std::complex<double> Turned(const std::complex<double>& a,
+                            const std::complex<double>& by) noexcept TAV_NONBLOCKING {
+    return {a.real() * by.real() - a.imag() * by.imag(),
+            a.real() * by.imag() + a.imag() * by.real()};
 }
 
 }  // namespace
@@ -232,7 +242,6 @@ void HrtfCellBank::Perform(HrtfVoices& voices,
     BeginFades(voices, starts);
     std::fill_n(sum_.left.begin(), frames, LaneRow{});
     std::fill_n(sum_.right.begin(), frames, LaneRow{});
-    TurnFades();
     Run(sounding_, Side::Going, voices, frames);
     Run(coming_, Side::Coming, voices, frames);
     AdvanceFades(frames);
@@ -264,16 +273,6 @@ void HrtfCellBank::Run(LaneList& list,
     }
 }
 
-void HrtfCellBank::TurnFades() noexcept TAV_NONBLOCKING {
-    for (const unsigned index : coming_.Voices()) {
-        Voice& voice = voices_[index];
-        const auto fade = voice.fade.Under();
-        const auto angle = static_cast<float>(TurnOf(fade) * (fade.position + 1));
-        voice.cosine = std::cos(angle);
-        voice.sine = std::sin(angle);
-    }
-}
-
 /// @return null: the weights of all members are 1
 const float* HrtfCellBank::FillWeights(std::span<const unsigned> members,
                                        Side side,
@@ -287,10 +286,10 @@ const float* HrtfCellBank::FillWeights(std::span<const unsigned> members,
         if (voice.fade.Fading()) {
             const auto fade = voice.fade.Under();
             terms = TermsOf(fade.shape, side == Side::Going);
-            lanes.cosine[lane] = voice.cosine;
-            lanes.sine[lane] = voice.sine;
-            lanes.turnCos[lane] = voice.turnCos;
-            lanes.turnSin[lane] = voice.turnSin;
+            lanes.cosine[lane] = static_cast<float>(voice.next.real());
+            lanes.sine[lane] = static_cast<float>(voice.next.imag());
+            lanes.turnCos[lane] = static_cast<float>(voice.perSample.real());
+            lanes.turnSin[lane] = static_cast<float>(voice.perSample.imag());
             lanes.step[lane] = 1.f / static_cast<float>(fade.length);
             lanes.part[lane] =
                 static_cast<float>(fade.position + 1) / static_cast<float>(fade.length);
@@ -361,9 +360,8 @@ void HrtfCellBank::BeginFade(unsigned index, std::size_t place) noexcept TAV_NON
         seat.filters.Copy({seat.lane, ear}, unheard_, {2 * place + ear, 0});
     }
     if (!fades) return;
-    const double turn = TurnOf(voice.fade.Under());
-    voice.turnCos = static_cast<float>(std::cos(turn));
-    voice.turnSin = static_cast<float>(std::sin(turn));
+    voice.next = voice.perSample = TurnOf(voice.fade.Under(), 1);
+    voice.perPiece = TurnOf(voice.fade.Under(), kPiece);
 }
 
 void HrtfCellBank::AdvanceFades(std::size_t frames) noexcept TAV_NONBLOCKING {
@@ -371,7 +369,11 @@ void HrtfCellBank::AdvanceFades(std::size_t frames) noexcept TAV_NONBLOCKING {
     for (std::size_t at = coming_.Voices().size(); at-- > 0;) {
         const unsigned index = coming_.Voices()[at];
         Voice& voice = voices_[index];
-        if (!voice.fade.Advance(static_cast<std::uint32_t>(frames))) continue;
+        if (!voice.fade.Advance(static_cast<std::uint32_t>(frames))) {
+            voice.next = Turned(
+                voice.next, frames == kPiece ? voice.perPiece : TurnOf(voice.fade.Under(), frames));
+            continue;
+        }
         const LaneList::Seat to = sounding_.At(voice.seat), from = coming_.At(voice.comingSeat);
         to.filters.Copy(to.lane, from.filters, from.lane);
         LeaveComing(index);

@@ -16,6 +16,7 @@
 #include "pan/QuiloHrtfFilterBank.h"
 
 #include <array>
+#include <complex>
 #include <cstdint>
 #include <vector>
 
@@ -134,6 +135,8 @@ private:
             return {left.front().values.data(), right.front().values.data()};
         }
     };
+    /// Cosine and sine of an angle.
+    using Turn = std::complex<double>;
     struct Voice {
         tav::Crossfade<EarCells> fade;
         std::array<EarCells, 3> cells{};  // those that the fade may point at
@@ -141,11 +144,8 @@ private:
         bool queued = false;
         std::uint32_t seat = 0;        // in sounding_, while it is awake
         std::uint32_t comingSeat = 0;  // in coming_, while it fades
-        // of the fade: its turn per sample, and where it is at the start of a piece
-        float turnCos = 1.f;
-        float turnSin = 0.f;
-        float cosine = 1.f;
-        float sine = 0.f;
+        Turn perSample{}, perPiece{};  // of the fade; the latter for whole pieces
+        Turn next{};                   // where its next sample is
     };
     enum class Side : std::uint8_t { Going, Coming };
 
@@ -163,7 +163,6 @@ private:
     void FillRows(std::span<const unsigned> members,
                   HrtfVoices& voices,
                   std::size_t frames) noexcept TAV_NONBLOCKING;
-    void TurnFades() noexcept TAV_NONBLOCKING;
     const float* FillWeights(std::span<const unsigned> members,
                              Side side,
                              std::size_t frames) noexcept TAV_NONBLOCKING;
