@@ -59,8 +59,9 @@ void Hrtf::FindSurroundings(double radius) {
     for (const auto& position : positions_) least = std::min(least, LengthOf(position));
     const bool isSphere = least > (1.0 - kRoundnessTolerance) * radius;
     if (isSphere) radius_ = radius;
-    // The search compares squares of 32 bits, up to (kReachOverRadius radius)^2. Points of unequal
-    // length move the border between them, the more the closer a position is to the centre.
+    // In what follows surfaces of equal distance to two points are moved. By the search, which
+    // compares squares of 32 bits, up to (kReachOverRadius radius)^2; and on a sphere by points of
+    // unequal length, the more the closer a position is to the centre.
     const double rounding = 2e-5 * radius * radius;
     const double unequal = isSphere ? (radius * radius - least * least) / (2.0 * kClosest) : 0.0;
     std::vector<std::size_t> indices;
@@ -88,13 +89,14 @@ void Hrtf::FindSurroundings(double radius) {
 
 bool Hrtf::IsSurelyNearest(std::uint32_t point,
                            const tav::CartesianVector& position) const noexcept {
-    const double square = Product(position, position);
-    const double product = Product(position, positions_[point]);
+    const tav::CartesianVector& p = positions_[point];
     const double limit = surroundings_[point].limit;
     if (radius_ == 0.0) {
-        return square - 2.0 * product + Product(positions_[point], positions_[point]) < limit;
+        const tav::CartesianVector way{position.x - p.x, position.y - p.y, position.z - p.z};
+        return Product(way, way) < limit;
     }
     // On a sphere all distances from the centre have the same order.
+    const double square = Product(position, position), product = Product(position, p);
     return product > 0.0 && product * product > limit * square &&
            square > kClosest * kClosest * radius_ * radius_;
 }

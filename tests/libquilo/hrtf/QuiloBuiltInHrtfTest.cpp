@@ -272,13 +272,27 @@ TEST(Hrtf, TheNearestPointIsTheNearestDirectionFromHereToAfar) {
     }
     EXPECT_EQ(Hrtf().NearestPoint({0.f, 1.f, 0.f}), nullptr);
     EXPECT_EQ(Hrtf().NearestPoint({0.f, 1.f, 0.f}, 0), nullptr);
-    // Guesses near and far, of places between the points: 20 turns of a spiral through the centre.
-    for (std::uint32_t k = 0; k < 20000; ++k) {
-        const auto part = static_cast<float>(k) * 1e-4f - 1.f;
-        const auto p = tav::FromNavigational(7200.f * part, 80.f * part, 2.f * part);
-        const HrtfPoint* const nearest = Set().NearestPoint(p);
-        for (const std::uint32_t off : {0u, 1u, 70u, 709u, ~0u})
-            ASSERT_EQ(Set().NearestPoint(p, nearest->index + off), nearest) << k;
+}
+
+// At the points, some of which coincide in the second set, and on a spiral through the centre.
+TEST(Hrtf, AGuessChangesNothingOfTheNearestPoint) {
+    HrtfData uneven;
+    for (unsigned k = 0; k < 50; ++k) {
+        const auto part = static_cast<float>(k % 45);
+        uneven.points.emplace_back().position =
+            tav::FromNavigational(77.f * part, 2.f * part - 45.f, 1.f + 0.01f * part);
+    }
+    const Hrtf unevenSet(uneven);
+    for (const Hrtf* const set : {&Set(), &unevenSet}) {
+        for (std::uint32_t k = 0; k < 20000; ++k) {
+            const auto part = static_cast<float>(k) * 1e-4f - 1.f;
+            const bool isPoint = k < set->Positions().Size();
+            const auto p = isPoint ? set->Positions()[k]
+                                   : tav::FromNavigational(7200.f * part, 80.f * part, 2.f * part);
+            const HrtfPoint* const nearest = set->NearestPoint(p);
+            for (const std::uint32_t off : {0u, 1u, 45u, 70u, 709u, ~0u})
+                ASSERT_EQ(set->NearestPoint(p, nearest->index + off), nearest) << k;
+        }
     }
 }
 
