@@ -123,5 +123,14 @@ TEST(VbapPairGains, NowhereMeansBoth) {
     }
 }
 
+// The squares of such gains have to fit 32 bits.
+TEST(VbapPairGains, KeepTheRatioOfTheFarthestSource) {
+    const SpeakerPair front{{-1.0, 1.0}, {1.0, 1.0}};
+    const PairGains near = VbapPairGains(front, {1.0, 3.0}),
+                    far = VbapPairGains(front, {1e30, 3e30});
+    EXPECT_DOUBLE_EQ(far.first / far.second, near.first / near.second);
+    EXPECT_LT(std::max(far.first, far.second), 1e16);
+}
+
 }  // namespace
 }  // namespace Quilo

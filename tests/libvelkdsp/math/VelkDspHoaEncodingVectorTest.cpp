@@ -116,6 +116,24 @@ INSTANTIATE_TEST_SUITE_P(Normalizations,
                          testing::ValuesIn(kSmallOrders),
                          Tests::kByName);
 
+// Their names say so; only the first component of FuMa is smaller.
+TEST(HoaEncodingVector, PeaksAtOneInFuMaAndMaxN) {
+    for (const Normalization normalization : {Normalization::FuMa, Normalization::MaxN}) {
+        HoaEncodingVector encoding(3, 3, normalization);
+        Vector<double> gains;
+        std::vector<double> peaks(16);
+        for (float elevation = -90.f; elevation <= 90.f; elevation += 1.f) {
+            for (float azimuth = 0.f; azimuth < 360.f; azimuth += 3.f) {
+                encoding.Compute(FromNavigational(azimuth, elevation, 1.f), gains);
+                for (std::size_t c = 0; c < peaks.size(); ++c) {
+                    peaks[c] = std::max(peaks[c], std::abs(gains[c]));
+                }
+            }
+        }
+        for (std::size_t c = 1; c < peaks.size(); ++c) EXPECT_NEAR(peaks[c], 1.0, 1e-3) << c;
+    }
+}
+
 struct Encoding {
     const char* name;
     unsigned order, dimension;
