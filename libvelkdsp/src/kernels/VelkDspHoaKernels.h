@@ -29,7 +29,7 @@ struct HoaKernels {
     /// @param directions  all x, then all y, then all z, kHoaDirections each; of any length but 0
     /// @param channels  one row of kHoaDirections for each channel, in ACN order, overwritten
     /// Gains are within two roundings of 32 bits of the exact ones.  Thread: any.
-    void (*encode)(const HoaTables& tables, const double* directions, float* channels) noexcept;
+    void (*encode)(const HoaTables& tables, const float* directions, float* channels) noexcept;
     /// Transposes these rows to one row of channels for each direction.
     /// @param rows  numRows rows, at most kHoaDirections, `stride` floats apart
     void (*turn)(const float* channels,

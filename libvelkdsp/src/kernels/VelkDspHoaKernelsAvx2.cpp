@@ -13,7 +13,7 @@ struct Avx2Operations {
     using Floats = __m256;
     static constexpr std::ptrdiff_t kLanes = 4;
 
-    static Vec Load(const double* p) { return _mm256_loadu_pd(p); }
+    static Vec Load(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
     static Vec Broadcast(const double* p) { return _mm256_broadcast_sd(p); }
     static Vec Multiply(Vec a, Vec b) { return _mm256_mul_pd(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm256_fmadd_pd(a, b, c); }

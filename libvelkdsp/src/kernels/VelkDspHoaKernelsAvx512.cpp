@@ -13,7 +13,7 @@ struct Avx512Operations {
     using Floats = __m512;
     static constexpr std::ptrdiff_t kLanes = 8;
 
-    static Vec Load(const double* p) { return _mm512_loadu_pd(p); }
+    static Vec Load(const float* p) { return _mm512_maskz_cvtps_pd(0xff, _mm256_loadu_ps(p)); }
     static Vec Broadcast(const double* p) { return _mm512_set1_pd(*p); }
     static Vec Multiply(Vec a, Vec b) { return _mm512_mul_pd(a, b); }
     static Vec MultiplyAdd(Vec a, Vec b, Vec c) { return _mm512_fmadd_pd(a, b, c); }

@@ -3,9 +3,9 @@
 //
 // Only the translation unit of an instruction set includes this. `S`, the set of operations, is in
 // an anonymous namespace, so that its instances stay in that unit. It offers Vec with
-// kLanes doubles: Load(p), Broadcast(p), Multiply(a, b), MultiplyAdd(a, b, c), MultiplySubtract(a,
-// b, c) for a b - c, Inverse(length squared) for 1 / length; and Floats with twice as many floats:
-// Rounded(a, b), MultiplyFloats(a, b), StoreFloats(p, v).
+// kLanes doubles: Load(p) of as many floats, Broadcast(p), Multiply(a, b), MultiplyAdd(a, b, c),
+// MultiplySubtract(a, b, c) for a b - c, Inverse(length squared) for 1 / length; and Floats with
+// twice as many floats: Rounded(a, b), MultiplyFloats(a, b), StoreFloats(p, v).
 #pragma once
 
 #include "kernels/VelkDspHoaKernels.h"
@@ -17,9 +17,7 @@ namespace tav {
 template <class S>
 class VectorHoaKernels {
 public:
-    static void Encode(const HoaTables& tables,
-                       const double* directions,
-                       float* channels) noexcept {
+    static void Encode(const HoaTables& tables, const float* directions, float* channels) noexcept {
         for (std::ptrdiff_t k = 0; k < kHoaDirections; k += kVectors * S::kLanes) {
             EncodeSome(tables, directions + k, channels + k);
         }
@@ -31,11 +29,11 @@ private:
     static constexpr std::ptrdiff_t kVectors = 2;  // independent chains; together a row of floats
 
     static void EncodeSome(const HoaTables& tables,
-                           const double* directions,
+                           const float* directions,
                            float* channels) noexcept {
         Vec x[kVectors], y[kVectors], z[kVectors], cosines[kVectors], sines[kVectors];
         for (std::ptrdiff_t v = 0; v < kVectors; ++v) {
-            const double* const d = directions + v * S::kLanes;
+            const float* const d = directions + v * S::kLanes;
             const Vec dx = S::Load(d);
             const Vec dy = S::Load(d + kHoaDirections);
             const Vec dz = S::Load(d + 2 * kHoaDirections);
@@ -63,6 +61,7 @@ private:
         }
     }
 
+    /// @param step  index of the step to (m + 1, m)
     static void EncodeDegree(const HoaTables& tables,
                              std::ptrdiff_t m,
                              std::ptrdiff_t step,
@@ -70,23 +69,33 @@ private:
                              Floats cosines,
                              Floats sines,
                              float* channels) noexcept {
+        // The number of instructions decides what this loop costs: places are stepped to, not
+        // computed, and what it reads of the tables' structure is in local variables.
+        const double* const toLast = tables.last;
+        const double* const toBefore = tables.before;
+        float* centre = channels + m * (m + 1) * kHoaDirections;
+        const std::ptrdiff_t side = m * kHoaDirections;
         Vec last[kVectors], before[kVectors];
         for (Vec& q : last) q = S::Broadcast(tables.sectoral + m);
-        for (Vec& q : before) q = S::Broadcast(tables.sectoral + m);
-        for (std::ptrdiff_t n = m;; step += kHoaDegrees) {
-            float* const centre = channels + n * (n + 1) * kHoaDirections;
-            const Floats q = S::Rounded(last[0], last[1]);
-            if (m > 0) S::StoreFloats(centre - m * kHoaDirections, S::MultiplyFloats(q, sines));
-            S::StoreFloats(centre + m * kHoaDirections, S::MultiplyFloats(q, cosines));
-            if (++n > tables.order) return;
-            const Vec toLast = S::Broadcast(tables.last + step);
-            const Vec toBefore = S::Broadcast(tables.before + step);
+        for (Vec& q : before) q = last[0];
+        Floats q = S::Rounded(last[0], last[0]);
+        std::ptrdiff_t toNext = 2 * (m + 1) * kHoaDirections;
+        for (std::ptrdiff_t left = tables.order - m;; --left) {
+            if (m > 0) S::StoreFloats(centre - side, S::MultiplyFloats(q, sines));
+            S::StoreFloats(centre + side, S::MultiplyFloats(q, cosines));
+            if (left == 0) return;
+            const Vec stepLast = S::Broadcast(toLast + step);
+            const Vec stepBefore = S::Broadcast(toBefore + step);
             for (std::ptrdiff_t v = 0; v < kVectors; ++v) {
-                const Vec next = S::MultiplySubtract(S::Multiply(toLast, z[v]), last[v],
-                                                     S::Multiply(toBefore, before[v]));
+                const Vec next = S::MultiplySubtract(S::Multiply(stepLast, z[v]), last[v],
+                                                     S::Multiply(stepBefore, before[v]));
                 before[v] = last[v];
                 last[v] = next;
             }
+            q = S::Rounded(last[0], last[1]);
+            step += kHoaDegrees;
+            centre += toNext;
+            toNext += 2 * kHoaDirections;
         }
     }
 

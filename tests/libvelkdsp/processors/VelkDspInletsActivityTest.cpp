@@ -108,6 +108,9 @@ TEST(InletsActivityAnalyzer, TheCountStandsStillWhileNothingIsWatched) {
     for (int block = 0; block < 20; ++block) EXPECT_FALSE(inlet.ActiveAfter(100, 0.0));
     inlet.analyzer.SetConnections(std::vector<short>{1}, {});
     EXPECT_EQ(inlet.SilentBlocksHeard(100, 1000), 3u);
+    EXPECT_FALSE(inlet.ActiveAfter(100, 0.0));
+    inlet.analyzer.SetAutoMute(false);
+    EXPECT_TRUE(inlet.ActiveAfter(100, 0.0)) << "without another change";
     EXPECT_EQ(inlet.analyzer.AutoMuteTime(), 1.f);
 }
 
