@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <utility>
 
 namespace Quilo {
 
@@ -17,7 +19,8 @@ using tav::SphericalHarmonic;
 Pan::Pan(unsigned numInputs, unsigned numOutputs)
     : AudioProcessorWithOscInAudioInterrupt(numInputs, numOutputs),
       positions_(numInputs),
-      mutes_(numInputs) {}
+      mutes_(numInputs),
+      isPlaced_(numInputs) {}
 
 std::string_view Pan::GetTypeName() const { return PanTypeKeywords().Print(type_, "null"); }
 
@@ -99,6 +102,20 @@ void Pan::MoveSource(unsigned index,
     if (!force && position == positions_[index]) return;
     positions_[index] = position;
     ComputeSource(index, immediate, force);
+}
+
+void Pan::PlaceSource(unsigned index, const tav::CartesianVector& position) {
+    if (index >= NumInputs() || !tav::IsFinite(position) || position == positions_[index]) return;
+    positions_[index] = position;
+    isPlaced_[index] = 1;
+    isAnyPlaced_ = true;
+}
+
+void Pan::ComputePlacedSources() {
+    if (!std::exchange(isAnyPlaced_, false)) return;
+    for (unsigned i = 0; i < NumInputs(); ++i) {
+        if (std::exchange(isPlaced_[i], std::uint8_t{0}) != 0) ComputeSource(i, false, false);
+    }
 }
 
 void Pan::RecomputeAll(bool immediate) {

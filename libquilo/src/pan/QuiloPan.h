@@ -275,9 +275,17 @@ private:
                     const tav::CartesianVector& position,
                     bool immediate,
                     bool force) TAV_REQUIRES(controlLock_);
+    /// Moves a source, which is computed, gliding, by the next ComputePlacedSources: one of many
+    /// moves that nothing is heard between.
+    void PlaceSource(unsigned index, const tav::CartesianVector& position)
+        TAV_REQUIRES(controlLock_);
+    /// To be called before the lock in which PlaceSource was called is given back.
+    void ComputePlacedSources() TAV_REQUIRES(controlLock_);
 
     tav::CartesianArray positions_ TAV_GUARDED_BY(controlLock_);
-    tav::Vector<short> mutes_ TAV_GUARDED_BY(controlLock_);  // 1: muted
+    tav::Vector<short> mutes_ TAV_GUARDED_BY(controlLock_);            // 1: muted
+    tav::Vector<std::uint8_t> isPlaced_ TAV_GUARDED_BY(controlLock_);  // but not computed yet
+    bool isAnyPlaced_ TAV_GUARDED_BY(controlLock_) = false;
     float interpolationTimeMs_ TAV_GUARDED_BY(controlLock_) = kDefaultInterpolationTimeMs;
     std::uint64_t layoutInForce_ TAV_GUARDED_BY(controlLock_) = 0;  // its number
     mutable std::atomic<std::uint64_t> numLayoutsBegun_{0};

@@ -117,6 +117,7 @@ struct AtOnce {
         if (!takesCommands) return;
         const ControlGuard guard(lock);
         PanOscRoutes()[command.route].run(pan, receiver, command);
+        ComputeMovedSources(pan);
     }
     bool Errand(const PanOscRoute& route, const OscMessageView& message) {
         const OSCMessage plain = PlainMessage(route, message);
@@ -266,6 +267,7 @@ void PanOSCReceiver::TakeInAudio(unsigned frames) noexcept TAV_NONBLOCKING TAV_U
     queue->RunInAudio(kCommandsPerFrame * frames, [this](const OscCommand& command) noexcept {
         PanOscRoutes()[command.route].run(pan_, *this, command);
     });
+    ComputeMovedSources(pan_);
     pan_.isInAudio_ = false;
     pan_.controlLock_.Unlock();
 }
@@ -277,6 +279,7 @@ void PanOSCReceiver::CarryOut() {
     queue->RunAll([this](const OscCommand& command) {
         PanOscRoutes()[command.route].run(pan_, *this, command);
     });
+    ComputeMovedSources(pan_);
 }
 
 bool PanOSCReceiver::CarryOutIfStill() {

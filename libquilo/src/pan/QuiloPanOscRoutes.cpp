@@ -30,8 +30,9 @@ public:
         tav::CartesianVector position = pan.positions_[command.subject];
         const auto format = static_cast<Coordinates::Format>(command.variant);
         if (!Coordinates::Apply(position, format, command.values)) return;
-        pan.MoveSource(command.subject, position, false, false);
+        pan.PlaceSource(command.subject, position);
     }
+    static void ComputePlaced(Pan& pan) TAV_UNCHECKED { pan.ComputePlacedSources(); }
     static void Spread(Pan& pan, PanOSCReceiver&, const OscCommand& command) TAV_UNCHECKED {
         SpreadSource(pan, command.subject, command.values[0]);
     }
@@ -253,6 +254,8 @@ constexpr PanOscRoute kRoutes[] = {
 static_assert(std::size(kRoutes) <= 32, "OscChanges has one bit for each");
 
 }  // namespace
+
+void ComputeMovedSources(Pan& pan) { PanOscActions::ComputePlaced(pan); }
 
 std::span<const PanOscRoute> PanOscRoutes() { return kRoutes; }
 

@@ -57,6 +57,7 @@ struct PanOscRoute {
     std::string_view attribute;
     std::string_view hint;
     std::string_view help;
+    /// A source that it moves is computed by ComputeMovedSources.
     /// Thread: audio or control, with the panner's lock.  Null for an errand.
     void (*run)(Pan& pan, PanOSCReceiver& receiver, const tav::OscCommand& command);
     /// Thread: control, without the lock.  @return false: the values do not serve
@@ -68,6 +69,10 @@ struct PanOscRoute {
 };
 
 std::span<const PanOscRoute> PanOscRoutes();
+
+/// Computes every source that commands have moved, however often, once. Belongs after the last of
+/// them.  Thread: theirs, with the same hold of the panner's lock.
+void ComputeMovedSources(Pan& pan);
 
 /// A number as an address writes it; nothing when there is anything else.
 inline std::optional<unsigned> OscNumber(std::string_view part) noexcept {

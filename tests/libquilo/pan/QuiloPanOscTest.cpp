@@ -4,12 +4,14 @@
 #include "math/VelkDspCoordinates.h"
 #include "osc/VelkDspOscMessage.h"
 #include "pan/QuiloKnnPanning.h"
+#include "pan/QuiloNullPanning.h"
 #include "pan/QuiloPan.h"
 #include "support/SystemCallTrap.h"
 #include "text/VelkDspException.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <random>
 #include <thread>
@@ -228,6 +230,38 @@ TEST(PanOsc, SpeaksAdm) {
 
 class PanOscOn : public testing::TestWithParam<Tests::PanCase> {};
 
+/// A panner that computes nothing, and counts how often.
+class CountingPan : public NullPanning {
+public:
+    CountingPan() : NullPanning(3, 2) {}
+    std::array<int, 3> counts{};
+
+private:
+    void ComputeSource(unsigned index, bool, bool) override { ++counts[index]; }
+};
+
+TEST(PanOsc, ComputesASourceOnceHoweverOftenABlockMovesIt) {
+    CountingPan pan;
+    const auto sendMoves = [&](int count) {
+        for (int k = 0; k < count; ++k) {
+            pan.Osc().Enqueue(LoFloats("/source/" + std::to_string(k % 2 + 1) + "/x++", {1}));
+        }
+    };
+    sendMoves(1000);
+    PlayOneBlock(pan);
+    EXPECT_EQ(pan.counts, (std::array{1, 1, 0}));
+    EXPECT_EQ(pan.SourcePosition(1), (tav::CartesianVector{500, 0, 0}));
+    sendMoves(1026);  // two of them find no place in the first block
+    PlayOneBlock(pan);
+    EXPECT_EQ(pan.counts, (std::array{2, 2, 0}));
+    pan.Osc().CarryOut();
+    EXPECT_EQ(pan.counts, (std::array{3, 3, 0}));
+    EXPECT_TRUE(pan.ProcessOsc(OSCMessage("/source/3/x++", 1.f)));
+    pan.Osc().CarryOut();  // nothing waits
+    PlayOneBlock(pan);
+    EXPECT_EQ(pan.counts, (std::array{3, 3, 1}));
+}
+
 /// All that the audio thread carries out, in every panner, without memory or locks (which the
 /// player sees to), and with the effect of the setters.
 TEST_P(PanOscOn, DoesInAudioWhatTheSettersDo) {
@@ -244,7 +278,9 @@ TEST_P(PanOscOn, DoesInAudioWhatTheSettersDo) {
         const auto azimuth = static_cast<float>(random() % 360);
         const std::string address = "/source/" + std::to_string(source + 1);
         const bool isMuted = random() % 4 == 0;
-        byOsc->Osc().Enqueue(LoBundle({{address + "/aed", {{'f', azimuth}, {'f', 10}, {'f', 2}}},
+        byOsc->Osc().Enqueue(LoBundle({{address + "/azim++", {{'f', 100}}},
+                                       {address + "/dist*=", {{'f', 3}}},
+                                       {address + "/aed", {{'f', azimuth}, {'f', 10}, {'f', 2}}},
                                        {address + "/spread", {{'f', azimuth / 4}}},
                                        {address + "/spreadxyz", {{'i', 5}, {'i', 6}, {'i', 7}}},
                                        {address + "/numneighbors", {{'i', 2}}},
