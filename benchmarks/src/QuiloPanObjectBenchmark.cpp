@@ -4,7 +4,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <span>
 #include <string>
+#include <vector>
 
 extern "C" void ext_main(void*);
 
@@ -66,6 +68,46 @@ void MoveAll(benchmark::State& state) {
     object_free(box);
 }
 
+/// How long the main thread is held by a message that came by OSC, until it may draw again, and
+/// with thread:0 how long it would be without a thread for what takes long.
+void HoldMain(benchmark::State& state, const std::string& arguments, const std::string& message) {
+    t_object* const box = MakeBox(arguments);
+    const std::vector<t_atom> atoms = HostApi::ParseAtoms(message);
+    // Not the rate of the built-in set, whose filters are converted then.
+    const std::vector<t_atom> rate = HostApi::ParseAtoms("48000");
+    HostApi::DeliverMessage(box, 0, gensym("/dsp/samplerate"), rate);
+    HostApi::Settle();
+    for (auto _ : state) {
+        if (state.range(0) == 0) HostApi::FailCall("systhread_create", 1, MAX_ERR_GENERIC);
+        HostApi::DeliverMessage(box, 0, atom_getsym(atoms.data()), std::span(atoms).subspan(1));
+        HostApi::RunDeferred();
+        state.PauseTiming();
+        HostApi::WaitForThreads();
+        state.ResumeTiming();
+        HostApi::RunDeferred();
+    }
+    object_free(box);
+}
+
+/// 250 loudspeakers on a spiral round the listener.
+std::string SpeakersByOsc() {
+    std::string message = "/speakers/ae";
+    for (int k = 0; k < 250; ++k) {
+        message += ' ' + std::to_string(k * 137 % 360) + ".5 " + std::to_string(k * 0.7 - 87.0);
+    }
+    return message;
+}
+
+BENCHMARK_CAPTURE(HoldMain, speakers, "2 250 vbap", SpeakersByOsc())
+    ->ArgName("thread")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(HoldMain, load, "2 2 binaural", "/load kemar")
+    ->ArgName("thread")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(CreateObject)
     ->ArgNames({"in", "out"})
     ->Args({2, 8})

@@ -44,16 +44,14 @@ void RunThread(method entry, void* argument, const PutOffCause& cause) {
     NoteEnd();
 }
 
-/// Waits until every thread that a module has made has ended.
-/// @return whether one was made since the last call.  Thread: none of these
+}  // namespace
+
 bool WaitForThreads() {
     ThreadCount& threads = TheThreads();
     std::unique_lock lock(threads.mutex);
     threads.hasEnded.wait(lock, [&] { return threads.numRunning == 0; });
     return std::exchange(threads.wasMade, false);
 }
-
-}  // namespace
 
 void Settle() {
     constexpr int kMostTurns = 256;

@@ -226,6 +226,10 @@ MAXAPI_EXPORT std::size_t RunDeferred();
 /// threads take. Ends after 256 turns in any case, for other threads may send work for ever.
 MAXAPI_EXPORT void Settle();
 
+/// Waits until every thread that a module has made has ended.
+/// @return whether one was made since the last call.  Thread: none of these
+MAXAPI_EXPORT bool WaitForThreads();
+
 /// Advances the time of clocks and of systimer_gettime, and runs the clocks that become due, in
 /// order of time, as the scheduler thread.
 /// @param ms  at least 0
