@@ -44,7 +44,7 @@ FileReplacement::FileReplacement(const std::filesystem::path& file)
     if (!IsDevice(file_)) {
         folder_ = MakeFolderBeside(file_);
         if (folder_.empty()) return;
-        written_ = folder_ / file_.filename();
+        written_ = folder_ / "new";  // short: Windows counts the letters of a path
     }
     stream_.open(written_, std::ios::binary | std::ios::trunc);
     if (!stream_.is_open()) Abandon();
@@ -65,11 +65,14 @@ bool FileReplacement::Commit() {
     return isDone;
 }
 
-/// Removes what this object has made and not put in its place.
+/// Removes what this object has made and not put in its place. A folder stays where somebody else
+/// has put something into it.
 void FileReplacement::Abandon() noexcept {
     stream_.close();
     std::error_code ignored;
-    if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
+    if (folder_.empty()) return;
+    std::filesystem::remove(written_, ignored);
+    std::filesystem::remove(folder_, ignored);
 }
 
 bool ReplaceFile(const std::filesystem::path& file, std::string_view content) {

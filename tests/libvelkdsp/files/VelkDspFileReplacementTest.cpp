@@ -22,6 +22,7 @@ TEST(FileReplacement, LeavesTheOldFileOrTheNewOneAndNothingElse) {
         other.Stream() << "of another";  // they do not write into one file
         EXPECT_TRUE(other.Commit());
         EXPECT_EQ(ReadText(file), "of another");
+        WriteText(folder / "cue.txt.part2" / "note", "somebody's own");
         EXPECT_TRUE(ReplaceFile(file, "first"));
     }
     EXPECT_EQ(ReadText(file), "first");
@@ -29,7 +30,9 @@ TEST(FileReplacement, LeavesTheOldFileOrTheNewOneAndNothingElse) {
     EXPECT_EQ(ReadText(file), "second");
     EXPECT_EQ(ReadText(folder / "cue.txt.part"), "somebody's own");
     EXPECT_FALSE(ReplaceFile(folder / "nowhere" / "cue.txt", "third"));
-    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"cue.txt", "cue.txt.part"}));
+    EXPECT_EQ(ReadText(folder / "cue.txt.part2" / "note"), "somebody's own");
+    EXPECT_EQ(folder.Names(),
+              (std::vector<std::string>{"cue.txt", "cue.txt.part", "cue.txt.part2"}));
     std::error_code hasNoLinks;
     std::filesystem::create_symlink(file, folder / "link.txt", hasNoLinks);
     if (hasNoLinks) return;
