@@ -3,10 +3,13 @@
 
 #include "QuiloPanObject.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
+#include <shared_mutex>
 #include <utility>
+#include <vector>
 
 extern "C" void ext_main(void*);
 
@@ -14,12 +17,16 @@ namespace Tests {
 
 namespace {
 
-std::atomic<t_object*> watched = nullptr;
+std::shared_mutex watch;
+std::vector<t_object*> watched;  // all that live, of any thread
 
-/// Nothing of Max's that reaches others may be called by who is inside the door of the object.
+/// Nothing of Max's that reaches others may be called by who is inside the door of an object.
 void RefuseInside(const char* function) {
-    t_object* const object = watched;
-    if (object == nullptr || !Quilo::PanObject::Of(object).TheDoor().IsInside()) return;
+    const std::shared_lock guard(watch);
+    if (std::ranges::none_of(watched, [](t_object* object) {
+            return Quilo::PanObject::Of(object).TheDoor().IsInside();
+        }))
+        return;
     std::fprintf(stderr, "%s is called inside the door\n", function);
     std::abort();
 }
@@ -69,14 +76,20 @@ std::string Box::Ask(const std::string& attribute) const {
 std::vector<std::string> Box::TakeConsole() { return std::exchange(console_, {}); }
 
 PanBox::PanBox(const std::string& arguments) : Box(ClassName(), arguments) {
-    watched = Get();
+    {
+        const std::unique_lock guard(watch);
+        if (Get() != nullptr) watched.push_back(Get());
+    }
     HostApi::WatchCalls(&RefuseInside);
 }
 
 PanBox::~PanBox() { Free(); }
 
 void PanBox::Free() {
-    watched = nullptr;
+    {
+        const std::unique_lock guard(watch);
+        std::erase(watched, Get());
+    }
     Box::Free();
 }
 
