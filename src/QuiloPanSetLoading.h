@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Loading what comes in files: head-related filters and those of the near field go the same way.
 //
-// A load takes its turn inside the object's door and leaves it to search. Reading and installing
-// are long work, which an errand does not wait for.
+// A load takes its turn inside the object's door and leaves it to search. Reading is long work,
+// which an errand does not wait for. Installing is done inside the door and short, unless a setting
+// or the rate has changed since the filters were computed: then it computes them again.
 #pragma once
 
 #include "QuiloPanEngine.h"

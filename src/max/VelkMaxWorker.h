@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Work that takes long, and the thread that does it, so that neither the patcher nor the scheduler
-// waits.
+// Work of errands that takes long, and the thread that does it, so that the main thread does not
+// wait. What messages ask for is computed where they are carried out.
 //
 // The main thread adds work and starts the thread, which ends when all of that is computed. What
 // comes of it is taken by the main thread again.
