@@ -131,6 +131,19 @@ INSTANTIATE_TEST_SUITE_P(Panners, PanPreset, testing::ValuesIn(kPresetCases), []
     return name;
 });
 
+/// The layout of a preset takes long; what was sent after the preset waits for all of it.
+TEST(PanPresets, AreDoneBeforeWhatIsSentBehindThem) {
+    const TemporaryFolder folder;
+    const std::string file = (folder / "p.txt").string();
+    PanBox box("1 4 vbap2d");
+    box.Send("/preset/export " + file);
+    EXPECT_EQ(Settle(box), "");
+    box.Send("/preset/load " + file);
+    box.Send("/attribute/automute 5");
+    EXPECT_EQ(Settle(box), "");
+    EXPECT_EQ(box.Ask("automute"), "5");
+}
+
 /// A file that is cut anywhere, or of another structure, changes nothing and says what is wrong.
 TEST(PanPresets, ChangeNothingWhenTheFileIsDamaged) {
     const TemporaryFolder folder;

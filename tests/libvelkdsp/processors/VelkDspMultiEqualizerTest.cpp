@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <limits>
@@ -89,6 +90,17 @@ TEST_P(EqualizerBand, HasTheResponseOfTheAnalogSection) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, EqualizerBand, testing::ValuesIn(kKinds), Tests::kByName);
+
+TEST(MultiEqualizer, IsAtANewRateAsIfAlwaysThere) {
+    MultiEqualizer moved(1, 1), fresh(1, 1);
+    for (MultiEqualizer* equalizer : {&moved, &fresh}) {
+        equalizer->SetSampleRate(equalizer == &moved ? 48000.f : 96000.f);
+        equalizer->SetBand(0, 0, {FilterKind::LowPass, 1000.f, 0.7f, 0.f});
+    }
+    Play(moved, Sine(500.0, 48000.0, 4800), 64);
+    moved.SetSampleRate(96000.f);
+    EXPECT_EQ(Play(moved, Tests::Impulse(512), 64), Play(fresh, Tests::Impulse(512), 64));
+}
 
 TEST(MultiEqualizer, KeepsALowCornerExactAtTheHighestRate) {
     constexpr double kRate = 384000.0;
