@@ -217,10 +217,14 @@ t_symbol* PanObject::Type() const {
     return PanSymbols::Get().types.Of(type);
 }
 
+bool PanObject::IsOfType(std::string_view word) const {
+    return TypeNamed(word) == engine_->GetType();
+}
+
 void PanObject::SetType(std::string_view type) {
     if (engine_ == nullptr) {
         type_ = type;
-    } else if (TypeNamed(type) != engine_->GetType()) {
+    } else if (!IsOfType(type)) {
         Error(*this, kTypeIsFixed, std::string(type).c_str());
     }
 }
@@ -231,10 +235,14 @@ t_symbol* PanObject::SubType() const {
     return PanSymbols::Get().subTypes.Of(subType);
 }
 
+bool PanObject::IsOfSubType(std::string_view word) const {
+    return SubTypeNamed(word) == engine_->GetSubType();
+}
+
 void PanObject::SetSubType(std::string_view subType) {
     if (engine_ == nullptr) {
         subType_ = subType;
-    } else if (SubTypeNamed(subType) != engine_->GetSubType()) {
+    } else if (!IsOfSubType(subType)) {
         Error(*this, kSubTypeIsFixed, std::string(subType).c_str());
     }
 }

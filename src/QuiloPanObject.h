@@ -110,8 +110,11 @@ public:
     max_long NumOutputs() const { return numOutputs_; }
     void SetNumOutputs(max_long count);
     t_symbol* Type() const;
+    /// Whether the word names the type of the engine, which there is.
+    bool IsOfType(std::string_view word) const;
     void SetType(std::string_view type);
     t_symbol* SubType() const;
+    bool IsOfSubType(std::string_view word) const;
     void SetSubType(std::string_view subType);
     /// x, y, z of each position, metres.
     std::span<const float> SourcesPositions() const;

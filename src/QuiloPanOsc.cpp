@@ -318,24 +318,28 @@ void PanOsc::CarryOutLong(std::function<void()> work) {
 }
 
 void PanOsc::CarryOutPreset(std::vector<tav::OSCMessage> messages) {
-    preset_ = {{messages.begin(), messages.end()}};
+    preset_ = {std::move(messages)};
     GoOnWithPreset();
 }
 
 void PanOsc::GoOnWithPreset() {
     // A stored state may hold words that are only printed.
     const VelkMax::RestoringState restoring(VelkMax::RestoringState::By::Message);
-    while (!preset_.messages.empty()) {
-        const tav::OSCMessage message = std::move(preset_.messages.front());
-        preset_.messages.pop_front();
+    PanOSCReceiver& receiver = object_.Engine()->Osc();
+    for (tav::OSCMessage& message : std::exchange(preset_.messages, {})) {
+        // A layout is in force before what follows it, such as corners, is set. Sources need no
+        // layout: what is sent after the preset finds them placed.
         try {
-            object_.Engine()->ProcessOsc(message);
+            if (object_.TheDoor().HasLongWork() && !receiver.IsPrompt(message)) {
+                preset_.messages.push_back(std::move(message));
+            } else {
+                receiver.Process(message);
+            }
         } catch (const tav::Exception& refusal) {
             if (!preset_.firstRefusal) preset_.firstRefusal = refusal;
         }
-        // A layout is in force before what follows it, such as corners, is set.
-        if (object_.TheDoor().HasLongWork()) return object_.TheDoor().SendNext({&RunPreset});
     }
+    if (!preset_.messages.empty()) return object_.TheDoor().SendNext({&RunPreset});
     if (preset_.firstRefusal) throw tav::Exception(*preset_.firstRefusal);
 }
 
@@ -375,6 +379,7 @@ bool PanOsc::ProcessOwn(const tav::OSCMessage& message) {
 bool PanOsc::AcceptsOwn(const tav::OSCMessage& message) const {
     // Only presets ask; they may hold words that are only printed.
     const VelkMax::RestoringState asStored(VelkMax::RestoringState::By::Message);
+    const VelkMax::WithoutWarnings onlyLooking;
     const std::string& address = message.AddressText();
     if (HasBlobs(message)) return false;
     if (address.starts_with(kAttributePrefix)) {

@@ -56,7 +56,7 @@ private:
 
     /// A preset that is being carried out.
     struct Preset {
-        std::deque<tav::OSCMessage> messages;          // that are left
+        std::vector<tav::OSCMessage> messages;         // that are left
         std::optional<tav::Exception> firstRefusal{};  // of those that are not
     };
 

@@ -74,8 +74,8 @@ struct AttributeCheck {
 constexpr AttributeCheck kAttributeChecks[] = {
     {"numinputs",         [](const PanObject& o, Atoms v) { return v.Long(0) == o.NumInputs(); }},
     {"numoutputs",        [](const PanObject& o, Atoms v) { return v.Long(0) == o.NumOutputs(); }},
-    {"type",              [](const PanObject& o, Atoms v) { return v.Text() == o.Type()->s_name; }},
-    {"subtype",           [](const PanObject& o, Atoms v) { return v.Text() == o.SubType()->s_name; }},
+    {"type",              [](const PanObject& o, Atoms v) { return o.IsOfType(v.Text()); }},
+    {"subtype",           [](const PanObject& o, Atoms v) { return o.IsOfSubType(v.Text()); }},
     {"sourcespositions",  AcceptsSourcesPositions},
     {"speakerspositions", AcceptsSpeakersPositions},
     {"encoding",          IsKeyword<tav::NormalizationKeywords, kInvalidEncoding>},

@@ -56,6 +56,7 @@ void Door::Close() noexcept {
     if (state_.exchange(State::Closed) == State::Closed) return;
     handle_.Release();
     while (visitors_ > 0) std::this_thread::yield();
+    worker_.Join();  // nobody who comes late waits at the lock for so long
     {
         const Visit last(*this);
         worker_.Close();

@@ -126,11 +126,27 @@ void Post(const Object& object,
           std::type_identity_t<Arguments>... arguments) noexcept {
     Say(&object_post, object, text, arguments...);
 }
+/// While an instance lives, its thread posts no warnings: it only looks whether values serve, and
+/// whoever uses them later warns of what is left over.
+class WithoutWarnings {
+public:
+    WithoutWarnings() noexcept { isActive_ = true; }
+    ~WithoutWarnings() { isActive_ = before_; }
+    WithoutWarnings(const WithoutWarnings&) = delete;
+    WithoutWarnings& operator=(const WithoutWarnings&) = delete;
+
+    static bool IsActive() noexcept { return isActive_; }
+
+private:
+    static inline thread_local bool isActive_ = false;
+    bool before_ = isActive_;
+};
+
 template <class Object, class... Arguments>
 void Warn(const Object& object,
           const Text<Arguments...>& text,
           std::type_identity_t<Arguments>... arguments) noexcept {
-    Say(&object_warn, object, text, arguments...);
+    if (!WithoutWarnings::IsActive()) Say(&object_warn, object, text, arguments...);
 }
 template <class Object, class... Arguments>
 void Error(const Object& object,

@@ -53,13 +53,14 @@ public:
     bool IsBusy() const noexcept { return !added_.empty() || !computing_.empty(); }
     /// All work of the last start, in its order; nothing while it is still being computed.
     std::vector<Computed> TakeComputed() noexcept;
+    /// Waits for the thread.
+    void Join() noexcept;
     /// Waits for the thread and drops all work.
     void Close() noexcept;
 
 private:
     static void* Run(void* worker) noexcept;
     void ComputeAll() noexcept;
-    void Join() noexcept;
 
     void* owner_;
     void (*wake_)(void* owner);

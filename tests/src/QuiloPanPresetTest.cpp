@@ -135,13 +135,17 @@ INSTANTIATE_TEST_SUITE_P(Panners, PanPreset, testing::ValuesIn(kPresetCases), []
 TEST(PanPresets, AreDoneBeforeWhatIsSentBehindThem) {
     const TemporaryFolder folder;
     const std::string file = (folder / "p.txt").string();
-    PanBox box("1 4 vbap2d");
+    PanBox box("1 4 vbap3d");
+    box.Send("source 1 xyz 1 2 3");
     box.Send("/preset/export " + file);
     EXPECT_EQ(Settle(box), "");
     box.Send("/preset/load " + file);
     box.Send("/attribute/automute 5");
+    HostApi::RunDeferred();
+    box.Send("/source/1/xyz 9 8 7");
     EXPECT_EQ(Settle(box), "");
     EXPECT_EQ(box.Ask("automute"), "5");
+    EXPECT_EQ(box.Ask("sourcespositions"), "9 8 7");
 }
 
 /// A file that is cut anywhere, or of another structure, changes nothing and says what is wrong.
@@ -254,6 +258,10 @@ TEST(PanPresets, ChangeNothingWhenAMessageIsNotForTheObject) {
     EXPECT_EQ(load(box, "/attribute/interpolationtime 900\n/attribute/type \"vbap2d\""), "");
     EXPECT_EQ(box.Ask("interpolationtime"), "200");
     EXPECT_EQ(box.Ask("sourcespositions").substr(0, 2), "7 ");
+    EXPECT_EQ(load(box, "/speakers/azim 10 20 30"),
+              "warn: too many loudspeakers positions. only 2 positions will be read\n");
+    PanBox alias("1 6 vbap3d");
+    EXPECT_EQ(load(alias, "/attribute/type \"vbap3d\"\n/attribute/subtype \"odd\""), "");
 }
 
 }  // namespace

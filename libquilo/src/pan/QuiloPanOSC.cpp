@@ -185,6 +185,11 @@ bool PanOSCReceiver::Accepts(const OSCMessage& message) const {
     return Resolve(message, sink) && sink.isTaken;
 }
 
+bool PanOSCReceiver::IsPrompt(const OSCMessage& message) const {
+    Shortness sink;
+    return !IsOwned(message.AddressText()) && Resolve(message, sink) && sink.isShort;
+}
+
 void PanOSCReceiver::CarryOutLong(std::function<void()> work) {
     if (extension_ == nullptr) return work();
     extension_->CarryOutLong(std::move(work));

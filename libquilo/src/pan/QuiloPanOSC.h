@@ -87,6 +87,9 @@ public:
     /// Carries out an errand that was put off. What its pattern stands for besides has been
     /// enqueued when it came.  Throws and Thread: as Process.
     void ProcessErrand(const tav::OSCMessage& message);
+    /// Whether it is carried out at once: neither it nor anything that its pattern stands for is
+    /// an errand.  Throws and Thread: as Process.
+    bool IsPrompt(const tav::OSCMessage& message) const;
     /// Whether Process would take it, and this panner has what it sets. Presets are not accepted
     /// inside of presets.  Throws: as Process.  Thread: control.
     bool Accepts(const tav::OSCMessage& message) const;
