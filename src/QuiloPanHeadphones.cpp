@@ -11,6 +11,7 @@
 #include "pan/QuiloKeywords.h"
 
 #include <array>
+#include <memory>
 #include <string>
 
 namespace Quilo {
@@ -232,7 +233,7 @@ bool AcceptsCrossfadeType(const PanObject& object, Atoms shape) {
 namespace {
 
 /// What `implementation` can be told. Where `isOfFilters`, only panners with measured filters have
-/// it.
+/// it, and they have to be computed again.
 struct ImplementationRow {
     std::string_view keyword;
     bool isOfFilters;
@@ -245,7 +246,9 @@ bool IsRealisation(Atoms value) {
 }
 void ApplyRealisation(BinauralPanning& panner, Atoms value) {
     const auto realisation = HrtfRealisationKeywords().Parse(WordOf(value));
-    if (realisation) dynamic_cast<BinauralPanningDirect&>(panner).SetRealisation(*realisation);
+    if (realisation)
+        dynamic_cast<BinauralPanningDirect&>(panner).SetRealisation(
+            *realisation, BinauralPanningDirect::Refitting::Later);
 }
 
 bool IsDelayKind(Atoms value) {
@@ -263,7 +266,7 @@ bool IsLength(Atoms value) {
 }
 void ApplyLength(BinauralPanning& panner, Atoms value) {
     dynamic_cast<BinauralPanningDirect&>(panner).SetResponseLength(
-        static_cast<unsigned>(value.Long(0)));
+        static_cast<unsigned>(value.Long(0)), BinauralPanningDirect::Refitting::Later);
 }
 
 bool IsReduction(Atoms value) { return value.AreNumbers(1); }
@@ -294,13 +297,17 @@ const ImplementationRow* ReadImplementation(const PanObject& object, Atoms pair)
 void ImplementationMessage(PanObject& object, Atoms atoms) {
     auto* const panner = PannerOrRefuse<BinauralPanning>(object);
     if (panner == nullptr) return;
+    BinauralPanningDirect* toRefit = nullptr;
     for (; !atoms.Empty(); atoms = atoms.From(2)) {
         const Atoms pair = atoms.First(2);
         const ImplementationRow* const row = ReadImplementation(object, pair);
         if (row == nullptr) continue;
-        // Filters may have to be computed: others are let in meanwhile.
-        object.TheDoor().StepOutside([&] { row->apply(*panner, pair.From(1)); });
+        row->apply(*panner, pair.From(1));
+        if (row->isOfFilters) toRefit = EngineAs<BinauralPanningDirect>(object);
     }
+    if (toRefit == nullptr) return;
+    object.TheDoor().CarryOut(
+        std::make_unique<VelkMax::PlainWork>([toRefit] { toRefit->Refit(); }));
 }
 
 bool AcceptsImplementation(const PanObject& object, Atoms atoms) {

@@ -92,6 +92,14 @@ public:
     /// @param spread  clamped by the engine to 0 .. 100
     void SetSourceSpread(unsigned index, float spread);
 
+    /// How often the ambisonic normalisation and mode were asked for, so that of several that are
+    /// computed at the same time the one that was asked for last stays.  Thread: inside the door
+    struct EncodingCounts {
+        unsigned normalization = 0;
+        unsigned mode = 0;
+    };
+    EncodingCounts& Encodings() { return numEncodings_; }
+
     /// What the set of filters in force was read from: the path of a file, or "kemar" for the
     /// built-in set; "none" for no set. The symbol was made outside the door.
     t_symbol* HrtfSource() const { return hrtfSource_; }
@@ -183,6 +191,7 @@ private:
 
     tav::CartesianArray speakers_;
     unsigned numLayouts_ = 0;  // set so far, counted to recognise the latest
+    EncodingCounts numEncodings_;
     t_symbol* hrtfSource_;
     t_symbol* nearfieldSource_;
     bool mute_ = false;  // these two for an engine that does not exist yet

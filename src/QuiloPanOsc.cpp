@@ -298,23 +298,9 @@ void PanOsc::RunErrands(void* x, t_symbol*, Atoms) noexcept {
     });
 }
 
-namespace {
-
-class PlainWork final : public VelkMax::LongWork {
-public:
-    explicit PlainWork(std::function<void()> work) : work_(std::move(work)) {}
-    void Compute() override { work_(); }
-    void Finish() override {}
-
-private:
-    std::function<void()> work_;
-};
-
-}  // namespace
-
 void PanOsc::CarryOutLong(std::function<void()> work) {
     const Door::Visit inside(object_.TheDoor());
-    object_.TheDoor().CarryOut(std::make_unique<PlainWork>(std::move(work)));
+    object_.TheDoor().CarryOut(std::make_unique<VelkMax::PlainWork>(std::move(work)));
 }
 
 void PanOsc::CarryOutPreset(std::vector<tav::OSCMessage> messages) {

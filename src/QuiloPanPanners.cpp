@@ -13,6 +13,7 @@
 #include "pan/QuiloSubwoofersPanning.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace Quilo {
 
@@ -121,16 +122,83 @@ t_symbol* Encoding(const PanObject& object) {
     return PanSymbols::Get().encodings.Of(code);
 }
 
+namespace {
+
+/// A normalisation or mode, for which a table may have to be computed. It is in force once that is
+/// there, unless another one was asked for meanwhile.
+class EncodingWork : public VelkMax::LongWork {
+public:
+    /// @param latest  counts what is asked for of this kind
+    EncodingWork(PanObject& object, unsigned& latest)
+        : object_(object),
+          latest_(latest),
+          number_(++latest) {}
+
+    void Finish() override {
+        if (number_ == latest_) Set();
+    }
+
+protected:
+    virtual void Set() = 0;
+    Pan& Engine() const { return *object_.Engine(); }
+
+    PanObject& object_;
+    std::shared_ptr<const void> table_;  // kept until it is in use
+
+private:
+    unsigned& latest_;
+    const unsigned number_;
+};
+
+class NormalizationWork final : public EncodingWork {
+public:
+    NormalizationWork(PanObject& object, tav::SphericalHarmonic::Normalization normalization)
+        : EncodingWork(object, object.Encodings().normalization),
+          normalization_(normalization) {}
+
+    void Compute() override {
+        table_ = Engine().MakeEncodingTable(Engine().GetComputationMode(), normalization_);
+    }
+
+private:
+    void Set() override {
+        Engine().SetNormalization(normalization_);
+        // Two attributes have this value; Max announces only the one that it set.
+        object_.TheDoor().Changed(PanSymbols::Get().encoding);
+        object_.TheDoor().Changed(PanSymbols::Get().norm);
+    }
+
+    const tav::SphericalHarmonic::Normalization normalization_;
+};
+
+class HoaModeWork final : public EncodingWork {
+public:
+    HoaModeWork(PanObject& object, tav::HoaEncodingVector::Mode mode)
+        : EncodingWork(object, object.Encodings().mode),
+          mode_(mode) {}
+
+    void Compute() override {
+        table_ = Engine().MakeEncodingTable(mode_, Engine().GetNormalization());
+    }
+
+private:
+    void Set() override {
+        Engine().SetComputationMode(mode_);
+        // Of an errand Max has announced it before it was in force.
+        object_.TheDoor().Changed(PanSymbols::Get().hoaMode);
+    }
+
+    const tav::HoaEncodingVector::Mode mode_;
+};
+
+}  // namespace
+
 void SetEncoding(PanObject& object, std::string_view encoding) {
     if (!IsOneOf<HOAPanning, NFCHOAPanning, HoaDiffusePanning>(object)) {
         return Refuse(object, kOnlyHoa, "encoding");
     }
     const auto code = ReadKeyword(object, tav::NormalizationKeywords(), encoding, kInvalidEncoding);
-    if (!code) return;
-    object.TheDoor().StepOutside([&] { object.Engine()->SetNormalization(*code); });
-    // Two attributes have this value; Max announces only the one that it set.
-    object.TheDoor().Changed(PanSymbols::Get().encoding);
-    object.TheDoor().Changed(PanSymbols::Get().norm);
+    if (code) object.TheDoor().CarryOut(std::make_unique<NormalizationWork>(object, *code));
 }
 
 t_symbol* HoaMode(const PanObject& object) {
@@ -143,9 +211,7 @@ t_symbol* HoaMode(const PanObject& object) {
 void SetHoaMode(PanObject& object, std::string_view mode) {
     if (!IsOneOf<HOAPanning, NFCHOAPanning>(object)) return Refuse(object, kOnlyHoa, "hoamode");
     const auto code = ReadKeyword(object, tav::HoaModeKeywords(), mode, kInvalidHoaMode);
-    if (!code) return;
-    // A table may have to be computed; other messages enter meanwhile.
-    object.TheDoor().StepOutside([&] { object.Engine()->SetComputationMode(*code); });
+    if (code) object.TheDoor().CarryOut(std::make_unique<HoaModeWork>(object, *code));
 }
 
 max_long NfcHighPass(const PanObject& object) {

@@ -46,6 +46,7 @@ struct PanSymbols {
     t_symbol* spreadXyz = gensym("spreadxyz");
     t_symbol* encoding = gensym("encoding");
     t_symbol* norm = gensym("norm");
+    t_symbol* hoaMode = gensym("hoamode");
     t_symbol* listenerPosition = gensym("listenerposition");
     t_symbol* hrtfFile = gensym("hrtffile");
     t_symbol* nearfieldFile = gensym("nearfieldhrtffile");

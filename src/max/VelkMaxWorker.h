@@ -10,7 +10,9 @@
 
 #include <atomic>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace VelkMax {
@@ -29,6 +31,17 @@ public:
     virtual void Compute() = 0;
     /// The short part, which puts into force what was computed.  Thread: inside the door
     virtual void Finish() = 0;
+};
+
+/// Long work that has nothing to put into force in the end.
+class PlainWork final : public LongWork {
+public:
+    explicit PlainWork(std::function<void()> compute) : compute_(std::move(compute)) {}
+    void Compute() override { compute_(); }
+    void Finish() override {}
+
+private:
+    std::function<void()> compute_;
 };
 
 /// Pattern: (Add* Start TakeComputed*)* Close.  Thread: main.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // OSC at the object, in this process.
 #include "libvelkdsp/osc/OscPackets.h"
+#include "max/VelkMaxMethod.h"
 #include "src/PanBox.h"
 
 #include <gtest/gtest.h>
@@ -58,6 +59,35 @@ TEST(PanObjectOsc, CarriesErrandsOutInTheirOrder) {
     box.Send("speakers xyz 0 1 0 1 0 0 0 -1 0");
     box.AfterAll();
     EXPECT_EQ(box.Ask("speakerspositions"), "0 1 0 1 0 0 0 -1 0");
+    OscBox hoa("1 9 hoa3d");
+    hoa.Send("/attribute/hoamode fast");
+    hoa.Send("/attribute/encoding FuMa");
+    HostApi::RunDeferred();
+    hoa.Send("hoamode precise");
+    hoa.AfterAll();
+    EXPECT_EQ(hoa.Ask("hoamode") + hoa.Ask("norm"), "preciseFuMa");
+}
+
+/// A thread is asked for, which is the one that Max does not give; the main thread does it then.
+TEST(PanObjectOsc, LeavesTablesAndFiltersToAThread) {
+    struct Row {
+        const char *arguments, *message;
+    };
+    for (const auto& [arguments, message] :
+         {Row{"1 9 hoa3d", "/attribute/hoamode fast"}, Row{"1 9 nfchoa3d", "/attribute/norm N3D"},
+          Row{"1 2 binaural", "/implementation realisation fir length 64"}}) {
+        OscBox box(arguments);
+        HostApi::FailCall("systhread_create", 1, MAX_ERR_GENERIC);
+        box.Send(message);
+        EXPECT_TRUE(box.AfterAll().empty());
+        t_systhread thread = nullptr;
+        constexpr auto kNothing = [](void*) -> void* { return nullptr; };
+        ASSERT_EQ(systhread_create(VelkMax::AsMethod(+kNothing), nullptr, 0, 0, 0, &thread),
+                  MAX_ERR_NONE)
+            << message;
+        unsigned result = 0;
+        systhread_join(thread, &result);
+    }
 }
 
 TEST(PanObjectOsc, RefusesAMessageThatIsTooLong) {

@@ -162,21 +162,21 @@ unsigned BinauralPanningDirect::ResponseLength() const {
     return maxTaps_ > 0 ? maxTaps_ : kLongestCut;
 }
 
-void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation) {
+void BinauralPanningDirect::SetRealisation(HrtfRealisation realisation, Refitting when) {
     {
         const ControlGuard guard(controlLock_);
         if (std::exchange(realisation_, realisation) == realisation) return;
     }
-    RefitSet(false);
+    if (when == Refitting::AtOnce) Refit();
 }
 
-void BinauralPanningDirect::SetResponseLength(unsigned taps) {
+void BinauralPanningDirect::SetResponseLength(unsigned taps, Refitting when) {
     {
         const ControlGuard guard(controlLock_);
         const unsigned clamped = std::clamp(taps, kShortestCut, kLongestCut);
         if (std::exchange(maxTaps_, clamped) == clamped) return;
     }
-    RefitSet(false);
+    if (when == Refitting::AtOnce) Refit();
 }
 
 void BinauralPanningDirect::Describe(std::vector<std::string>& lines) const {

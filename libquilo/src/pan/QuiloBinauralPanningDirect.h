@@ -46,13 +46,20 @@ public:
     void SetDelayScale(float percent);
     float DelayScale() const;
 
+    /// Whether a setting that the filters depend on computes them before it returns, or leaves the
+    /// old ones until Refit.
+    enum class Refitting : std::uint8_t { AtOnce, Later };
+
     /// How cells run.
-    void SetRealisation(HrtfRealisation realisation);
+    void SetRealisation(HrtfRealisation realisation, Refitting when = Refitting::AtOnce);
     HrtfRealisation Realisation() const;
     /// Cuts finite responses.  @param taps  clamped to kShortestCut .. kLongestCut
-    void SetResponseLength(unsigned taps);
+    void SetResponseLength(unsigned taps, Refitting when = Refitting::AtOnce);
     /// kLongestCut where nothing is cut.
     unsigned ResponseLength() const;
+    /// Computes the filters for all settings, without the lock, where they have changed.
+    /// Thread: control
+    void Refit() { RefitSet(false); }
 
 protected:
     /// Computes filters.  Thread: control, without the lock.

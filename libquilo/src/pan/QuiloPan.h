@@ -152,6 +152,12 @@ public:
     void SetComputationMode(std::string_view keyword);
     void SetComputationMode(tav::HoaEncodingVector::Mode mode);
     tav::HoaEncodingVector::Mode GetComputationMode() const;
+    /// What takes long about a new mode or normalisation, for who keeps it until
+    /// that is set: setting is short then. Null where nothing does.
+    /// Thread: any, without the lock.
+    virtual std::shared_ptr<const void> MakeEncodingTable(
+        tav::HoaEncodingVector::Mode mode,
+        tav::SphericalHarmonic::Normalization normalization) const;
 
     /// @param count  clamped to 1 .. outputs; ignored by panners that have no neighbours
     void SetNumNeighbors(unsigned index, unsigned count);
@@ -264,11 +270,6 @@ private:
         TAV_REQUIRES(controlLock_);
     virtual void ApplyComputationMode(tav::HoaEncodingVector::Mode) TAV_REQUIRES(controlLock_) {}
     virtual tav::HoaEncodingVector::Mode ComputationModeInUse() const TAV_REQUIRES(controlLock_);
-    /// What takes long about a new mode or normalisation, kept until it is applied.
-    /// Thread: any, without the lock.
-    virtual std::shared_ptr<const void> MakeEncodingTable(
-        tav::HoaEncodingVector::Mode mode,
-        tav::SphericalHarmonic::Normalization normalization) const;
     virtual void ApplyNumNeighbors(unsigned, unsigned) TAV_REQUIRES(controlLock_) {}
 
     void MoveSource(unsigned index,
