@@ -34,9 +34,12 @@ struct Beginning {
 };
 constexpr Beginning kBeginnings[] = {{1000, 16000, 3.0}, {600, 14000, 1.5}, {1500, 17000, 4.0}};
 
-/// Equivalent rectangular bandwidths below a frequency.
-double ErbOf(double hz) { return 21.4 * std::log10(1.0 + 0.00437 * hz); }
-double HzOf(double erb) { return (std::pow(10.0, erb / 21.4) - 1.0) / 0.00437; }
+/// Equivalent rectangular bandwidths below a frequency, the frequency, and a measure of how many
+/// of them there are in a hertz.
+constexpr double kErbsPerDecade = 21.4, kErbPerHz = 0.00437;
+double ErbOf(double hz) { return kErbsPerDecade * std::log10(1.0 + kErbPerHz * hz); }
+double HzOf(double erb) { return (std::pow(10.0, erb / kErbsPerDecade) - 1.0) / kErbPerHz; }
+double ErbDensity(double hz) { return 1.0 / (1.0 + kErbPerHz * hz); }
 
 double Square(double x) { return x * x; }
 
@@ -212,8 +215,8 @@ CellFitter::CellFitter(double rateHz, std::size_t numTaps, std::size_t numCells)
         double sum = 0.0;
         for (std::size_t bin = band.first; bin <= binAt(centre + 2.0); ++bin) {
             const double at = static_cast<double>(bin) * perBin;
-            band.shares.push_back(std::exp(-std::numbers::pi * Square(ErbOf(at) - centre)) /
-                                  (1.0 + 0.00437 * at));
+            band.shares.push_back(std::exp(-std::numbers::pi * Square(ErbOf(at) - centre)) *
+                                  ErbDensity(at));
             sum += band.shares.back();
         }
         for (double& share : band.shares) share /= sum;

@@ -59,9 +59,10 @@ void Hrtf::FindSurroundings(double radius) {
     for (const auto& position : positions_) least = std::min(least, LengthOf(position));
     const bool isSphere = least > (1.0 - kRoundnessTolerance) * radius;
     if (isSphere) radius_ = radius;
-    // In what follows surfaces of equal distance to two points are moved. By the search, which
-    // compares squares of 32 bits, up to (kReachOverRadius radius)^2; and on a sphere by points of
-    // unequal length, the more the closer a position is to the centre.
+    // The border between a point and its neighbour lies half-way, but not quite. The search rounds
+    // squared distances, up to (kReachOverRadius radius)^2, to 32 bits, which moves it by at most
+    // `rounding` / gap; on a sphere points of unequal length move it by at most `unequal` / gap,
+    // most where a position is close to the centre. What is left of the half of the gap is sure.
     const double rounding = 2e-5 * radius * radius;
     const double unequal = isSphere ? (radius * radius - least * least) / (2.0 * kClosest) : 0.0;
     std::vector<std::size_t> indices;

@@ -58,7 +58,8 @@ using BandLevels = std::array<double, kNumBands>;     // dB
 
 /// The response at each tone, times the root of the part of the spectrum that the tone stands for.
 BandTones TonesOf(std::span<const float> filter, Hrtfs::FilterType type, double rateHz) {
-    constexpr std::size_t kLongestHeard = 512;  // taps; what comes later has no weight
+    constexpr double kHeardSeconds = 0.012;  // of finite responses; more costs much, adds little
+    const auto numHeard = static_cast<std::size_t>(kHeardSeconds * rateHz);
     BandTones tones;
     for (std::size_t k = 0; k < kNumBands * kTonesPerBand; ++k) {
         const double bands = (static_cast<double>(k) + 0.5) / kTonesPerBand - 0.5;
@@ -71,7 +72,7 @@ BandTones TonesOf(std::span<const float> filter, Hrtfs::FilterType type, double 
             return sum;
         };
         if (type == Hrtfs::FilterType::Fir) {
-            tones.push_back(polynomial(filter.first(std::min(filter.size(), kLongestHeard))));
+            tones.push_back(polynomial(filter.first(std::min(filter.size(), numHeard))));
         } else {
             tones.emplace_back(1.0);
             for (std::size_t at = 0; at + 6 <= filter.size(); at += 6)
@@ -112,7 +113,8 @@ void FillEvenShares(const BandTones& first, const BandTones& second, std::span<f
         double most = 1e-9;  // alike filters are mixed in straight lines
         for (std::size_t band = 0; band < kNumBands; ++band)
             most = std::max(most, std::abs(here[band] - before[band]));
-        gone.push_back(gone.back() + most);
+        // Filters so loud that their powers overflow are mixed in straight lines, too.
+        gone.push_back(gone.back() + (std::isfinite(most) ? most : 1e-9));
         before = here;
     }
     for (std::size_t step = 0; step < shares.size(); ++step) {

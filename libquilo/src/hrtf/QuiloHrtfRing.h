@@ -24,11 +24,11 @@ public:
     /// On the circle that the ring is, 0 ahead, clockwise.
     static tav::CartesianVector Direction(std::size_t point);
 
-    /// What the second of two neighbours has to be mixed with so that an ear hears even steps from
-    /// one to the other. Where a band falls by 10 dB, half of each is only 3 or 4 dB down, and the
-    /// rest would come in the last degrees.
+    /// The share of the second of two neighbours with which an ear hears even steps on the way from
+    /// the first. Where a band falls by 10 dB, half of each is only 3 or 4 dB down, and the rest
+    /// would come in the last degrees.
     /// @param point  the first of them, clockwise
-    /// @param share  of the second by which both point in a direction, 0 .. 1
+    /// @param share  that of the second by amplitude panning in the direction wanted, 0 .. 1
     /// @return 0 .. 1; equal angles change the level of the third of an octave that changes most
     /// by equal decibels      Thread: any.
     float EvenShare(std::size_t ear, std::size_t point, float share) const noexcept;

@@ -96,9 +96,9 @@ public:
     /// @param glideSamples  0: at once
     void SetGain(unsigned voice, float gain, std::uint32_t glideSamples) noexcept TAV_NONBLOCKING;
     /// @param ms  clamped to 0 .. kLongestDelayMs
-    /// @param glideSamples  at least as many as the delay goes beyond what the window remembers:
-    /// what was before a window of kUsualDelayMs is forgotten, and the path must not read silence
-    /// there
+    /// @param glideSamples  0: at once. Lengthened where the delay goes beyond what the window
+    /// remembers: what was before a window of kUsualDelayMs is forgotten, and the path must not
+    /// read silence there
     void SetDelay(unsigned voice,
                   std::size_t path,
                   float ms,
@@ -154,7 +154,7 @@ private:
         std::array<Path, kMostPaths> paths;
         std::size_t piece = 0;    // where the newest piece begins in the window
         std::size_t end = 0;      // and where it ends
-        std::size_t known = 0;    // samples before `end` that are what came, up to any delay
+        std::size_t known = 0;    // samples before `end` that were received, or silent since Wake
         std::size_t silence = 0;  // samples since the gain became 0
         bool isLong = false;      // the window holds kLongestDelayMs
     };
