@@ -122,7 +122,8 @@ struct AtOnce {
     bool Errand(const PanOscRoute& route, const OscMessageView& message) {
         const OSCMessage plain = PlainMessage(route, message);
         const bool isOwn = extension != nullptr && extension->Owns(plain.AddressText());
-        return isOwn ? extension->ProcessOwn(plain) : route.runErrand(pan, message);
+        if (isOwn) return extension->ProcessOwn(plain);
+        return route.runErrand != nullptr && route.runErrand(pan, message);
     }
 };
 
@@ -167,7 +168,7 @@ struct Checking {
         const OSCMessage plain = PlainMessage(route, message);
         if (extension != nullptr && extension->Owns(plain.AddressText())) {
             isTaken = extension->AcceptsOwn(plain) || isTaken;
-        } else {
+        } else if (route.runErrand != nullptr) {
             Look(route, message);
         }
         return true;

@@ -89,7 +89,7 @@ private:
 
     bool Take(const Node& node) {
         const PanOscRoute& route = *node.route;
-        if (route.runErrand != nullptr) return ErrandFits(node) && sink_.Errand(route, message_);
+        if (route.run == nullptr) return ErrandFits(node) && sink_.Errand(route, message_);
         const std::size_t numWanted = node.arguments.size();
         if (message_.tags.size() > numWanted && !node.endsWithFormat) return false;
         tav::OscCommand command;

@@ -3,7 +3,6 @@
 
 #include "pan/QuiloBinauralPanningDirect.h"
 #include "pan/QuiloDbapPanning.h"
-#include "pan/QuiloKeywords.h"
 #include "pan/QuiloKnnPanning.h"
 #include "pan/QuiloPan.h"
 #include "pan/QuiloPanOSC.h"
@@ -147,23 +146,6 @@ public:
         return speakers.has_value();
     }
 
-    static bool Listener(Pan& pan, const OscMessageView& message) {
-        auto* const binaural = dynamic_cast<BinauralPanning*>(&pan);
-        const auto place = LayoutOf(message);
-        if (binaural == nullptr || !place || place->Size() != 1) return false;
-        binaural->SetListenerPosition((*place)[0]);
-        return true;
-    }
-    static bool CrossfadeType(Pan& pan, const OscMessageView& message) {
-        auto* const binaural = dynamic_cast<BinauralPanning*>(&pan);
-        const auto shape = FadeShapeKeywords().Parse(Word(message));
-        if (binaural == nullptr || !shape) return false;
-        binaural->SetCrossfadeShape(*shape);
-        return true;
-    }
-    /// The owner knows the words.
-    static bool Implementation(Pan&, const OscMessageView&) { return false; }
-
     // ---- Which panners have a setting, and take the values
 
     static bool IsLayout(const Pan&, const OscMessageView& message) {
@@ -245,9 +227,9 @@ constexpr PanOscRoute kRoutes[] = {
     {"/adm/config/dmax",       "n",       F::None, "",                 "[number]",                "sets the distance (in metres) that 1 stands for in /adm/obj",                    A::AdmMetres,     nullptr,         nullptr},
     {"/preset/load",           "s",       F::None, "",                 "[string]",                "loads a preset from file (.txt, .xml, .osc)",                                    nullptr,          A::LoadPreset,   nullptr},
     {"/preset/export",         "s",       F::None, "",                 "[string]",                "exports a preset to file (.txt, .xml, .osc, .json)",                             nullptr,          A::ExportPreset, nullptr},
-    {"/listener/F",            "*",       F::None, "",                 "[number]...",             "sets the position of the listener, in a coordinate format (binaural types)",       nullptr,          A::Listener,     A::Is<BinauralPanning>},
-    {"/crossfadetype",         "s",       F::None, "",                 "[string]",                "chooses how filters fade (binaural types)",                                       nullptr,          A::CrossfadeType, A::Is<BinauralPanning>},
-    {"/implementation",        "?",       F::None, "",                 "[string][value]...",      "chooses how binaural types filter, in pairs of a keyword and a value",            nullptr,          A::Implementation, A::Is<BinauralPanning>},
+    {"/listener/F",            "*",       F::None, "",                 "[number]...",             "sets the position of the listener, in a coordinate format (binaural types)",       nullptr,          nullptr,         nullptr},
+    {"/crossfadetype",         "s",       F::None, "",                 "[string]",                "chooses how filters fade (binaural types)",                                       nullptr,          nullptr,         nullptr},
+    {"/implementation",        "?",       F::None, "",                 "[string][value]...",      "chooses how binaural types filter, in pairs of a keyword and a value",            nullptr,          nullptr,         nullptr},
 };
 // clang-format on
 

@@ -61,6 +61,8 @@ struct PanOscRoute {
     /// Thread: audio or control, with the panner's lock.  Null for an errand.
     void (*run)(Pan& pan, PanOSCReceiver& receiver, const tav::OscCommand& command);
     /// Thread: control, without the lock.  @return false: the values do not serve
+    /// Null for a command, and for an errand that only an owner of the panner knows to run: without
+    /// one it is neither run nor accepted.
     bool (*runErrand)(Pan& pan, const tav::OscMessageView& message);
     /// Whether a panner has what the row sets and, of an errand, takes the values, which fit; null:
     /// all do. Messages to others do nothing.

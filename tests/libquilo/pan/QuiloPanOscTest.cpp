@@ -95,6 +95,15 @@ TEST(PanOsc, CarriesOutWhatItsTableSays) {
         const std::string name = row.message.AddressText() + " " + row.message.TypeTags();
         EXPECT_EQ(pan->ProcessOsc(row.message), row.isHandled) << name;
         EXPECT_TRUE(row.holds()) << name;
+        EXPECT_EQ(pan->AcceptsOsc(row.message), row.isHandled) << name;
+    }
+    // Only an owner knows how.
+    const auto binaural = OnDefaultSpeakers(1, 2, "binaural");
+    for (const OSCMessage& message :
+         {OSCMessage("/listener/xyz", 1, 2), OSCMessage("/crossfadetype", "linear"),
+          OSCMessage("/implementation", "delay", 1)}) {
+        EXPECT_FALSE(binaural->AcceptsOsc(message)) << message.AddressText();
+        EXPECT_FALSE(binaural->ProcessOsc(message)) << message.AddressText();
     }
     const auto knn = OnDefaultSpeakers(1, 4, "knn");
     EXPECT_TRUE(knn->ProcessOsc(OSCMessage("/source/1/numneighbors", 9)));
