@@ -90,6 +90,18 @@ TEST(PanObjectOsc, LeavesTablesAndFiltersToAThread) {
     }
 }
 
+TEST(PanObjectOsc, TakesPatternsInThePlaceOfAFormat) {
+    OscBox box("1 2 binaural");
+    box.Send("/listener/{xyz,odd} 1 2 3");
+    box.Send("/listener/[x] 9");
+    EXPECT_EQ(box.AfterAll(), std::vector<std::string>());
+    EXPECT_EQ(box.Ask("listenerposition"), "9 2 3");
+    OscBox layout("1 2 vbap2d");
+    layout.Send("/speakers/[x]yz 1 0 0 0 1 0");
+    layout.AfterAll();
+    EXPECT_EQ(layout.Ask("speakerspositions"), "1 0 0 0 1 0");
+}
+
 TEST(PanObjectOsc, RefusesAMessageThatIsTooLong) {
     OscBox box("1 4");
     std::string message = "/source/1/xyz";

@@ -46,7 +46,7 @@ struct Gathered {
         }
         commands.Add(command);
     }
-    bool Errand(const PanOscRoute&, const OscMessageView& message) {
+    bool Errand(const PanOscRoute&, PanOscRoute::Format, const OscMessageView& message) {
         // An errand looks at its address itself; a pattern may lead to it by several ways.
         if (errands.empty() || errands.back().address.data() != message.address.data()) {
             errands.push_back(message);
@@ -60,7 +60,9 @@ struct Shortness {
     bool isShort = true;
 
     void Command(const OscCommand&) noexcept {}
-    bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return isShort = false; }
+    bool Errand(const PanOscRoute&, PanOscRoute::Format, const OscMessageView&) noexcept {
+        return isShort = false;
+    }
 };
 
 struct IntoBox {
@@ -72,7 +74,9 @@ struct IntoBox {
         if (box.Put(command) != tav::OscBox::Outcome::Kept) ++numLost;
         changes |= BitOf(command);
     }
-    bool Errand(const PanOscRoute&, const OscMessageView&) noexcept { return false; }
+    bool Errand(const PanOscRoute&, PanOscRoute::Format, const OscMessageView&) noexcept {
+        return false;
+    }
 };
 
 }  // namespace
@@ -90,20 +94,14 @@ unsigned PanOSCReceiver::NumAttributes() { return static_cast<unsigned>(PanOscRo
 
 namespace {
 
-/// A message to the address of an errand's row, with the word that it has in the place of the F:
-/// one without patterns.
-OSCMessage PlainMessage(const PanOscRoute& route, const OscMessageView& message) {
+/// The address of an errand's row with the format in the place of the F: one without patterns.
+std::string PlainAddress(const PanOscRoute& route, PanOscRoute::Format format) {
     std::string address(route.address);
     if (address.ends_with("/F")) {
         address.pop_back();
-        OscPath path(message.address);
-        path.Take();
-        address.append(path.Take());
+        address.append(tav::Coordinates::FormatText(format));
     }
-    OSCMessage plain(address);
-    const OSCMessage copy = CopyOf(message);
-    for (const auto& argument : copy.Arguments()) plain.Add(argument);
-    return plain;
+    return address;
 }
 
 struct AtOnce {
@@ -119,11 +117,14 @@ struct AtOnce {
         PanOscRoutes()[command.route].run(pan, receiver, command);
         ComputeMovedSources(pan);
     }
-    bool Errand(const PanOscRoute& route, const OscMessageView& message) {
-        const OSCMessage plain = PlainMessage(route, message);
-        const bool isOwn = extension != nullptr && extension->Owns(plain.AddressText());
-        if (isOwn) return extension->ProcessOwn(plain);
-        return route.runErrand != nullptr && route.runErrand(pan, message);
+    bool Errand(const PanOscRoute& route,
+                PanOscRoute::Format format,
+                const OscMessageView& message) {
+        const std::string address = PlainAddress(route, format);
+        const OscMessageView plain{address, message.tags, message.arguments};
+        const bool isOwn = extension != nullptr && extension->Owns(address);
+        if (isOwn) return extension->ProcessOwn(CopyOf(plain));
+        return route.runErrand != nullptr && route.runErrand(pan, plain);
     }
 };
 
@@ -163,13 +164,16 @@ struct Checking {
     bool isTaken = false;
 
     void Command(const OscCommand& command) { Look(PanOscRoutes()[command.route], {}); }
-    bool Errand(const PanOscRoute& route, const OscMessageView& message) {
+    bool Errand(const PanOscRoute& route,
+                PanOscRoute::Format format,
+                const OscMessageView& message) {
         if (route.address.starts_with("/preset/")) return true;
-        const OSCMessage plain = PlainMessage(route, message);
-        if (extension != nullptr && extension->Owns(plain.AddressText())) {
-            isTaken = extension->AcceptsOwn(plain) || isTaken;
+        const std::string address = PlainAddress(route, format);
+        const OscMessageView plain{address, message.tags, message.arguments};
+        if (extension != nullptr && extension->Owns(address)) {
+            isTaken = extension->AcceptsOwn(CopyOf(plain)) || isTaken;
         } else if (route.runErrand != nullptr) {
-            Look(route, message);
+            Look(route, plain);
         }
         return true;
     }

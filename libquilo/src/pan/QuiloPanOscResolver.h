@@ -19,7 +19,8 @@
 namespace Quilo {
 
 /// Finds what one message is about. `Sink` has Command(const OscCommand&) and
-/// Errand(const PanOscRoute&, const OscMessageView&).
+/// Errand(const PanOscRoute&, PanOscRoute::Format, const OscMessageView&), with the coordinate
+/// format that the address or its pattern stands for; None for a row without F.
 /// @tparam kPatterns  whether address patterns are looked at; that takes time
 template <bool kPatterns, class Sink>
 class PanOscResolver {
@@ -89,7 +90,9 @@ private:
 
     bool Take(const Node& node) {
         const PanOscRoute& route = *node.route;
-        if (route.run == nullptr) return ErrandFits(node) && sink_.Errand(route, message_);
+        if (route.run == nullptr) {
+            return ErrandFits(node) && sink_.Errand(route, node.format, message_);
+        }
         const std::size_t numWanted = node.arguments.size();
         if (message_.tags.size() > numWanted && !node.endsWithFormat) return false;
         tav::OscCommand command;

@@ -61,6 +61,7 @@ struct PanOscRoute {
     /// Thread: audio or control, with the panner's lock.  Null for an errand.
     void (*run)(Pan& pan, PanOSCReceiver& receiver, const tav::OscCommand& command);
     /// Thread: control, without the lock.  @return false: the values do not serve
+    /// The address of the message has no patterns.
     /// Null for a command, and for an errand that only an owner of the panner knows to run: without
     /// one it is neither run nor accepted.
     bool (*runErrand)(Pan& pan, const tav::OscMessageView& message);
