@@ -11,10 +11,12 @@
 #include "max/VelkMaxRestoring.h"
 #include "max/VelkMaxStateTexts.h"
 #include "osc/VelkDspOscInputStream.h"
+#include "pan/QuiloPanOscTree.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -262,10 +264,32 @@ bool PanOsc::Owns(std::string_view address) const noexcept {
         kOwnRows, [&](const OwnRow& row) { return FormatIn(address, row).has_value(); });
 }
 
+namespace {
+
+/// Whether nothing is left of an earlier layout after a later one. One that may be refused replaces
+/// none.
+bool IsReplacedBy(const tav::OSCMessage& earlier, const tav::OSCMessage& later) {
+    constexpr std::string_view kLayout = "/speakers/";
+    const std::string_view address = later.AddressText();
+    if (address != earlier.AddressText() || !address.starts_with(kLayout)) return false;
+    const auto format = tav::Coordinates::ParseFormat(address.substr(kLayout.size()));
+    return format && PanOscTree::IsWhole(*format) &&
+           later.Arguments().size() == earlier.Arguments().size() &&
+           std::ranges::all_of(later.Arguments(), [](const tav::OSCArgument& argument) {
+               return argument.IsNumber() && std::abs(argument.Number()) <= 1e18;
+           });
+}
+
+}  // namespace
+
 void PanOsc::PutOff(const tav::OscMessageView& message) {
     tav::OSCMessage copy = CopyOf(message);
     {
         const tav::ControlGuard guard(lock_);
+        if (!errands_.empty() && IsReplacedBy(errands_.back(), copy)) {
+            errands_.back() = std::move(copy);
+            return;
+        }
         const auto same = std::find_if(
             errands_.rbegin(), errands_.rend(),
             [&](const auto& waiting) { return waiting.AddressText() == copy.AddressText(); });

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace Tests {
 namespace {
 
@@ -30,6 +32,16 @@ TEST(PanObjectOsc, KeepsTheNewestErrandOfEachAddress) {
               std::vector<std::string>{"warn: 136 messages came too fast and were lost"});
     EXPECT_EQ(box.Ask("interpolationtime"), "100");
     EXPECT_EQ(box.Ask("automute"), "100");
+    // Whole layouts replace each other without loss, others and those that are refused do not.
+    for (int k = 1; k <= 100; ++k) {
+        box.SendPacket(LoFloats("/speakers/xyz", {1, 0, 0, 0, 1, 0, -1, 0, 0, 0, -1.0 * k, 0}));
+    }
+    box.SendPacket(LoFloats("/speakers/xyz", {1, 0, 0, 0, 1, 0, -1, 0, 0, NAN, 1, 0}));
+    box.SendPacket(LoFloats("/speakers/x++", {0.25, 0.25, 0.25, 0.25}));
+    box.SendPacket(LoFloats("/speakers/x++", {0.25, 0.25, 0.25, 0.25}));
+    EXPECT_EQ(box.AfterAll(),
+              std::vector<std::string>{"error: error reading 4 th speaker position"});
+    EXPECT_EQ(box.Ask("speakerspositions"), "1.5 0 0 0.5 1 0 -0.5 0 0 0.5 -100 0");
 }
 
 /// What takes long is computed elsewhere, or by the main thread where there is no other; errands of

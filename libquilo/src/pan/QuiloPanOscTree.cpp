@@ -11,16 +11,19 @@ namespace {
 
 using Format = tav::Coordinates::Format;
 
-/// Some positions say where the source is, wherever it was. A spread or a mute always does; what
-/// later positions refer to does not, so that each one counts.
+/// A spread or a mute always is; what later positions refer to is not, so that each one counts.
 bool IsAbsolute(const PanOscRoute& route, Format format) {
-    constexpr Format kWhole[] = {Format::Xyz, Format::Xy, Format::Ade,    Format::Aed, Format::Ae,
-                                 Format::Ad,  Format::Az, Format::Quilo3, Format::Wfs};
     if (format == Format::None) return !route.address.starts_with("/adm/config/");
-    return std::ranges::find(kWhole, format) != std::end(kWhole);
+    return PanOscTree::IsWhole(format);
 }
 
 }  // namespace
+
+bool PanOscTree::IsWhole(Format format) noexcept {
+    constexpr Format kWhole[] = {Format::Xyz, Format::Xy, Format::Ade,    Format::Aed, Format::Ae,
+                                 Format::Ad,  Format::Az, Format::Quilo3, Format::Wfs};
+    return std::ranges::find(kWhole, format) != std::end(kWhole);
+}
 
 const PanOscTree& PanOscTree::Shared() {
     static const PanOscTree tree(PanOscRoutes());

@@ -43,6 +43,9 @@ public:
         std::size_t number = 0;   // the node behind the number of a source; 0 for none
     };
 
+    /// Whether a position in this format says where something is, wherever it was.
+    static bool IsWhole(Format format) noexcept;
+
     /// The same for all panners; the first call makes it.
     static const PanOscTree& Shared();
 
