@@ -7,6 +7,7 @@
 
 #include "ext.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <new>
@@ -126,20 +127,23 @@ void Post(const Object& object,
           std::type_identity_t<Arguments>... arguments) noexcept {
     Say(&object_post, object, text, arguments...);
 }
-/// While an instance lives, its thread posts no warnings: it only looks whether values serve, and
-/// whoever uses them later warns of what is left over.
+/// While an instance lives, the main thread posts no warnings: it only looks whether values serve,
+/// and whoever uses them later warns of what is left over. No thread_local: the first look of a
+/// thread at one may take memory on Windows, and the audio thread warns, too.
+/// Thread: main.
 class WithoutWarnings {
 public:
-    WithoutWarnings() noexcept { isActive_ = true; }
+    WithoutWarnings() noexcept : before_(isActive_.exchange(true)) {}
     ~WithoutWarnings() { isActive_ = before_; }
     WithoutWarnings(const WithoutWarnings&) = delete;
     WithoutWarnings& operator=(const WithoutWarnings&) = delete;
 
-    static bool IsActive() noexcept { return isActive_; }
+    /// Thread: any.
+    static bool IsActive() noexcept { return isActive_ && systhread_ismainthread() != 0; }
 
 private:
-    static inline thread_local bool isActive_ = false;
-    bool before_ = isActive_;
+    static inline std::atomic<bool> isActive_ = false;
+    const bool before_;
 };
 
 template <class Object, class... Arguments>
