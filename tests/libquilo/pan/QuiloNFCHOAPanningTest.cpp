@@ -253,5 +253,17 @@ TEST(NFCHOAPanning, ANewRateEndsEveryGlide) {
     EXPECT_EQ(moved.Play(3, 640, Impulse), there.Play(3, 640, Impulse));
 }
 
+TEST(NFCHOAPanning, HearsSourcesWithinTenCentimetresFromThere) {
+    const auto response = [](float metres) {
+        const auto pan = Pan::Create(1, 4, "nfchoa3d", "direct");
+        Tests::PanPlayer player(*pan, 48000.f);
+        pan->SetSourcePosition(0, {0.f, metres, 0.f}, true, true);
+        pan->Reset();
+        return player.Play(2048, Tests::Impulse);
+    };
+    EXPECT_EQ(response(0.05f), response(0.1f));
+    EXPECT_NE(response(0.2f), response(0.1f));
+}
+
 }  // namespace
 }  // namespace Quilo
